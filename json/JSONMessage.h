@@ -1,0 +1,121 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// The document: JSON::Message owns the text and the tree that points into it. Parse() fills it from
+// JSON text, Path() reaches into it, the update operations of JSONValue (json/JSONValue.h) change it
+// or build a document from nothing, Serialize() writes it.
+//
+//   JSON::Message message;
+//   if (message.Parse("{\"a\":{\"b\":[10,20]}}", -1)) {
+//     int n = message.Path("a.b.1").AsInt();   // 20
+//     message.Set("c", true);
+//   }
+//
+// Threads: a message is used by one thread at a time, lookups included. Distinct messages are
+// independent.
+
+#ifndef QXRECORDSET_JSON_JSONMESSAGE_H
+#define QXRECORDSET_JSON_JSONMESSAGE_H
+
+#include <string>
+
+#include "json/JSONValue.h"
+#include "qxrecordset_export.h"
+
+namespace JSON {
+
+// The deepest nesting that a parse accepts, the outermost container counted: a document that opens
+// one more fails there. It bounds the stack that a hostile document can make a parse use.
+constexpr int kMaxNesting = 1024;
+
+// Where a parse stands in its text. The parser never reads at or beyond pEnd.
+struct ParseContext {
+  char* pStart;   // first byte of the text
+  char* pEnd;     // one past the last byte to parse
+  char* pCursor;  // next byte to read
+};
+
+class QXRECORDSET_EXPORT Message : public JSONValue {
+ public:
+  // An empty message: type jtInvalid, no root. With `bParseInPlace` Parse() works on the caller's
+  // text instead of a copy.
+  explicit Message(bool bParseInPlace = false) noexcept;
+
+  // An independent copy with its own text, whichever way the source was parsed.
+  Message(const Message& source);
+  Message& operator=(const Message& source);
+
+  // Releases the tree and the message's own text.
+  ~Message() override;
+
+  // Parses JSON text and returns true when it held a complete object or array. `length` is in bytes;
+  // a negative one means that the text runs to its NUL. What follows the top-level value is ignored.
+  // docs/json-accepted.md lists what is accepted beyond strict JSON.
+  //
+  // A copying message (the default) parses its own copy; `text` may be released right after.
+  //
+  // An in-place message parses `text` itself, and then three things hold: the bytes are rewritten
+  // (strings are unescaped where they stand, with a NUL behind each), the text must outlive the
+  // tree, and the caller still releases it. Nothing at or beyond text + length is read or written.
+  //
+  // A message may parse any number of times; a root of the same kind is emptied and used again, and
+  // memory is kept for the next parse. All pointers into the old tree become invalid.
+  //
+  // False means: a null text or length 0 (nothing changes); a text that does not begin with '{' or
+  // '[' behind white space (a copying message is left empty, an in-place one unchanged); or a text
+  // that breaks off or goes wrong inside. In the last case the tree holds everything read before,
+  // the value that failed has type jtInvalid, and pCursor stands at or near the offending byte.
+  //
+  // Cost: linear in the text; no allocation per value.
+  bool Parse(const char* text, int length = -1);
+
+  // The value at a path of names and ordinals joined by '.', such as "rows.3.name", or None(). Each
+  // segment is looked up as JSONValue::GetByName does: in an array it is a decimal ordinal, and one
+  // that is no number means element 0. There is no escape for '.', but a leading '.' belongs to the
+  // first name. An empty or null path finds nothing. The path is not copied.
+  const JSONValue& Path(const char* path) const;
+
+  // Makes `target` an independent copy of this message; what it held is released. The target keeps
+  // its bInPlace.
+  void CopyTo(Message& target) const;
+
+  bool bInPlace;             // Parse() works on the caller's text
+  char* pStart = nullptr;    // the parsed text,
+  char* pEnd = nullptr;      // its end,
+  char* pCursor = nullptr;   // and where the last parse stopped
+  std::string strText;       // the message's own text, unless it was parsed in place
+
+ private:
+  void ReleaseTree() noexcept;
+  CompositeValue* PrepareRoot(Type type);
+
+  Arena* pArena = nullptr;  // memory of the parsed tree, kept from parse to parse
+};
+
+// The parse functions below Message::Parse, for hosts that fill a container of their own. Each reads
+// at context.pCursor, moves it past what it consumed and returns the JSON::Type of what it parsed,
+// or -1. They rewrite the text in place as Message::Parse does, and the text must outlive what they
+// fill. Nested containers are allocated with new and owned by the container they are put in.
+class QXRECORDSET_EXPORT Parser {
+ public:
+  Parser() = delete;
+
+  // One value of any kind, behind white space; it is appended to `parent` with AddValue, also when
+  // its own parse failed (its type is then jtInvalid). At the end of the text, or on a byte that
+  // begins no value, nothing is appended.
+  static int ParseJSONValue(ParseContext& context, CompositeValue& parent);
+
+  // The cursor stands on '{' or '['. What is read is added to the container, whose eType becomes the
+  // result.
+  static int ParseObject(ParseContext& context, ObjectValue& object);
+  static int ParseArray(ParseContext& context, ArrayValue& array);
+
+  // The cursor stands on the first byte of the scalar. The result also becomes the value's eType.
+  static int ParseString(ParseContext& context, UnsafeJSONValue& value);
+  static int ParseNumber(ParseContext& context, UnsafeJSONValue& value);
+  static int ParseBoolean(ParseContext& context, UnsafeJSONValue& value);
+  static int ParseNull(ParseContext& context, UnsafeJSONValue& value);
+};
+
+}  // namespace JSON
+
+#endif  // QXRECORDSET_JSON_JSONMESSAGE_H

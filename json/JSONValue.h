@@ -1,0 +1,372 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// The document tree: JSON values, and the arrays and objects that hold them.
+//
+// A parsed document keeps its text in one buffer. Every scalar is a small record (JSONValue) that
+// points at its characters in that buffer, so parsing allocates nothing per scalar, and numbers stay
+// text until a reader asks for them. Objects and arrays are containers (ObjectValue, ArrayValue)
+// that a value points at through pComposite. Only values written by the update operations (Set,
+// SetNull) carry a private copy of their text.
+//
+// Ownership: a JSONValue is a handle and releases nothing. The container whose element it is owns
+// its private text and its child container; a JSON::Message (json/JSONMessage.h) owns the root
+// container and the text buffer. Pointers and references handed out by lookups stay valid until the
+// container that holds the value is next changed.
+//
+// Threads: one tree is used by one thread at a time. Const lookups count as use: they may sort a
+// name index. Distinct trees are independent.
+//
+// Failures come back by value: a null pointer, an empty value (None()), -1, 0 or false. Nothing here
+// throws, exhausted memory (std::bad_alloc) apart.
+
+#ifndef QXRECORDSET_JSON_JSONVALUE_H
+#define QXRECORDSET_JSON_JSONVALUE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "json/Sequence.h"
+#include "qxrecordset_export.h"
+
+namespace JSON {
+
+class Arena;
+class CompositeValue;
+class JSONValue;
+class SequenceStorage;
+class UnsafeJSONValue;
+
+// What a value is. The numbers are part of the interface.
+enum Type : int {
+  jtInvalid = -1,  // freshly made, or left behind by a parse that failed there
+  jtNone = 0,      // the empty value of a lookup that found nothing
+  jtNull = 1,      // null
+  jtBoolean = 2,   // true or false; text "true" or "false"
+  jtInteger = 3,   // a number written without '.', 'e' and 'E'; text as written
+  jtDouble = 4,    // any other number; text as written
+  jtString = 5,    // text: the unescaped bytes, NUL-terminated
+  jtArray = 6,     // pComposite is an ArrayValue
+  jtObject = 7,    // pComposite is an ObjectValue
+};
+
+// The root of all values and containers: what they are.
+class QXRECORDSET_EXPORT BaseValue {
+ public:
+  explicit BaseValue(Type type = jtInvalid) noexcept : eType(type) {}
+  virtual ~BaseValue();
+
+  Type eType;
+
+ protected:
+  BaseValue(const BaseValue&) noexcept = default;
+  BaseValue& operator=(const BaseValue&) noexcept = default;
+};
+
+// One value of a document: a handle on its text or on its container.
+class QXRECORDSET_EXPORT JSONValue : public BaseValue {
+ public:
+  // A value without text and without container.
+  explicit JSONValue(Type type = jtInvalid) noexcept : BaseValue(type), nPlace(0) {}
+  ~JSONValue() override;
+
+  // ---- Looking into a value ---------------------------------------------------------------------
+
+  // Number of elements or members; 0 for a scalar.
+  virtual int Size() const;
+
+  // The element or member at 0-based position `ordinal` (members count in document order), or null
+  // when there is none. Constant time.
+  virtual const JSONValue* GetByOrdinal(int ordinal) const;
+
+  // The member of that name, or null. `length` is the number of bytes of `name` to use; a negative
+  // one means up to its NUL. An array reads the name as a decimal ordinal, from its first byte and
+  // whatever `length` says; a name that does not begin with a number means element 0. When several
+  // members share the name, the first in document order is found. The first lookup after a change
+  // sorts the member names (n log n); every further one is a binary search.
+  virtual const JSONValue* GetByName(const char* name, int length) const;
+
+  // The same by index. They give None() or, where the result can be changed, NonConstNone() when
+  // there is no such element or member.
+  virtual const JSONValue& operator[](int ordinal) const;
+  virtual JSONValue& operator[](int ordinal);
+  virtual const JSONValue& operator[](const char* name) const;
+  virtual JSONValue& operator[](const char* name);
+
+  // Appends the value as compact JSON text to `output` and returns true. Members keep their document
+  // order; numbers keep the text they were read or set with; a string ends at its first NUL; a
+  // string without text is written as "". An empty value (jtNone) appends nothing and returns false;
+  // one that lies inside a container ends the text there and returns false.
+  virtual bool Serialize(std::string& output) const;
+
+  // ---- Reading a scalar; the text is converted on every call ------------------------------------
+
+  // The value as a 32-bit integer. Integers outside the range, and reals whose whole part is, give
+  // the nearest bound; reals are cut towards zero, not-a-number gives 0; true gives 1; strings,
+  // nulls and containers give 0.
+  int AsInt() const;
+
+  // The value as a double. An integer is read by AsInt() first, so it is limited to 32 bits; true
+  // gives 1.0; strings, nulls and containers give 0.0.
+  double AsDouble() const;
+
+  // True for true, for a number that is not zero (not-a-number included) and for a string that is
+  // not empty, whatever it says; false for everything else.
+  bool AsBoolean() const;
+
+  // The empty values that failed lookups give: type jtNone, nothing else. They are recognised by
+  // their address, and no update changes them.
+  static const JSONValue& None();
+  static JSONValue& NonConstNone();
+
+  // ---- Changing a value in place ----------------------------------------------------------------
+  //
+  // Stores a value under a member name or at an ordinal of this value and returns the stored value,
+  // or None() when nothing was stored: this is an empty value, `name` is null, the ordinal is
+  // negative, this is an array and the key a name, or this is an object and the ordinal names no
+  // existing member. A value that is no container becomes one first: an object for a name, an array
+  // for an ordinal (and keeps it when the update then fails). A name that is new to an object is
+  // appended; an ordinal beyond the end of an array fills the gap with nulls. Whatever the slot held
+  // before is released. Texts are copied before anything is released, so they may come from the
+  // value that is replaced; a string is stored as passed and escaped when it is written. A null text
+  // stores a string without text. Doubles are stored as "%g" writes them.
+
+  const JSONValue& Set(const char* name, bool value);
+  const JSONValue& Set(const char* name, const char* value);
+  const JSONValue& Set(const char* name, double value);
+  const JSONValue& Set(const char* name, unsigned long long value);
+  const JSONValue& Set(const char* name, unsigned long value);
+  const JSONValue& Set(const char* name, long value);
+  const JSONValue& Set(const char* name, int value);
+  const JSONValue& SetNull(const char* name);
+
+  const JSONValue& Set(int ordinal, bool value);
+  const JSONValue& Set(int ordinal, const char* value);
+  const JSONValue& Set(int ordinal, double value);
+  const JSONValue& Set(int ordinal, unsigned long long value);
+  const JSONValue& Set(int ordinal, unsigned long value);
+  const JSONValue& Set(int ordinal, long value);
+  const JSONValue& Set(int ordinal, int value);
+  const JSONValue& SetNull(int ordinal);
+
+  // The common bodies of the operations above: `text` is stored as it stands, as a value of type
+  // `type`. They give null where Set gives None().
+  JSONValue* InternalUpdateByName(const char* name, const char* text, Type type);
+  JSONValue* InternalUpdateByOrdinal(int ordinal, const char* text, Type type);
+
+  // Replaces this value's text by a private copy of `text` (none for a null pointer) and marks it as
+  // owned; type and container stay. Only for values that a container holds: it releases the copy.
+  void InternalUpdateValue(const char* text);
+
+  // ---- Fields -----------------------------------------------------------------------------------
+
+  const char* pText = nullptr;  // see Type; not NUL-terminated for parsed numbers and literals
+  int nLength = 0;              // bytes of text, without the NUL
+  bool bOwnsText = false;       // pText is a private copy that the holding container releases
+
+ private:
+  friend class SequenceStorage;
+
+  // Where an element that lies in a message's memory pool stands in its container: its ordinal + 1,
+  // or kPlaceFar for the ordinals that do not fit. 0 for every other value. With it an element finds
+  // its way to the pool when it comes to own memory, without a pointer in every element.
+  std::uint32_t nPlace : 24;
+
+ public:
+  // For a member of an object, the position of its name in the object's sorted name index; for an
+  // element of an array of strings whose string index was built, its ordinal. 0 until then.
+  mutable int nNameIndex = 0;
+  CompositeValue* pComposite = nullptr;  // the container of an array or object
+
+ protected:
+  JSONValue(const JSONValue& other) noexcept;
+  JSONValue& operator=(const JSONValue& other) noexcept;
+  JSONValue(Type type, const char* text, int length, int nameIndex, CompositeValue* composite,
+            std::uint32_t place) noexcept
+      : BaseValue(type),
+        pText(text),
+        nLength(length),
+        nPlace(place & 0xFFFFFFu),
+        nNameIndex(nameIndex),
+        pComposite(composite) {}
+};
+
+// The copyable form of a value, and the element type of the containers. A copy is shallow: both
+// refer to the same text and container, so only one of them may be left with a container that
+// releases what they refer to.
+class QXRECORDSET_EXPORT UnsafeJSONValue : public JSONValue {
+ public:
+  explicit UnsafeJSONValue(Type type = jtInvalid) noexcept : JSONValue(type) {}
+  UnsafeJSONValue(const JSONValue& other) noexcept : JSONValue(other) {}  // NOLINT: implicit on purpose
+  UnsafeJSONValue(const UnsafeJSONValue& other) noexcept = default;
+  UnsafeJSONValue& operator=(const UnsafeJSONValue& other) noexcept = default;
+  ~UnsafeJSONValue() override;
+
+ private:
+  friend class SequenceStorage;
+  using JSONValue::JSONValue;
+};
+
+// What arrays and objects share. A container made by the parser carries jtArray or jtObject in eType
+// when its text was read to the end and jtInvalid when it was not; one made otherwise keeps jtInvalid.
+class QXRECORDSET_EXPORT CompositeValue : public BaseValue {
+ public:
+  ~CompositeValue() override;
+
+  // A new container with copies of everything in this one; the caller owns it. Texts and names that
+  // lie in a message's buffer are not copied: the copy's pointers are moved by `nDelta` bytes, the
+  // distance from this document's buffer to the buffer that the copy will belong to. Owned texts and
+  // names are duplicated.
+  virtual CompositeValue* Clone(std::ptrdiff_t nDelta) const = 0;
+
+  // Number of elements or members.
+  virtual int Size() const = 0;
+
+  // Releases and removes everything: owned texts, owned names, child containers.
+  virtual void Clear() = 0;
+
+  // Appends a field-by-field copy of `value` and from then on owns what its fields point at. Keeps
+  // no index current. An object needs one AddName() for every AddValue().
+  virtual void AddValue(JSONValue& value) = 0;
+
+  // Lookups; see JSONValue::GetByOrdinal and JSONValue::GetByName.
+  virtual JSONValue* GetByOrdinal(int ordinal) const = 0;
+  virtual JSONValue* GetByName(const char* name, int length) const = 0;
+
+  // The name of member `ordinal`; for an array of nothing but strings, the text of that element.
+  // Null when there is none. The pointer lives as long as the name or element.
+  virtual const char* NameAt(int ordinal) const = 0;
+
+  // The ordinal of the member with that name, or -1; for an array of nothing but strings, the
+  // ordinal of the first element with that text. A null name gives 0. `length` as in GetByName.
+  virtual int OrdinalOf(const char* name, int length) const = 0;
+
+  // Builds the string index of an array. False for an array that holds anything but strings, and
+  // for every object.
+  virtual bool MakeMap() const = 0;
+
+  // Replace the value at `ordinal`, or under `name`, by a private copy of `text` with type `type`,
+  // and return it; null when nothing was stored. See JSONValue::Set for what is refused and what is
+  // appended. A null text stores no text.
+  virtual JSONValue* UpdateByOrdinal(int ordinal, const char* text, Type type) = 0;
+  virtual JSONValue* UpdateByName(const char* name, const char* text, Type type) = 0;
+
+  // Appends the container as compact JSON text; see JSONValue::Serialize.
+  virtual bool Serialize(std::string& output) const = 0;
+
+ protected:
+  explicit CompositeValue(bool bInPool) noexcept : bInArena(bInPool) {}
+
+ private:
+  friend class SequenceStorage;
+  const bool bInArena;  // lies in a message's memory pool, which releases it
+};
+
+// An array. Its elements' ordinals are their positions.
+class QXRECORDSET_EXPORT ArrayValue : public CompositeValue {
+ public:
+  // An empty array with room for `nReserve` elements. Allocated with new (or held by value) by
+  // whoever owns it.
+  explicit ArrayValue(int nReserve = 0);
+  ArrayValue(const ArrayValue&) = delete;
+  ArrayValue& operator=(const ArrayValue&) = delete;
+  ~ArrayValue() override;
+
+  CompositeValue* Clone(std::ptrdiff_t nDelta) const override;
+  int Size() const override;
+  void Clear() override;
+  void AddValue(JSONValue& value) override;
+  JSONValue* GetByOrdinal(int ordinal) const override;
+  JSONValue* GetByName(const char* name, int length) const override;
+  const char* NameAt(int ordinal) const override;
+  int OrdinalOf(const char* name, int length) const override;
+  bool MakeMap() const override;
+  JSONValue* UpdateByOrdinal(int ordinal, const char* text, Type type) override;
+  JSONValue* UpdateByName(const char* name, const char* text, Type type) override;
+  bool Serialize(std::string& output) const override;
+
+  // Appends copies of this array's elements to `target`; see Clone for `nDelta`.
+  void CopyTo(ArrayValue& target, std::ptrdiff_t nDelta) const;
+
+  // One entry of the string index: an element's text, and where the element stands.
+  struct QXRECORDSET_EXPORT OrdinalMap {
+    const char* pText;
+    int nOrdinal;
+
+    // Orders entries by their texts, as strcmp does.
+    static bool Less(const OrdinalMap& a, const OrdinalMap& b);
+  };
+
+  Sequence<UnsafeJSONValue> vValues;         // the elements
+  mutable Sequence<OrdinalMap> vOrdinalMap;  // the string index; empty: not built
+
+ private:
+  friend class SequenceStorage;
+  friend class ObjectValue;
+  explicit ArrayValue(Arena* pPool, bool bInPool) noexcept : CompositeValue(bInPool), pArena(pPool) {}
+
+  Arena* pArena = nullptr;  // where the elements live; null for the heap
+};
+
+// An object. Its members keep their document order (their ordinals); an index of their names, sorted
+// by length and then by bytes, is brought up to date by the first lookup that needs it.
+class QXRECORDSET_EXPORT ObjectValue : public CompositeValue {
+ public:
+  // An empty object with room for `nReserve` members. Allocated with new (or held by value) by
+  // whoever owns it.
+  explicit ObjectValue(int nReserve = 0);
+  ObjectValue(const ObjectValue&) = delete;
+  ObjectValue& operator=(const ObjectValue&) = delete;
+  ~ObjectValue() override;
+
+  CompositeValue* Clone(std::ptrdiff_t nDelta) const override;
+  int Size() const override;
+  void Clear() override;
+  void AddValue(JSONValue& value) override;
+  JSONValue* GetByOrdinal(int ordinal) const override;
+  JSONValue* GetByName(const char* name, int length) const override;
+  const char* NameAt(int ordinal) const override;
+  int OrdinalOf(const char* name, int length) const override;
+  bool MakeMap() const override;
+  JSONValue* UpdateByOrdinal(int ordinal, const char* text, Type type) override;
+  JSONValue* UpdateByName(const char* name, const char* text, Type type) override;
+  bool Serialize(std::string& output) const override;
+
+  // Appends a name for the member whose value is appended next: the text of `name`, which must
+  // outlive the object; it is not copied and never released. Keeps no index current.
+  virtual void AddName(JSONValue& name);
+
+  // Brings the name index up to date: sorts it (n log n; equal names keep their document order) and
+  // gives every member its nNameIndex. Const: it changes bookkeeping only.
+  void Sort() const;
+
+  // Copies this object's members and names into `target`; see Clone for `nDelta`.
+  void CopyTo(ObjectValue& target, std::ptrdiff_t nDelta) const;
+
+  // One entry of the name index: a member's name, and where the member stands.
+  struct QXRECORDSET_EXPORT NameMap {
+    const char* pName = nullptr;
+    int nLength = 0;         // bytes of name, without the NUL
+    bool bOwnsName = false;  // pName is a private copy that the object releases
+    int nOrdinal = 0;
+
+    // Orders entries by length first and by bytes (up to a NUL, as strncmp does) second.
+    static bool Less(const NameMap& a, const NameMap& b);
+
+    // Replaces the name by a private copy of `name` (none for a null pointer) and marks it as owned.
+    void UpdateName(const char* name);
+  };
+
+  ArrayValue avValues;                 // the member values in document order
+  mutable bool bSorted = false;        // vNameMap is sorted and every nNameIndex is right
+  mutable Sequence<NameMap> vNameMap;  // one entry per member
+
+ private:
+  friend class SequenceStorage;
+  explicit ObjectValue(Arena* pPool, bool bInPool) noexcept
+      : CompositeValue(bInPool), avValues(pPool, false) {}
+};
+
+}  // namespace JSON
+
+#endif  // QXRECORDSET_JSON_JSONVALUE_H

@@ -1,0 +1,237 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// CQXRecordSet: a table in memory that is exchanged as JSON text. Rows are numbered from 1, columns
+// are addressed by name, and every cell holds a text and a cell type.
+//
+//   CQXRecordSet people;
+//   people.SetValue("name", "Ada", 1);
+//   people.SetValue("born", 1815L, 1);
+//   std::string text = people.GetString();        // {"born":1815,"name":"Ada"}
+//
+//   CQXRecordSet copy(text);                      // on the other side
+//   long year = copy.GetValueAsLong("born", 1);   // 1815
+//
+// Names and texts are 8-bit text, UTF-8 by convention, ended by their first NUL, stored and returned
+// byte for byte. A null name is no column: setters ignore it, getters answer as for an unknown one.
+//
+// Ownership: a record set owns everything in it. A text that a getter hands out stays where it is,
+// whatever is added, until its own cell is written or the record set is cleared, assigned to or
+// destroyed.
+//
+// Failures come back by value: "", 0 or false for an unknown column. Nothing here throws, exhausted
+// memory (std::bad_alloc) apart.
+//
+// Threads: a record set is used by one thread at a time, reading included. Distinct record sets are
+// independent.
+
+#ifndef QXRECORDSET_RECORDSET_QXRECORDSET_H
+#define QXRECORDSET_RECORDSET_QXRECORDSET_H
+
+#include <memory>
+#include <string>
+
+#include "json/JSONSerialize.h"
+#include "json/JSONValue.h"
+#include "params/CParamsX.h"
+#include "qxrecordset_export.h"
+
+class QXRECORDSET_EXPORT CQXRecordSet {
+ public:
+  // What a cell's text stands for. The numbers are part of the interface; a cell set with any other
+  // number is written as text.
+  enum QX_TYPE : int {
+    QX_NULL = 0,       // null; text ""
+    QX_LONG = 1,       // integer; decimal digits with a leading '-' for negatives
+    QX_BOOL = 2,       // boolean; "1" or "0"
+    QX_TEXT = 3,       // text, as supplied
+    QX_RECORDSET = 5,  // nested record set; its JSON text
+  };
+
+  // ---- Making, copying, clearing ----------------------------------------------------------------
+
+  // An empty record set in the cleared state: no rows, no columns, GetString() gives "".
+  CQXRecordSet();
+
+  // An empty record set loaded with `text`, as by SetString().
+  CQXRecordSet(const std::string& text);  // NOLINT: implicit on purpose
+  CQXRecordSet(const char* text);         // NOLINT: implicit on purpose
+
+  // An equal record set: rows, columns, cells, state and last text.
+  CQXRecordSet(const CQXRecordSet& other);
+
+  // Takes everything from `other` and leaves it cleared. Handed-out texts move along, unchanged.
+  CQXRecordSet(CQXRecordSet&& other) noexcept;
+
+  virtual ~CQXRecordSet();
+
+  // Takes over rows, columns and cells of `other`; the last text and the parameters are emptied, and
+  // the record set counts as written. Assigning a record set to itself keeps its cells.
+  void operator=(const CQXRecordSet& other);
+
+  // Takes everything from `other`, its state and last text included, and leaves it cleared.
+  void operator=(CQXRecordSet&& other) noexcept;
+
+  // The same as SetString(text); it adds to what is there. Always true.
+  bool operator=(const char* text);
+
+  // Back to the cleared state.
+  void Clear();
+
+  // ---- Columns and counts -----------------------------------------------------------------------
+
+  // The index of a column, or -1. Indices are 1, 2, 3, ... in the order in which columns were added.
+  // Constant time.
+  long GetColumnIndex(const char* name);
+
+  // The same, but a name that is no column yet becomes one, with the next index. -1 for a null name.
+  long AddColumn(const char* name);
+
+  // The name at 0-based `position` in the byte-wise order of all names (not the name with that
+  // index), or "" when there is none: positions 0 to GetColumnCount() - 1 give every name once,
+  // sorted. The pointer lives until the record set is cleared, assigned to or destroyed. The first
+  // call after columns were added sorts them.
+  const char* GetColumnName(long position);
+
+  long GetColumnCount();
+
+  // The largest row number that SetValue() was given since the last Clear(); 0 when there was none
+  // above 0.
+  long GetRowsCount();
+
+  // ---- Writing cells ----------------------------------------------------------------------------
+  //
+  // Each writes the cell in column `name`, row `row`: it adds the column when it is new, raises the
+  // row count when `row` lies above it, and replaces the cell's text and type. Any `long` is a row
+  // number and costs no memory in proportion; rows below 1 can be written and read, but are no part
+  // of the row count and of the JSON text. Constant time on average.
+
+  // The general setter: a copy of `text`, with type `type`. A null text changes nothing at all.
+  void SetValue(const char* name, const char* text, long row = 1, QX_TYPE type = QX_TEXT);
+
+  // Text (up to its first NUL), boolean, integer.
+  void SetValue(const char* name, const std::string& value, long row = 1);
+  void SetValue(const char* name, bool value, long row = 1);
+  void SetValue(const char* name, long value, long row = 1);
+  void SetValue(const char* name, int value, long row = 1);
+
+  // There are no real cells: convert to text or to an integer first.
+  void SetValue(const char* name, double value, long row = 1) = delete;
+
+  // A nested record set: the cell takes `value`'s JSON text as it is now; the two stay independent.
+  // The text of `value` is rebuilt. A null pointer changes nothing. A record set may be stored into
+  // itself.
+  void SetValue(const char* name, CQXRecordSet* value, long row = 1);
+  void SetValue(const char* name, CQXRecordSet& value, long row = 1);
+
+  // ---- Reading cells ----------------------------------------------------------------------------
+  //
+  // An unknown column reads as "", 0 or false. Reading a cell that does not exist, in a column that
+  // does, makes it: a null cell, which GetString() writes when its row is within the row count.
+  // Constant time on average.
+
+  // The text, NUL-terminated. It stays valid and in place until this cell is written or the record
+  // set is cleared, assigned to or destroyed.
+  const char* GetValueAsString(const char* name, long row = 1);
+
+  // A copy of the text in `out`, without any conversion.
+  void GetValueAsStringUTF8(std::string& out, const char* name, long row = 1);
+
+  // The number that the text begins with, as strtol reads it in base 10: white space and a sign are
+  // allowed in front, no digits give 0, the nearest bound of `long` stands for what lies outside.
+  long GetValueAsLong(const char* name, long row = 1);
+
+  // Whether that number is not 0.
+  bool GetValueAsBool(const char* name, long row = 1);
+
+  // A new record set loaded from the text, whatever the cell's type; empty when the text is no JSON
+  // object or array. It is independent of this one.
+  CQXRecordSet GetValueAsRecordSet(const char* name, long row = 1);
+
+  // ---- JSON text --------------------------------------------------------------------------------
+
+  // The record set as compact JSON text: "" in the cleared state, {} without rows, the object of row
+  // 1 for one row, {"rows":[...]} for several. Members are sorted by name. docs/record-set-text.md
+  // describes the form. The text is built anew on every call and kept; the reference is to the kept
+  // text. Linear in the number of cells.
+  const std::string& GetString();
+
+  // The text that the last GetString() built; nothing is built.
+  const std::string& GetStringRef() const;
+
+  // Loads JSON text in the form that GetString() writes: {"rows":[...]} gives rows 1, 2, 3, ..., any
+  // other object gives row 1. Cells are added to those already there and overwrite those of the same
+  // name and row; Clear() first to replace the contents. Objects become QX_RECORDSET cells, reals
+  // and arrays become empty texts. A text that is no JSON object loads nothing. Always true; the
+  // record set counts as written either way. A null text is the empty text. When memory runs out,
+  // the cells are as before.
+  bool SetString(const std::string& text);
+  bool SetString(const char* text);
+
+  // The same: text is taken byte for byte.
+  bool SetUTF8String(const std::string& text);
+
+  // ---- Diagnostics and wide text ----------------------------------------------------------------
+
+  // The table as plain text for people: a line "Row 1" for each row within the row count, and below
+  // it one line "\tField (name): text" for each column in name order.
+  std::string Dump();
+
+  // UTF-8 to wide text and back, by the portability layer (portable/CPortable.h) that the host may
+  // replace. What it refuses gives the empty text; a result ends at its first NUL.
+  static std::wstring UTF8ToWide(const std::string& text);
+  static std::string WideToUTF8(const std::wstring& text);
+
+ private:
+  class Table;  // columns, rows and cells; recordset/Table.h
+
+  Table& EnsureTable();
+
+  long lRowsCount = 0;
+  bool bModified = false;  // false only in the cleared state
+  CParamsRS params;
+  std::string strText;            // the text last built
+  std::unique_ptr<Table> pTable;  // null while there are no columns
+};
+
+// A record of one row with a before/after interface. Only the after values are kept, in row 1; no
+// comparison is made: every field counts as changed. All operations of the record set are available.
+class QXRECORDSET_EXPORT CBeforeAfterRecord : public CQXRecordSet {
+ public:
+  // A record in the cleared state.
+  CBeforeAfterRecord();
+  ~CBeforeAfterRecord() override;
+
+  CBeforeAfterRecord(const CBeforeAfterRecord& other) = default;
+  CBeforeAfterRecord(CBeforeAfterRecord&& other) noexcept = default;
+
+  // As the record set's own assignment; any record set can be assigned.
+  void operator=(const CQXRecordSet& other);
+  void operator=(const CBeforeAfterRecord& other);
+
+  // Stores `after` in field `name`, as CQXRecordSet::SetValue does in row 1; `before` is not kept.
+  void SetFieldValues(const char* name, bool before, bool after);
+  void SetFieldValues(const char* name, long before, long after);
+  void SetFieldValues(const char* name, std::string& before, std::string& after);
+
+  // Reads field `name` into `after`, as the getters of the record set do; `before` is left alone.
+  void GetFieldValues(const char* name, std::string& before, std::string& after);
+  void GetFieldValuesUTF8(const char* name, std::string& before, std::string& after);
+  void GetFieldValues(const char* name, long& before, long& after);
+  void GetFieldValues(const char* name, bool& before, bool& after);
+
+  // True for every name.
+  bool IsChanged(const char* name);
+
+  // Whether any field is changed: true when there is a column. And how many are.
+  bool IsChanged();
+  int GetChangeCount();
+};
+
+// Writes the members of `value` (an object, or a message whose root is one) to `writer` in document
+// order. With `nested` 0 it writes the braces around them itself; otherwise the caller has opened
+// the object and closes it. Objects, booleans, integers and strings keep their values; nulls, reals
+// and arrays are written as null. Recurses once per nested object.
+QXRECORDSET_EXPORT void json_walk_obj(JSON::Serialize& writer, JSON::JSONValue const* value,
+                                      int nested);
+
+#endif  // QXRECORDSET_RECORDSET_QXRECORDSET_H
