@@ -1,0 +1,78 @@
+# The short commands. Each installs what it needs and is missing (see scripts/install-deps.sh), and
+# builds into build/<preset>/.
+
+JOBS ?= $(shell nproc)
+
+DEPS := scripts/install-deps.sh
+SOURCES = $(shell git ls-files --cached --others --exclude-standard -- '*.h' '*.cpp' '*.c')
+TIDY_FOLDERS := params json portable recordset tools
+
+.DEFAULT_GOAL := help
+.PHONY: help build demo check asan tsan fmt fmt-check tidy symbols coverage
+
+help: ## list these commands
+	@sed -nE 's/^([a-z-]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 18
+
+# $(call configure,PRESET), $(call build,PRESET), $(call test,PRESET)
+configure = cmake --preset $(1)
+build = $(call configure,$(1)) && cmake --build --preset $(1) --parallel $(JOBS)
+test = ctest --preset $(1) --parallel $(JOBS)
+
+build: ## build the 64-bit release: libraries, tool, examples, tests
+	$(DEPS) build tests tools
+	$(call build,x64)
+
+demo: ## run the main job on real data: a query's rows through text into another process
+	$(DEPS) build tests tools demo
+	$(call configure,x64)
+	cmake --build --preset x64 --parallel $(JOBS) --target qxrs
+	scripts/demo.sh build/x64/tools/qxrs
+
+check: ## build and test both architectures
+	$(DEPS) build tests tools
+	$(call build,x86)
+	$(call build,x64)
+	$(call test,x86)
+	$(call test,x64)
+
+asan: ## the tests under address and undefined behaviour sanitizers, both architectures
+	$(DEPS) build tests tools
+	$(call build,x86-asan)
+	$(call build,x64-asan)
+	$(call test,x86-asan)
+	$(call test,x64-asan)
+
+tsan: ## the tests under the thread sanitizer
+	$(DEPS) build tests tools
+	$(call build,x64-tsan)
+	$(call test,x64-tsan)
+
+fmt: ## format all sources
+	$(DEPS) fmt
+	clang-format-14 -i $(SOURCES)
+
+fmt-check: ## fail when a source is not formatted
+	$(DEPS) fmt
+	clang-format-14 --dry-run --Werror $(SOURCES)
+
+tidy: ## clang-tidy over the library and the tool
+	$(DEPS) build tests tools tidy
+	$(call configure,x64)
+	run-clang-tidy-14 -clang-tidy-binary clang-tidy-14 -quiet -j $(JOBS) -p build/x64 \
+	  $(TIDY_FOLDERS:%='^$(CURDIR)/%/.*\.cpp$$')
+
+symbols: ## rewrite the checked-in lists of exported symbols
+	$(DEPS) build tests
+	$(foreach arch,x86 x64,$(call configure,$(arch)) \
+	  && cmake --build --preset $(arch) --parallel $(JOBS) --target qxrecordset \
+	  && tests/exports/symbols.sh write build/$(arch)/libQXRecordSet.so tests/exports/symbols-$(arch).txt &&) true
+
+coverage: ## line coverage of the library by its tests, as text and as build/coverage/report/
+	$(DEPS) build tests tools coverage
+	$(call build,coverage)
+	find build/coverage -name '*.gcda' -delete
+	$(call test,coverage)
+	mkdir -p build/coverage/report
+	gcovr --root . --object-directory build/coverage $(TIDY_FOLDERS:%=--filter '%/') \
+	  --exclude-throw-branches --html-details build/coverage/report/index.html \
+	  --txt --txt-metric line 

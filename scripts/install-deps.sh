@@ -1,0 +1,54 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that a step of this project needs and the system lacks.
+#
+#   scripts/install-deps.sh GROUP...
+#
+# Does nothing, at once, when nothing is missing. Otherwise it needs root or sudo; without them it
+# names the packages and gives status 1.
+set -euo pipefail
+
+# The packages of a group.
+packages_of() {
+  case $1 in
+    build) echo g++ cmake ninja-build make pkg-config binutils ;;
+    # The 32-bit half of the compiler, GoogleTest as library and as source.
+    tests) echo g++-multilib libgtest-dev googletest ;;
+    tools) echo libcli11-dev libcsv-dev libsqlite3-dev ;;
+    fmt) echo clang-format-14 ;;
+    tidy) echo clang-tidy-14 ;;
+    coverage) echo gcovr ;;
+    *)
+      echo "install-deps.sh: unknown group '$1'" >&2
+      return 2
+      ;;
+  esac
+}
+
+is_installed() {
+  [[ $(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null) == installed ]]
+}
+
+missing=()
+for group in "$@"; do
+  packages=$(packages_of "$group")
+  for package in $packages; do
+    is_installed "$package" || missing+=("$package")
+  done
+done
+if ((${#missing[@]} == 0)); then
+  exit 0
+fi
+
+sudo=()
+if ((EUID != 0)); then
+  if ! sudo -n true 2>/dev/null && ! { [[ -t 0 ]] && command -v sudo >/dev/null; }; then
+    echo "Missing packages; install them as root: apt-get install ${missing[*]}" >&2
+    exit 1
+  fi
+  sudo=(sudo)
+fi
+
+echo "Installing ${missing[*]}"
+"${sudo[@]}" apt-get update -qq
+"${sudo[@]}" env DEBIAN_FRONTEND=noninteractive \
+  apt-get install -y -qq --no-install-recommends "${missing[@]}"

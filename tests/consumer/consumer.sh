@@ -1,0 +1,108 @@
+#!/usr/bin/env bash
+# One way of using the library from outside, or the installation they start from:
+#
+#   consumer.sh install|headers|find_package|pkg_config|add_subdirectory
+#
+# The environment says with what (see CMakeLists.txt): CMAKE, SOURCE, BUILD, SCRATCH, TOOLCHAIN, CC,
+# CXX, CFLAGS, CXXFLAGS.
+set -euo pipefail
+
+prefix=$SCRATCH/installed
+project=$SOURCE/tests/consumer/project
+
+# What both programs print when all they read back is right.
+expected='Ada was born in 1815'
+
+# run PROGRAM: it succeeds and says what it should.
+run() {
+  local said
+  said=$("$1")
+  if [[ $said != "$expected" ]]; then
+    echo "$1 said '$said' instead of '$expected'" >&2
+    exit 1
+  fi
+  echo "$1: $said"
+}
+
+# Configures, builds and runs the consumers' own CMake project; further arguments go to CMake.
+build_project() {
+  local build=$SCRATCH/$1
+  shift
+  rm -rf "$build"
+  "$CMAKE" -S "$project" -B "$build" -DCMAKE_BUILD_TYPE=Release \
+    ${TOOLCHAIN:+"-DCMAKE_TOOLCHAIN_FILE=$TOOLCHAIN"} \
+    -DCMAKE_C_COMPILER="$CC" -DCMAKE_CXX_COMPILER="$CXX" "$@"
+  "$CMAKE" --build "$build" --parallel 2
+  for program in cpp_shared cpp_static c_shared c_static; do
+    run "$build/$program"
+  done
+}
+
+use_install() {
+  rm -rf "$prefix"
+  "$CMAKE" --install "$BUILD" --prefix "$prefix"
+}
+
+# Every installed header compiles on its own, and exactly the public ones are installed.
+use_headers() {
+  cd "$prefix/include/qxrecordset"
+  diff <(find . -name '*.h' | LC_ALL=C sort) - << 'LIST'
+./json/JSON.h
+./json/JSONMessage.h
+./json/JSONSerialize.h
+./json/JSONValue.h
+./json/Sequence.h
+./params/CParamsX.h
+./portable/CPortable.h
+./qxrecordset_export.h
+./recordset/QXRecordSet.h
+LIST
+  local warnings=(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+  local header
+  while read -r header; do
+    # shellcheck disable=SC2086  # the flags are words
+    "$CXX" $CXXFLAGS -std=c++17 "${warnings[@]}" -I. -fsyntax-only -x c++ - <<< "#include \"$header\""
+  done < <(find . -name '*.h')
+  # shellcheck disable=SC2086  # the flags are words
+  "$CC" $CFLAGS -std=c99 "${warnings[@]}" -I. -fsyntax-only -x c - <<< '#include "json/JSON.h"'
+  echo "all headers compile on their own"
+}
+
+use_find_package() {
+  build_project find_package -DCMAKE_PREFIX_PATH="$prefix"
+}
+
+# A parent project gets the two libraries and none of our tests, tools or install rules.
+use_add_subdirectory() {
+  build_project add_subdirectory -DQXRECORDSET_SOURCE="$SOURCE"
+  if "$CMAKE" --build "$SCRATCH/add_subdirectory" --target help | grep -E 'test_|gtest|qxrs'; then
+    echo "a parent project must not see these targets" >&2
+    exit 1
+  fi
+}
+
+# shellcheck disable=SC2046,SC2086  # the flags are words
+use_pkg_config() {
+  local out=$SCRATCH/pkg_config
+  rm -rf "$out"
+  mkdir "$out"
+  PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name qxrecordset.pc)")
+  export PKG_CONFIG_PATH
+  local libdir
+  libdir=$(pkg-config --variable=libdir qxrecordset)
+
+  $CXX $CXXFLAGS -std=c++17 "$project/consumer.cpp" -o "$out/cpp_shared" \
+    $(pkg-config --cflags --libs qxrecordset) -Wl,-rpath,"$libdir"
+  $CC $CFLAGS -std=c99 -pedantic -Wall -Wextra -Werror "$project/consumer.c" -o "$out/c_shared" \
+    $(pkg-config --cflags --libs qxrecordset) -Wl,-rpath,"$libdir"
+  $CXX $CXXFLAGS -std=c++17 "$project/consumer.cpp" -o "$out/cpp_static" \
+    $(pkg-config --static --cflags --libs qxrecordset) -static
+  $CC $CFLAGS -std=c99 "$project/consumer.c" -o "$out/c_static" \
+    $(pkg-config --static --cflags --libs qxrecordset) -static
+
+  for program in cpp_shared cpp_static c_shared c_static; do
+    run "$out/$program"
+  done
+}
+
+"use_$1"
