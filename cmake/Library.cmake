@@ -47,18 +47,20 @@ target_compile_definitions(qxrecordset_static PUBLIC QXRECORDSET_STATIC_DEFINE)
 # The version script keeps instantiated standard templates out of the exported list; the linker
 # refuses a library with unresolved symbols.
 #
-# Calls inside the library go straight to their target, CPortable apart: that class is the host's to
-# replace, so its functions must stay open to interposition.
+# Calls inside the library go straight to their target (and may be inlined), CPortable apart: that
+# class is the host's to replace, so its functions are weak and stay open to interposition.
 set(sVersionScript ${PROJECT_SOURCE_DIR}/cmake/qxrecordset.map)
 set(sReplaceableList ${PROJECT_SOURCE_DIR}/cmake/replaceable.list)
+target_compile_options(qxrecordset PRIVATE -fno-semantic-interposition)
 target_link_options(
   qxrecordset
   PRIVATE
   LINKER:--version-script=${sVersionScript}
   LINKER:-Bsymbolic-functions
-  LINKER:--dynamic-list=${sReplaceableList}
-  # A sanitizer's runtime is bound when the program is linked, not before.
-  $<$<STREQUAL:${QXRECORDSET_SANITIZE},>:LINKER:--no-undefined>)
+  LINKER:--dynamic-list=${sReplaceableList})
+if(NOT QXRECORDSET_SANITIZE) # a sanitizer's runtime is bound when the program is linked, not before
+  target_link_options(qxrecordset PRIVATE LINKER:--no-undefined)
+endif()
 set_property(TARGET qxrecordset APPEND PROPERTY LINK_DEPENDS ${sVersionScript} ${sReplaceableList})
 
 # Called by the CMakeLists.txt of a source folder: every .cpp file of the folder is compiled into
