@@ -1,0 +1,371 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// The builder and reader of parameter strings. Numbers are read and printed without the C library's
+// format functions, which would cost more than all the rest.
+
+#include "params/CParamsX.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <limits>
+#include <new>
+#include <system_error>
+#include <utility>
+
+namespace {
+
+// The byte of PARAM_SEP. The library itself uses this one: it needs no construction at load time.
+constexpr char kSeparator = ';';
+
+// A length field is padded to this many bytes, its ';' not counted.
+constexpr std::size_t kLengthFieldWidth = 6;
+
+// Digits and sign of any 64-bit integer.
+constexpr std::size_t kMaxIntegerText = 20;
+
+// "0x" and eight digits.
+constexpr std::size_t kResultTextLength = 10;
+
+// What both getHRESULT() give for a text without a result code.
+constexpr long kNoResult = -1;
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+// White space to strtol and sscanf.
+bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+// Reads a decimal integer as strtol does, from a text that need not be NUL-terminated.
+long ReadLong(std::string_view text) {
+  const char* p = text.data();
+  const char* const pEnd = p + text.size();
+  while (p < pEnd && IsSpace(*p)) {
+    ++p;
+  }
+  const bool bNegative = p < pEnd && *p == '-';
+  if (p < pEnd && *p == '+') {
+    ++p;
+    if (p < pEnd && !IsDigit(*p)) {
+      return 0;  // from_chars would take a second sign
+    }
+  }
+  long value = 0;
+  if (std::from_chars(p, pEnd, value).ec == std::errc::result_out_of_range) {
+    return bNegative ? std::numeric_limits<long>::min() : std::numeric_limits<long>::max();
+  }
+  return value;
+}
+
+// The value of a hexadecimal digit of either case, or -1.
+int HexValue(char c) {
+  if (IsDigit(c)) {
+    return c - '0';
+  }
+  const char cLower = static_cast<char>(c | 0x20);
+  return cLower >= 'a' && cLower <= 'f' ? cLower - 'a' + 10 : -1;
+}
+
+// The bits of a result code as the signed value that callers compare with.
+long SignedResult(std::uint32_t nBits) { return static_cast<std::int32_t>(nBits); }
+
+// A text that is not plainly "0x" and eight digits still has a meaning to sscanf: fewer digits, a
+// sign, white space, a second "0x". Senders of old rely on it, so sscanf itself answers.
+long ScanResult(std::string_view text) {
+  char szText[kResultTextLength + 1] = {};
+  std::memcpy(szText, text.data(), text.size());
+  unsigned int nBits = 0;
+  if (std::sscanf(szText, "0x%08X", &nBits) != 1) {  // NOLINT(cert-err34-c): eight digits fit
+    return 0;
+  }
+  return SignedResult(nBits);
+}
+
+// Reads a result code from at most ten bytes; 0 when there is none.
+long ReadResult(std::string_view text) {
+  if (text.size() != kResultTextLength || text[0] != '0' || text[1] != 'x') {
+    return ScanResult(text);
+  }
+  std::uint32_t nBits = 0;
+  for (const char c : text.substr(2)) {
+    const int nDigit = HexValue(c);
+    if (nDigit < 0) {
+      return ScanResult(text);
+    }
+    nBits = nBits << 4 | static_cast<std::uint32_t>(nDigit);
+  }
+  return SignedResult(nBits);
+}
+
+// The part of `text` in front of its first NUL, which is all that a C function would see.
+std::string_view UpToNul(std::string_view text) { return text.substr(0, text.find('\0')); }
+
+// Where the first segment begins: behind the header, if there is one. npos when the text neither
+// begins with a digit nor holds a separator.
+std::size_t FirstSegment(std::string_view text) {
+  if (IsDigit(text.front())) {
+    return 0;
+  }
+  const std::size_t nSeparator = text.find(kSeparator);
+  return nSeparator == std::string_view::npos ? nSeparator : nSeparator + 1;
+}
+
+// Makes room for a text of `nNeeded` bytes, growing by doubling so that appending stays linear.
+void MakeRoom(std::string& text, std::size_t nNeeded) {
+  if (nNeeded > text.capacity()) {
+    text.reserve(std::max(nNeeded, 2 * text.capacity()));
+  }
+}
+
+}  // namespace
+
+// The priority is the first that programs may use: with the static library the order between object
+// files is otherwise left to the linker.
+// NOLINTNEXTLINE(cert-err58-cpp): one byte lies inside the string object, nothing can throw
+[[gnu::init_priority(101)]] const std::string PARAM_SEP(1, kSeparator);
+
+CParamsRS::CParamsRS(long reserve) {
+  if (reserve <= 0) {
+    return;
+  }
+  if (static_cast<unsigned long>(reserve) > paramText.max_size()) {
+    throw std::bad_alloc();
+  }
+  paramText.reserve(static_cast<std::size_t>(reserve));
+}
+
+CParamsRS::CParamsRS(const std::string& text) { constructor(text); }
+
+CParamsRS::CParamsRS(const CParamsRS& other)
+    : paramText(other.paramText),
+      headerLength(other.headerLength),
+      paramOffsets(other.paramOffsets) {}
+
+CParamsRS::CParamsRS(CParamsRS&& other) noexcept { swap(other); }
+
+CParamsRS& CParamsRS::operator=(CParamsRS other) noexcept {
+  swap(other);
+  return *this;
+}
+
+// The cursors are dropped: a short text lies inside its string object and does not move along.
+void CParamsRS::swap(CParamsRS& other) noexcept {
+  paramText.swap(other.paramText);
+  std::swap(headerLength, other.headerLength);
+  paramOffsets.swap(other.paramOffsets);
+  textCursor = nullptr;
+  other.textCursor = nullptr;
+}
+
+void CParamsRS::clear() {
+  headerLength = 0;
+  paramText.clear();
+  textCursor = nullptr;
+  paramOffsets.clear();
+}
+
+// ---- Building
+// -------------------------------------------------------------------------------------
+
+void CParamsRS::addHeader(const std::string& header) {
+  if (header.empty()) {
+    return;
+  }
+  if (&header == &paramText) {
+    return addHeader(paramList());
+  }
+  const long lNewLength = static_cast<long>(header.size()) + 1;
+  const std::size_t nParams = paramText.size() - static_cast<std::size_t>(headerLength);
+  textCursor = nullptr;
+  MakeRoom(paramText, header.size() + 1 + nParams);  // from here on nothing can throw
+  paramText.replace(0, static_cast<std::size_t>(headerLength), header);
+  paramText.insert(header.size(), 1, kSeparator);
+  for (long& lOffset : paramOffsets) {
+    lOffset += lNewLength - headerLength;
+  }
+  headerLength = lNewLength;
+}
+
+void CParamsRS::addParam(const std::string& text) {
+  if (&text == &paramText) {
+    return addParam(paramList());
+  }
+  addSegment(text);
+}
+
+void CParamsRS::addParam(long value) {
+  char szText[kMaxIntegerText];
+  const char* const pEnd = std::to_chars(szText, szText + sizeof szText, value).ptr;
+  addSegment({szText, static_cast<std::size_t>(pEnd - szText)});
+}
+
+void CParamsRS::addResult(long code) {
+  constexpr char szHex[] = "0123456789ABCDEF";
+  char szText[kResultTextLength] = {'0', 'x'};
+  auto nBits = static_cast<std::uint32_t>(code);
+  for (std::size_t i = kResultTextLength; i > 2; --i) {
+    szText[i - 1] = szHex[nBits & 0xF];
+    nBits >>= 4;
+  }
+  addSegment({szText, sizeof szText});
+}
+
+// Appends one segment: the separator when one is due, the length field, its ';' and the text.
+// REQUIRES: `text` does not lie in paramText.
+void CParamsRS::addSegment(std::string_view text) {
+  char szDigits[kMaxIntegerText];
+  const char* const pEnd = std::to_chars(szDigits, szDigits + sizeof szDigits, text.size()).ptr;
+  const auto nDigits = static_cast<std::size_t>(pEnd - szDigits);
+  const std::size_t nPadding = nDigits < kLengthFieldWidth ? kLengthFieldWidth - nDigits : 0;
+  const bool bFollows = static_cast<std::size_t>(headerLength) < paramText.size();
+  const std::size_t nOffset = paramText.size() + (bFollows ? 1 : 0);
+
+  textCursor = nullptr;
+  MakeRoom(paramText, nOffset + nPadding + nDigits + 1 + text.size());
+  paramOffsets.push_back(static_cast<long>(nOffset));  // from here on nothing can throw
+  if (bFollows) {
+    paramText += kSeparator;
+  }
+  paramText.append(nPadding, ' ').append(szDigits, nDigits);
+  paramText += kSeparator;
+  paramText.append(text);
+}
+
+void CParamsRS::append(const std::string& segments) {
+  if (&segments == &paramText) {
+    return append(paramList());
+  }
+  const bool bFollows = static_cast<std::size_t>(headerLength) < paramText.size();
+  textCursor = nullptr;
+  MakeRoom(paramText, paramText.size() + (bFollows ? 1 : 0) + segments.size());
+  if (bFollows) {
+    paramText += kSeparator;
+  }
+  const long lStart = length();
+  paramText += segments;
+  indexFrom(lStart);
+}
+
+// ---- Taking in a text
+// -----------------------------------------------------------------------------
+
+void CParamsRS::SetParams(const std::string& text) { constructor(text); }
+
+void CParamsRS::constructor(const std::string& text) {
+  textCursor = nullptr;
+  paramText = text;
+  headerLength = 0;
+  paramOffsets.clear();
+  if (paramText.empty()) {
+    return;
+  }
+  const std::size_t nFirst = FirstSegment(paramText);
+  headerLength = nFirst == std::string::npos ? 0 : static_cast<long>(nFirst);
+  indexFrom(headerLength);
+}
+
+// Records the offset of every segment from `offset` to the end of the text. Each step moves
+// forward, so the scan ends: a length field has at least two bytes, and a negative length is
+// refused.
+void CParamsRS::indexFrom(long offset) {
+  while (offset < length()) {
+    paramOffsets.push_back(offset);
+    long lConsumed = 0;
+    const long lText = getLength(offset, &lConsumed);
+    if (lText < 0) {
+      throw std::exception();
+    }
+    offset += lConsumed;
+    if (lText >= length() - offset) {
+      return;
+    }
+    offset += lText + 1;
+  }
+}
+
+// ---- Reading
+// --------------------------------------------------------------------------------------
+
+int CParamsRS::count() const { return static_cast<int>(paramOffsets.size()); }
+
+std::string CParamsRS::getHeader() const {
+  if (headerLength < 1) {
+    return {};
+  }
+  return paramText.substr(0, static_cast<std::size_t>(headerLength) - 1);
+}
+
+long CParamsRS::getLength(long offset, long* consumed) const {
+  if (offset < 0 || offset > length()) {
+    throw std::exception();
+  }
+  if (textCursor == nullptr) {
+    textCursor = paramText.data();
+  }
+  const std::string_view rest(textCursor + offset, static_cast<std::size_t>(length() - offset));
+  const std::size_t nField = rest.find(kSeparator);
+  if (nField == std::string_view::npos || nField == 0) {
+    throw std::exception();
+  }
+  if (consumed != nullptr) {
+    *consumed = static_cast<long>(nField) + 1;
+  }
+  return ReadLong(rest.substr(0, nField));
+}
+
+// The text of parameter `index`, inside paramText; empty for an index out of range.
+std::string_view CParamsRS::textAt(int index) const {
+  if (index < 0 || index >= count()) {
+    return {};
+  }
+  const long lOffset = paramOffsets[static_cast<std::size_t>(index)];
+  long lConsumed = 0;
+  const long lText = getLength(lOffset, &lConsumed);
+  const std::string_view rest = std::string_view(paramText).substr(
+      static_cast<std::size_t>(lOffset) + static_cast<std::size_t>(lConsumed));
+  return lText < 0 ? rest : rest.substr(0, static_cast<std::size_t>(lText));
+}
+
+std::string CParamsRS::getStringParamAt(int index) const { return std::string(textAt(index)); }
+
+long CParamsRS::getLongParamAt(int index) const { return ReadLong(textAt(index)); }
+
+long CParamsRS::getHRESULT() const {
+  if (count() == 0) {
+    return kNoResult;
+  }
+  const std::string_view text = UpToNul(textAt(0));
+  return text.size() == kResultTextLength ? ReadResult(text) : kNoResult;
+}
+
+long CParamsRS::getHRESULT(const std::string& text) {
+  if (text.empty()) {
+    return kNoResult;
+  }
+  const std::size_t nFirst = FirstSegment(text);
+  if (nFirst >= text.size()) {
+    return kNoResult;
+  }
+  const std::string_view segment = std::string_view(text).substr(nFirst);
+  if (ReadLong(segment) != static_cast<long>(kResultTextLength)) {
+    return kNoResult;
+  }
+  const std::size_t nField = segment.find(kSeparator);
+  if (nField == std::string_view::npos) {
+    return 0;
+  }
+  return ReadResult(UpToNul(segment.substr(nField + 1, kResultTextLength)));
+}
+
+// ---- The whole text
+// -------------------------------------------------------------------------------
+
+long CParamsRS::length() const { return static_cast<long>(paramText.size()); }
+
+std::string CParamsRS::paramList() const { return paramText; }
+
+const std::string& CParamsRS::paramListRef() const { return paramText; }
+
+void CParamsRS::dump() const {}
