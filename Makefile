@@ -5,7 +5,8 @@ JOBS ?= $(shell nproc)
 
 DEPS := scripts/install-deps.sh
 SOURCES = $(shell git ls-files --cached --others --exclude-standard -- '*.h' '*.cpp' '*.c')
-TIDY_FOLDERS := params json portable recordset tools
+LIBRARY_FOLDERS := params json portable recordset
+TIDY_FOLDERS := $(LIBRARY_FOLDERS) tools
 
 .DEFAULT_GOAL := help
 .PHONY: help build demo check asan tsan fmt fmt-check tidy symbols coverage
@@ -73,6 +74,5 @@ coverage: ## line coverage of the library by its tests, as text and as build/cov
 	find build/coverage -name '*.gcda' -delete
 	$(call test,coverage)
 	mkdir -p build/coverage/report
-	gcovr --root . --object-directory build/coverage $(TIDY_FOLDERS:%=--filter '%/') \
-	  --exclude-throw-branches --html-details build/coverage/report/index.html \
-	  --txt --txt-metric line 
+	gcovr --root . $(LIBRARY_FOLDERS:%=--filter '%/') --exclude-throw-branches --txt \
+	  --html-details build/coverage/report/index.html build/coverage/CMakeFiles/qxrecordset*.dir

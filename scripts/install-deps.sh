@@ -14,6 +14,7 @@ packages_of() {
     # The 32-bit half of the compiler, GoogleTest as library and as source.
     tests) echo g++-multilib libgtest-dev googletest ;;
     tools) echo libcli11-dev libcsv-dev libsqlite3-dev ;;
+    demo) echo sqlite3 ;;
     fmt) echo clang-format-14 ;;
     tidy) echo clang-tidy-14 ;;
     coverage) echo gcovr ;;
