@@ -71,8 +71,8 @@ int HexValue(char c) {
 // The bits of a result code as the signed value that callers compare with.
 long SignedResult(std::uint32_t nBits) { return static_cast<std::int32_t>(nBits); }
 
-// A text that is not plainly "0x" and eight digits still has a meaning to sscanf: fewer digits, a
-// sign, white space, a second "0x". Senders of old rely on it, so sscanf itself answers.
+// What sscanf makes of a text that is not plainly "0x" and eight digits: fewer digits, a sign,
+// white space and a second "0x" have a meaning to it, so it answers itself.
 long ScanResult(std::string_view text) {
   char szText[kResultTextLength + 1] = {};
   std::memcpy(szText, text.data(), text.size());

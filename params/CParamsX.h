@@ -148,10 +148,10 @@ class QXRECORDSET_EXPORT CParamsRS {
   void dump() const;
 
  private:
-  void swap(CParamsRS& other) noexcept;
-  void addSegment(std::string_view text);
-  void indexFrom(long offset);
-  std::string_view textAt(int index) const;
+  QXRECORDSET_NO_EXPORT void swap(CParamsRS& other) noexcept;
+  QXRECORDSET_NO_EXPORT void addSegment(std::string_view text);
+  QXRECORDSET_NO_EXPORT void indexFrom(long offset);
+  QXRECORDSET_NO_EXPORT std::string_view textAt(int index) const;
 
   std::string paramText;                     // the whole parameter string
   mutable const char* textCursor = nullptr;  // paramText's bytes; null after every change of it
