@@ -1,0 +1,139 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// The flat interface: each function is one lookup in a message and one reader on what was found.
+
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <string_view>
+
+#include "json/JSON.h"
+#include "json/JSONMessage.h"
+#include "json/JSONSerialize.h"
+#include "json/ReadDecimal.h"
+
+namespace {
+
+using JSON::JSONValue;
+using JSON::Message;
+
+// A handle is the address of a message and nothing else; these two are the only casts between them.
+Message& MessageOf(JSON_HANDLE handle) { return *reinterpret_cast<Message*>(handle); }
+JSON_HANDLE HandleOf(Message* pMessage) { return reinterpret_cast<JSON_HANDLE>(pMessage); }
+
+const JSONValue& AtOrdinal(JSON_HANDLE handle, int ordinal) { return MessageOf(handle)[ordinal]; }
+const JSONValue& AtName(JSON_HANDLE handle, const char* name) { return MessageOf(handle)[name]; }
+const JSONValue& AtPath(JSON_HANDLE handle, const char* path) {
+  return MessageOf(handle).Path(path);
+}
+
+int IsNull(const JSONValue& value) { return value.eType == JSON::jtNull ? 1 : 0; }
+
+const char* AsString(const JSONValue& value) {
+  return value.eType == JSON::jtString ? value.pText : nullptr;
+}
+
+// Cut towards zero and limited to the range of the result; 0 for not-a-number.
+unsigned long long ToUnsignedLong64(double value) {
+  constexpr double kBeyond = 18446744073709551616.0;  // 2^64
+  if (std::isnan(value) || value <= 0.0) {
+    return 0;
+  }
+  if (value >= kBeyond) {
+    return std::numeric_limits<unsigned long long>::max();
+  }
+  return static_cast<unsigned long long>(value);
+}
+
+unsigned long long AsUnsignedLong64(const JSONValue& value) {
+  switch (value.eType) {
+    case JSON::jtInteger: {
+      const std::string_view text(value.pText, static_cast<std::size_t>(value.nLength));
+      return static_cast<unsigned long long>(JSON::ReadDecimal<long long>(text));
+    }
+    case JSON::jtDouble:
+      return ToUnsignedLong64(value.AsDouble());
+    case JSON::jtBoolean:
+      return value.AsBoolean() ? 1 : 0;
+    default:
+      return 0;
+  }
+}
+
+}  // namespace
+
+// ---- The message
+// ----------------------------------------------------------------------------------
+
+JSON_HANDLE JSON_AllocMessage(void) { return HandleOf(new Message()); }
+
+void JSON_FreeMessage(JSON_HANDLE handle) {
+  if (handle != nullptr) {
+    delete &MessageOf(handle);
+  }
+}
+
+int JSON_ParseMessage(JSON_HANDLE handle, const char* text) {
+  return MessageOf(handle).Parse(text, -1) ? 1 : 0;
+}
+
+int JSON_MessageSize(JSON_HANDLE handle) { return MessageOf(handle).Size(); }
+
+// ---- Reading values
+// -------------------------------------------------------------------------------
+
+int JSON_IsOrdinalNull(JSON_HANDLE handle, int ordinal) {
+  return IsNull(AtOrdinal(handle, ordinal));
+}
+int JSON_IsNameNull(JSON_HANDLE handle, const char* name) { return IsNull(AtName(handle, name)); }
+int JSON_IsPathNull(JSON_HANDLE handle, const char* path) { return IsNull(AtPath(handle, path)); }
+
+const char* JSON_GetOrdinalAsString(JSON_HANDLE handle, int ordinal) {
+  return AsString(AtOrdinal(handle, ordinal));
+}
+const char* JSON_GetNameAsString(JSON_HANDLE handle, const char* name) {
+  return AsString(AtName(handle, name));
+}
+const char* JSON_GetPathAsString(JSON_HANDLE handle, const char* path) {
+  return AsString(AtPath(handle, path));
+}
+
+int JSON_GetOrdinalAsInt(JSON_HANDLE handle, int ordinal) {
+  return AtOrdinal(handle, ordinal).AsInt();
+}
+int JSON_GetNameAsInt(JSON_HANDLE handle, const char* name) { return AtName(handle, name).AsInt(); }
+int JSON_GetPathAsInt(JSON_HANDLE handle, const char* path) { return AtPath(handle, path).AsInt(); }
+
+double JSON_GetOrdinalAsDouble(JSON_HANDLE handle, int ordinal) {
+  return AtOrdinal(handle, ordinal).AsDouble();
+}
+double JSON_GetNameAsDouble(JSON_HANDLE handle, const char* name) {
+  return AtName(handle, name).AsDouble();
+}
+double JSON_GetPathAsDouble(JSON_HANDLE handle, const char* path) {
+  return AtPath(handle, path).AsDouble();
+}
+
+unsigned long long JSON_GetOrdinalAsUnsignedLong64(JSON_HANDLE handle, int ordinal) {
+  return AsUnsignedLong64(AtOrdinal(handle, ordinal));
+}
+unsigned long long JSON_GetNameAsUnsignedLong64(JSON_HANDLE handle, const char* name) {
+  return AsUnsignedLong64(AtName(handle, name));
+}
+
+// ---- Writing strings
+// ------------------------------------------------------------------------------
+
+int JSON_EscapeString(char** ppDest, char* pDestEnd, const char* pszText) {
+  std::string escaped;
+  JSON::EscapeString(escaped, pszText);
+  // A room that is not positive holds nothing, so the comparison is made with the sign.
+  const std::ptrdiff_t nRoom = pDestEnd - *ppDest;
+  if (static_cast<std::ptrdiff_t>(escaped.size()) + 1 >= nRoom) {
+    return 0;
+  }
+  std::memcpy(*ppDest, escaped.c_str(), escaped.size() + 1);
+  return 1;
+}

@@ -1,0 +1,41 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Reading a decimal integer as strtol and sscanf do, from a text that need not be NUL-terminated:
+// the text of a parsed number runs on into the rest of the document, which may end right behind it.
+
+#ifndef QXRECORDSET_JSON_READDECIMAL_H
+#define QXRECORDSET_JSON_READDECIMAL_H
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <string_view>
+#include <system_error>
+
+namespace JSON {
+
+// White space is skipped, one sign is taken, then digits up to the first byte that is none. No
+// digits give 0, a value beyond the range of Integer (a signed type) the nearest bound.
+template <typename Integer>
+Integer ReadDecimal(std::string_view text) {
+  constexpr std::string_view szSpace = " \t\n\v\f\r";
+  static_assert(std::numeric_limits<Integer>::is_signed);
+  text.remove_prefix(std::min(text.find_first_not_of(szSpace), text.size()));
+  const bool bNegative = !text.empty() && text.front() == '-';
+  if (!text.empty() && text.front() == '+') {
+    text.remove_prefix(1);
+    if (!text.empty() && text.front() == '-') {
+      return 0;  // from_chars takes '-' and no '+', so it would read the second sign
+    }
+  }
+  Integer value = 0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (result.ec == std::errc::result_out_of_range) {
+    return bNegative ? std::numeric_limits<Integer>::min() : std::numeric_limits<Integer>::max();
+  }
+  return value;
+}
+
+}  // namespace JSON
+
+#endif  // QXRECORDSET_JSON_READDECIMAL_H
