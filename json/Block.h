@@ -5,7 +5,9 @@
 // build of the library may use, an operation is one or two instructions; elsewhere (or with
 // QXRECORDSET_NO_SIMD defined) a plain byte loop does the same, so callers are written once.
 //
-// Load() reads and Store() writes exactly 16 bytes: callers prove that they are there.
+// Load() reads and Store() writes exactly 16 bytes: callers prove that they are there. For shorter
+// texts there are halves and quarters, which may overlap: a text of 8 to 16 bytes is its first and
+// its last 8 bytes, one of 4 to 8 bytes its first and its last 4.
 
 #ifndef QXRECORDSET_JSON_BLOCK_H
 #define QXRECORDSET_JSON_BLOCK_H
@@ -21,9 +23,7 @@
 namespace JSON {
 
 // Number of zero bits below the lowest set bit. REQUIRES: mask is not 0.
-inline unsigned LowestBit(std::uint32_t mask) {
-  return static_cast<unsigned>(__builtin_ctz(mask));
-}
+inline unsigned LowestBit(std::uint32_t mask) { return static_cast<unsigned>(__builtin_ctz(mask)); }
 
 class Block16 {
  public:
@@ -36,6 +36,25 @@ class Block16 {
     return Block16(v);
   }
   void Store(char* p) const { std::memcpy(p, &v_, sizeof v_); }
+
+  // Eight bytes at `p` and eight at `q` side by side, and back again.
+  static Block16 LoadHalves(const char* p, const char* q) {
+    return Block16(_mm_unpacklo_epi64(LoadHalf(p), LoadHalf(q)));
+  }
+  void StoreHalves(char* p, char* q) const {
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), v_);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(q), _mm_unpackhi_epi64(v_, v_));
+  }
+
+  // Four bytes at `p` and four at `q` side by side, both twice, and back again.
+  static Block16 LoadQuarters(const char* p, const char* q) {
+    const __m128i v = _mm_unpacklo_epi32(LoadQuarter(p), LoadQuarter(q));
+    return Block16(_mm_unpacklo_epi64(v, v));
+  }
+  void StoreQuarters(char* p, char* q) const {
+    StoreQuarter(p, v_);
+    StoreQuarter(q, _mm_srli_si128(v_, 4));
+  }
 
   // Bytes equal to `c`; bytes equal to the other block's byte at the same place.
   std::uint32_t Equals(char c) const { return Mask(_mm_cmpeq_epi8(v_, _mm_set1_epi8(c))); }
@@ -55,8 +74,44 @@ class Block16 {
     return Mask(_mm_or_si128(control, _mm_or_si128(quote, backslash)));
   }
 
+  // Bytes that are JSON white space: 0x20, 0x09, 0x0A, 0x0C, 0x0D (0x0B is not).
+  std::uint32_t Space() const {
+    const __m128i shifted = _mm_sub_epi8(v_, _mm_set1_epi8(0x09));
+    const __m128i control = _mm_cmpeq_epi8(_mm_min_epu8(shifted, _mm_set1_epi8(0x04)), shifted);
+    const __m128i vertical_tab = _mm_cmpeq_epi8(v_, _mm_set1_epi8(0x0B));
+    const __m128i blank = _mm_cmpeq_epi8(v_, _mm_set1_epi8(' '));
+    return Mask(_mm_or_si128(blank, _mm_andnot_si128(vertical_tab, control)));
+  }
+
+  // Bytes of a number token, "+-0123456789.eE"; and those that make it a real number, ".eE".
+  std::uint32_t NumberBytes() const {
+    const __m128i shifted = _mm_sub_epi8(v_, _mm_set1_epi8('+'));
+    const __m128i near = _mm_cmpeq_epi8(_mm_min_epu8(shifted, _mm_set1_epi8('9' - '+')), shifted);
+    const __m128i comma = _mm_cmpeq_epi8(v_, _mm_set1_epi8(','));
+    const __m128i slash = _mm_cmpeq_epi8(v_, _mm_set1_epi8('/'));
+    return Mask(_mm_or_si128(Exponent(), _mm_andnot_si128(_mm_or_si128(comma, slash), near)));
+  }
+  std::uint32_t RealMarks() const {
+    return Mask(_mm_or_si128(Exponent(), _mm_cmpeq_epi8(v_, _mm_set1_epi8('.'))));
+  }
+
  private:
   explicit Block16(__m128i v) : v_(v) {}
+  __m128i Exponent() const {
+    return _mm_cmpeq_epi8(_mm_or_si128(v_, _mm_set1_epi8(0x20)), _mm_set1_epi8('e'));
+  }
+  static __m128i LoadHalf(const char* p) {
+    return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+  }
+  static __m128i LoadQuarter(const char* p) {
+    int n;
+    std::memcpy(&n, p, sizeof n);
+    return _mm_cvtsi32_si128(n);
+  }
+  static void StoreQuarter(char* p, __m128i v) {
+    const int n = _mm_cvtsi128_si32(v);
+    std::memcpy(p, &n, sizeof n);
+  }
   static std::uint32_t Mask(__m128i v) { return static_cast<std::uint32_t>(_mm_movemask_epi8(v)); }
   __m128i v_;
 #else
@@ -66,6 +121,28 @@ class Block16 {
     return block;
   }
   void Store(char* p) const { std::memcpy(p, bytes_, sizeof bytes_); }
+
+  static Block16 LoadHalves(const char* p, const char* q) {
+    Block16 block;
+    std::memcpy(block.bytes_, p, 8);
+    std::memcpy(block.bytes_ + 8, q, 8);
+    return block;
+  }
+  void StoreHalves(char* p, char* q) const {
+    std::memcpy(p, bytes_, 8);
+    std::memcpy(q, bytes_ + 8, 8);
+  }
+  static Block16 LoadQuarters(const char* p, const char* q) {
+    Block16 block;
+    std::memcpy(block.bytes_, p, 4);
+    std::memcpy(block.bytes_ + 4, q, 4);
+    std::memcpy(block.bytes_ + 8, block.bytes_, 8);
+    return block;
+  }
+  void StoreQuarters(char* p, char* q) const {
+    std::memcpy(p, bytes_, 4);
+    std::memcpy(q, bytes_ + 4, 4);
+  }
 
   std::uint32_t Equals(char c) const {
     return Mask([c](unsigned char b) { return b == static_cast<unsigned char>(c); });
@@ -82,6 +159,17 @@ class Block16 {
   }
   std::uint32_t NeedsEscape() const {
     return Mask([](unsigned char b) { return b < 0x20 || b == '"' || b == '\\'; });
+  }
+  std::uint32_t Space() const {
+    return Mask([](unsigned char b) { return b == ' ' || (b >= 0x09 && b <= 0x0D && b != 0x0B); });
+  }
+  std::uint32_t NumberBytes() const {
+    return Mask([](unsigned char b) {
+      return (b >= '0' && b <= '9') || b == '+' || b == '-' || b == '.' || (b | 0x20) == 'e';
+    });
+  }
+  std::uint32_t RealMarks() const {
+    return Mask([](unsigned char b) { return b == '.' || (b | 0x20) == 'e'; });
   }
 
  private:

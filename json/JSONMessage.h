@@ -1,8 +1,8 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // The document: JSON::Message owns the text and the tree that points into it. Parse() fills it from
-// JSON text, Path() reaches into it, the update operations of JSONValue (json/JSONValue.h) change it
-// or build a document from nothing, Serialize() writes it.
+// JSON text, Path() reaches into it, the update operations of JSONValue (json/JSONValue.h) change
+// it or build a document from nothing, Serialize() writes it.
 //
 //   JSON::Message message;
 //   if (message.Parse("{\"a\":{\"b\":[10,20]}}", -1)) {
@@ -47,9 +47,9 @@ class QXRECORDSET_EXPORT Message : public JSONValue {
   // Releases the tree and the message's own text.
   ~Message() override;
 
-  // Parses JSON text and returns true when it held a complete object or array. `length` is in bytes;
-  // a negative one means that the text runs to its NUL. What follows the top-level value is ignored.
-  // docs/json-accepted.md lists what is accepted beyond strict JSON.
+  // Parses JSON text and returns true when it held a complete object or array. `length` is in
+  // bytes; a negative one means that the text runs to its NUL. What follows the top-level value is
+  // ignored. docs/json-accepted.md lists what is accepted beyond strict JSON.
   //
   // A copying message (the default) parses its own copy; `text` may be released right after.
   //
@@ -78,23 +78,26 @@ class QXRECORDSET_EXPORT Message : public JSONValue {
   // its bInPlace.
   void CopyTo(Message& target) const;
 
-  bool bInPlace;             // Parse() works on the caller's text
-  char* pStart = nullptr;    // the parsed text,
-  char* pEnd = nullptr;      // its end,
-  char* pCursor = nullptr;   // and where the last parse stopped
-  std::string strText;       // the message's own text, unless it was parsed in place
+  bool bInPlace;            // Parse() works on the caller's text
+  char* pStart = nullptr;   // the parsed text,
+  char* pEnd = nullptr;     // its end,
+  char* pCursor = nullptr;  // and where the last parse stopped
+  std::string strText;      // the message's own text, unless it was parsed in place
 
  private:
-  void ReleaseTree() noexcept;
-  CompositeValue* PrepareRoot(Type type);
+  void ReleaseRoot() noexcept;
+  template <typename Container>
+  Container& PrepareRoot(Type type);
+  void RefuseText(char* pBuffer, char* pBufferEnd, char* pStop) noexcept;
 
   Arena* pArena = nullptr;  // memory of the parsed tree, kept from parse to parse
 };
 
-// The parse functions below Message::Parse, for hosts that fill a container of their own. Each reads
-// at context.pCursor, moves it past what it consumed and returns the JSON::Type of what it parsed,
-// or -1. They rewrite the text in place as Message::Parse does, and the text must outlive what they
-// fill. Nested containers are allocated with new and owned by the container they are put in.
+// The parse functions below Message::Parse, for hosts that fill a container of their own. Each
+// reads at context.pCursor, moves it past what it consumed and returns the JSON::Type of what it
+// parsed, or -1. They rewrite the text in place as Message::Parse does, and the text must outlive
+// what they fill. Nested containers are allocated with new and owned by the container they are put
+// in.
 class QXRECORDSET_EXPORT Parser {
  public:
   Parser() = delete;
@@ -104,8 +107,8 @@ class QXRECORDSET_EXPORT Parser {
   // begins no value, nothing is appended.
   static int ParseJSONValue(ParseContext& context, CompositeValue& parent);
 
-  // The cursor stands on '{' or '['. What is read is added to the container, whose eType becomes the
-  // result.
+  // The cursor stands on '{' or '['. What is read is added to the container, whose eType becomes
+  // the result.
   static int ParseObject(ParseContext& context, ObjectValue& object);
   static int ParseArray(ParseContext& context, ArrayValue& array);
 

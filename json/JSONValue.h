@@ -3,10 +3,10 @@
 // The document tree: JSON values, and the arrays and objects that hold them.
 //
 // A parsed document keeps its text in one buffer. Every scalar is a small record (JSONValue) that
-// points at its characters in that buffer, so parsing allocates nothing per scalar, and numbers stay
-// text until a reader asks for them. Objects and arrays are containers (ObjectValue, ArrayValue)
-// that a value points at through pComposite. Only values written by the update operations (Set,
-// SetNull) carry a private copy of their text.
+// points at its characters in that buffer, so parsing allocates nothing per scalar, and numbers
+// stay text until a reader asks for them. Objects and arrays are containers (ObjectValue,
+// ArrayValue) that a value points at through pComposite. Only values written by the update
+// operations (Set, SetNull) carry a private copy of their text.
 //
 // Ownership: a JSONValue is a handle and releases nothing. The container whose element it is owns
 // its private text and its child container; a JSON::Message (json/JSONMessage.h) owns the root
@@ -16,8 +16,8 @@
 // Threads: one tree is used by one thread at a time. Const lookups count as use: they may sort a
 // name index. Distinct trees are independent.
 //
-// Failures come back by value: a null pointer, an empty value (None()), -1, 0 or false. Nothing here
-// throws, exhausted memory (std::bad_alloc) apart.
+// Failures come back by value: a null pointer, an empty value (None()), -1, 0 or false. Nothing
+// here throws, exhausted memory (std::bad_alloc) apart.
 
 #ifndef QXRECORDSET_JSON_JSONVALUE_H
 #define QXRECORDSET_JSON_JSONVALUE_H
@@ -34,7 +34,7 @@ namespace JSON {
 class Arena;
 class CompositeValue;
 class JSONValue;
-class SequenceStorage;
+class Storage;
 class UnsafeJSONValue;
 
 // What a value is. The numbers are part of the interface.
@@ -93,10 +93,10 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
   virtual const JSONValue& operator[](const char* name) const;
   virtual JSONValue& operator[](const char* name);
 
-  // Appends the value as compact JSON text to `output` and returns true. Members keep their document
-  // order; numbers keep the text they were read or set with; a string ends at its first NUL; a
-  // string without text is written as "". An empty value (jtNone) appends nothing and returns false;
-  // one that lies inside a container ends the text there and returns false.
+  // Appends the value as compact JSON text to `output` and returns true. Members keep their
+  // document order; numbers keep the text they were read or set with; a string ends at its first
+  // NUL; a string without text is written as "". An empty value (jtNone) appends nothing and
+  // returns false; one that lies inside a container ends the text there and returns false.
   virtual bool Serialize(std::string& output) const;
 
   // ---- Reading a scalar; the text is converted on every call ------------------------------------
@@ -126,10 +126,10 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
   // negative, this is an array and the key a name, or this is an object and the ordinal names no
   // existing member. A value that is no container becomes one first: an object for a name, an array
   // for an ordinal (and keeps it when the update then fails). A name that is new to an object is
-  // appended; an ordinal beyond the end of an array fills the gap with nulls. Whatever the slot held
-  // before is released. Texts are copied before anything is released, so they may come from the
-  // value that is replaced; a string is stored as passed and escaped when it is written. A null text
-  // stores a string without text. Doubles are stored as "%g" writes them.
+  // appended; an ordinal beyond the end of an array fills the gap with nulls. Whatever the slot
+  // held before is released. Texts are copied before anything is released, so they may come from
+  // the value that is replaced; a string is stored as passed and escaped when it is written. A null
+  // text stores a string without text. Doubles are stored as "%g" writes them.
 
   const JSONValue& Set(const char* name, bool value);
   const JSONValue& Set(const char* name, const char* value);
@@ -154,8 +154,9 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
   JSONValue* InternalUpdateByName(const char* name, const char* text, Type type);
   JSONValue* InternalUpdateByOrdinal(int ordinal, const char* text, Type type);
 
-  // Replaces this value's text by a private copy of `text` (none for a null pointer) and marks it as
-  // owned; type and container stay. Only for values that a container holds: it releases the copy.
+  // Replaces this value's text by a private copy of `text` (none for a null pointer) and marks it
+  // as owned; type and container stay. Only for values that a container holds: it releases the
+  // copy.
   void InternalUpdateValue(const char* text);
 
   // ---- Fields -----------------------------------------------------------------------------------
@@ -165,11 +166,11 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
   bool bOwnsText = false;       // pText is a private copy that the holding container releases
 
  private:
-  friend class SequenceStorage;
+  friend class Storage;
 
   // Where an element that lies in a message's memory pool stands in its container: its ordinal + 1,
-  // or kPlaceFar for the ordinals that do not fit. 0 for every other value. With it an element finds
-  // its way to the pool when it comes to own memory, without a pointer in every element.
+  // or kPlaceFar for the ordinals that do not fit. 0 for every other value. With it an element
+  // finds its way to the pool when it comes to own memory, without a pointer in every element.
   std::uint32_t nPlace : 24;
 
  public:
@@ -197,26 +198,28 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
 class QXRECORDSET_EXPORT UnsafeJSONValue : public JSONValue {
  public:
   explicit UnsafeJSONValue(Type type = jtInvalid) noexcept : JSONValue(type) {}
-  UnsafeJSONValue(const JSONValue& other) noexcept : JSONValue(other) {}  // NOLINT: implicit on purpose
+  UnsafeJSONValue(const JSONValue& other) noexcept
+      : JSONValue(other) {}  // NOLINT: implicit on purpose
   UnsafeJSONValue(const UnsafeJSONValue& other) noexcept = default;
   UnsafeJSONValue& operator=(const UnsafeJSONValue& other) noexcept = default;
   ~UnsafeJSONValue() override;
 
  private:
-  friend class SequenceStorage;
+  friend class Storage;
   using JSONValue::JSONValue;
 };
 
-// What arrays and objects share. A container made by the parser carries jtArray or jtObject in eType
-// when its text was read to the end and jtInvalid when it was not; one made otherwise keeps jtInvalid.
+// What arrays and objects share. A container made by the parser carries jtArray or jtObject in
+// eType when its text was read to the end and jtInvalid when it was not; one made otherwise keeps
+// jtInvalid.
 class QXRECORDSET_EXPORT CompositeValue : public BaseValue {
  public:
   ~CompositeValue() override;
 
   // A new container with copies of everything in this one; the caller owns it. Texts and names that
   // lie in a message's buffer are not copied: the copy's pointers are moved by `nDelta` bytes, the
-  // distance from this document's buffer to the buffer that the copy will belong to. Owned texts and
-  // names are duplicated.
+  // distance from this document's buffer to the buffer that the copy will belong to. Owned texts
+  // and names are duplicated.
   virtual CompositeValue* Clone(std::ptrdiff_t nDelta) const = 0;
 
   // Number of elements or members.
@@ -258,7 +261,7 @@ class QXRECORDSET_EXPORT CompositeValue : public BaseValue {
   explicit CompositeValue(bool bInPool) noexcept : bInArena(bInPool) {}
 
  private:
-  friend class SequenceStorage;
+  friend class Storage;
   const bool bInArena;  // lies in a message's memory pool, which releases it
 };
 
@@ -301,15 +304,16 @@ class QXRECORDSET_EXPORT ArrayValue : public CompositeValue {
   mutable Sequence<OrdinalMap> vOrdinalMap;  // the string index; empty: not built
 
  private:
-  friend class SequenceStorage;
+  friend class Storage;
   friend class ObjectValue;
-  explicit ArrayValue(Arena* pPool, bool bInPool) noexcept : CompositeValue(bInPool), pArena(pPool) {}
+  explicit ArrayValue(Arena* pPool, bool bInPool) noexcept
+      : CompositeValue(bInPool), pArena(pPool) {}
 
   Arena* pArena = nullptr;  // where the elements live; null for the heap
 };
 
-// An object. Its members keep their document order (their ordinals); an index of their names, sorted
-// by length and then by bytes, is brought up to date by the first lookup that needs it.
+// An object. Its members keep their document order (their ordinals); an index of their names,
+// sorted by length and then by bytes, is brought up to date by the first lookup that needs it.
 class QXRECORDSET_EXPORT ObjectValue : public CompositeValue {
  public:
   // An empty object with room for `nReserve` members. Allocated with new (or held by value) by
@@ -353,7 +357,8 @@ class QXRECORDSET_EXPORT ObjectValue : public CompositeValue {
     // Orders entries by length first and by bytes (up to a NUL, as strncmp does) second.
     static bool Less(const NameMap& a, const NameMap& b);
 
-    // Replaces the name by a private copy of `name` (none for a null pointer) and marks it as owned.
+    // Replaces the name by a private copy of `name` (none for a null pointer) and marks it as
+    // owned.
     void UpdateName(const char* name);
   };
 
@@ -362,7 +367,7 @@ class QXRECORDSET_EXPORT ObjectValue : public CompositeValue {
   mutable Sequence<NameMap> vNameMap;  // one entry per member
 
  private:
-  friend class SequenceStorage;
+  friend class Storage;
   explicit ObjectValue(Arena* pPool, bool bInPool) noexcept
       : CompositeValue(bInPool), avValues(pPool, false) {}
 };

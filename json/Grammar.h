@@ -1,0 +1,183 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// The grammar of the accepted JSON, once for every reader of it: the tree parser, which rewrites
+// its text, and the record set loader, which only reads it. A reader walks the two kinds of
+// containers with ReadObject and ReadArray and hands in a sink that takes what stands between the
+// punctuation:
+//
+//   object sink:  p = sink.Name(p)      reads the name; p on its opening quote
+//                 p = sink.Value(p)     reads the value; white space before it is skipped
+//                 sink.Complete()       the members are all there
+//   array sink:   p = sink.Element(p)   reads an element; white space before it is skipped
+//                 sink.Missing()        a comma or bracket stands where an element should begin
+//
+// All functions take the position to read and return the position behind what they read, or null
+// for a failure; Text::pStop then holds the position where it was found. Where a text may break
+// off, or an element be missing, is decided here and nowhere else.
+
+#ifndef QXRECORDSET_JSON_GRAMMAR_H
+#define QXRECORDSET_JSON_GRAMMAR_H
+
+#include <cstring>
+
+#include "json/JSONMessage.h"
+#include "json/Scan.h"
+
+namespace JSON {
+
+// The text that is read, and what all readers of it share.
+template <typename Char>
+struct Text {
+  Char* pEnd;             // one past the last byte
+  Char* pStop = nullptr;  // where the last failure was found
+  int nDepth = 0;         // containers open around the position
+
+  explicit Text(Char* pTextEnd) : pEnd(pTextEnd) {}
+
+  // Nothing is left: the range ends, or a NUL ends the text.
+  bool AtEnd(const Char* p) const { return p == pEnd || *p == '\0'; }
+
+  Char* Fail(Char* p) {
+    pStop = p;
+    return nullptr;
+  }
+};
+
+// Counts one open container for as long as it lives.
+template <typename Char>
+class Nesting {
+ public:
+  explicit Nesting(Text<Char>& text) : text_(text) { ++text_.nDepth; }
+  ~Nesting() { --text_.nDepth; }
+  Nesting(const Nesting&) = delete;
+  Nesting& operator=(const Nesting&) = delete;
+
+  bool TooDeep() const { return text_.nDepth > kMaxNesting; }
+
+ private:
+  Text<Char>& text_;
+};
+
+// Members up to the closing brace. p stands on '{'.
+template <typename Char, typename Sink>
+Char* ReadObject(Text<Char>& text, Char* p, Sink& sink) {
+  const Nesting<Char> nesting(text);
+  if (nesting.TooDeep()) {
+    return text.Fail(p);
+  }
+  ++p;
+  if (text.AtEnd(p)) {
+    return text.Fail(p);
+  }
+  p = SkipSpace(p, text.pEnd);
+  if (text.AtEnd(p)) {
+    sink.Complete();
+    return p;
+  }
+  if (*p == '}') {
+    return p + 1;
+  }
+  for (;;) {
+    if (*p != '"') {
+      return text.Fail(p);
+    }
+    p = sink.Name(p);
+    if (p == nullptr) {
+      return nullptr;
+    }
+    p = SkipSpace(p, text.pEnd);
+    if (p == text.pEnd || *p != ':') {
+      return text.Fail(p);
+    }
+    p = sink.Value(SkipSpace(p + 1, text.pEnd));
+    if (p == nullptr) {
+      return nullptr;
+    }
+    p = SkipSpace(p, text.pEnd);
+    if (p == text.pEnd) {
+      return text.Fail(p);
+    }
+    if (*p != ',') {
+      if (*p != '}') {
+        return text.Fail(p);
+      }
+      sink.Complete();
+      return p + 1;
+    }
+    p = SkipSpace(p + 1, text.pEnd);
+    if (text.AtEnd(p)) {
+      sink.Complete();
+      return p;
+    }
+  }
+}
+
+// Elements up to the closing bracket. p stands on '['.
+template <typename Char, typename Sink>
+Char* ReadArray(Text<Char>& text, Char* p, Sink& sink) {
+  const Nesting<Char> nesting(text);
+  if (nesting.TooDeep()) {
+    return text.Fail(p);
+  }
+  ++p;
+  if (text.AtEnd(p)) {
+    return text.Fail(p);
+  }
+  p = SkipSpace(p, text.pEnd);
+  if (text.AtEnd(p)) {
+    return p;
+  }
+  if (*p == ']') {
+    return p + 1;
+  }
+  for (;;) {
+    p = SkipSpace(p, text.pEnd);
+    if (p != text.pEnd && (*p == ',' || *p == ']')) {
+      sink.Missing();
+    } else {
+      p = sink.Element(p);
+      if (p == nullptr) {
+        return nullptr;
+      }
+      p = SkipSpace(p, text.pEnd);
+      if (p == text.pEnd) {
+        return text.Fail(p);
+      }
+    }
+    if (*p == ']') {
+      return p + 1;
+    }
+    if (*p != ',') {
+      return text.Fail(p);
+    }
+    ++p;
+    if (text.AtEnd(p)) {
+      return p;
+    }
+  }
+}
+
+// The literals, matched as prefixes: what follows is judged by whoever reads on. Null for no match.
+template <typename Char>
+inline Char* ReadBoolean(Text<Char>& text, Char* p) {
+  if (text.pEnd - p >= 4 && std::memcmp(p, "true", 4) == 0) {
+    return p + 4;
+  }
+  if (text.pEnd - p >= 5 && std::memcmp(p, "false", 5) == 0) {
+    return p + 5;
+  }
+  return text.Fail(p);
+}
+template <typename Char>
+inline Char* ReadNull(Text<Char>& text, Char* p) {
+  if (text.pEnd - p >= 4 && std::memcmp(p, "null", 4) == 0) {
+    return p + 4;
+  }
+  return text.Fail(p);
+}
+
+inline bool BeginsNumber(char c) { return (c >= '0' && c <= '9') || c == '+' || c == '-'; }
+
+}  // namespace JSON
+
+#endif  // QXRECORDSET_JSON_GRAMMAR_H

@@ -1,0 +1,117 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Escapes inside JSON strings.
+
+#include "json/Scan.h"
+
+#include <cstdint>
+#include <cstdlib>
+
+namespace JSON {
+namespace {
+
+constexpr int kHexDigits = 4;  // behind "\u"
+constexpr int kLongestEscape = 2 + kHexDigits;
+
+int HexValue(char c) {
+  if (c >= '0' && c <= '9') {
+    return c - '0';
+  }
+  const char cLower = static_cast<char>(c | 0x20);
+  return cLower >= 'a' && cLower <= 'f' ? cLower - 'a' + 10 : -1;
+}
+
+// The four bytes behind "\u" count as strtoul reads them in base 16, also when they are no
+// hexadecimal digits: it skips white space and takes a sign and "0x".
+std::uint32_t CodePoint(const char* p) {
+  const int nHigh = (HexValue(p[0]) << 4) | HexValue(p[1]);
+  const int nLow = (HexValue(p[2]) << 4) | HexValue(p[3]);
+  if (nHigh >= 0 && nLow >= 0 && HexValue(p[0]) >= 0 && HexValue(p[2]) >= 0) {
+    return static_cast<std::uint32_t>(nHigh << 8 | nLow);
+  }
+  const char szDigits[kHexDigits + 1] = {p[0], p[1], p[2], p[3], '\0'};
+  return static_cast<std::uint32_t>(std::strtoul(szDigits, nullptr, 16));
+}
+
+char* WriteUtf8(std::uint32_t nCode, char* pWrite) {
+  const auto put = [&pWrite](std::uint32_t nByte) { *pWrite++ = static_cast<char>(nByte); };
+  if (nCode <= 0x7F) {
+    put(nCode);
+  } else if (nCode <= 0x7FF) {
+    put(0xC0 | ((nCode >> 6) & 0x1F));
+    put(0x80 | (nCode & 0x3F));
+  } else {
+    put(0xE0 | ((nCode >> 12) & 0x0F));
+    put(0x80 | ((nCode >> 6) & 0x3F));
+    put(0x80 | (nCode & 0x3F));
+  }
+  return pWrite;
+}
+
+char SimpleEscape(char c) {
+  switch (c) {
+    case 'b':
+      return '\b';
+    case 'f':
+      return '\f';
+    case 'n':
+      return '\n';
+    case 'r':
+      return '\r';
+    case 't':
+      return '\t';
+    default:
+      return c;
+  }
+}
+
+}  // namespace
+
+const char* Unescape(const char* p, const char* pEnd, char*& pWrite) {
+  for (;;) {
+    // p stands on a backslash.
+    if (pEnd - p < 2) {
+      return nullptr;
+    }
+    if (p[1] != 'u') {
+      *pWrite++ = SimpleEscape(p[1]);
+      p += 2;
+    } else {
+      if (pEnd - p < kLongestEscape) {
+        return nullptr;
+      }
+      pWrite = WriteUtf8(CodePoint(p + 2), pWrite);
+      p += kLongestEscape;
+    }
+    const char* const pRun = p;
+    p = FindQuoteOrBackslash(p, pEnd);
+    const std::size_t nRun = static_cast<std::size_t>(p - pRun);
+    std::memmove(pWrite, pRun, nRun);
+    pWrite += nRun;
+    if (p == pEnd) {
+      return nullptr;
+    }
+    if (*p == '"') {
+      return p;
+    }
+  }
+}
+
+const char* FindStringEnd(const char* p, const char* pEnd) {
+  for (;;) {
+    p = FindQuoteOrBackslash(p, pEnd);
+    if (p == pEnd) {
+      return nullptr;
+    }
+    if (*p == '"') {
+      return p;
+    }
+    const std::ptrdiff_t nEscape = pEnd - p >= 2 && p[1] == 'u' ? kLongestEscape : 2;
+    if (pEnd - p < nEscape) {
+      return nullptr;
+    }
+    p += nEscape;
+  }
+}
+
+}  // namespace JSON

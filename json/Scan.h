@@ -1,0 +1,109 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Finding the end of things in JSON text: white space, string contents, number tokens; and the
+// rewriting of escapes. Each function takes the position to read and the end of the text and never
+// reads at or beyond that end; where 16 bytes are left it looks at 16 at a time.
+//
+// The templates serve text that is rewritten in place (Char is char) and text that is only read
+// (const char).
+
+#ifndef QXRECORDSET_JSON_SCAN_H
+#define QXRECORDSET_JSON_SCAN_H
+
+#include <cstddef>
+#include <cstring>
+
+#include "json/Block.h"
+
+namespace JSON {
+
+inline bool IsSpace(char c) {
+  return static_cast<unsigned char>(c) <= ' ' &&
+         (c == ' ' || c == '\n' || c == '\r' || c == '\t' || c == '\f');
+}
+
+// The first byte at or behind p that is no white space, or the end.
+template <typename Char>
+Char* SkipSpaceRun(Char* p, Char* pEnd) {
+  while (pEnd - p >= Block16::kBytes) {
+    const std::uint32_t other = ~Block16::Load(p).Space() & 0xFFFFu;
+    if (other != 0) {
+      return p + LowestBit(other);
+    }
+    p += Block16::kBytes;
+  }
+  while (p != pEnd && IsSpace(*p)) {
+    ++p;
+  }
+  return p;
+}
+
+// The same. Most places where white space may stand have none, or a single blank: these two cases
+// are decided at the caller's.
+template <typename Char>
+inline Char* SkipSpace(Char* p, Char* pEnd) {
+  if (p == pEnd || !IsSpace(*p)) {
+    return p;
+  }
+  ++p;
+  if (p == pEnd || !IsSpace(*p)) {
+    return p;
+  }
+  return SkipSpaceRun(p + 1, pEnd);
+}
+
+// The first '"' or '\' at or behind p, or the end.
+template <typename Char>
+inline Char* FindQuoteOrBackslash(Char* p, Char* pEnd) {
+  while (pEnd - p >= Block16::kBytes) {
+    const std::uint32_t found = Block16::Load(p).QuoteOrBackslash();
+    if (found != 0) {
+      return p + LowestBit(found);
+    }
+    p += Block16::kBytes;
+  }
+  while (p != pEnd && *p != '"' && *p != '\\') {
+    ++p;
+  }
+  return p;
+}
+
+// The end of the number token that begins at p: the first byte outside "+-0123456789.eE". The last
+// byte of the text is never part of a token. `bReal` tells whether the token holds one of ".eE".
+template <typename Char>
+inline Char* ScanNumber(Char* p, Char* pEnd, bool& bReal) {
+  bReal = false;
+  while (pEnd - p > Block16::kBytes) {
+    const Block16 block = Block16::Load(p);
+    const std::uint32_t other = ~block.NumberBytes() & 0xFFFFu;
+    const std::uint32_t real = block.RealMarks();
+    if (other != 0) {
+      bReal = bReal || (real & (other - 1) & ~other) != 0;  // marks below the first other byte
+      return p + LowestBit(other);
+    }
+    bReal = bReal || real != 0;
+    p += Block16::kBytes;
+  }
+  for (; p < pEnd - 1; ++p) {
+    const bool bMark = *p == '.' || *p == 'e' || *p == 'E';
+    if (!bMark && !(*p >= '0' && *p <= '9') && *p != '+' && *p != '-') {
+      break;
+    }
+    bReal = bReal || bMark;
+  }
+  return p;
+}
+
+// Reads string content from p, which stands on a '\', to the closing quote, and writes the
+// unescaped bytes to pWrite, which may lie in the same text at or before p, or elsewhere with as
+// much room as is left of the content. Moves pWrite behind what was written and returns the closing
+// quote, or null when the text ends first. Nothing beyond the written bytes is touched, so text
+// that is rewritten in place keeps its unread bytes whatever happens.
+const char* Unescape(const char* p, const char* pEnd, char*& pWrite);
+
+// The closing quote of the string content that begins at p, or null when the text ends first.
+const char* FindStringEnd(const char* p, const char* pEnd);
+
+}  // namespace JSON
+
+#endif  // QXRECORDSET_JSON_SCAN_H

@@ -1,0 +1,111 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Growth and release of the storage behind a tree.
+
+#include "json/Storage.h"
+
+#include <algorithm>
+#include <type_traits>
+
+namespace JSON {
+namespace {
+
+// A container that starts to fill gets room for this many items.
+constexpr std::size_t kFirstCapacity = 4;
+
+// Ordinals are ints, so nothing grows beyond this.
+constexpr std::size_t kMostItems = INT_MAX;
+
+}  // namespace
+
+// Moves `items` to storage for `nCapacity` of them. The items are moved as bytes: none of them
+// holds a pointer to itself, and none is destroyed one by one.
+template <typename T>
+void Storage::Grow(Sequence<T>& items, std::size_t nCapacity, Arena* pArena) {
+  if (nCapacity > kMostItems || nCapacity > (SIZE_MAX - kHeader) / sizeof(T)) {
+    throw std::bad_alloc();
+  }
+  const std::size_t nBytes = nCapacity * sizeof(T);
+  T* pItems = nullptr;
+  if (pArena != nullptr) {
+    const bool bOwnRoom = items.nCapacity != 0;
+    if (bOwnRoom && pArena->Resize(items.pItems, items.nCapacity * sizeof(T), nBytes)) {
+      items.nCapacity = static_cast<std::uint32_t>(nCapacity) & 0x7FFFFFFFu;
+      return;
+    }
+    char* const pRoom = static_cast<char*>(pArena->Allocate(kHeader + nBytes));
+    new (pRoom) Arena*(pArena);
+    pItems = reinterpret_cast<T*>(pRoom + kHeader);
+  } else {
+    pItems = static_cast<T*>(::operator new(nBytes));
+  }
+  if (items.nSize != 0) {
+    std::memcpy(static_cast<void*>(pItems), items.pItems, items.nSize * sizeof(T));
+  }
+  if (items.bOnHeap != 0) {
+    ::operator delete(items.pItems);
+  }
+  items.pItems = pItems;
+  items.nCapacity = static_cast<std::uint32_t>(nCapacity) & 0x7FFFFFFFu;
+  items.bOnHeap = pArena == nullptr ? 1 : 0;
+}
+
+template <typename T>
+void Storage::GrowForOne(Sequence<T>& items, Arena* pArena) {
+  const std::size_t nSize = items.nSize;
+  if (nSize >= kMostItems) {
+    throw std::bad_alloc();
+  }
+  Grow(items, std::min(std::max(nSize * 2, kFirstCapacity), kMostItems), pArena);
+}
+
+// Borrowed storage lies in a pool, which from now on may own heap memory: the copy made here, and
+// whatever the caller is about to put into it.
+template <typename T>
+void Sequence<T>::Detach() {
+  Arena* const pArena = Storage::ArenaBefore(pItems);
+  Storage::Grow(*this, nSize, nullptr);
+  Storage::NoteHeapIn(pArena);
+}
+
+template class Sequence<UnsafeJSONValue>;
+template class Sequence<ObjectValue::NameMap>;
+template class Sequence<ArrayValue::OrdinalMap>;
+
+template void Storage::Grow(Sequence<UnsafeJSONValue>&, std::size_t, Arena*);
+template void Storage::Grow(Sequence<ObjectValue::NameMap>&, std::size_t, Arena*);
+template void Storage::Grow(Sequence<ArrayValue::OrdinalMap>&, std::size_t, Arena*);
+template void Storage::GrowForOne(Sequence<UnsafeJSONValue>&, Arena*);
+template void Storage::GrowForOne(Sequence<ObjectValue::NameMap>&, Arena*);
+template void Storage::GrowForOne(Sequence<ArrayValue::OrdinalMap>&, Arena*);
+
+void Storage::Release(CompositeValue* pComposite) noexcept {
+  if (pComposite == nullptr) {
+    return;
+  }
+  pComposite->Clear();
+  if (!pComposite->bInArena) {
+    delete pComposite;
+  }
+}
+
+void Storage::Trim(ArrayValue& array) noexcept {
+  Sequence<UnsafeJSONValue>& values = array.vValues;
+  if (values.nCapacity == values.nSize || values.nSize == 0) {
+    return;
+  }
+  if (array.pArena->Resize(values.pItems, values.nCapacity * sizeof(UnsafeJSONValue),
+                           values.nSize * sizeof(UnsafeJSONValue))) {
+    values.nCapacity = values.nSize & 0x7FFFFFFFu;
+  }
+}
+
+Arena* Storage::ArenaOfElement(const JSONValue& value) noexcept {
+  const UnsafeJSONValue* pElement = static_cast<const UnsafeJSONValue*>(&value);
+  while (pElement->nPlace == kPlaceFar) {
+    --pElement;  // elements before it in the same array, down to one whose mark is exact
+  }
+  return ArenaBefore(pElement - (pElement->nPlace - 1));  // item 0 of the array
+}
+
+}  // namespace JSON

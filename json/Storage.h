@@ -1,0 +1,222 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Where a tree lies in memory, and who releases it: the library's side of Sequence, of the
+// containers and of the place mark in a JSONValue.
+//
+// A container that the parser makes for a message lies in the message's pool (json/Arena.h) with
+// its elements; one made otherwise lies on the heap. Arrays in the pool carry the pool's address in
+// the word before their first item:
+//
+//   | Arena* | item 0 | item 1 | ... |
+//
+// An element in the pool knows its ordinal (JSONValue::nPlace), so it finds item 0 and with it the
+// pool: that is how a pool learns that its tree has come to own heap memory, without a pointer in
+// every element. The member names of a container in the pool are borrowed storage: sibling objects
+// may share them, so they are copied to the heap before anybody changes them.
+
+#ifndef QXRECORDSET_JSON_STORAGE_H
+#define QXRECORDSET_JSON_STORAGE_H
+
+#include <climits>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <new>
+
+#include "json/Arena.h"
+#include "json/JSONValue.h"
+
+namespace JSON {
+
+class Storage {
+ public:
+  using NameMap = ObjectValue::NameMap;
+
+  // ---- Containers -------------------------------------------------------------------------------
+
+  // A new empty container: in the pool, or with new when there is none.
+  template <typename Container>
+  static Container* Make(Arena* pArena, int nReserve) {
+    if (pArena == nullptr) {
+      return new Container(nReserve);
+    }
+    return new (pArena->Allocate(sizeof(Container))) Container(pArena, true);
+  }
+
+  // Releases a container and everything it owns.
+  static void Release(CompositeValue* pComposite) noexcept;
+
+  static bool InArena(const CompositeValue& composite) { return composite.bInArena; }
+  static Arena* ArenaOf(const ArrayValue& array) { return array.pArena; }
+
+  // An empty container in a rewound pool has lost its storage.
+  static void Forget(ArrayValue& array) noexcept {
+    Forget(array.vValues);
+    FreeItems(array.vOrdinalMap);
+  }
+  static void Forget(ObjectValue& object) noexcept {
+    Forget(object.avValues);
+    FreeItems(object.vNameMap);
+  }
+
+  // ---- Elements ---------------------------------------------------------------------------------
+
+  // Room for `nCount` elements in all, and one more element, built from the arguments.
+  static void Reserve(ArrayValue& array, std::size_t nCount) {
+    if (nCount > array.vValues.nCapacity) {
+      Grow(array.vValues, nCount, array.pArena);
+    }
+  }
+  static UnsafeJSONValue& Append(ArrayValue& array, Type type, const char* pText, int nLength,
+                                 int nNameIndex, CompositeValue* pComposite) {
+    Sequence<UnsafeJSONValue>& values = array.vValues;
+    if (values.nSize == values.nCapacity) {
+      GrowForOne(values, array.pArena);
+    }
+    const std::uint32_t nPlace = array.pArena != nullptr ? PlaceOf(values.nSize) : 0;
+    return *new (values.pItems + values.nSize++)
+        UnsafeJSONValue(type, pText, nLength, nNameIndex, pComposite, nPlace);
+  }
+
+  // Gives back the room beyond the elements when it lies at the end of the pool.
+  static void Trim(ArrayValue& array) noexcept;
+
+  // Removes all items; the room stays.
+  template <typename T>
+  static void Truncate(Sequence<T>& items) noexcept {
+    items.nSize = 0;
+  }
+
+  // ---- Names and the string index ---------------------------------------------------------------
+
+  static void AppendName(ObjectValue& object, const NameMap& name) {
+    ReserveNameForOne(object);
+    Sequence<NameMap>& names = object.vNameMap;
+    new (names.pItems + names.nSize++) NameMap(name);
+  }
+  static void ReserveNameForOne(ObjectValue& object) {
+    if (object.vNameMap.nSize >= object.vNameMap.nCapacity) {
+      GrowForOne(object.vNameMap, object.avValues.pArena);
+    }
+  }
+  static void ReserveNames(ObjectValue& object, std::size_t nCount) {
+    if (nCount > object.vNameMap.nCapacity) {
+      Grow(object.vNameMap, nCount, object.avValues.pArena);
+    }
+  }
+
+  // The names as they lie in memory, for readers and for the library's own index work.
+  static NameMap* Names(const ObjectValue& object) { return object.vNameMap.pItems; }
+  static std::size_t NameCount(const ObjectValue& object) { return object.vNameMap.nSize; }
+  static UnsafeJSONValue* Values(const ArrayValue& array) { return array.vValues.pItems; }
+  static bool BorrowsNames(const ObjectValue& object) {
+    return object.vNameMap.nCapacity < object.vNameMap.nSize;
+  }
+
+  // Makes `object` use `nCount` names that lie in its pool, as borrowed storage.
+  static void BorrowNames(const ObjectValue& object, NameMap* pNames, std::size_t nCount) noexcept {
+    object.vNameMap.pItems = pNames;
+    object.vNameMap.nSize = static_cast<std::uint32_t>(nCount);
+    object.vNameMap.nCapacity = 0;
+    object.vNameMap.bOnHeap = 0;
+  }
+
+  // From now on names that lie in the pool may be shared, and are changed in a copy only.
+  static void LendNames(const ObjectValue& object) noexcept {
+    if (object.bInArena && object.vNameMap.bOnHeap == 0) {
+      object.vNameMap.nCapacity = 0;
+    }
+  }
+
+  // Names that the object alone may change.
+  static NameMap* OwnNames(const ObjectValue& object) { return object.vNameMap.Own(); }
+
+  // Releases the names' storage; the entries' own texts are the caller's business.
+  static void FreeNames(ObjectValue& object) noexcept { FreeItems(object.vNameMap); }
+  static void CutNames(const ObjectValue& object, std::size_t nCount) noexcept {
+    object.vNameMap.nSize = static_cast<std::uint32_t>(nCount);
+  }
+
+  static void AppendEntry(const ArrayValue& array, const ArrayValue::OrdinalMap& entry) {
+    Sequence<ArrayValue::OrdinalMap>& entries = array.vOrdinalMap;
+    if (entries.nSize == entries.nCapacity) {
+      GrowForOne(entries, array.pArena);
+    }
+    new (entries.pItems + entries.nSize++) ArrayValue::OrdinalMap(entry);
+  }
+  static void ReserveEntries(const ArrayValue& array, std::size_t nCount) {
+    if (nCount > array.vOrdinalMap.nCapacity) {
+      Grow(array.vOrdinalMap, nCount, array.pArena);
+    }
+  }
+
+  // Releases the storage of all of a container's sequences.
+  static void FreeAll(ArrayValue& array) noexcept {
+    FreeItems(array.vValues);
+    FreeItems(array.vOrdinalMap);
+  }
+
+  // ---- Heap memory owned from within a pool
+  // ------------------------------------------------------
+
+  static void NoteHeapIn(Arena* pArena) noexcept {
+    if (pArena != nullptr) {
+      pArena->bOwnsHeap = true;
+    }
+  }
+  // The value, wherever it lies, is about to own heap memory.
+  static void NoteHeapAt(const JSONValue& value) noexcept {
+    if (value.nPlace != 0) {
+      NoteHeapIn(ArenaOfElement(value));
+    }
+  }
+
+  // A private copy of a text (null for null), as values and names own it: released with delete[].
+  static char* CopyText(const char* pText, std::size_t nLength) {
+    char* const pCopy = new char[nLength + 1];
+    std::memcpy(pCopy, pText, nLength);
+    pCopy[nLength] = '\0';
+    return pCopy;
+  }
+
+ private:
+  template <typename T>
+  friend class Sequence;
+
+  // Ordinals from here on share one mark; the way back from them goes element by element.
+  static constexpr std::uint32_t kPlaceFar = 0xFFFFFF;
+  static std::uint32_t PlaceOf(std::uint32_t nOrdinal) {
+    return nOrdinal < kPlaceFar - 1 ? nOrdinal + 1 : kPlaceFar;
+  }
+  static Arena* ArenaOfElement(const JSONValue& value) noexcept;
+
+  // The word that Grow() puts before items in a pool.
+  static constexpr std::size_t kHeader = Arena::kAlignment;
+  static Arena* ArenaBefore(const void* pItems) noexcept {
+    return *reinterpret_cast<Arena* const*>(static_cast<const char*>(pItems) - kHeader);
+  }
+
+  template <typename T>
+  static void Grow(Sequence<T>& items, std::size_t nCapacity, Arena* pArena);
+  template <typename T>
+  static void GrowForOne(Sequence<T>& items, Arena* pArena);
+
+  template <typename T>
+  static void Forget(Sequence<T>& items) noexcept {
+    items.pItems = nullptr;
+    items.nSize = 0;
+    items.nCapacity = 0;
+    items.bOnHeap = 0;
+  }
+  template <typename T>
+  static void FreeItems(Sequence<T>& items) noexcept {
+    if (items.bOnHeap != 0) {
+      ::operator delete(items.pItems);
+    }
+    Forget(items);
+  }
+};
+
+}  // namespace JSON
+
+#endif  // QXRECORDSET_JSON_STORAGE_H

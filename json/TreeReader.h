@@ -1,0 +1,53 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// The parser proper: reads text by the grammar (json/Grammar.h) and builds the tree, rewriting the
+// text in place. Elements are written straight into their final place. One TreeReader serves one
+// parse.
+
+#ifndef QXRECORDSET_JSON_TREEREADER_H
+#define QXRECORDSET_JSON_TREEREADER_H
+
+#include "json/Grammar.h"
+#include "json/JSONValue.h"
+#include "json/Shape.h"
+
+namespace JSON {
+
+class TreeReader {
+ public:
+  // Reads up to pEnd. Containers are taken from the pool, or from the heap when there is none.
+  TreeReader(char* pEnd, Arena* pArena) : text_(pEnd), pArena_(pArena) {}
+
+  // Each reads what stands at p and returns the position behind it, or null; StoppedAt() is then
+  // where the failure was found. The containers are filled, and their eType is set.
+  char* ReadObjectInto(char* p, ObjectValue& object, Hint& hint);
+  char* ReadArrayInto(char* p, ArrayValue& array, Hint& hint);
+
+  // The same for one value of any kind, which is appended to `parent`.
+  char* ReadValue(char* p, ArrayValue& parent, int nNameIndex, Hint& hint);
+
+  // String content behind the opening quote at p: unescaped in place and NUL-terminated.
+  struct Content {
+    char* pNext;  // behind the closing quote; null when there is none
+    int nLength;
+    bool bEscaped;
+  };
+  Content ReadString(char* pQuote);
+
+  char* StoppedAt() const { return text_.pStop; }
+  Arena* Pool() const { return pArena_; }
+  const char* End() const { return text_.pEnd; }
+  char* Fail(char* p) { return text_.Fail(p); }
+
+ private:
+  template <typename Container>
+  char* ReadContainer(char* p, ArrayValue& parent, int nNameIndex, Hint& hint);
+  Content ReadEscaped(char* pContent, char* pBackslash);
+
+  Text<char> text_;
+  Arena* const pArena_;
+};
+
+}  // namespace JSON
+
+#endif  // QXRECORDSET_JSON_TREEREADER_H
