@@ -168,9 +168,9 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
  private:
   friend class Storage;
 
-  // Where an element that lies in a message's memory pool stands in its container: its ordinal + 1,
-  // or kPlaceFar for the ordinals that do not fit. 0 for every other value. With it an element
-  // finds its way to the pool when it comes to own memory, without a pointer in every element.
+  // Where an element stands in its container: its ordinal + 1, or the largest number for ordinals
+  // that do not fit. 0 for a value that is no element. With it an element finds the memory pool of
+  // its container when it comes to own memory, without a pointer in every element.
   std::uint32_t nPlace : 24;
 
  public:

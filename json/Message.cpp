@@ -120,17 +120,17 @@ bool Message::Parse(const char* text, int length) {
   pStart = pBuffer;
   pEnd = pBufferEnd;
   pCursor = pFirst;
-  Hint hint;
+  Place place;
   char* pNext = nullptr;
   if (*pFirst == '{') {
     ObjectValue& root = PrepareRoot<ObjectValue>(jtObject);
     TreeReader reader(pEnd, pArena);
-    pNext = reader.ReadObjectInto(pFirst, root, hint);
+    pNext = reader.ReadObjectInto(pFirst, root, place);
     pCursor = pNext != nullptr ? pNext : reader.StoppedAt();
   } else {
     ArrayValue& root = PrepareRoot<ArrayValue>(jtArray);
     TreeReader reader(pEnd, pArena);
-    pNext = reader.ReadArrayInto(pFirst, root, hint);
+    pNext = reader.ReadArrayInto(pFirst, root, place);
     pCursor = pNext != nullptr ? pNext : reader.StoppedAt();
   }
   return pNext != nullptr;

@@ -23,8 +23,8 @@ bool Advance(ParseContext& context, const TreeReader& reader, char* pNext) {
 int ParseScalar(ParseContext& context, UnsafeJSONValue& value) {
   TreeReader reader(context.pEnd, nullptr);
   ArrayValue holder(1);
-  Hint hint;
-  Advance(context, reader, reader.ReadValue(context.pCursor, holder, 0, hint));
+  Place place;
+  Advance(context, reader, reader.ReadValue(context.pCursor, holder, place));
   value.eType = jtInvalid;
   if (!holder.vValues.empty()) {
     const UnsafeJSONValue& parsed = holder.vValues[0];
@@ -54,8 +54,8 @@ int Parser::ParseJSONValue(ParseContext& context, CompositeValue& parent) {
   context.pCursor = SkipSpace(context.pCursor, context.pEnd);
   TreeReader reader(context.pEnd, nullptr);
   ArrayValue holder(1);
-  Hint hint;
-  Advance(context, reader, reader.ReadValue(context.pCursor, holder, 0, hint));
+  Place place;
+  Advance(context, reader, reader.ReadValue(context.pCursor, holder, place));
   if (holder.vValues.empty()) {
     return kFailed;
   }
@@ -68,16 +68,16 @@ int Parser::ParseJSONValue(ParseContext& context, CompositeValue& parent) {
 int Parser::ParseObject(ParseContext& context, ObjectValue& object) {
   Storage::NoteHeapIn(Storage::ArenaOf(object.avValues));  // nested containers come from the heap
   TreeReader reader(context.pEnd, nullptr);
-  Hint hint;
-  Advance(context, reader, reader.ReadObjectInto(context.pCursor, object, hint));
+  Place place;
+  Advance(context, reader, reader.ReadObjectInto(context.pCursor, object, place));
   return object.eType;
 }
 
 int Parser::ParseArray(ParseContext& context, ArrayValue& array) {
   Storage::NoteHeapIn(Storage::ArenaOf(array));
   TreeReader reader(context.pEnd, nullptr);
-  Hint hint;
-  Advance(context, reader, reader.ReadArrayInto(context.pCursor, array, hint));
+  Place place;
+  Advance(context, reader, reader.ReadArrayInto(context.pCursor, array, place));
   return array.eType;
 }
 

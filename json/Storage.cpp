@@ -26,26 +26,25 @@ void Storage::Grow(Sequence<T>& items, std::size_t nCapacity, Arena* pArena) {
     throw std::bad_alloc();
   }
   const std::size_t nBytes = nCapacity * sizeof(T);
-  T* pItems = nullptr;
-  if (pArena != nullptr) {
-    const bool bOwnRoom = items.nCapacity != 0;
-    if (bOwnRoom && pArena->Resize(items.pItems, items.nCapacity * sizeof(T), nBytes)) {
-      items.nCapacity = static_cast<std::uint32_t>(nCapacity) & 0x7FFFFFFFu;
-      return;
-    }
-    char* const pRoom = static_cast<char*>(pArena->Allocate(kHeader + nBytes));
-    new (pRoom) Arena*(pArena);
-    pItems = reinterpret_cast<T*>(pRoom + kHeader);
+  char* pRoom = nullptr;
+  if (pArena == nullptr) {
+    pRoom = static_cast<char*>(::operator new(kHeader + nBytes));
+  } else if (items.nCapacity != 0 &&
+             pArena->Resize(items.pItems, items.nCapacity * sizeof(T), nBytes)) {
+    items.nCapacity = static_cast<std::uint32_t>(nCapacity) & 0x7FFFFFFFu;
+    return;
   } else {
-    pItems = static_cast<T*>(::operator new(nBytes));
+    pRoom = static_cast<char*>(pArena->Allocate(kHeader + nBytes));
   }
+  new (pRoom) Arena*(pArena);
+  T* const pItems = reinterpret_cast<T*>(pRoom + kHeader);
   if (items.nSize != 0) {
     std::memcpy(static_cast<void*>(pItems), items.pItems, items.nSize * sizeof(T));
   }
-  if (items.bOnHeap != 0) {
-    ::operator delete(items.pItems);
-  }
+  const std::uint32_t nSize = items.nSize;
+  FreeItems(items);
   items.pItems = pItems;
+  items.nSize = nSize;
   items.nCapacity = static_cast<std::uint32_t>(nCapacity) & 0x7FFFFFFFu;
   items.bOnHeap = pArena == nullptr ? 1 : 0;
 }
@@ -91,7 +90,7 @@ void Storage::Release(CompositeValue* pComposite) noexcept {
 
 void Storage::Trim(ArrayValue& array) noexcept {
   Sequence<UnsafeJSONValue>& values = array.vValues;
-  if (values.nCapacity == values.nSize || values.nSize == 0) {
+  if (array.pArena == nullptr || values.nCapacity == values.nSize || values.nSize == 0) {
     return;
   }
   if (array.pArena->Resize(values.pItems, values.nCapacity * sizeof(UnsafeJSONValue),

@@ -73,9 +73,9 @@ class Storage {
     if (values.nSize == values.nCapacity) {
       GrowForOne(values, array.pArena);
     }
-    const std::uint32_t nPlace = array.pArena != nullptr ? PlaceOf(values.nSize) : 0;
-    return *new (values.pItems + values.nSize++)
-        UnsafeJSONValue(type, pText, nLength, nNameIndex, pComposite, nPlace);
+    const std::uint32_t nOrdinal = values.nSize++;
+    return *new (values.pItems + nOrdinal)
+        UnsafeJSONValue(type, pText, nLength, nNameIndex, pComposite, PlaceOf(nOrdinal));
   }
 
   // Gives back the room beyond the elements when it lies at the end of the pool.
@@ -105,6 +105,16 @@ class Storage {
     }
   }
 
+  // `nCount` names in place of those there are, for the caller to fill.
+  static NameMap* NewNames(ObjectValue& object, std::size_t nCount) {
+    ReserveNames(object, nCount);
+    object.vNameMap.nSize = static_cast<std::uint32_t>(nCount);
+    for (std::size_t i = 0; i < nCount; ++i) {
+      new (object.vNameMap.pItems + i) NameMap;
+    }
+    return object.vNameMap.pItems;
+  }
+
   // The names as they lie in memory, for readers and for the library's own index work.
   static NameMap* Names(const ObjectValue& object) { return object.vNameMap.pItems; }
   static std::size_t NameCount(const ObjectValue& object) { return object.vNameMap.nSize; }
@@ -115,6 +125,7 @@ class Storage {
 
   // Makes `object` use `nCount` names that lie in its pool, as borrowed storage.
   static void BorrowNames(const ObjectValue& object, NameMap* pNames, std::size_t nCount) noexcept {
+    FreeItems(object.vNameMap);
     object.vNameMap.pItems = pNames;
     object.vNameMap.nSize = static_cast<std::uint32_t>(nCount);
     object.vNameMap.nCapacity = 0;
@@ -211,7 +222,7 @@ class Storage {
   template <typename T>
   static void FreeItems(Sequence<T>& items) noexcept {
     if (items.bOnHeap != 0) {
-      ::operator delete(items.pItems);
+      ::operator delete(reinterpret_cast<char*>(items.pItems) - kHeader);
     }
     Forget(items);
   }

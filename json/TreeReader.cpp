@@ -1,16 +1,31 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Building the tree. The sinks below are what the grammar talks to; the object sink also plays the
-// guessing game with shapes (json/Shape.h).
+// Building the tree. The two sinks are what the grammar talks to. What happens for nearly every
+// member or element is inline; what happens now and then is a function of its own, so that the
+// loops keep their few variables in registers.
 
 #include "json/TreeReader.h"
 
 #include <algorithm>
+#include <type_traits>
 
-#include "json/NameOrder.h"
 #include "json/Storage.h"
 
 namespace JSON {
+namespace {
+
+// Room that an array gets when nothing like it was seen yet, and the most it gets for what was.
+constexpr int kFirstElements = 4;
+constexpr std::uint32_t kMostExpectedElements = 64;
+
+void AppendScalar(ArrayValue& parent, Type type, const char* pText, std::ptrdiff_t nLength) {
+  Storage::Append(parent, type, pText, static_cast<int>(nLength), 0, nullptr);
+}
+
+}  // namespace
+
+// ---- Scalars
+// -------------------------------------------------------------------------------------
 
 inline TreeReader::Content TreeReader::ReadString(char* pQuote) {
   char* const pContent = pQuote + 1;
@@ -22,236 +37,6 @@ inline TreeReader::Content TreeReader::ReadString(char* pQuote) {
   return {pClosing + 1, static_cast<int>(pClosing - pContent), false};
 }
 
-namespace {
-
-// Room that an array gets when nothing like it was seen yet, and the most it gets for what was.
-constexpr std::uint32_t kFirstElements = 4;
-constexpr std::uint32_t kMostExpectedElements = 64;
-
-class ArraySink {
- public:
-  ArraySink(TreeReader& reader, ArrayValue& array, Hint& hint)
-      : reader_(reader), array_(array), hint_(hint) {}
-
-  char* Element(char* p) { return reader_.ReadValue(p, array_, 0, hint_); }
-  void Missing() { Storage::Append(array_, jtNull, nullptr, 0, 0, nullptr); }
-
- private:
-  TreeReader& reader_;
-  ArrayValue& array_;
-  Hint& hint_;
-};
-
-class ObjectSink {
- public:
-  ObjectSink(TreeReader& reader, ObjectValue& object, Hint& hint)
-      : reader_(reader), object_(object), hint_(hint), pShape_(hint.pShape) {
-    if (pShape_ != nullptr) {
-      bAsShaped_ = object.Size() == 0 && object.vNameMap.empty();
-      Storage::Reserve(object.avValues, static_cast<std::size_t>(pShape_->nCount));
-    }
-  }
-
-  char* Name(char* pQuote) {
-    char* const pName = pQuote + 1;
-    if (pShape_ != nullptr && nNext_ < pShape_->nCount) {
-      ShapeMember& expected = pShape_->Members()[nNext_];
-      if (expected.Matches(pName, reader_.End())) {
-        pMember_ = &expected;
-        ++nNext_;
-        pName[expected.nLength] = '\0';
-        if (!bAsShaped_) {
-          AppendName(pName, expected.nLength);
-        }
-        return pName + expected.nLength + 1;
-      }
-    }
-    return UnexpectedName(pQuote);
-  }
-
-  char* Value(char* p) {
-    if (bAsShaped_) {
-      return reader_.ReadValue(p, object_.avValues, pMember_->nNameIndex, pMember_->value);
-    }
-    return reader_.ReadValue(p, object_.avValues, 0,
-                             pMember_ != nullptr ? pMember_->value : others_);
-  }
-
-  void Complete() {
-    if (bAsShaped_ && nNext_ == pShape_->nCount) {
-      Storage::BorrowNames(object_, pShape_->pNames, static_cast<std::size_t>(nNext_));
-      object_.bSorted = true;
-      hint_.nMisses = 0;
-      return;
-    }
-    LeaveShape();
-    object_.Sort();
-    LearnShape();
-  }
-
-  // The object failed: it keeps its names in document order, the one whose value failed included.
-  void Abandon() {
-    LeaveShape();
-    Storage::LendNames(object_);
-  }
-
- private:
-  // The names read so far were not stored, nor were they needed: the shape has them. Now they are.
-  void LeaveShape() {
-    if (!bAsShaped_) {
-      return;
-    }
-    bAsShaped_ = false;
-    UnsafeJSONValue* const pValues = Storage::Values(object_.avValues);
-    for (int i = 0; i < object_.Size(); ++i) {
-      pValues[i].nNameIndex = 0;
-    }
-    for (int i = 0; i < nNext_; ++i) {
-      AppendName(pShape_->Members()[i].pName, pShape_->Members()[i].nLength);
-    }
-  }
-
-  char* UnexpectedName(char* pQuote) {
-    LeaveShape();
-    const TreeReader::Content name = reader_.ReadString(pQuote);
-    if (name.pNext == nullptr) {
-      return nullptr;
-    }
-    AppendName(pQuote + 1, name.nLength);
-    bEscapedName_ = bEscapedName_ || name.bEscaped;
-    pMember_ = nullptr;
-    if (pShape_ != nullptr) {
-      pMember_ = pShape_->Find(pQuote + 1, name.nLength, nNext_);
-      if (pMember_ != nullptr) {
-        nNext_ = static_cast<int>(pMember_ - pShape_->Members()) + 1;
-      }
-    }
-    return name.pNext;
-  }
-
-  void AppendName(const char* pName, int nLength) {
-    ObjectValue::NameMap entry;
-    entry.pName = pName;
-    entry.nLength = nLength;
-    entry.nOrdinal = static_cast<int>(object_.vNameMap.size());
-    Storage::AppendName(object_, entry);
-  }
-
-  // A name with an escape looks different in the text, so it must not be expected there.
-  void LearnShape() {
-    Arena* const pArena = reader_.Pool();
-    if (pArena != nullptr && Storage::InArena(object_) && !bEscapedName_ && hint_.WorthLearning()) {
-      hint_.pShape = Shape::Learn(*pArena, object_, pShape_, others_);
-    }
-    ++hint_.nMisses;
-    Storage::LendNames(object_);
-  }
-
-  TreeReader& reader_;
-  ObjectValue& object_;
-  Hint& hint_;
-  Hint others_;                     // what is seen as the value of a member that no shape knows
-  Shape* const pShape_;             // what the object is expected to look like, or null
-  ShapeMember* pMember_ = nullptr;  // the shape's member for the last name
-  int nNext_ = 0;                   // the shape's member that is expected next
-  bool bAsShaped_ = false;          // all names so far were the expected ones, and none is stored
-  bool bEscapedName_ = false;
-};
-
-}  // namespace
-
-char* TreeReader::ReadObjectInto(char* p, ObjectValue& object, Hint& hint) {
-  object.eType = jtInvalid;
-  object.bSorted = false;
-  ObjectSink sink(*this, object, hint);
-  char* const pNext = ReadObject(text_, p, sink);
-  if (pNext == nullptr) {
-    sink.Abandon();
-    return nullptr;
-  }
-  object.eType = jtObject;
-  return pNext;
-}
-
-char* TreeReader::ReadArrayInto(char* p, ArrayValue& array, Hint& hint) {
-  array.eType = jtInvalid;
-  ArraySink sink(*this, array, hint);
-  char* const pNext = ReadArray(text_, p, sink);
-  if (pNext == nullptr) {
-    return nullptr;
-  }
-  array.eType = jtArray;
-  hint.nElements = static_cast<std::uint32_t>(array.Size());
-  if (Storage::ArenaOf(array) != nullptr) {
-    Storage::Trim(array);
-  }
-  return pNext;
-}
-
-char* TreeReader::ReadValue(char* p, ArrayValue& parent, int nNameIndex, Hint& hint) {
-  if (text_.AtEnd(p)) {
-    return text_.Fail(p);
-  }
-  const auto append = [&](Type type, const char* pText, std::ptrdiff_t nLength) {
-    Storage::Append(parent, type, pText, static_cast<int>(nLength), nNameIndex, nullptr);
-  };
-  const char c = *p;
-  if (c == '"') {
-    const Content content = ReadString(p);
-    if (content.pNext == nullptr) {
-      append(jtInvalid, nullptr, 0);
-      return nullptr;
-    }
-    append(jtString, p + 1, content.nLength);
-    return content.pNext;
-  }
-  if (BeginsNumber(c)) {
-    bool bReal = false;
-    char* const pNext = ScanNumber(p, text_.pEnd, bReal);
-    append(bReal ? jtDouble : jtInteger, p, pNext - p);
-    return pNext;
-  }
-  if (c == '{') {
-    return ReadContainer<ObjectValue>(p, parent, nNameIndex, hint);
-  }
-  if (c == '[') {
-    return ReadContainer<ArrayValue>(p, parent, nNameIndex, hint);
-  }
-  if (c != 't' && c != 'f' && c != 'n') {
-    return text_.Fail(p);
-  }
-  char* const pNext = c == 'n' ? ReadNull(text_, p) : ReadBoolean(text_, p);
-  if (pNext == nullptr) {
-    append(jtInvalid, nullptr, 0);
-    return nullptr;
-  }
-  append(c == 'n' ? jtNull : jtBoolean, p, pNext - p);
-  return pNext;
-}
-
-// The element is there before its container is filled, so that the container has an owner whatever
-// happens on the way. Nothing else is added to the parent meanwhile, so the element stays in place.
-template <typename Container>
-char* TreeReader::ReadContainer(char* p, ArrayValue& parent, int nNameIndex, Hint& hint) {
-  UnsafeJSONValue& element = Storage::Append(parent, jtInvalid, nullptr, 0, nNameIndex, nullptr);
-  Container* const pContainer = Storage::Make<Container>(pArena_, kFirstElements);
-  element.pComposite = pContainer;
-  if (pArena_ == nullptr) {
-    Storage::NoteHeapAt(element);
-  }
-  char* pNext = nullptr;
-  if constexpr (std::is_same_v<Container, ObjectValue>) {
-    pNext = ReadObjectInto(p, *pContainer, hint);
-  } else {
-    if (hint.nElements != 0) {
-      Storage::Reserve(*pContainer, std::min(hint.nElements, kMostExpectedElements));
-    }
-    pNext = ReadArrayInto(p, *pContainer, hint);
-  }
-  element.eType = pContainer->eType;
-  return pNext;
-}
-
 TreeReader::Content TreeReader::ReadEscaped(char* pContent, char* pBackslash) {
   char* pWrite = pBackslash;
   const char* const pClosing =
@@ -261,6 +46,230 @@ TreeReader::Content TreeReader::ReadEscaped(char* pContent, char* pBackslash) {
   }
   *pWrite = '\0';
   return {pContent + (pClosing - pContent) + 1, static_cast<int>(pWrite - pContent), true};
+}
+
+inline char* TreeReader::ReadValue(char* p, ArrayValue& parent, Place& place) {
+  if (p == text_.pEnd) {
+    return text_.Fail(p);
+  }
+  if (*p == '"') {
+    const Content content = ReadString(p);
+    if (content.pNext != nullptr) {
+      AppendScalar(parent, jtString, p + 1, content.nLength);
+      return content.pNext;
+    }
+    AppendScalar(parent, jtInvalid, nullptr, 0);
+    return nullptr;
+  }
+  if (BeginsNumber(*p)) {
+    bool bReal = false;
+    char* const pNext = ScanNumber(p, text_.pEnd, bReal);
+    AppendScalar(parent, bReal ? jtDouble : jtInteger, p, pNext - p);
+    return pNext;
+  }
+  return ReadOther(p, parent, place);
+}
+
+char* TreeReader::ReadOther(char* p, ArrayValue& parent, Place& place) {
+  char* pNext = nullptr;
+  Type type = jtBoolean;
+  switch (*p) {
+    case '{':
+      return ReadContainer<ObjectValue>(p, parent, place);
+    case '[':
+      return ReadContainer<ArrayValue>(p, parent, place);
+    case 't':
+    case 'f':
+      pNext = ReadBoolean(text_, p);
+      break;
+    case 'n':
+      pNext = ReadNull(text_, p);
+      type = jtNull;
+      break;
+    default:
+      return text_.Fail(p);  // no value begins here, or the text ends with a NUL
+  }
+  if (pNext == nullptr) {
+    AppendScalar(parent, jtInvalid, nullptr, 0);
+    return nullptr;
+  }
+  AppendScalar(parent, type, p, pNext - p);
+  return pNext;
+}
+
+// The element is there before its container is filled, so that the container has an owner whatever
+// happens on the way. Nothing else is added to the parent meanwhile, so the element stays in place.
+template <typename Container>
+char* TreeReader::ReadContainer(char* p, ArrayValue& parent, Place& place) {
+  UnsafeJSONValue& element = Storage::Append(parent, jtInvalid, nullptr, 0, 0, nullptr);
+  Container* const pContainer = Storage::Make<Container>(pArena_, kFirstElements);
+  element.pComposite = pContainer;
+  char* pNext = nullptr;
+  if constexpr (std::is_same_v<Container, ObjectValue>) {
+    pNext = ReadObjectInto(p, *pContainer, place);
+  } else {
+    pNext = ReadArrayInto(p, *pContainer, place);
+  }
+  element.eType = pContainer->eType;
+  return pNext;
+}
+
+// ---- Arrays
+// --------------------------------------------------------------------------------------
+
+namespace {
+
+class ArraySink {
+ public:
+  ArraySink(TreeReader& reader, ArrayValue& array, Place& place)
+      : reader_(reader), array_(array), place_(place) {}
+
+  char* Element(char* p) { return reader_.ReadValue(p, array_, place_); }
+  void Missing() { AppendScalar(array_, jtNull, nullptr, 0); }
+
+ private:
+  TreeReader& reader_;
+  ArrayValue& array_;
+  Place& place_;
+};
+
+}  // namespace
+
+char* TreeReader::ReadArrayInto(char* p, ArrayValue& array, Place& place) {
+  array.eType = jtInvalid;
+  if (place.nElements != 0) {
+    Storage::Reserve(array, std::min(place.nElements, kMostExpectedElements));
+  }
+  ArraySink sink(*this, array, place);
+  char* const pNext = ReadArray(text_, p, sink);
+  if (pNext == nullptr) {
+    return nullptr;
+  }
+  array.eType = jtArray;
+  place.nElements = static_cast<std::uint32_t>(array.Size());
+  Storage::Trim(array);
+  return pNext;
+}
+
+// ---- Objects
+// -------------------------------------------------------------------------------------
+
+namespace {
+
+class ObjectSink {
+ public:
+  ObjectSink(TreeReader& reader, ObjectValue& object, Place& place)
+      : reader_(reader),
+        object_(object),
+        place_(place),
+        pExpected_(place.pShapes),
+        bShaped_(reader.Pool() != nullptr) {}
+
+  char* Name(char* pQuote) {
+    if (pExpected_ != nullptr && pExpected_->Matches(pQuote + 1, reader_.End())) {
+      pShape_ = pExpected_;
+      pExpected_ = pShape_->pLonger;
+      char* const pClosing = pQuote + 1 + pShape_->nLength;
+      *pClosing = '\0';
+      return pClosing + 1;
+    }
+    if (!bShaped_) {
+      return reader_.ReadOwnName(pQuote, object_);
+    }
+    const TreeReader::Step step = reader_.ReadName(pQuote, object_, pShape_, place_);
+    pShape_ = step.pShape;
+    bShaped_ = pShape_ != nullptr;
+    pExpected_ = bShaped_ ? pShape_->pLonger : nullptr;
+    return step.pNext;
+  }
+
+  char* Value(char* p) {
+    return reader_.ReadValue(p, object_.avValues, pShape_ != nullptr ? *pShape_->pPlace : others_);
+  }
+
+  void Complete() {
+    if (pShape_ != nullptr) {
+      pShape_->GiveNames(*reader_.Pool(), object_);
+      return;
+    }
+    object_.Sort();
+    Storage::LendNames(object_);
+  }
+
+  // The object failed: it keeps its names in document order, the one whose value failed included.
+  void Abandon() {
+    if (pShape_ != nullptr) {
+      pShape_->CopyNames(object_);
+    }
+    Storage::LendNames(object_);
+  }
+
+ private:
+  TreeReader& reader_;
+  ObjectValue& object_;
+  Place& place_;
+  Place others_;             // the values of an object without shapes
+  Shape* pShape_ = nullptr;  // the names so far; null before the first one, and without shapes
+  Shape* pExpected_;         // the names with the next one, if all goes as usual
+  bool bShaped_;
+};
+
+}  // namespace
+
+char* TreeReader::ReadObjectInto(char* p, ObjectValue& object, Place& place) {
+  object.eType = jtInvalid;
+  object.bSorted = false;
+  if (place.nMembers != 0) {
+    Storage::Reserve(object.avValues, place.nMembers);
+  }
+  ObjectSink sink(*this, object, place);
+  char* const pNext = ReadObject(text_, p, sink);
+  if (pNext == nullptr) {
+    sink.Abandon();
+    return nullptr;
+  }
+  object.eType = jtObject;
+  place.nMembers = static_cast<std::uint32_t>(object.Size());
+  Storage::Trim(object.avValues);
+  return pNext;
+}
+
+// The name may only follow names of the object's own.
+char* TreeReader::ReadOwnName(char* pQuote, ObjectValue& object) {
+  const Content name = ReadString(pQuote);
+  if (name.pNext != nullptr) {
+    ObjectValue::NameMap entry;
+    entry.pName = pQuote + 1;
+    entry.nLength = name.nLength;
+    entry.nOrdinal = static_cast<int>(object.vNameMap.size());
+    Storage::AppendName(object, entry);
+  }
+  return name.pNext;
+}
+
+// A name that was never seen here becomes a new shape, unless this is a place of many names. A name
+// with an escape looks different in the text, so it cannot be expected there.
+TreeReader::Step TreeReader::ReadName(char* pQuote, ObjectValue& object, Shape* pShape,
+                                      Place& place) {
+  Shape** const ppLonger = pShape != nullptr ? &pShape->pLonger : &place.pShapes;
+  char* const pName = pQuote + 1;
+  int nAlternatives = 0;
+  if (Shape* const pFound = Shape::Find(ppLonger, pName, text_.pEnd, nAlternatives)) {
+    pName[pFound->nLength] = '\0';
+    return {pName + pFound->nLength + 1, pFound};
+  }
+  const char* const pClosing = FindQuoteOrBackslash(pName, text_.pEnd);
+  const bool bPlain = pClosing != text_.pEnd && *pClosing == '"';
+  const bool bFew = nAlternatives < Shape::kMostAlternatives &&
+                    (pShape == nullptr || pShape->nCount < Shape::kMostNames);
+  if (bPlain && bFew) {
+    const Content name = ReadString(pQuote);
+    return {name.pNext, Shape::Add(*pArena_, pShape, ppLonger, pName, name.nLength)};
+  }
+  if (pShape != nullptr) {
+    pShape->CopyNames(object);
+  }
+  return {ReadOwnName(pQuote, object), nullptr};
 }
 
 }  // namespace JSON

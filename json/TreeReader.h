@@ -9,7 +9,7 @@
 
 #include "json/Grammar.h"
 #include "json/JSONValue.h"
-#include "json/Shape.h"
+#include "json/Shapes.h"
 
 namespace JSON {
 
@@ -20,11 +20,11 @@ class TreeReader {
 
   // Each reads what stands at p and returns the position behind it, or null; StoppedAt() is then
   // where the failure was found. The containers are filled, and their eType is set.
-  char* ReadObjectInto(char* p, ObjectValue& object, Hint& hint);
-  char* ReadArrayInto(char* p, ArrayValue& array, Hint& hint);
+  char* ReadObjectInto(char* p, ObjectValue& object, Place& place);
+  char* ReadArrayInto(char* p, ArrayValue& array, Place& place);
 
   // The same for one value of any kind, which is appended to `parent`.
-  char* ReadValue(char* p, ArrayValue& parent, int nNameIndex, Hint& hint);
+  char* ReadValue(char* p, ArrayValue& parent, Place& place);
 
   // String content behind the opening quote at p: unescaped in place and NUL-terminated.
   struct Content {
@@ -34,14 +34,25 @@ class TreeReader {
   };
   Content ReadString(char* pQuote);
 
+  // A member name that is not the one expected behind `pShape` (null before the first name). The
+  // result's pShape is null when the object goes on without shapes: its names are then its own.
+  struct Step {
+    char* pNext;  // behind the name; null when it has no end
+    Shape* pShape;
+  };
+  Step ReadName(char* pQuote, ObjectValue& object, Shape* pShape, Place& place);
+
+  // A member name of an object without shapes.
+  char* ReadOwnName(char* pQuote, ObjectValue& object);
+
   char* StoppedAt() const { return text_.pStop; }
   Arena* Pool() const { return pArena_; }
   const char* End() const { return text_.pEnd; }
-  char* Fail(char* p) { return text_.Fail(p); }
 
  private:
   template <typename Container>
-  char* ReadContainer(char* p, ArrayValue& parent, int nNameIndex, Hint& hint);
+  char* ReadContainer(char* p, ArrayValue& parent, Place& place);
+  char* ReadOther(char* p, ArrayValue& parent, Place& place);
   Content ReadEscaped(char* pContent, char* pBackslash);
 
   Text<char> text_;
