@@ -126,6 +126,7 @@ unsigned long long JSON_GetNameAsUnsignedLong64(JSON_HANDLE handle, const char* 
 // ---- Writing strings
 // ------------------------------------------------------------------------------
 
+// NOLINTNEXTLINE(readability-non-const-parameter): the signature is given
 int JSON_EscapeString(char** ppDest, char* pDestEnd, const char* pszText) {
   std::string escaped;
   JSON::EscapeString(escaped, pszText);

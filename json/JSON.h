@@ -57,7 +57,7 @@
 extern "C" {
 #endif
 
-typedef struct JSON_Message* JSON_HANDLE;
+typedef struct JSON_Message* JSON_HANDLE; /* NOLINT(modernize-use-using): C has no using */
 
 /* ---- The message
  * --------------------------------------------------------------------------------- */

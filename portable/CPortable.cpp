@@ -26,6 +26,9 @@ constexpr std::uint32_t kFirstOfTwo = 0x80;
 constexpr std::uint32_t kFirstOfThree = 0x800;
 constexpr std::uint32_t kFirstOfFour = 0x10000;
 
+// A negative character becomes a code above the last code point.
+std::uint32_t CodeOf(wchar_t c) { return static_cast<std::uint32_t>(c); }
+
 bool IsContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
 bool IsScalarValue(std::uint32_t nCode) {
@@ -124,7 +127,7 @@ char* EncodeOne(std::uint32_t nCode, char* p) {
 [[gnu::weak]] char* CPortable::wcstombs(wchar_t const* text, unsigned int length) {
   std::size_t nBytes = 0;
   for (std::size_t i = 0; i < length; ++i) {
-    const auto nCode = static_cast<std::uint32_t>(text[i]);
+    const std::uint32_t nCode = CodeOf(text[i]);
     if (!IsScalarValue(nCode)) {
       return nullptr;
     }
@@ -134,7 +137,7 @@ char* EncodeOne(std::uint32_t nCode, char* p) {
 
   char* p = bytes.get();
   for (std::size_t i = 0; i < length; ++i) {
-    p = EncodeOne(static_cast<std::uint32_t>(text[i]), p);
+    p = EncodeOne(CodeOf(text[i]), p);
   }
   *p = '\0';
   return bytes.release();
