@@ -1,0 +1,56 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Changing and copying documents. simdjson's DOM cannot be changed or copied and takes no part.
+//
+//   edit    parse a table, replace one text and add one boolean in every row, write
+//   build   make an object of integers and texts, member by member, from nothing; write
+//   copy    an independent copy of a parsed document, releasing it included
+
+#ifndef QXRECORDSET_BENCH_UPDATE_UPDATE_H
+#define QXRECORDSET_BENCH_UPDATE_UPDATE_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "bench/common/Suite.h"
+
+namespace bench::update {
+
+constexpr const char* kReplaced = "city";    // a member that every row has
+constexpr const char* kCity = "Reykjavík";   // its new text
+constexpr const char* kAdded = "contacted";  // a member that no row has
+
+// The member names of "build": so many different ones.
+inline std::vector<std::string> BuildNames(std::size_t nMembers) {
+  std::vector<std::string> vNames;
+  for (std::size_t i = 0; i < nMembers; ++i) {
+    vNames.push_back("member_" + std::to_string(i));
+  }
+  return vNames;
+}
+
+constexpr std::size_t kBuildSizes[] = {10, 1'000};
+constexpr const char* kBuildInputs[] = {"members-10", "members-1k"};
+
+void AddQx(Suite& suite, const Input& table, const std::vector<const Input*>& vCopied);
+void AddRapidJson(Suite& suite, const Input& table, const std::vector<const Input*>& vCopied);
+void AddNlohmann(Suite& suite, const Input& table, const std::vector<const Input*>& vCopied);
+
+// The three files add the same entries, with jobs of their own.
+template <typename EditJob, typename BuildJob, typename CopyJob>
+void AddJobs(Suite& suite, const Input& table, const std::vector<const Input*>& vCopied,
+             const char* szLibrary) {
+  suite.Add<EditJob>({"edit", table.Name(), szLibrary, "fresh"}, table);
+  for (std::size_t i = 0; i < std::size(kBuildSizes); ++i) {
+    suite.Add<BuildJob>({"build", kBuildInputs[i], szLibrary, "fresh"}, Amount{0, kBuildSizes[i]},
+                        BuildNames(kBuildSizes[i]));
+  }
+  for (const Input* pInput : vCopied) {
+    suite.Add<CopyJob>({"copy", pInput->Name(), szLibrary, "fresh"}, *pInput);
+  }
+}
+
+}  // namespace bench::update
+
+#endif  // QXRECORDSET_BENCH_UPDATE_UPDATE_H
