@@ -27,6 +27,7 @@
 #ifndef QXRECORDSET_RECORDSET_QXRECORDSET_H
 #define QXRECORDSET_RECORDSET_QXRECORDSET_H
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -34,6 +35,10 @@
 #include "json/JSONValue.h"
 #include "params/CParamsX.h"
 #include "qxrecordset_export.h"
+
+namespace recordset {
+class Table;  // the library's own: columns, rows and cells
+}
 
 class QXRECORDSET_EXPORT CQXRecordSet {
  public:
@@ -182,15 +187,17 @@ class QXRECORDSET_EXPORT CQXRecordSet {
   static std::string WideToUTF8(const std::wstring& text);
 
  private:
-  class Table;  // columns, rows and cells; recordset/Table.h
-
-  Table& EnsureTable();
+  QXRECORDSET_NO_EXPORT recordset::Table& EnsureTable();
+  QXRECORDSET_NO_EXPORT std::uint32_t FindColumn(const char* name);
+  QXRECORDSET_NO_EXPORT void Adopt(std::unique_ptr<recordset::Table> pLoaded, long lLastRow);
+  QXRECORDSET_NO_EXPORT static std::unique_ptr<recordset::Table> CopyOf(
+      const recordset::Table* pSource);
 
   long lRowsCount = 0;
   bool bModified = false;  // false only in the cleared state
   CParamsRS params;
-  std::string strText;            // the text last built
-  std::unique_ptr<Table> pTable;  // null while there are no columns
+  std::string strText;                       // the text last built
+  std::unique_ptr<recordset::Table> pTable;  // null before the first column
 };
 
 // A record of one row with a before/after interface. Only the after values are kept, in row 1; no

@@ -1,0 +1,135 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Columns: lookups that were not expected, the hash table, and the order by name.
+
+#include "recordset/Columns.h"
+
+#include <algorithm>
+#include <new>
+
+#include "recordset/Rows.h"
+
+namespace recordset {
+namespace {
+
+// Room for columns that is made at first.
+constexpr std::size_t kFirstColumns = 16;
+
+}  // namespace
+
+void Columns::Reset() noexcept {
+  vColumns_.clear();
+  vSlots_.clear();
+  vSorted_.clear();
+  nLast_ = 0;
+  nGuess_ = 0;
+}
+
+std::size_t Columns::Footprint() const {
+  return vColumns_.capacity() * sizeof(Column) +
+         (vSlots_.capacity() + vSorted_.capacity()) * sizeof(std::uint32_t);
+}
+
+// ---- Lookup ---------------------------------------------------------------------------------------
+
+std::uint32_t Columns::FindElsewhere(const char* name, std::size_t length) {
+  const std::uint32_t nColumn = Search(name, length);
+  if (nColumn != 0) Learn(nColumn - 1);
+  return nColumn;
+}
+
+std::uint32_t Columns::Search(const char* name, std::size_t length) const {
+  if (vSlots_.empty()) {
+    const auto it = std::find_if(vColumns_.begin(), vColumns_.end(), [=](const Column& column) {
+      return IsName(column, name, length);
+    });
+    return it != vColumns_.end() ? static_cast<std::uint32_t>(it - vColumns_.begin()) + 1 : 0;
+  }
+  const std::uint32_t nHash = (*hash_)(name, length);
+  const std::size_t nMask = vSlots_.size() - 1;
+  for (std::size_t i = nHash & nMask; vSlots_[i] != 0; i = (i + 1) & nMask) {
+    const Column& column = vColumns_[vSlots_[i] - 1];
+    if (column.nHash == nHash && IsName(column, name, length)) return vSlots_[i];
+  }
+  return 0;
+}
+
+// The column at nPosition follows the one found before; remember that.
+void Columns::Learn(std::uint32_t nPosition) {
+  vColumns_[nLast_].nNext = nPosition;
+  nLast_ = nPosition;
+  nGuess_ = vColumns_[nPosition].nNext;
+}
+
+// ---- Adding ---------------------------------------------------------------------------------------
+
+// What may fail for want of memory comes first.
+std::uint32_t Columns::Add(const char* name, std::size_t length) {
+  const std::size_t nCount = vColumns_.size() + 1;
+  if (nCount > Rows::kLastColumn) throw std::bad_alloc();
+  if (vColumns_.capacity() == 0) vColumns_.reserve(kFirstColumns);
+  if (nCount > kFewColumns && 2 * nCount > vSlots_.size()) MakeTable(4 * nCount);
+  vColumns_.push_back({nullptr, static_cast<std::uint32_t>(length), 0, 0});
+  try {
+    vColumns_.back().pName = texts_.Store(name, length);
+  } catch (...) {
+    vColumns_.pop_back();
+    throw;
+  }
+  const auto nPosition = static_cast<std::uint32_t>(nCount - 1);
+  if (!vSlots_.empty()) Enter(nPosition);
+  Learn(nPosition);
+  return nPosition + 1;
+}
+
+// Makes a hash table of at least nSlots slots, a power of two, and enters all columns.
+void Columns::MakeTable(std::size_t nSlots) {
+  std::size_t nSize = 4 * kFewColumns;
+  while (nSize < nSlots) {
+    nSize *= 2;
+  }
+  std::vector<std::uint32_t>(nSize).swap(vSlots_);
+  if (!hash_) hash_.emplace();
+  for (std::uint32_t i = 0; i < vColumns_.size(); ++i) {
+    Enter(i);
+  }
+}
+
+void Columns::Enter(std::uint32_t nPosition) noexcept {
+  Column& column = vColumns_[nPosition];
+  column.nHash = (*hash_)(column.pName, column.nLength);
+  const std::size_t nMask = vSlots_.size() - 1;
+  std::size_t i = column.nHash & nMask;
+  while (vSlots_[i] != 0) {
+    i = (i + 1) & nMask;
+  }
+  vSlots_[i] = nPosition + 1;
+}
+
+// ---- Order by name --------------------------------------------------------------------------------
+
+const std::vector<std::uint32_t>& Columns::InNameOrder() {
+  const std::size_t nSorted = vSorted_.size();
+  if (nSorted == vColumns_.size()) return vSorted_;
+  const auto less = [this](std::uint32_t a, std::uint32_t b) { return NameOf(a) < NameOf(b); };
+  const auto nNew = static_cast<std::uint32_t>(nSorted + 1);
+  if (nNew == vColumns_.size()) {
+    // One name is inserted with few comparisons, in case names are added and listed by turns.
+    vSorted_.insert(std::upper_bound(vSorted_.begin(), vSorted_.end(), nNew, less), nNew);
+    return vSorted_;
+  }
+  std::vector<std::uint32_t> vMerged(vColumns_.size() - nSorted);
+  for (std::uint32_t i = 0; i < vMerged.size(); ++i) {
+    vMerged[i] = nNew + i;
+  }
+  std::sort(vMerged.begin(), vMerged.end(), less);
+  if (nSorted != 0) {
+    vMerged.insert(vMerged.begin(), vSorted_.begin(), vSorted_.end());
+    const auto middle = vMerged.begin() + static_cast<std::ptrdiff_t>(nSorted);
+    std::inplace_merge(vMerged.begin(), middle, vMerged.end(), less);
+  }
+  vSorted_.swap(vMerged);
+  return vSorted_;
+}
+
+}  // namespace recordset

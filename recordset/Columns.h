@@ -1,0 +1,117 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// The columns of a table: names, and their indices 1, 2, 3, ... in the order in which they were
+// added.
+//
+// Rows are written and read in the same order of columns again and again. A lookup therefore tries
+// the column first that followed the column found last when that one was found the time before: one
+// comparison in the usual case. Else a few columns are simply searched, and many are found by hash.
+//
+// The order by name is needed for writing and listing only. It is made when it is asked for: the
+// names added since the last time are sorted and merged with the others.
+
+#ifndef QXRECORDSET_RECORDSET_COLUMNS_H
+#define QXRECORDSET_RECORDSET_COLUMNS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "recordset/NameHash.h"
+#include "recordset/ShortBytes.h"
+#include "recordset/TextStore.h"
+
+namespace recordset {
+
+class Columns {
+ public:
+  // The names are stored in `texts`, which must outlive this object.
+  explicit Columns(TextStore& texts) noexcept : texts_(texts) {}
+  Columns(const Columns&) = delete;
+  Columns& operator=(const Columns&) = delete;
+  ~Columns() = default;
+
+  std::uint32_t Count() const { return static_cast<std::uint32_t>(vColumns_.size()); }
+
+  // The name of the column with that index; it stays in place. REQUIRES: nColumn is 1 to Count().
+  std::string_view NameOf(std::uint32_t nColumn) const {
+    const Column& column = vColumns_[nColumn - 1];
+    return {column.pName, column.nLength};
+  }
+
+  // The index of a column, or 0. `name` ends at its NUL, or is `length` bytes long.
+  std::uint32_t Find(const char* name) {
+    if (nGuess_ < vColumns_.size() && std::strcmp(vColumns_[nGuess_].pName, name) == 0) {
+      return TakeGuess();
+    }
+    return FindElsewhere(name, std::strlen(name));
+  }
+  std::uint32_t Find(const char* name, std::size_t length) {
+    return IsGuess(name, length) ? TakeGuess() : FindElsewhere(name, length);
+  }
+
+  // The same, but a new name becomes a column. When memory runs out, nothing has changed.
+  std::uint32_t FindOrAdd(const char* name) {
+    const std::uint32_t nColumn = Find(name);
+    return nColumn != 0 ? nColumn : Add(name, std::strlen(name));
+  }
+  std::uint32_t FindOrAdd(const char* name, std::size_t length) {
+    const std::uint32_t nColumn = Find(name, length);
+    return nColumn != 0 ? nColumn : Add(name, length);
+  }
+
+  // All column indices in the byte-wise order of their names.
+  const std::vector<std::uint32_t>& InNameOrder();
+
+  // Removes all columns. REQUIRES: the text store is reset as well.
+  void Reset() noexcept;
+
+  // Bytes of memory that Reset() keeps.
+  std::size_t Footprint() const;
+
+ private:
+  struct Column {
+    const char* pName;
+    std::uint32_t nLength;  // bytes of name, without the NUL
+    std::uint32_t nHash;    // once there is a hash table
+    std::uint32_t nNext;    // position of the column that was found after this one
+  };
+
+  // Up to this many columns are searched one by one: a search then costs no more than a hash.
+  static constexpr std::size_t kFewColumns = 16;
+
+  bool IsGuess(const char* name, std::size_t length) const {
+    return nGuess_ < vColumns_.size() && IsName(vColumns_[nGuess_], name, length);
+  }
+  static bool IsName(const Column& column, const char* name, std::size_t length) {
+    return column.nLength == length && SameBytes(column.pName, name, length);
+  }
+  std::uint32_t TakeGuess() {
+    nLast_ = nGuess_;
+    nGuess_ = vColumns_[nGuess_].nNext;
+    return nLast_ + 1;
+  }
+
+  std::uint32_t FindElsewhere(const char* name, std::size_t length);
+  std::uint32_t Search(const char* name, std::size_t length) const;
+  std::uint32_t Add(const char* name, std::size_t length);
+  void Learn(std::uint32_t nPosition);
+
+  void MakeTable(std::size_t nSlots);
+  void Enter(std::uint32_t nPosition) noexcept;
+
+  TextStore& texts_;
+  std::vector<Column> vColumns_;       // by index - 1, the column's position
+  std::uint32_t nLast_ = 0;            // position of the column found last
+  std::uint32_t nGuess_ = 0;           // position of the column expected next
+  std::optional<NameHash> hash_;
+  std::vector<std::uint32_t> vSlots_;  // the hash table: indices, 0 for a free slot; at most half full
+  std::vector<std::uint32_t> vSorted_;  // indices by name, as far as they were sorted
+};
+
+}  // namespace recordset
+
+#endif  // QXRECORDSET_RECORDSET_COLUMNS_H

@@ -1,0 +1,183 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// CQXRecordSet: making, copying and clearing, columns, and cells one by one. The contents are kept by
+// recordset::Table; here they meet names, nulls and the state of the record set.
+
+#include "recordset/QXRecordSet.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "recordset/Table.h"
+
+using recordset::Cell;
+using recordset::Table;
+
+namespace {
+
+// A cleared record set keeps the memory of a table up to this size for its next contents.
+constexpr std::size_t kKeptBytes = 64 * 1024;
+
+// Room for the digits of a long, its sign and a NUL.
+constexpr int kLongBytes = 21;
+
+}  // namespace
+
+// ---- Making, copying, clearing --------------------------------------------------------------------
+
+CQXRecordSet::CQXRecordSet() = default;
+
+CQXRecordSet::CQXRecordSet(const std::string& text) { SetString(text); }
+
+CQXRecordSet::CQXRecordSet(const char* text) { SetString(text); }
+
+CQXRecordSet::CQXRecordSet(const CQXRecordSet& other)
+    : lRowsCount(other.lRowsCount),
+      bModified(other.bModified),
+      params(other.params),
+      strText(other.strText),
+      pTable(CopyOf(other.pTable.get())) {}
+
+CQXRecordSet::CQXRecordSet(CQXRecordSet&& other) noexcept { *this = std::move(other); }
+
+CQXRecordSet::~CQXRecordSet() = default;
+
+void CQXRecordSet::operator=(const CQXRecordSet& other) {
+  if (this != &other) {
+    pTable = CopyOf(other.pTable.get());
+    lRowsCount = other.lRowsCount;
+  }
+  bModified = true;
+  params.clear();
+  strText.clear();
+}
+
+void CQXRecordSet::operator=(CQXRecordSet&& other) noexcept {
+  if (this == &other) return;
+  lRowsCount = std::exchange(other.lRowsCount, 0);
+  bModified = std::exchange(other.bModified, false);
+  params = std::move(other.params);
+  strText = std::move(other.strText);
+  pTable = std::move(other.pTable);
+  other.params.clear();
+  other.strText.clear();
+}
+
+bool CQXRecordSet::operator=(const char* text) { return SetString(text); }
+
+void CQXRecordSet::Clear() {
+  lRowsCount = 0;
+  if (pTable != nullptr && pTable->Footprint() <= kKeptBytes) {
+    pTable->Reset();
+  } else {
+    pTable.reset();
+  }
+  bModified = false;
+  params.clear();
+  strText.clear();
+}
+
+Table& CQXRecordSet::EnsureTable() {
+  if (pTable == nullptr) pTable = std::make_unique<Table>();
+  return *pTable;
+}
+
+std::unique_ptr<Table> CQXRecordSet::CopyOf(const Table* pSource) {
+  if (pSource == nullptr) return nullptr;
+  auto pCopy = std::make_unique<Table>();
+  pCopy->Merge(*pSource);
+  return pCopy;
+}
+
+// ---- Columns and counts ---------------------------------------------------------------------------
+
+// The index of a column, or 0.
+std::uint32_t CQXRecordSet::FindColumn(const char* name) {
+  return name != nullptr && pTable != nullptr ? pTable->columns.Find(name) : 0;
+}
+
+long CQXRecordSet::GetColumnIndex(const char* name) {
+  const std::uint32_t nColumn = FindColumn(name);
+  return nColumn != 0 ? static_cast<long>(nColumn) : -1;
+}
+
+long CQXRecordSet::AddColumn(const char* name) {
+  if (name == nullptr) return -1;
+  return static_cast<long>(EnsureTable().columns.FindOrAdd(name));
+}
+
+const char* CQXRecordSet::GetColumnName(long position) {
+  if (position < 0 || position >= GetColumnCount()) return "";
+  const std::uint32_t nColumn =
+      pTable->columns.InNameOrder()[static_cast<unsigned long>(position)];
+  return pTable->columns.NameOf(nColumn).data();
+}
+
+long CQXRecordSet::GetColumnCount() {
+  return pTable != nullptr ? static_cast<long>(pTable->columns.Count()) : 0;
+}
+
+long CQXRecordSet::GetRowsCount() { return lRowsCount; }
+
+// ---- Writing cells --------------------------------------------------------------------------------
+
+void CQXRecordSet::SetValue(const char* name, const char* text, long row, QX_TYPE type) {
+  if (name == nullptr || text == nullptr) return;
+  Table& table = EnsureTable();
+  table.SetCell(row, table.columns.FindOrAdd(name), text, std::strlen(text), type);
+  lRowsCount = std::max(lRowsCount, row);
+  bModified = true;
+}
+
+void CQXRecordSet::SetValue(const char* name, const std::string& value, long row) {
+  SetValue(name, value.c_str(), row, QX_TEXT);
+}
+
+void CQXRecordSet::SetValue(const char* name, bool value, long row) {
+  SetValue(name, value ? "1" : "0", row, QX_BOOL);
+}
+
+void CQXRecordSet::SetValue(const char* name, long value, long row) {
+  char digits[kLongBytes];
+  LongToStr(value, digits, kLongBytes);
+  SetValue(name, digits, row, QX_LONG);
+}
+
+void CQXRecordSet::SetValue(const char* name, int value, long row) {
+  SetValue(name, static_cast<long>(value), row);
+}
+
+void CQXRecordSet::SetValue(const char* name, CQXRecordSet* value, long row) {
+  if (value != nullptr) SetValue(name, value->GetString().c_str(), row, QX_RECORDSET);
+}
+
+void CQXRecordSet::SetValue(const char* name, CQXRecordSet& value, long row) {
+  SetValue(name, &value, row);
+}
+
+// ---- Reading cells --------------------------------------------------------------------------------
+
+const char* CQXRecordSet::GetValueAsString(const char* name, long row) {
+  const std::uint32_t nColumn = FindColumn(name);
+  return nColumn != 0 ? pTable->ReadCell(row, nColumn).pText : "";
+}
+
+void CQXRecordSet::GetValueAsStringUTF8(std::string& out, const char* name, long row) {
+  out = GetValueAsString(name, row);
+}
+
+long CQXRecordSet::GetValueAsLong(const char* name, long row) {
+  return std::strtol(GetValueAsString(name, row), nullptr, 10);
+}
+
+bool CQXRecordSet::GetValueAsBool(const char* name, long row) {
+  return GetValueAsLong(name, row) != 0;
+}
+
+CQXRecordSet CQXRecordSet::GetValueAsRecordSet(const char* name, long row) {
+  CQXRecordSet nested;
+  nested.SetString(GetValueAsString(name, row));
+  return nested;
+}

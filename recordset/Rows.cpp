@@ -1,0 +1,258 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Making room for rows and cells. Every rule here answers the same question: may this gap be bridged
+// with empty places, or does what lies behind it go to a map? It may as long as the empty places stay
+// in proportion to the cells and rows that exist, so that no order of writing makes a table larger
+// than its contents by more than a constant factor, or slower.
+
+#include "recordset/Rows.h"
+
+#include <algorithm>
+#include <memory>
+#include <new>
+
+namespace recordset {
+namespace {
+
+// The pages reach this many rows plus four times the rows that exist: a gap of three places between
+// any two rows costs no more than an entry in a map would.
+constexpr unsigned long kRowsAhead = 64;
+constexpr unsigned long kPlacesPerRow = 4;
+
+// A row's array is widened for a cell at most this many columns beyond its end.
+constexpr std::uint32_t kColumnsAhead = 8;
+
+// An array of up to this many cells may always be moved and widened; a larger one only when half of
+// its cells exist, because it is widened by half of its size then.
+constexpr std::uint32_t kAlwaysWidened = 16;
+
+}  // namespace
+
+void Rows::Reset() noexcept {
+  mapFar_.clear();
+  mapOdd_.clear();
+  pLastOdd_ = nullptr;
+  bHasLatest_ = false;
+  pPages_ = &pOnlyPage_;
+  pOnlyPage_ = nullptr;
+  nPages_ = 0;
+  nPageRoom_ = 1;
+  nSlots_ = 0;
+  nGridRows_ = 0;
+  blocks_.Reset();
+}
+
+bool Rows::HasCells(long lRow, const Row& row) const {
+  const auto exists = [](const Cell& cell) { return cell.Exists(); };
+  if (std::any_of(row.pCells, row.pCells + row.nSpan, exists)) return true;
+  if (!row.bHasFar) return false;
+  for (auto it = FirstFar(lRow); it != mapFar_.end() && it->first.first == lRow; ++it) {
+    if (it->second.Exists()) return true;
+  }
+  return false;
+}
+
+// A cell that does not lie within the span of a row in the pages.
+Cell& Rows::MakeCell(long lRow, std::uint32_t nColumn) {
+  Row& row = EnsureRow(lRow);
+  if (row.IsUnused()) BeginRow(lRow, row);
+  if (nColumn <= row.nSpan) return row.pCells[nColumn - 1];
+  if (row.bHasFar) {
+    const auto it = mapFar_.find({lRow, nColumn});
+    if (it != mapFar_.end()) return it->second;
+  }
+  if (Widen(lRow, row, nColumn)) return row.pCells[nColumn - 1];
+  Cell& cell = mapFar_.try_emplace(mapFar_.end(), {lRow, nColumn})->second;
+  row.bHasFar = 1;
+  return cell;
+}
+
+// ---- Rows -----------------------------------------------------------------------------------------
+
+Row& Rows::EnsureRow(long lRow) {
+  const unsigned long nIndex = IndexOf(lRow);
+  if (nIndex >= nSlots_ && nIndex >= ReachableSlots()) return OddRow(lRow);
+  while (nIndex >= nSlots_) {
+    AddSlots();
+  }
+  if (Slot(nIndex).IsUnused()) {
+    ++nGridRows_;
+    if (!mapOdd_.empty()) ReachForOddRows();
+  }
+  return Slot(nIndex);
+}
+
+Row& Rows::OddRow(long lRow) {
+  if (pLastOdd_ == nullptr || lLastOdd_ != lRow) {
+    pLastOdd_ = &mapOdd_[lRow];
+    lLastOdd_ = lRow;
+  }
+  return *pLastOdd_;
+}
+
+const Row* Rows::FindOdd(long lRow) const {
+  if (pLastOdd_ != nullptr && lLastOdd_ == lRow) return pLastOdd_;
+  const auto it = mapOdd_.find(lRow);
+  return it != mapOdd_.end() ? &it->second : nullptr;
+}
+
+unsigned long Rows::ReachableSlots() const { return kRowsAhead + kPlacesPerRow * nGridRows_; }
+
+// Doubles the first page, or adds one.
+void Rows::AddSlots() {
+  const unsigned long nOldSlots = nSlots_;
+  if (nSlots_ < kPageRows) {
+    GrowOnlyPage(std::max(kFirstRows, 2 * nSlots_));
+  } else {
+    AddPage();
+  }
+  TakeOverOddRows(nOldSlots);
+}
+
+void Rows::GrowOnlyPage(unsigned long nRows) {
+  Row* const pPage = reinterpret_cast<Row*>(blocks_.Allocate(nRows * sizeof(Row)));
+  std::uninitialized_copy_n(pOnlyPage_, nSlots_, pPage);
+  std::uninitialized_value_construct_n(pPage + nSlots_, nRows - nSlots_);
+  pOnlyPage_ = pPage;
+  nPages_ = 1;
+  nSlots_ = nRows;
+}
+
+void Rows::AddPage() {
+  if (nPages_ == nPageRoom_) {
+    Row** const pPages = reinterpret_cast<Row**>(blocks_.Allocate(2 * nPageRoom_ * sizeof(Row*)));
+    std::uninitialized_copy_n(pPages_, nPages_, pPages);
+    pPages_ = pPages;
+    nPageRoom_ *= 2;
+  }
+  Row* const pPage = reinterpret_cast<Row*>(blocks_.Allocate(kPageRows * sizeof(Row)));
+  std::uninitialized_value_construct_n(pPage, kPageRows);
+  pPages_[nPages_++] = pPage;
+  nSlots_ += kPageRows;
+}
+
+// Moves the rows that new slots are for from the map to the pages.
+void Rows::TakeOverOddRows(unsigned long nOldSlots) noexcept {
+  auto it = mapOdd_.lower_bound(static_cast<long>(nOldSlots + 1));
+  while (it != mapOdd_.end() && IndexOf(it->first) < nSlots_) {
+    Slot(IndexOf(it->first)) = it->second;
+    ++nGridRows_;
+    it = mapOdd_.erase(it);
+    pLastOdd_ = nullptr;
+  }
+}
+
+// Another row in the pages may have brought the next row of the map within reach, and that one the
+// next.
+void Rows::ReachForOddRows() {
+  auto it = mapOdd_.lower_bound(1);
+  while (it != mapOdd_.end() && IndexOf(it->first) < ReachableSlots()) {
+    AddSlots();
+    it = mapOdd_.lower_bound(1);
+  }
+}
+
+// ---- Cells of one row -----------------------------------------------------------------------------
+
+// Gives a row that has no cells yet room for as many as the row before it has.
+void Rows::BeginRow(long lRow, Row& row) {
+  const std::uint32_t nSpan = FinishLatestRow();
+  lLatest_ = lRow;
+  bHasLatest_ = true;
+  if (nSpan != 0) Relocate(row, nSpan);
+}
+
+// Looks at the row that was begun last as at a finished one: takes back the room it did not use, and
+// brings its far cells into its array when they fill it at least by half. The result is the span that
+// the next row is to begin with; it is no more than twice the number of cells here, so that long
+// empty rows do not follow from one another.
+std::uint32_t Rows::FinishLatestRow() {
+  if (!bHasLatest_) return 0;
+  Row& row = *const_cast<Row*>(FindRow(lLatest_));
+  std::uint32_t nCells = 0;
+  std::uint32_t nLast = 0;
+  for (std::uint32_t i = 0; i < row.nSpan; ++i) {
+    if (row.pCells[i].Exists()) {
+      ++nCells;
+      nLast = i + 1;
+    }
+  }
+  if (row.bHasFar) {
+    std::uint32_t nLastFar = 0;
+    for (auto it = FirstFar(lLatest_); it != mapFar_.end() && it->first.first == lLatest_; ++it) {
+      ++nCells;
+      nLastFar = it->first.second;
+    }
+    if (nLastFar / 2 <= nCells) {
+      Relocate(row, nLastFar);
+      TakeOverFarCells(lLatest_, row);
+      nLast = nLastFar;
+    }
+  }
+  const char* const pEnd = reinterpret_cast<const char*>(row.pCells + row.nSpan);
+  if (nLast < row.nSpan && blocks_.ShrinkLast(pEnd, (row.nSpan - nLast) * sizeof(Cell))) {
+    row.nSpan = nLast & kLastColumn;
+    if (nLast == 0) row.pCells = nullptr;
+  }
+  return std::min(nLast, nCells < kLastColumn / 2 ? 2 * nCells : kLastColumn);
+}
+
+// The cells of a row's array that exist.
+std::uint32_t Rows::CountCells(const Row& row) {
+  const auto exists = [](const Cell& cell) { return cell.Exists(); };
+  return static_cast<std::uint32_t>(std::count_if(row.pCells, row.pCells + row.nSpan, exists));
+}
+
+// Makes a row's array reach the column; false when the cell lies too far from the others for that.
+bool Rows::Widen(long lRow, Row& row, std::uint32_t nColumn) {
+  const std::uint32_t nSpan = row.nSpan;
+  if (nColumn - nSpan > kColumnsAhead) return false;
+  if (!WidenInPlace(row, nColumn)) {
+    if (nSpan > kAlwaysWidened && CountCells(row) < nSpan / 2) return false;
+    Relocate(row, std::max(nColumn, std::min(nSpan + nSpan / 2, kLastColumn)));
+  }
+  if (row.bHasFar) TakeOverFarCells(lRow, row);
+  return true;
+}
+
+// The array of the row that is being filled is the last piece of memory that was handed out.
+bool Rows::WidenInPlace(Row& row, std::uint32_t nColumn) {
+  const std::uint32_t nSpan = row.nSpan;
+  const char* const pEnd = reinterpret_cast<const char*>(row.pCells + nSpan);
+  if (!blocks_.ExtendLast(pEnd, (nColumn - nSpan) * sizeof(Cell))) return false;
+  std::uninitialized_value_construct_n(row.pCells + nSpan, nColumn - nSpan);
+  row.nSpan = nColumn & kLastColumn;
+  return true;
+}
+
+void Rows::Relocate(Row& row, std::uint32_t nSpan) {
+  Cell* const pCells = AllocateCells(nSpan);
+  std::uninitialized_copy_n(row.pCells, row.nSpan, pCells);
+  std::uninitialized_value_construct_n(pCells + row.nSpan, nSpan - row.nSpan);
+  row.pCells = pCells;
+  row.nSpan = nSpan & kLastColumn;
+}
+
+Cell* Rows::AllocateCells(std::uint32_t nCells) {
+  if (nCells > SIZE_MAX / sizeof(Cell)) throw std::bad_alloc();
+  return reinterpret_cast<Cell*>(blocks_.Allocate(nCells * sizeof(Cell)));
+}
+
+// ---- Far cells ------------------------------------------------------------------------------------
+
+const Cell* Rows::FindFar(long lRow, std::uint32_t nColumn) const {
+  const auto it = mapFar_.find({lRow, nColumn});
+  return it != mapFar_.end() ? &it->second : nullptr;
+}
+
+// Moves the far cells that a row's array has come to reach into it.
+void Rows::TakeOverFarCells(long lRow, Row& row) noexcept {
+  auto it = mapFar_.lower_bound({lRow, 0});
+  while (it != mapFar_.end() && it->first.first == lRow && it->first.second <= row.nSpan) {
+    row.pCells[it->first.second - 1] = it->second;
+    it = mapFar_.erase(it);
+  }
+  row.bHasFar = it != mapFar_.end() && it->first.first == lRow;
+}
+
+}  // namespace recordset

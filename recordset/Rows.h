@@ -1,0 +1,181 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// The rows of a table and their cells, by row number and column index. Usual tables are dense grids
+// and are stored like one; whatever does not fit a grid costs memory for the cells that exist and
+// never for the gaps between them.
+//
+//   Rows 1 to N lie in pages, a Row each: the address of its cells and how many columns they span.
+//   A row's cells are one array by column index, taken from BumpBlocks.
+//   Rows with other numbers (0, negative, far ahead of the others) are in an ordered map. The pages
+//   take them over when they come to reach them.
+//   Cells far to the right of the others in their row are in an ordered map, too, until the row's
+//   array reaches them.
+//
+// A new row is given room for as many cells as the row before it has. What it turns out not to need
+// is taken back when the next row begins.
+//
+// Rows only finds cells and makes room for them: their texts belong to somebody else.
+
+#ifndef QXRECORDSET_RECORDSET_ROWS_H
+#define QXRECORDSET_RECORDSET_ROWS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <utility>
+
+#include "recordset/BumpBlocks.h"
+
+namespace recordset {
+
+// One cell. A row's array has a place for every column it spans; a place whose cell does not exist
+// has no text, while an existing cell has at least the empty one.
+struct Cell {
+  const char* pText = nullptr;
+  std::uint32_t nLength = 0;  // bytes of text, without the NUL
+  std::int32_t eType = 0;
+
+  bool Exists() const { return pText != nullptr; }
+};
+
+// One row: the cells of columns 1 to nSpan, and whether there are cells further right.
+struct Row {
+  Cell* pCells = nullptr;
+  std::uint32_t nSpan : 31;
+  std::uint32_t bHasFar : 1;
+
+  Row() : nSpan(0), bHasFar(0) {}
+
+  // No cell was ever put in this row.
+  bool IsUnused() const { return pCells == nullptr && !bHasFar; }
+};
+
+class Rows {
+ public:
+  Rows() noexcept : blocks_(aOwn_, sizeof aOwn_), pPages_(&pOnlyPage_) {}
+  Rows(const Rows&) = delete;
+  Rows& operator=(const Rows&) = delete;
+  ~Rows() = default;
+
+  // The place of a cell, which comes into being without a text when it is new. The reference stays
+  // valid until the next call of EnsureCell(). When memory runs out, all cells are as before.
+  // REQUIRES: nColumn is from 1 to kLastColumn.
+  Cell& EnsureCell(long lRow, std::uint32_t nColumn) {
+    const unsigned long nIndex = IndexOf(lRow);
+    if (nIndex < nSlots_) {
+      const Row& row = Slot(nIndex);
+      if (nColumn <= row.nSpan) return row.pCells[nColumn - 1];
+    }
+    return MakeCell(lRow, nColumn);
+  }
+
+  // The cell, or null when it does not exist.
+  const Cell* FindCell(long lRow, std::uint32_t nColumn) const {
+    const Row* const pRow = FindRow(lRow);
+    return pRow != nullptr ? FindCell(lRow, *pRow, nColumn) : nullptr;
+  }
+  const Cell* FindCell(long lRow, const Row& row, std::uint32_t nColumn) const {
+    const Cell* const pCell =
+        nColumn <= row.nSpan ? row.pCells + nColumn - 1 : row.bHasFar ? FindFar(lRow, nColumn) : nullptr;
+    return pCell != nullptr && pCell->Exists() ? pCell : nullptr;
+  }
+
+  // The row, or null. A row may be there without any cell that exists.
+  const Row* FindRow(long lRow) const {
+    const unsigned long nIndex = IndexOf(lRow);
+    return nIndex < nSlots_ ? &Slot(nIndex) : FindOdd(lRow);
+  }
+
+  // Whether any cell of a row exists.
+  bool HasCells(long lRow, const Row& row) const;
+
+  // Calls f(nColumn, cell) for every cell of a row that exists, by ascending column index.
+  template <typename F>
+  void ForEachCell(long lRow, const Row& row, F f) const {
+    for (std::uint32_t i = 0; i < row.nSpan; ++i) {
+      if (row.pCells[i].Exists()) f(i + 1, row.pCells[i]);
+    }
+    if (!row.bHasFar) return;
+    for (auto it = FirstFar(lRow); it != mapFar_.end() && it->first.first == lRow; ++it) {
+      if (it->second.Exists()) f(it->first.second, it->second);
+    }
+  }
+
+  // Calls f(lRow, row) for every row by ascending number; some may have no cell.
+  template <typename F>
+  void ForEachRow(F f) const {
+    auto it = mapOdd_.begin();
+    for (; it != mapOdd_.end() && it->first <= 0; ++it) f(it->first, it->second);
+    for (unsigned long i = 0; i < nSlots_; ++i) f(static_cast<long>(i + 1), Slot(i));
+    for (; it != mapOdd_.end(); ++it) f(it->first, it->second);
+  }
+
+  // Removes all rows. Some memory is kept; see BumpBlocks::Reset.
+  void Reset() noexcept;
+
+  // Bytes of memory that Reset() may keep.
+  std::size_t Footprint() const { return blocks_.Footprint(); }
+
+  // A column index is kept in 31 bits.
+  static constexpr std::uint32_t kLastColumn = 0x7FFFFFFF;
+
+ private:
+  // Rows of a page; the first page begins smaller and grows to this size.
+  static constexpr unsigned long kPageRows = 512;
+  static constexpr unsigned long kFirstRows = 4;
+
+  // Enough for the first rows of a small table; the table stays a small allocation.
+  static constexpr std::size_t kOwnBytes = 40 * sizeof(void*);
+
+  using FarCells = std::map<std::pair<long, std::uint32_t>, Cell>;
+
+  // Rows 1, 2, 3, ... have the indices 0, 1, 2, ...; numbers below 1 give very large ones.
+  static unsigned long IndexOf(long lRow) { return static_cast<unsigned long>(lRow) - 1; }
+  Row& Slot(unsigned long nIndex) const { return pPages_[nIndex / kPageRows][nIndex % kPageRows]; }
+
+  Cell& MakeCell(long lRow, std::uint32_t nColumn);
+
+  // Rows.
+  Row& EnsureRow(long lRow);
+  Row& OddRow(long lRow);
+  const Row* FindOdd(long lRow) const;
+  unsigned long ReachableSlots() const;
+  void AddSlots();
+  void GrowOnlyPage(unsigned long nRows);
+  void AddPage();
+  void TakeOverOddRows(unsigned long nOldSlots) noexcept;
+  void ReachForOddRows();
+
+  // Cells of one row.
+  void BeginRow(long lRow, Row& row);
+  std::uint32_t FinishLatestRow();
+  static std::uint32_t CountCells(const Row& row);
+  bool Widen(long lRow, Row& row, std::uint32_t nColumn);
+  bool WidenInPlace(Row& row, std::uint32_t nColumn);
+  void Relocate(Row& row, std::uint32_t nSpan);
+  Cell* AllocateCells(std::uint32_t nCells);
+
+  // Far cells.
+  FarCells::const_iterator FirstFar(long lRow) const { return mapFar_.lower_bound({lRow, 0}); }
+  const Cell* FindFar(long lRow, std::uint32_t nColumn) const;
+  void TakeOverFarCells(long lRow, Row& row) noexcept;
+
+  BumpBlocks blocks_;              // pages and cells
+  Row** pPages_;                   // pOnlyPage_, or an array in the blocks
+  Row* pOnlyPage_ = nullptr;       // the first page, as long as it is the only one
+  unsigned long nPages_ = 0;       // pages in use
+  unsigned long nPageRoom_ = 1;    // pages there is room for at pPages_
+  unsigned long nSlots_ = 0;       // rows in all pages
+  unsigned long nGridRows_ = 0;    // of these, rows that were begun
+  bool bHasLatest_ = false;
+  long lLatest_ = 0;               // the row begun last, if there is one
+  std::map<long, Row> mapOdd_;     // rows outside the pages
+  long lLastOdd_ = 0;              // the row there that was asked for last,
+  Row* pLastOdd_ = nullptr;        // and where it is
+  FarCells mapFar_;                // cells beyond the span of their row, by row and column
+  alignas(Cell) char aOwn_[kOwnBytes];
+};
+
+}  // namespace recordset
+
+#endif  // QXRECORDSET_RECORDSET_ROWS_H

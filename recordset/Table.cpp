@@ -1,0 +1,47 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// What concerns a whole table.
+
+#include "recordset/Table.h"
+
+#include <vector>
+
+namespace recordset {
+
+void Table::SetOwnText(long lRow, std::uint32_t nColumn, char* pText, std::size_t nRoom,
+                       std::size_t length, std::int32_t eType) {
+  try {
+    Cell& cell = rows.EnsureCell(lRow, nColumn);
+    const char* const pFinal = texts.Trim(pText, nRoom, length);
+    if (cell.Exists()) texts.Release(cell.pText, cell.nLength);
+    Assign(cell, pFinal, length, eType);
+  } catch (...) {
+    texts.Release(pText, nRoom);
+    throw;
+  }
+}
+
+void Table::Merge(const Table& other) {
+  std::vector<std::uint32_t> vColumns(other.columns.Count());
+  for (std::uint32_t i = 0; i < vColumns.size(); ++i) {
+    const std::string_view name = other.columns.NameOf(i + 1);
+    vColumns[i] = columns.FindOrAdd(name.data(), name.size());
+  }
+  other.rows.ForEachRow([&](long lRow, const Row& row) {
+    other.rows.ForEachCell(lRow, row, [&](std::uint32_t nColumn, const Cell& cell) {
+      SetCell(lRow, vColumns[nColumn - 1], cell.pText, cell.nLength, cell.eType);
+    });
+  });
+}
+
+void Table::Reset() noexcept {
+  rows.Reset();
+  columns.Reset();
+  texts.Reset();
+}
+
+std::size_t Table::Footprint() const {
+  return rows.Footprint() + columns.Footprint() + texts.Footprint();
+}
+
+}  // namespace recordset

@@ -1,0 +1,85 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// The contents of a record set: columns, rows of cells, and their texts. A table lies at a fixed
+// address; a whole one changes hands by its pointer.
+//
+// Cells are written through a table alone, because a cell's text must be given back to the text store
+// it came from. A loader writes like this:
+//
+//   const std::uint32_t nColumn = table.columns.FindOrAdd(name, nNameLength);
+//   table.SetCell(lRow, nColumn, pText, nLength, CQXRecordSet::QX_TEXT);
+//
+// or, when the text is yet to be made (digits, escapes), into its final place:
+//
+//   char* const pText = table.texts.Allocate(nRoom);
+//   ... write up to nRoom bytes, nLength of them ...
+//   table.SetOwnText(lRow, nColumn, pText, nRoom, nLength, CQXRecordSet::QX_TEXT);
+
+#ifndef QXRECORDSET_RECORDSET_TABLE_H
+#define QXRECORDSET_RECORDSET_TABLE_H
+
+#include <cstddef>
+#include <cstdint>
+
+#include "recordset/Columns.h"
+#include "recordset/Rows.h"
+#include "recordset/TextStore.h"
+
+namespace recordset {
+
+class Table {
+ public:
+  Table() noexcept : columns(texts) {}
+  Table(const Table&) = delete;
+  Table& operator=(const Table&) = delete;
+  ~Table() = default;
+
+  // Gives the cell in row lRow, column nColumn a copy of `length` bytes of text, which may come from
+  // this table, and a type. When memory runs out, all cells are as before.
+  void SetCell(long lRow, std::uint32_t nColumn, const char* text, std::size_t length,
+               std::int32_t eType) {
+    Cell& cell = rows.EnsureCell(lRow, nColumn);
+    Assign(cell,
+           cell.Exists() ? texts.Replace(cell.pText, cell.nLength, text, length)
+                         : texts.Store(text, length),
+           length, eType);
+  }
+
+  // Gives the cell the text that the caller has written to the `length` first bytes of `pText`,
+  // which texts.Allocate(nRoom) gave. When memory runs out, all cells are as before, and the text is
+  // taken back.
+  void SetOwnText(long lRow, std::uint32_t nColumn, char* pText, std::size_t nRoom,
+                  std::size_t length, std::int32_t eType);
+
+  // The cell, which comes into being as a null cell when it does not exist.
+  const Cell& ReadCell(long lRow, std::uint32_t nColumn) {
+    Cell& cell = rows.EnsureCell(lRow, nColumn);
+    if (!cell.Exists()) Assign(cell, texts.Store(nullptr, 0), 0, kNullType);
+    return cell;
+  }
+
+  // Adds the columns of `other` in the order of their indices, and sets its cells, row by row.
+  // REQUIRES: `other` is another table. When memory runs out, some of them may have been set.
+  void Merge(const Table& other);
+
+  // Removes everything. Some memory is kept for the next contents, at most Footprint().
+  void Reset() noexcept;
+  std::size_t Footprint() const;
+
+  TextStore texts;
+  Columns columns;
+  Rows rows;
+
+ private:
+  static constexpr std::int32_t kNullType = 0;  // CQXRecordSet::QX_NULL
+
+  static void Assign(Cell& cell, const char* pText, std::size_t length, std::int32_t eType) {
+    cell.pText = pText;
+    cell.nLength = static_cast<std::uint32_t>(length);
+    cell.eType = eType;
+  }
+};
+
+}  // namespace recordset
+
+#endif  // QXRECORDSET_RECORDSET_TABLE_H

@@ -1,0 +1,120 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Releasing, replacing and the large texts of a TextStore.
+
+#include "recordset/TextStore.h"
+
+#include <cstring>
+#include <new>
+
+namespace recordset {
+
+// "", "0" and "1", each at twice the value of its digit: nulls, booleans and many numbers.
+const char TextStore::aConstants[] = {'0', '\0', '1', '\0'};
+
+// The constant equal to a text of up to one byte, or null.
+const char* TextStore::Constant(const char* text, std::size_t length) {
+  if (length == 0) return aConstants + 1;
+  if (*text == '0') return aConstants;
+  return *text == '1' ? aConstants + 2 : nullptr;
+}
+
+bool TextStore::IsConstant(const char* pText) {
+  const std::less<> before;
+  return !before(pText, aConstants) && before(pText, aConstants + sizeof aConstants);
+}
+
+const char* TextStore::Trim(char* pText, std::size_t nRoom, std::size_t length) {
+  const char* const pConstant = length <= 1 ? Constant(pText, length) : nullptr;
+  if (pConstant != nullptr) {
+    Release(pText, nRoom);
+    return pConstant;
+  }
+  pText[length] = '\0';
+  if (ResizePiece(pText, nRoom, length)) return pText;
+  const char* const pFinal = Store(pText, length);
+  Release(pText, nRoom);
+  return pFinal;
+}
+
+// Makes the piece of a text fit the length of a shorter text, if it need not move for that.
+bool TextStore::ResizePiece(const char* pText, std::size_t nOldLength, std::size_t length) {
+  const std::size_t nOld = PieceSize(nOldLength);
+  const std::size_t nNew = PieceSize(length);
+  return nOld == nNew ||
+         (nOldLength <= kLongestSmall && blocks_.ShrinkLast(pText + nOld, nOld - nNew));
+}
+
+void TextStore::Release(const char* pText, std::size_t length) noexcept {
+  if (IsConstant(pText)) return;
+  char* const pPiece = const_cast<char*>(pText);
+  if (length <= kLongestSmall) {
+    ReleaseSmall(pPiece, PieceSize(length));
+    return;
+  }
+  LargeText* const pLarge = reinterpret_cast<LargeText*>(pPiece) - 1;
+  (pLarge->pPrevious != nullptr ? pLarge->pPrevious->pNext : pLarge_) = pLarge->pNext;
+  if (pLarge->pNext != nullptr) pLarge->pNext->pPrevious = pLarge->pPrevious;
+  ::operator delete(pLarge);
+}
+
+const char* TextStore::Replace(const char* pOld, std::size_t nOldLength, const char* text,
+                               std::size_t length) {
+  const bool bSamePiece = length > 1 && length <= kLongest && !IsConstant(pOld) &&
+                          PieceSize(nOldLength) == PieceSize(length);
+  if (bSamePiece) {
+    char* const pPiece = const_cast<char*>(pOld);
+    MoveBytes(pPiece, text, length);
+    pPiece[length] = '\0';
+    return pOld;
+  }
+  const char* const pNew = Store(text, length);
+  Release(pOld, nOldLength);
+  return pNew;
+}
+
+void TextStore::Reset() noexcept {
+  ReleaseLarge();
+  pFree_.reset();
+  blocks_.Reset();
+}
+
+// ---- Small texts ----------------------------------------------------------------------------------
+
+char* TextStore::TakeFree(std::size_t nSize) {
+  char*& pFirst = pFree_[nSize / kGranule];
+  char* const pPiece = pFirst;
+  std::memcpy(&pFirst, pPiece, sizeof pFirst);
+  return pPiece;
+}
+
+// Without memory for the lists themselves the piece is out of use until everything is taken back.
+void TextStore::ReleaseSmall(char* pPiece, std::size_t nSize) noexcept {
+  if (blocks_.ShrinkLast(pPiece + nSize, nSize)) return;
+  if (pFree_ == nullptr) pFree_.reset(new (std::nothrow) char*[kPieceSizes]());
+  if (pFree_ == nullptr) return;
+  char*& pFirst = pFree_[nSize / kGranule];
+  std::memcpy(pPiece, &pFirst, sizeof pFirst);
+  pFirst = pPiece;
+}
+
+// ---- Large texts ----------------------------------------------------------------------------------
+
+char* TextStore::AllocateLarge(std::size_t length) {
+  if (length > kLongest) throw std::bad_alloc();
+  void* const pMemory = ::operator new(sizeof(LargeText) + PieceSize(length));
+  LargeText* const pText = new (pMemory) LargeText{nullptr, pLarge_};
+  if (pLarge_ != nullptr) pLarge_->pPrevious = pText;
+  pLarge_ = pText;
+  return reinterpret_cast<char*>(pText + 1);
+}
+
+void TextStore::ReleaseLarge() noexcept {
+  while (pLarge_ != nullptr) {
+    LargeText* const pNext = pLarge_->pNext;
+    ::operator delete(pLarge_);
+    pLarge_ = pNext;
+  }
+}
+
+}  // namespace recordset
