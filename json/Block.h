@@ -20,6 +20,10 @@
 #include <emmintrin.h>
 #endif
 
+// For the few functions whose call would cost more than their work, where the compiler sees only
+// that they are recursive.
+#define QXRECORDSET_HOT [[gnu::always_inline]] inline
+
 namespace JSON {
 
 // Number of zero bits below the lowest set bit. REQUIRES: mask is not 0.
@@ -56,6 +60,28 @@ class Block16 {
     StoreQuarter(q, _mm_srli_si128(v_, 4));
   }
 
+  // The eight decimal digits of a value below 10^8, most significant first; they fill the lower
+  // half. Every lane of 32, then 16 bits is split in two until each holds a digit; multiplication
+  // by 2^20 / 100 and 2^16 / 10, rounded up, is an exact division for lanes this small.
+  static Block16 DecimalDigits(std::uint32_t value) {
+    const auto lane = [](std::uint32_t n) { return _mm_cvtsi32_si128(static_cast<int>(n)); };
+    const __m128i fours = _mm_unpacklo_epi32(lane(value / 10000), lane(value % 10000));
+    const __m128i high2 = _mm_srli_epi16(_mm_mulhi_epu16(fours, _mm_set1_epi32(10486)), 4);
+    const __m128i low2 = _mm_sub_epi16(fours, _mm_mullo_epi16(high2, _mm_set1_epi32(100)));
+    const __m128i twos = _mm_or_si128(high2, _mm_slli_epi32(low2, 16));
+    const __m128i high1 = _mm_mulhi_epu16(twos, _mm_set1_epi16(6554));
+    const __m128i low1 = _mm_sub_epi16(twos, _mm_mullo_epi16(high1, _mm_set1_epi16(10)));
+    const __m128i ones = _mm_or_si128(high1, _mm_slli_epi16(low1, 8));
+    return Block16(_mm_add_epi8(ones, _mm_set1_epi8('0')));
+  }
+
+  // Stores eight bytes: the lower half without its first nSkip bytes, then zeros. REQUIRES:
+  // nSkip < 8.
+  void StoreHalfFrom(unsigned nSkip, char* p) const {
+    const __m128i v = _mm_srl_epi64(v_, _mm_cvtsi32_si128(static_cast<int>(8 * nSkip)));
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), v);
+  }
+
   // Bytes equal to `c`; bytes equal to the other block's byte at the same place.
   std::uint32_t Equals(char c) const { return Mask(_mm_cmpeq_epi8(v_, _mm_set1_epi8(c))); }
   std::uint32_t Equals(Block16 other) const { return Mask(_mm_cmpeq_epi8(v_, other.v_)); }
@@ -83,23 +109,14 @@ class Block16 {
     return Mask(_mm_or_si128(blank, _mm_andnot_si128(vertical_tab, control)));
   }
 
-  // Bytes of a number token, "+-0123456789.eE"; and those that make it a real number, ".eE".
-  std::uint32_t NumberBytes() const {
-    const __m128i shifted = _mm_sub_epi8(v_, _mm_set1_epi8('+'));
-    const __m128i near = _mm_cmpeq_epi8(_mm_min_epu8(shifted, _mm_set1_epi8('9' - '+')), shifted);
-    const __m128i comma = _mm_cmpeq_epi8(v_, _mm_set1_epi8(','));
-    const __m128i slash = _mm_cmpeq_epi8(v_, _mm_set1_epi8('/'));
-    return Mask(_mm_or_si128(Exponent(), _mm_andnot_si128(_mm_or_si128(comma, slash), near)));
-  }
-  std::uint32_t RealMarks() const {
-    return Mask(_mm_or_si128(Exponent(), _mm_cmpeq_epi8(v_, _mm_set1_epi8('.'))));
+  // Bytes that are no decimal digits.
+  std::uint32_t NonDigits() const {
+    const __m128i shifted = _mm_sub_epi8(v_, _mm_set1_epi8('0'));
+    return Mask(_mm_cmpeq_epi8(_mm_max_epu8(shifted, _mm_set1_epi8(10)), shifted));
   }
 
  private:
   explicit Block16(__m128i v) : v_(v) {}
-  __m128i Exponent() const {
-    return _mm_cmpeq_epi8(_mm_or_si128(v_, _mm_set1_epi8(0x20)), _mm_set1_epi8('e'));
-  }
   static __m128i LoadHalf(const char* p) {
     return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
   }
@@ -143,6 +160,18 @@ class Block16 {
     std::memcpy(p, bytes_, 4);
     std::memcpy(q, bytes_ + 4, 4);
   }
+  static Block16 DecimalDigits(std::uint32_t value) {
+    Block16 block;
+    std::memset(block.bytes_, '0', sizeof block.bytes_);
+    for (int i = 7; i >= 0; --i, value /= 10) {
+      block.bytes_[i] = static_cast<unsigned char>('0' + value % 10);
+    }
+    return block;
+  }
+  void StoreHalfFrom(unsigned nSkip, char* p) const {
+    std::memset(p, 0, 8);
+    std::memcpy(p, bytes_ + nSkip, 8 - nSkip);
+  }
 
   std::uint32_t Equals(char c) const {
     return Mask([c](unsigned char b) { return b == static_cast<unsigned char>(c); });
@@ -163,13 +192,8 @@ class Block16 {
   std::uint32_t Space() const {
     return Mask([](unsigned char b) { return b == ' ' || (b >= 0x09 && b <= 0x0D && b != 0x0B); });
   }
-  std::uint32_t NumberBytes() const {
-    return Mask([](unsigned char b) {
-      return (b >= '0' && b <= '9') || b == '+' || b == '-' || b == '.' || (b | 0x20) == 'e';
-    });
-  }
-  std::uint32_t RealMarks() const {
-    return Mask([](unsigned char b) { return b == '.' || (b | 0x20) == 'e'; });
+  std::uint32_t NonDigits() const {
+    return Mask([](unsigned char b) { return b < '0' || b > '9'; });
   }
 
  private:

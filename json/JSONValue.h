@@ -161,9 +161,14 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
 
   // ---- Fields -----------------------------------------------------------------------------------
 
-  const char* pText = nullptr;  // see Type; not NUL-terminated for parsed numbers and literals
-  int nLength = 0;              // bytes of text, without the NUL
-  bool bOwnsText = false;       // pText is a private copy that the holding container releases
+  int nLength = 0;                       // bytes of text, without the NUL
+  const char* pText = nullptr;           // see Type; parsed numbers and literals end without a NUL
+  CompositeValue* pComposite = nullptr;  // the container of an array or object
+
+  // For a member of an object, the position of its name in the object's sorted name index; for an
+  // element of an array of strings whose string index was built, its ordinal. 0 until then.
+  mutable int nNameIndex = 0;
+  bool bOwnsText = false;  // pText is a private copy that the holding container releases
 
  private:
   friend class Storage;
@@ -173,23 +178,17 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
   // its container when it comes to own memory, without a pointer in every element.
   std::uint32_t nPlace : 24;
 
- public:
-  // For a member of an object, the position of its name in the object's sorted name index; for an
-  // element of an array of strings whose string index was built, its ordinal. 0 until then.
-  mutable int nNameIndex = 0;
-  CompositeValue* pComposite = nullptr;  // the container of an array or object
-
  protected:
   JSONValue(const JSONValue& other) noexcept;
   JSONValue& operator=(const JSONValue& other) noexcept;
   JSONValue(Type type, const char* text, int length, int nameIndex, CompositeValue* composite,
             std::uint32_t place) noexcept
       : BaseValue(type),
-        pText(text),
         nLength(length),
-        nPlace(place & 0xFFFFFFu),
+        pText(text),
+        pComposite(composite),
         nNameIndex(nameIndex),
-        pComposite(composite) {}
+        nPlace(place & 0xFFFFFFu) {}
 };
 
 // The copyable form of a value, and the element type of the containers. A copy is shallow: both

@@ -49,7 +49,7 @@ inline Char* SkipSpace(Char* p, Char* pEnd) {
   if (p == pEnd || !IsSpace(*p)) {
     return p;
   }
-  return SkipSpaceRun(p + 1, pEnd);
+  return SkipSpaceRun(p, pEnd);
 }
 
 // The first '"' or '\' at or behind p, or the end.
@@ -68,28 +68,32 @@ inline Char* FindQuoteOrBackslash(Char* p, Char* pEnd) {
   return p;
 }
 
+// Whether a byte that is no digit may belong to a number; one that makes it a real one is noted.
+inline bool IsNumberMark(char c, bool& bReal) {
+  if (c == '.' || c == 'e' || c == 'E') {
+    bReal = true;
+    return true;
+  }
+  return c == '-' || c == '+';
+}
+
 // The end of the number token that begins at p: the first byte outside "+-0123456789.eE". The last
 // byte of the text is never part of a token. `bReal` tells whether the token holds one of ".eE".
+// Digits are passed sixteen at a time; the few other bytes of a token are looked at one by one.
 template <typename Char>
 inline Char* ScanNumber(Char* p, Char* pEnd, bool& bReal) {
   bReal = false;
   while (pEnd - p > Block16::kBytes) {
-    const Block16 block = Block16::Load(p);
-    const std::uint32_t other = ~block.NumberBytes() & 0xFFFFu;
-    const std::uint32_t real = block.RealMarks();
-    if (other != 0) {
-      bReal = bReal || (real & (other - 1) & ~other) != 0;  // marks below the first other byte
-      return p + LowestBit(other);
+    for (std::uint32_t other = Block16::Load(p).NonDigits(); other != 0; other &= other - 1) {
+      Char* const pOther = p + LowestBit(other);
+      if (!IsNumberMark(*pOther, bReal)) {
+        return pOther;
+      }
     }
-    bReal = bReal || real != 0;
     p += Block16::kBytes;
   }
-  for (; p < pEnd - 1; ++p) {
-    const bool bMark = *p == '.' || *p == 'e' || *p == 'E';
-    if (!bMark && !(*p >= '0' && *p <= '9') && *p != '+' && *p != '-') {
-      break;
-    }
-    bReal = bReal || bMark;
+  while (p < pEnd - 1 && ((*p >= '0' && *p <= '9') || IsNumberMark(*p, bReal))) {
+    ++p;
   }
   return p;
 }

@@ -88,9 +88,9 @@ void Storage::Release(CompositeValue* pComposite) noexcept {
   }
 }
 
-void Storage::Trim(ArrayValue& array) noexcept {
+void Storage::TrimRoom(ArrayValue& array) noexcept {
   Sequence<UnsafeJSONValue>& values = array.vValues;
-  if (array.pArena == nullptr || values.nCapacity == values.nSize || values.nSize == 0) {
+  if (array.pArena == nullptr || values.nSize == 0) {
     return;
   }
   if (array.pArena->Resize(values.pItems, values.nCapacity * sizeof(UnsafeJSONValue),

@@ -34,13 +34,25 @@ class Storage {
 
   // ---- Containers -------------------------------------------------------------------------------
 
-  // A new empty container: in the pool, or with new when there is none.
+  // A new empty container with room for `nReserve` elements. In the pool this is one step, and the
+  // elements lie right behind their container; without a pool it is made with new.
   template <typename Container>
-  static Container* Make(Arena* pArena, int nReserve) {
+  static Container* Make(Arena* pArena, std::uint32_t nReserve) {
     if (pArena == nullptr) {
-      return new Container(nReserve);
+      return new Container(static_cast<int>(nReserve));
     }
-    return new (pArena->Allocate(sizeof(Container))) Container(pArena, true);
+    constexpr std::size_t nContainer =
+        (sizeof(Container) + Arena::kAlignment - 1) / Arena::kAlignment * Arena::kAlignment;
+    const std::size_t nRoom = nReserve != 0 ? kHeader + nReserve * sizeof(UnsafeJSONValue) : 0;
+    char* const p = static_cast<char*>(pArena->Allocate(nContainer + nRoom));
+    Container* const pContainer = new (p) Container(pArena, true);
+    if (nReserve != 0) {
+      new (p + nContainer) Arena*(pArena);
+      Sequence<UnsafeJSONValue>& values = ElementsOf(*pContainer).vValues;
+      values.pItems = reinterpret_cast<UnsafeJSONValue*>(p + nContainer + kHeader);
+      values.nCapacity = nReserve & 0x7FFFFFFFu;
+    }
+    return pContainer;
   }
 
   // Releases a container and everything it owns.
@@ -48,6 +60,8 @@ class Storage {
 
   static bool InArena(const CompositeValue& composite) { return composite.bInArena; }
   static Arena* ArenaOf(const ArrayValue& array) { return array.pArena; }
+  static ArrayValue& ElementsOf(ArrayValue& array) { return array; }
+  static ArrayValue& ElementsOf(ObjectValue& object) { return object.avValues; }
 
   // An empty container in a rewound pool has lost its storage.
   static void Forget(ArrayValue& array) noexcept {
@@ -79,7 +93,11 @@ class Storage {
   }
 
   // Gives back the room beyond the elements when it lies at the end of the pool.
-  static void Trim(ArrayValue& array) noexcept;
+  static void Trim(ArrayValue& array) noexcept {
+    if (array.vValues.nCapacity != array.vValues.nSize) {
+      TrimRoom(array);
+    }
+  }
 
   // Removes all items; the room stays.
   template <typename T>
@@ -199,6 +217,7 @@ class Storage {
   static std::uint32_t PlaceOf(std::uint32_t nOrdinal) {
     return nOrdinal < kPlaceFar - 1 ? nOrdinal + 1 : kPlaceFar;
   }
+  static void TrimRoom(ArrayValue& array) noexcept;
   static Arena* ArenaOfElement(const JSONValue& value) noexcept;
 
   // The word that Grow() puts before items in a pool.

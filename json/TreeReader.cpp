@@ -14,9 +14,10 @@
 namespace JSON {
 namespace {
 
-// Room that an array gets when nothing like it was seen yet, and the most it gets for what was.
-constexpr int kFirstElements = 4;
-constexpr std::uint32_t kMostExpectedElements = 64;
+// A container gets room for as many elements as the last one at its place had, up to this many. On
+// the heap, where there are no places to remember, it always gets the same.
+constexpr std::uint32_t kMostExpected = 64;
+constexpr std::uint32_t kHeapReserve = 4;
 
 void AppendScalar(ArrayValue& parent, Type type, const char* pText, std::ptrdiff_t nLength) {
   Storage::Append(parent, type, pText, static_cast<int>(nLength), 0, nullptr);
@@ -27,7 +28,7 @@ void AppendScalar(ArrayValue& parent, Type type, const char* pText, std::ptrdiff
 // ---- Scalars
 // -------------------------------------------------------------------------------------
 
-inline TreeReader::Content TreeReader::ReadString(char* pQuote) {
+QXRECORDSET_HOT TreeReader::Content TreeReader::ReadString(char* pQuote) {
   char* const pContent = pQuote + 1;
   char* const pClosing = FindQuoteOrBackslash(pContent, text_.pEnd);
   if (pClosing == text_.pEnd || *pClosing != '"') {
@@ -48,7 +49,7 @@ TreeReader::Content TreeReader::ReadEscaped(char* pContent, char* pBackslash) {
   return {pContent + (pClosing - pContent) + 1, static_cast<int>(pWrite - pContent), true};
 }
 
-inline char* TreeReader::ReadValue(char* p, ArrayValue& parent, Place& place) {
+QXRECORDSET_HOT char* TreeReader::ReadInline(char* p, ArrayValue& parent, Place& place) {
   if (p == text_.pEnd) {
     return text_.Fail(p);
   }
@@ -68,6 +69,10 @@ inline char* TreeReader::ReadValue(char* p, ArrayValue& parent, Place& place) {
     return pNext;
   }
   return ReadOther(p, parent, place);
+}
+
+char* TreeReader::ReadValue(char* p, ArrayValue& parent, Place& place) {
+  return ReadInline(p, parent, place);
 }
 
 char* TreeReader::ReadOther(char* p, ArrayValue& parent, Place& place) {
@@ -101,11 +106,14 @@ char* TreeReader::ReadOther(char* p, ArrayValue& parent, Place& place) {
 // happens on the way. Nothing else is added to the parent meanwhile, so the element stays in place.
 template <typename Container>
 char* TreeReader::ReadContainer(char* p, ArrayValue& parent, Place& place) {
+  constexpr bool bObject = std::is_same_v<Container, ObjectValue>;
   UnsafeJSONValue& element = Storage::Append(parent, jtInvalid, nullptr, 0, 0, nullptr);
-  Container* const pContainer = Storage::Make<Container>(pArena_, kFirstElements);
+  const std::uint32_t nSeen = std::min(bObject ? place.nMembers : place.nElements, kMostExpected);
+  Container* const pContainer =
+      Storage::Make<Container>(pArena_, pArena_ != nullptr ? nSeen : kHeapReserve);
   element.pComposite = pContainer;
   char* pNext = nullptr;
-  if constexpr (std::is_same_v<Container, ObjectValue>) {
+  if constexpr (bObject) {
     pNext = ReadObjectInto(p, *pContainer, place);
   } else {
     pNext = ReadArrayInto(p, *pContainer, place);
@@ -124,7 +132,7 @@ class ArraySink {
   ArraySink(TreeReader& reader, ArrayValue& array, Place& place)
       : reader_(reader), array_(array), place_(place) {}
 
-  char* Element(char* p) { return reader_.ReadValue(p, array_, place_); }
+  char* Element(char* p) { return reader_.ReadInline(p, array_, place_); }
   void Missing() { AppendScalar(array_, jtNull, nullptr, 0); }
 
  private:
@@ -137,9 +145,6 @@ class ArraySink {
 
 char* TreeReader::ReadArrayInto(char* p, ArrayValue& array, Place& place) {
   array.eType = jtInvalid;
-  if (place.nElements != 0) {
-    Storage::Reserve(array, std::min(place.nElements, kMostExpectedElements));
-  }
   ArraySink sink(*this, array, place);
   char* const pNext = ReadArray(text_, p, sink);
   if (pNext == nullptr) {
@@ -184,7 +189,7 @@ class ObjectSink {
   }
 
   char* Value(char* p) {
-    return reader_.ReadValue(p, object_.avValues, pShape_ != nullptr ? *pShape_->pPlace : others_);
+    return reader_.ReadInline(p, object_.avValues, pShape_ != nullptr ? *pShape_->pPlace : others_);
   }
 
   void Complete() {
@@ -219,9 +224,6 @@ class ObjectSink {
 char* TreeReader::ReadObjectInto(char* p, ObjectValue& object, Place& place) {
   object.eType = jtInvalid;
   object.bSorted = false;
-  if (place.nMembers != 0) {
-    Storage::Reserve(object.avValues, place.nMembers);
-  }
   ObjectSink sink(*this, object, place);
   char* const pNext = ReadObject(text_, p, sink);
   if (pNext == nullptr) {

@@ -26,6 +26,9 @@ class TreeReader {
   // The same for one value of any kind, which is appended to `parent`.
   char* ReadValue(char* p, ArrayValue& parent, Place& place);
 
+  // The same for this file's loops.
+  char* ReadInline(char* p, ArrayValue& parent, Place& place);
+
   // String content behind the opening quote at p: unescaped in place and NUL-terminated.
   struct Content {
     char* pNext;  // behind the closing quote; null when there is none

@@ -20,12 +20,12 @@ CompositeValue::~CompositeValue() = default;
 // A copy lies somewhere else, so it does not take the place mark along.
 JSONValue::JSONValue(const JSONValue& other) noexcept
     : BaseValue(other),
-      pText(other.pText),
       nLength(other.nLength),
-      bOwnsText(other.bOwnsText),
-      nPlace(0),
+      pText(other.pText),
+      pComposite(other.pComposite),
       nNameIndex(other.nNameIndex),
-      pComposite(other.pComposite) {}
+      bOwnsText(other.bOwnsText),
+      nPlace(0) {}
 
 // An element that is assigned to stays where it is and keeps its place mark.
 JSONValue& JSONValue::operator=(const JSONValue& other) noexcept {
