@@ -60,15 +60,6 @@ CParamsRS OneParam(const std::string& text) {
   return params;
 }
 
-// The constructor of another object file's static object may use everything here.
-struct EarlyUser {
-  EarlyUser() : params("H" + PARAM_SEP + "     1" + PARAM_SEP + "x") {}
-  CParamsRS params;
-};
-const EarlyUser earlyUser;
-
-TEST(ParameterString, IsUsableBeforeMain) { ExpectHolds(earlyUser.params, "H", {"x"}); }
-
 TEST(ParameterString, WritesAndReadsEveryKindOfParameter) {
   CParamsRS sender(100);
   sender.addHeader("CMD");
