@@ -1,0 +1,250 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Objects and arrays by themselves, made and filled without a message: lookups and their indexes,
+// copying, clearing. That everything is released shows when the tests run under the leak checker.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "json/JSONMessage.h"
+#include "tests/support/Random.h"
+
+namespace {
+
+using JSON::ArrayValue;
+using JSON::CompositeValue;
+using JSON::JSONValue;
+using JSON::Message;
+using JSON::ObjectValue;
+using JSON::UnsafeJSONValue;
+
+std::string Written(const CompositeValue& container) {
+  std::string strWritten;
+  EXPECT_TRUE(container.Serialize(strWritten));
+  return strWritten;
+}
+
+// A string value whose text outlives the container (or comes to nothing).
+UnsafeJSONValue Text(const char* text) {
+  UnsafeJSONValue value(JSON::jtString);
+  value.pText = text;
+  value.nLength = static_cast<int>(std::strlen(text));
+  return value;
+}
+
+void Add(ArrayValue& array, UnsafeJSONValue value) { array.AddValue(value); }
+void Add(ObjectValue& object, const char* name, UnsafeJSONValue value) {
+  UnsafeJSONValue nameValue = Text(name);
+  object.AddName(nameValue);
+  object.AddValue(value);
+}
+UnsafeJSONValue Holding(CompositeValue* container, JSON::Type type) {
+  UnsafeJSONValue value(type);
+  value.pComposite = container;
+  return value;
+}
+
+TEST(JsonObject, SortsItsNamesByLengthAndThenBytes) {
+  ObjectValue object(4);
+  for (const char* name : {"b", "aa", "a", "", "\xFF", "aa"})
+    Add(object, name, Text(name));
+  EXPECT_FALSE(object.bSorted);
+  EXPECT_EQ(object.avValues.vValues[1].nNameIndex, 0);
+  EXPECT_EQ(object.OrdinalOf("aa", -1), 1);  // the first of its name
+  EXPECT_TRUE(object.bSorted);
+  static const int kOrder[] = {3, 2, 0, 4, 1, 5};
+  for (int i = 0; i < 6; ++i) {
+    const ObjectValue::NameMap& entry = object.vNameMap[static_cast<std::size_t>(i)];
+    EXPECT_EQ(entry.nOrdinal, kOrder[i]);
+    EXPECT_EQ(object.GetByOrdinal(entry.nOrdinal)->nNameIndex, i);
+    EXPECT_STREQ(object.NameAt(entry.nOrdinal), entry.pName);
+  }
+  EXPECT_STREQ(object.NameAt(0), "b");
+  EXPECT_EQ(object.NameAt(-1), nullptr);
+  EXPECT_EQ(object.NameAt(6), nullptr);
+}
+
+TEST(JsonObject, LooksUpNamesByLengthOrToTheirNul) {
+  Message message;
+  ASSERT_TRUE(message.Parse(R"({"abc":1,"a":2,"x\u0000y":3,"x\u0000z":4,"":5})"));
+  const auto& object = dynamic_cast<const ObjectValue&>(*message.pComposite);
+  EXPECT_EQ(object.OrdinalOf("abc", 1), 1);
+  EXPECT_EQ(object.OrdinalOf("abc", -1), 0);
+  EXPECT_EQ(object.OrdinalOf("abc", 2), -1);
+  EXPECT_EQ(object.OrdinalOf("abc", 0), 4);
+  EXPECT_EQ(object.OrdinalOf("x\0z", 3), 2);  // equal up to the NUL is equal
+  EXPECT_EQ(object.OrdinalOf("x", -1), -1);
+  EXPECT_EQ(object.OrdinalOf(nullptr, 7), 0);
+  EXPECT_EQ(object.GetByName(nullptr, -1), object.GetByOrdinal(0));
+  EXPECT_EQ(object.GetByName("b", -1), nullptr);
+  EXPECT_EQ(object.GetByOrdinal(-1), nullptr);
+  EXPECT_EQ(object.GetByOrdinal(5), nullptr);
+  EXPECT_FALSE(object.MakeMap());
+  EXPECT_EQ(ObjectValue(0).GetByName(nullptr, -1), nullptr);
+  EXPECT_EQ(ObjectValue(0).GetByName("a", -1), nullptr);
+}
+
+// Names of 1 to 20 bytes from two letters: many equal, many equal in their first 16 bytes.
+TEST(JsonObject, FindsTheFirstOfEachNameAmongMany) {
+  Support::Random random(1);
+  std::vector<std::string> vNames(3000);
+  for (std::string& name : vNames) {
+    name.assign(1 + random.Below(20), 'a');
+    for (int i = 0; i < 4; ++i)
+      name[random.Below(name.size())] = 'b';
+  }
+  ObjectValue object(0);
+  for (const std::string& name : vNames)
+    Add(object, name.c_str(), UnsafeJSONValue(JSON::jtNull));
+  object.Sort();
+  EXPECT_TRUE(
+      std::is_sorted(object.vNameMap.begin(), object.vNameMap.end(), ObjectValue::NameMap::Less));
+  for (const std::string& name : vNames) {
+    const auto nFirst = std::find(vNames.begin(), vNames.end(), name) - vNames.begin();
+    ASSERT_EQ(object.OrdinalOf(name.c_str(), -1), nFirst) << name;
+  }
+}
+
+TEST(JsonArray, ReadsNamesAsOrdinals) {
+  Message message;
+  ASSERT_TRUE(message.Parse("[10,11,12]"));
+  static const struct {
+    const char* name;
+    int nLength;
+    int nOrdinal;  // -1: nothing
+  } kCases[] = {
+      {"2", -1, 2},
+      {"2.name", -1, 2},
+      {"x", -1, 0},
+      {"", -1, 0},
+      {"-1", -1, -1},
+      {"7", -1, -1},
+      {" +1", -1, 1},
+      {"12", 1, -1},
+      {"1", 0, 1},
+      {nullptr, -1, -1},
+      {"-0", -1, 0},
+      {"4294967297", -1, -1},
+      {"-4294967295", -1, -1},
+      {"18446744073709551617", -1, -1},
+  };
+  for (const auto& test : kCases) {
+    EXPECT_EQ(message.GetByName(test.name, test.nLength), message.GetByOrdinal(test.nOrdinal))
+        << (test.name == nullptr ? "null" : test.name);
+  }
+}
+
+TEST(JsonArray, IndexesItsStringsWhenAllAreStrings) {
+  ArrayValue array(4);
+  EXPECT_TRUE(array.MakeMap());
+  EXPECT_EQ(array.OrdinalOf("x", -1), -1);
+  EXPECT_EQ(array.OrdinalOf(nullptr, -1), 0);
+  for (const char* text : {"x", "y", "x", ""})
+    Add(array, Text(text));
+  EXPECT_EQ(array.OrdinalOf("y", -1), 1);
+  EXPECT_EQ(array.OrdinalOf("x", -1), 0);
+  EXPECT_EQ(array.OrdinalOf("yz", 1), 1);
+  EXPECT_EQ(array.OrdinalOf("z", -1), -1);
+  EXPECT_EQ(array.OrdinalOf("xx", -1), -1);
+  EXPECT_EQ(array.OrdinalOf("x", 0), 3);
+  EXPECT_STREQ(array.NameAt(2), "x");
+  EXPECT_EQ(array.NameAt(4), nullptr);
+  EXPECT_EQ(array.NameAt(-1), nullptr);
+  EXPECT_EQ(array.vOrdinalMap.size(), 4u);
+  EXPECT_EQ(array.vValues[2].nNameIndex, 2);
+
+  array.UpdateByOrdinal(0, "w", JSON::jtString);
+  EXPECT_EQ(array.vOrdinalMap.size(), 0u);
+  EXPECT_EQ(array.OrdinalOf("x", -1), 2);
+  array.UpdateByOrdinal(4, nullptr, JSON::jtString);  // counts as the empty text
+  EXPECT_EQ(array.OrdinalOf("", -1), 3);
+  array.UpdateByOrdinal(4, "1", JSON::jtInteger);
+  EXPECT_FALSE(array.MakeMap());
+  EXPECT_EQ(array.OrdinalOf("y", -1), -1);
+  for (int i = 0; i < 5; ++i)
+    EXPECT_EQ(array.NameAt(i), nullptr);
+
+  array.Clear();
+  EXPECT_EQ(array.Size(), 0);
+  EXPECT_EQ(array.OrdinalOf("y", -1), -1);
+  Add(array, Text("y"));
+  EXPECT_EQ(array.OrdinalOf("y", -1), 0);
+  EXPECT_EQ(array.UpdateByName("0", "1", JSON::jtInteger), nullptr);
+}
+
+// A tree of owned and foreign texts and names, three levels deep.
+std::unique_ptr<ObjectValue> MakeTree() {
+  auto pObject = std::make_unique<ObjectValue>(4);
+  auto* pArray = new ArrayValue(0);
+  auto* pInner = new ObjectValue(0);
+  pInner->UpdateByName("owned name", "owned text", JSON::jtString);
+  Add(*pInner, "parsed", Text("foreign"));
+  pInner->Sort();
+  Add(*pArray, Holding(pInner, JSON::jtObject));
+  pArray->UpdateByOrdinal(2, "2.5", JSON::jtDouble);
+  Add(*pObject, "list", Holding(pArray, JSON::jtArray));
+  pObject->UpdateByName("n", nullptr, JSON::jtNull);
+  return pObject;
+}
+constexpr char kTree[] =
+    R"({"list":[{"owned name":"owned text","parsed":"foreign"},null,2.5],"n":null})";
+
+TEST(JsonContainer, ClonesWhatItHoldsAndOwns) {
+  std::unique_ptr<ObjectValue> pSource = MakeTree();
+  ASSERT_EQ(Written(*pSource), kTree);
+  const std::unique_ptr<CompositeValue> pClone(pSource->Clone(0));
+  const auto& clone = dynamic_cast<const ObjectValue&>(*pClone);
+  EXPECT_EQ(clone.eType, JSON::jtInvalid);
+  EXPECT_TRUE(clone.bSorted);
+  const auto& inner =
+      dynamic_cast<const ObjectValue&>(*clone.GetByOrdinal(0)->GetByOrdinal(0)->pComposite);
+  EXPECT_TRUE(inner.GetByName("owned name", -1)->bOwnsText);
+  EXPECT_FALSE(inner.GetByName("parsed", -1)->bOwnsText);
+  EXPECT_EQ(inner.GetByName("owned name", -1)->nLength, 10);
+  pSource.reset();
+  EXPECT_EQ(Written(clone), kTree);
+  EXPECT_STREQ(inner.NameAt(0), "owned name");
+}
+
+TEST(JsonContainer, MovesForeignTextsWhenItIsCopied) {
+  char texts[2][12] = {"name\0text\0", "NAME\0TEXT\0"};
+  ObjectValue source(4);
+  Add(source, texts[0], Text(texts[0] + 5));
+  source.UpdateByName("own", "own", JSON::jtString);
+  UnsafeJSONValue textless(JSON::jtNull);
+  Add(source, texts[0] + 1, textless);
+  ObjectValue target(4);
+  source.CopyTo(target, texts[1] - texts[0]);
+  EXPECT_FALSE(target.bSorted);
+  EXPECT_EQ(Written(target), R"({"NAME":"TEXT","own":"own","AME":null})");
+  EXPECT_EQ(target.GetByOrdinal(0)->pText, texts[1] + 5);
+  EXPECT_EQ(target.GetByOrdinal(2)->pText, nullptr);
+  // An array is added to what is there.
+  ArrayValue all(0);
+  source.avValues.CopyTo(all, 0);
+  source.avValues.CopyTo(all, texts[1] - texts[0]);
+  EXPECT_EQ(Written(all), R"(["text","own",null,"TEXT","own",null])");
+}
+
+TEST(JsonContainer, IsUsableAgainAfterItWasCleared) {
+  std::unique_ptr<ObjectValue> pObject = MakeTree();
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_NE(pObject->OrdinalOf("n", -1), -1);
+    pObject->Clear();
+    EXPECT_EQ(pObject->Size(), 0);
+    EXPECT_EQ(pObject->vNameMap.size(), 0u);
+    EXPECT_EQ(pObject->OrdinalOf("n", -1), -1);
+    EXPECT_EQ(Written(*pObject), "{}");
+    ASSERT_NE(pObject->UpdateByName("other", "1", JSON::jtInteger), nullptr);
+    ASSERT_NE(pObject->UpdateByName("n", "2", JSON::jtInteger), nullptr);
+    EXPECT_EQ(Written(*pObject), R"({"other":1,"n":2})");
+  }
+}
+
+}  // namespace

@@ -1,0 +1,297 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// The library's parser against the plain one of tests/support, over random documents and over what
+// becomes of them when bytes are changed, lost or repeated. Each document follows from its own
+// seed, which a failure prints.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "tests/support/Random.h"
+#include "tests/support/SideBySide.h"
+
+namespace {
+
+using Support::Random;
+using Support::SideBySide;
+using namespace std::string_view_literals;
+
+// Instrumented builds, being slower, take every fifth document.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || !defined(NDEBUG)
+constexpr int kStride = 5;
+#else
+constexpr int kStride = 1;
+#endif
+
+enum class Kind { kRows, kPrettyRows, kStrings, kMixed, kDeep };
+
+// Writes one random document.
+class Author {
+ public:
+  explicit Author(std::uint64_t seed) : random(seed) {}
+
+  std::string Document(Kind kind) {
+    if (kind == Kind::kDeep) return Deep();
+    if (kind == Kind::kStrings) return List('[', ']', [&] { return String(); });
+    if (kind == Kind::kMixed) return Space() + (random.OneIn(2) ? Object(4) : Array(4)) + Space();
+    bSpaced = kind == Kind::kPrettyRows;
+    const std::string strRows = Rows();
+    return random.OneIn(2) ? strRows : "{\"rows\":" + strRows + "}";
+  }
+
+  // Changes a few bytes, or loses or repeats a slice.
+  void Damage(std::string& strText) {
+    const std::size_t nAt = random.Below(strText.size());
+    const std::size_t nLength = random.OneIn(2) ? 1 : 1 + random.Below(20);
+    switch (random.Below(6)) {
+      case 0:
+        strText[nAt] = static_cast<char>(random.Below(256));
+        break;
+      case 1:
+        strText[nAt] = random.Of("{}[]\",:\\ ntfu0-.e\n\v");  // its NUL is one of the choices
+        break;
+      case 2:
+        strText.erase(nAt, nLength);
+        break;
+      case 3:
+        strText.insert(nAt, 1, random.Of("{}[]\",:\\ ntfu0-.e\n\v"));
+        break;
+      case 4:
+        strText.resize(nAt + 1);
+        break;
+      default:
+        strText.insert(random.Below(strText.size()), strText.substr(nAt, nLength));
+    }
+    if (strText.empty()) strText = "[";
+  }
+
+  Random random;
+
+ private:
+  std::string Space() {
+    std::string strSpace;
+    while (bSpaced ? !random.OneIn(3) : random.OneIn(30))
+      strSpace += random.Of(kSpace);
+    if (bSpaced && random.OneIn(8)) strSpace += "\n" + std::string(random.Below(40), ' ');
+    return strSpace;
+  }
+
+  // A list of what `element` writes.
+  template <typename Element>
+  std::string List(char open, char close, Element element) {
+    std::string strList = open + Space();
+    for (std::size_t n = random.Below(7), i = 0; i < n; ++i) {
+      strList += (i > 0 ? "," + Space() : "") + element() + Space();
+    }
+    return strList + close;
+  }
+  std::string Object(int nDepth) {
+    return List('{', '}', [&] { return Member(Quoted(Name()), Any(nDepth - 1)); });
+  }
+  std::string Array(int nDepth) {
+    return List('[', ']', [&] { return random.OneIn(12) ? "" : Any(nDepth - 1); });
+  }
+  std::string Any(int nDepth) {
+    if (nDepth > 0 && random.OneIn(3)) return random.OneIn(2) ? Object(nDepth) : Array(nDepth);
+    return Scalar();
+  }
+  std::string Member(const std::string& name, const std::string& value) {
+    return name + Space() + ":" + Space() + value;
+  }
+  static std::string Quoted(const std::string& text) { return '"' + text + '"'; }
+
+  std::string Scalar() {
+    switch (random.Below(8)) {
+      case 0:
+        return std::string(random.Of(kLiterals));
+      case 1:
+        return std::to_string(random.Below(100000)) + "." + std::to_string(random.Below(1000));
+      case 2: {
+        std::string strNumber(1, "+-0123456789"[random.Below(12)]);
+        for (std::size_t n = random.Below(40); n > 0; --n)
+          strNumber += "+-0123456789.eE"[random.Below(15)];
+        return strNumber;
+      }
+      case 3:
+      case 4:
+        return String();
+      default:
+        return std::to_string(random.Below(random.OneIn(2) ? 10 : 1000000));
+    }
+  }
+
+  // Content of 0 to 70 bytes, mostly plain, with escapes where 16-byte steps begin and end.
+  std::string String() {
+    std::string strText;
+    const std::size_t nLength = random.OneIn(2) ? random.Below(12) : random.Below(71);
+    const bool bEscapes = random.OneIn(2);
+    while (strText.size() < nLength) {
+      const bool bEdge = (strText.size() + 3) % 16 < 5;
+      if (bEscapes && random.OneIn(bEdge ? 3 : 20)) {
+        strText += random.Of(kEscapes);
+      } else if (random.OneIn(30)) {
+        strText += random.Of("\x01\x1F\x7F\x80\xC3\xFF\n\t");
+      } else {
+        strText += static_cast<char>('a' + random.Below(26));
+      }
+    }
+    return Quoted(strText);
+  }
+
+  // Few different bytes, so that names of one length are often equal or nearly so.
+  std::string Name() {
+    const std::size_t nLength = random.OneIn(3)   ? 13 + random.Below(6)
+                                : random.OneIn(4) ? random.Below(41)
+                                                  : random.Below(6);
+    std::string strName(nLength, 'a');
+    for (int i = 0; i < 3 && nLength > 0; ++i)
+      strName[random.Below(nLength)] = random.Of("abc\xE4xyz_");
+    std::replace(strName.begin(), strName.end(), '\0', '_');
+    if (random.OneIn(12)) strName.insert(random.Below(nLength + 1), random.Of(kNameEscapes));
+    return strName;
+  }
+
+  // Rows that repeat their names, as a table's do, and rows that nearly do.
+  std::string Rows() {
+    std::vector<std::string> vNames(random.OneIn(20) ? random.Below(40) : random.Below(8));
+    for (std::string& name : vNames)
+      name = Name();
+    std::string strRows = "[" + Space();
+    for (std::size_t n = random.Below(9), i = 0; i < n; ++i) {
+      strRows += (i > 0 ? "," + Space() : "") + Row(vNames) + Space();
+    }
+    return strRows + "]";
+  }
+  std::string Row(std::vector<std::string> vNames) {
+    if (!vNames.empty() && random.OneIn(3)) {
+      const std::size_t nAt = random.Below(vNames.size());
+      std::string& name = vNames[nAt];
+      switch (random.Below(7)) {
+        case 0:
+          vNames.erase(vNames.begin() + static_cast<std::ptrdiff_t>(nAt));
+          break;
+        case 1:
+          std::swap(name, random.Of(vNames));
+          break;
+        case 2:
+          if (!name.empty()) name[random.Below(name.size())] ^= 1;
+          break;
+        case 3:
+          name += 'a';
+          break;
+        case 4:
+          if (!name.empty()) name = "\\u0061" + name.substr(1);
+          break;
+        case 5:
+          vNames.insert(vNames.begin() + static_cast<std::ptrdiff_t>(nAt), Name());
+          break;
+        default:
+          vNames.push_back(name);
+      }
+    }
+    std::string strRow = "{" + Space();
+    for (std::size_t i = 0; i < vNames.size(); ++i) {
+      strRow += (i > 0 ? "," + Space() : "") + Member(Quoted(vNames[i]), Any(2)) + Space();
+    }
+    return strRow + "}";
+  }
+
+  // Nesting on both sides of the bound, closed again or not.
+  std::string Deep() {
+    std::string strOpen;
+    std::string strClose;
+    const std::size_t nDepth = random.OneIn(2) ? 1020 + random.Below(10) : random.Below(200);
+    for (std::size_t i = 0; i < nDepth; ++i) {
+      const bool bObject = random.OneIn(2);
+      strOpen += bObject ? "{\"a\":" : "[";
+      strClose += bObject ? '}' : ']';
+    }
+    std::reverse(strClose.begin(), strClose.end());
+    return strOpen + Any(2) +
+           strClose.substr(0, random.OneIn(3) ? random.Below(nDepth + 1) : nDepth);
+  }
+
+  static constexpr std::string_view kSpace = " \t\f\n\r";
+  static constexpr std::string_view kLiterals[] = {"true", "false", "null"};
+  static constexpr std::string_view kEscapes[] = {
+      "\\n",     "\\\"",    "\\\\",    "\\/",     "\\b",     "\\q",
+      "\\u0041", "\\u007f", "\\u0080", "\\u07FF", "\\u0800", "\\uffff",
+      "\\ud83d", "\\uDE00", "\\u0000", "\\u-00f", "\\u 0x4", "\\u12\"x"};
+  static constexpr std::string_view kNameEscapes[] = {"\\n", "\\\"", "\\u0061", "\\u0000",
+                                                      "\\u20ac"};
+
+  bool bSpaced = false;
+};
+
+std::string Shown(std::string_view text) {
+  std::string strShown;
+  for (const char c : text) {
+    char szByte[8] = {c};
+    if (c < ' ' || c > '~') std::snprintf(szByte, sizeof szByte, "\\x%02X", c & 0xFF);
+    strShown += szByte;
+  }
+  return strShown;
+}
+
+class JsonParserDifferential : public testing::TestWithParam<std::pair<Kind, int>> {};
+
+TEST_P(JsonParserDifferential, AgreesWithThePlainParser) {
+  const auto [kind, nDocuments] = GetParam();
+  std::unique_ptr<SideBySide> pParsers;
+  int nAccepted = 0;
+  int nChecked = 0;
+  for (int i = 0; i < nDocuments; i += kStride, ++nChecked) {
+    // A message parses 200 documents, so what earlier ones left in it takes part in the test.
+    if (nChecked % 200 == 0) pParsers = std::make_unique<SideBySide>();
+    Author author(static_cast<std::uint64_t>(kind) << 32 | static_cast<unsigned>(i));
+    std::string strText = author.Document(kind);
+    for (std::size_t n = author.random.Below(4); n > 0; --n)
+      author.Damage(strText);
+    ASSERT_EQ(pParsers->Check(strText), "") << "document " << i << ": " << Shown(strText);
+    if (pParsers->document.bAccepted) ++nAccepted;
+  }
+  // Both answers are tested in earnest.
+  EXPECT_GT(nAccepted, nChecked / 5);
+  EXPECT_LT(nAccepted, nChecked / 5 * 4);
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, JsonParserDifferential,
+                         testing::Values(std::pair(Kind::kRows, 80000),
+                                         std::pair(Kind::kPrettyRows, 40000),
+                                         std::pair(Kind::kStrings, 40000),
+                                         std::pair(Kind::kMixed, 40000),
+                                         std::pair(Kind::kDeep, 500)));
+
+// Every document cut off after each of its bytes, and with a NUL or a missing byte at each place.
+TEST(JsonParserDifferential, AgreesWhereverATextBreaksOff) {
+  static constexpr std::string_view kTexts[] = {
+      R"({"rows":[{"id":12,"name":"one","ok":true},{"id":-3.5e7,"name":"t\u0077o","ok":null}]})",
+      R"([{"column_of_15_by":1,"column_of_16_byt":2},{"column_of_15_by":3,"column_of_16_byt":4}])",
+      "[\r\n\t{ \"a\" : [ 1 , , 2.5 ] ,\f\"b\" : { } } , [ ] , false ]\n",
+      R"(["0123456789abcdef0123456789abcdef","0123456789abc\u20ac\uD83D\n\\\"/","",""])",
+      R"([[[[{"":{"a":{"a":[+1,-0,1e+5]}}}]]],{"a":1,"a":2,"b":3,"a":4},nulltail])",
+      "[{\"a\":1},{\"a\":2},{\"a\":3}         \n                      ,         {\"b\":1}]",
+  };
+  SideBySide parsers;
+  for (const std::string_view text : kTexts) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+      std::string strCut(text.substr(0, i + 1));
+      std::string strNul(text);
+      std::string strLess(text);
+      strNul[i] = '\0';
+      strLess.erase(i, 1);
+      for (const std::string& strText : {strCut, strNul, strLess}) {
+        ASSERT_EQ(parsers.Check(strText), "") << Shown(strText);
+      }
+    }
+  }
+}
+
+}  // namespace
