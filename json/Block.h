@@ -121,7 +121,7 @@ class Block16 {
     return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
   }
   static __m128i LoadQuarter(const char* p) {
-    int n;
+    int n = 0;
     std::memcpy(&n, p, sizeof n);
     return _mm_cvtsi32_si128(n);
   }

@@ -5,8 +5,10 @@
 // functions give the text of every number it writes.
 //
 //   JSON::Serialize writer(1024);
-//   writer.OO().N("a").V(1).N("b").AO().V("x").V(nullptr_text).AC().OC();
+//   writer.OO().N("a").V(1).N("b").AO().V("x").V(nullptr).AC().OC();
 //   writer.String();                               // {"a":1,"b":["x",null]}
+//
+// Nothing here throws, exhausted memory (std::bad_alloc) apart.
 
 #ifndef QXRECORDSET_JSON_JSONSERIALIZE_H
 #define QXRECORDSET_JSON_JSONSERIALIZE_H
@@ -19,12 +21,14 @@
 
 #include "qxrecordset_export.h"
 
-// ---- Numbers to text ------------------------------------------------------------------------------
+// ---- Numbers to text ----------------------------------------------------------------------------
 //
 // Each writes the decimal text of `value` and its NUL to the start of `buffer` and returns the
 // address of that NUL, so the text's length is the result minus `buffer`. `size` is the size of the
-// buffer in bytes; below 1 nothing is written and the result is null. REQUIRES: room for the text
-// and its NUL: 12 bytes for int, 21 for the 64-bit kinds and, where long has 64 bits, for long.
+// buffer in bytes: 12 are enough for every int, 21 for the 64-bit kinds and, where long has 64
+// bits, for long. What of the buffer is not text may be overwritten, and its last byte is NUL
+// afterwards. A text that does not fit is cut to size - 1 bytes. Below 1, nothing is written and
+// the result is null.
 
 QXRECORDSET_EXPORT char* IntToStr(int value, char* buffer, int size);
 QXRECORDSET_EXPORT char* LongToStr(long value, char* buffer, int size);
@@ -32,9 +36,8 @@ QXRECORDSET_EXPORT char* UnsignedLongToStr(unsigned long value, char* buffer, in
 QXRECORDSET_EXPORT char* Long64ToStr(long long value, char* buffer, int size);
 QXRECORDSET_EXPORT char* UnsignedLong64ToStr(unsigned long long value, char* buffer, int size);
 
-// The text that the C library's "%g" gives: six significant digits, the locale's decimal point, and
-// "inf", "-inf" or "nan" for what is no number. A text that does not fit is cut to size - 1 bytes,
-// and the result is the address of the NUL actually written.
+// Like these, but the text is what the C library's "%g" gives: six significant digits, the locale's
+// decimal point, and "inf", "-inf" or "nan" for what is no number. 32 bytes are enough.
 QXRECORDSET_EXPORT char* DoubleToStr(double value, char* buffer, int size);
 
 namespace JSON {
@@ -48,19 +51,28 @@ using ::UnsignedLongToStr;
 
 // Appends `text`, up to its NUL, to `output` with the bytes escaped that a JSON string cannot hold:
 // the double quote, the backslash and the control bytes below 0x20. All other bytes pass unchanged,
-// so UTF-8 stays UTF-8. No quotes are added. REQUIRES: text is not null.
+// so UTF-8 stays UTF-8. No quotes are added. Text that needs no escape, the usual case, is appended
+// in one piece. REQUIRES: text is not null.
 QXRECORDSET_EXPORT void EscapeString(std::string& output, const char* text);
 
 // The streaming writer. Its calls place the commas; a call out of order (a value where a name is
-// due, a bracket that closes nothing, ...) sets an error that stays: from then on nothing is written
-// and String() gives the empty text. Every call but String() and AppendString() returns the writer,
-// so calls can be chained. Nesting is unbounded. A writer is used once, for one text: there is no
-// way back to the start. Used by one thread at a time.
+// due, a bracket that closes nothing, ...) sets an error that stays: from then on nothing is
+// written and String() gives the empty text. Every call but String() and AppendString() returns the
+// writer, so calls can be chained. Nesting is unbounded. A writer is used once, for one text: there
+// is no way back to the start. Used by one thread at a time.
+//
+// The text lies in one string that grows geometrically; what a call costs is what it writes. A call
+// that runs out of memory throws and leaves the writer as it was.
 class QXRECORDSET_EXPORT Serialize {
  public:
   // An empty writer with `nReserve` bytes of text reserved (none for 0 and below). The text grows
-  // beyond that on its own.
+  // beyond that on its own; for a large text a good estimate saves copying it several times.
   explicit Serialize(int nReserve);
+
+  // A copy goes on from the same text and state, on its own. Moving copies, too.
+  Serialize(const Serialize& other) = default;
+  Serialize& operator=(const Serialize& other);
+  ~Serialize() = default;
 
   // Open and close an object or an array. A container may be opened wherever a value may stand, and
   // at the top level any number of times (the texts run together). OC is refused while a name still
@@ -78,12 +90,13 @@ class QXRECORDSET_EXPORT Serialize {
   // open container, and in an object a name before it.
   Serialize& V(const char* text);
 
-  // Like N and V, but with the length known: up to the end of the view, or its first NUL.
+  // Like N and V, but with the length known: up to the end of the view, or its first NUL. A view
+  // without text is the empty string.
   Serialize& N(std::string_view name);
   Serialize& V(std::string_view text);
 
   // A number value; doubles as DoubleToStr writes them, so infinities and not-a-number give a text
-  // that is not JSON.
+  // that is not JSON. A bool counts as an int: AppendString("true") writes one.
   Serialize& V(double value);
   Serialize& V(unsigned long long value);
   Serialize& V(long long value);
@@ -92,25 +105,49 @@ class QXRECORDSET_EXPORT Serialize {
   Serialize& V(int value);
 
   // Ready-made JSON text as a value, unchanged: up to its NUL, or exactly `length` bytes. A null or
-  // empty text (for JS_N: a null one or one whose first byte is NUL) writes null. A negative length
-  // writes no byte.
+  // empty text (for JS_N: a null one or one whose first byte, which is always looked at, is NUL)
+  // writes null. A length below 1 writes nothing in the value's place.
   Serialize& JS(const char* json);
   Serialize& JS_N(const char* json, int length);
 
   // Like JS, but an empty text writes nothing in the value's place. REQUIRES: text is not null.
   void AppendString(const char* text);
 
-  // The text: complete, or the empty text while a container is open or after an error. The reference
-  // stays valid until the next write.
+  // The text: complete, or the empty text while a container is open or after an error. The
+  // reference stays valid until the next write.
   const std::string& String() const;
 
  private:
-  std::string strOutput;            // the text written so far
-  std::uint32_t nFirstStack = 0;    // innermost container in bit 0: it has no member or element yet
-  std::uint32_t nObjectStack = 0;   // innermost container in bit 0: 1 for an object
-  int nDepth = 0;                   // open containers
-  bool bExpectName = false;         // a name is due
-  bool bError = false;              // a call came out of order
+  class Pen;  // writes one token
+
+  std::size_t Room() const { return strOutput.size() - nWritten; }
+  std::uint32_t CommaBeforeElement() const { return ~(nFirstStack | nObjectStack) & 1U; }
+  std::uint32_t CommaBeforeName() const { return ~nFirstStack & 1U; }
+  bool ValueIsDue() const { return nDepth != 0 && !bExpectName; }
+  void ValueDone();
+  void TextDone(bool bName);
+  template <bool bName>
+  Serialize& WritePlain(const char* pText, std::size_t nLength);
+  template <typename Write>
+  Serialize& WriteValue(std::size_t nBytes, Write write);
+  template <typename Integer>
+  Serialize& WriteInteger(Integer value);
+  QXRECORDSET_NO_EXPORT Serialize& WriteJson(std::string_view json);
+  QXRECORDSET_NO_EXPORT Serialize& WriteText(const char* pText, std::size_t nLength, bool bName);
+  QXRECORDSET_NO_EXPORT Serialize& Open(char bracket, bool bObject);
+  QXRECORDSET_NO_EXPORT Serialize& Close(char bracket);
+  QXRECORDSET_NO_EXPORT Serialize& Refuse();
+  QXRECORDSET_NO_EXPORT void MakeRoom(std::size_t nBytes);
+  QXRECORDSET_NO_EXPORT char* WriteEscaped(std::string_view text, char* pNext);
+
+  std::string strOutput;           // the text; while a container is open, free room behind it
+  std::uint32_t nFirstStack = 0;   // innermost container in bit 0: it has no member or element yet
+  std::uint32_t nObjectStack = 0;  // innermost container in bit 0: 1 for an object
+  std::size_t nDepth = 0;          // open containers; 0 after an error, too
+  bool bExpectName = false;        // a name is due; never after an error
+  bool bError = false;             // a call came out of order
+  std::size_t nWritten = 0;        // bytes of strOutput that are text
+  std::vector<std::uint32_t> vOuterObjects;  // nObjectStack of the outer levels, 32 levels each
 };
 
 }  // namespace JSON

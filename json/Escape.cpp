@@ -1,0 +1,70 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Escaping of string contents: the road for text that does hold bytes to escape.
+
+#include "json/Escape.h"
+
+#include "json/JSONSerialize.h"
+
+namespace JSON {
+namespace {
+
+// Text is escaped in pieces of this many bytes, so that the room for the worst case stays small
+// enough for the stack.
+constexpr std::size_t kPieceBytes = 64;
+
+char* WriteEscape(char c, char* out) {
+  static constexpr char kHexDigits[] = "0123456789abcdef";
+  const char escape = EscapeOf(c);
+  *out++ = '\\';
+  *out++ = escape;
+  if (escape != 'u') return out;
+  const auto value = static_cast<unsigned char>(c);
+  *out++ = '0';
+  *out++ = '0';
+  *out++ = kHexDigits[value >> 4];
+  *out++ = kHexDigits[value & 0x0F];
+  return out;
+}
+
+}  // namespace
+
+char* EscapeBytes(std::string_view text, char* out) {
+  const char* p = text.data();
+  const char* const end = p + text.size();
+  while (end - p >= Block16::kBytes) {
+    const Block16 block = Block16::Load(p);
+    block.Store(out);
+    const std::uint32_t mask = block.NeedsEscape();
+    const unsigned nPlain = mask == 0 ? Block16::kBytes : LowestBit(mask);
+    p += nPlain;
+    out += nPlain;
+    if (mask != 0) out = WriteEscape(*p++, out);
+  }
+  for (; p != end; ++p) {
+    if (EscapeOf(*p) == 0) {
+      *out++ = *p;
+    } else {
+      out = WriteEscape(*p, out);
+    }
+  }
+  return out;
+}
+
+void AppendEscaped(std::string& output, std::string_view text) {
+  if (IsPlain(text)) {
+    output.append(text);
+    return;
+  }
+  text = UpToNul(text);
+  char piece[EscapedRoom(kPieceBytes)];
+  while (!text.empty()) {
+    const std::string_view source = text.substr(0, kPieceBytes);
+    output.append(piece, static_cast<std::size_t>(EscapeBytes(source, piece) - piece));
+    text.remove_prefix(source.size());
+  }
+}
+
+void EscapeString(std::string& output, const char* text) { AppendEscaped(output, text); }
+
+}  // namespace JSON

@@ -1,0 +1,319 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// JSON::Serialize, the streaming writer: a state machine of a few bits, and a pen that writes
+// tokens into the text.
+//
+// While a container is open, strOutput is longer than the text: the room behind its first nWritten
+// bytes is filled token by token, without a call per byte or piece. When the last container closes
+// the string is cut to the text, so String() has nothing left to do.
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "json/Digits.h"
+#include "json/Escape.h"
+#include "json/JSONSerialize.h"
+
+namespace JSON {
+namespace {
+
+// Room is made in steps of this many bytes as long as the string's capacity lasts. The string fills
+// new room with zeros; in steps this small they are still in the nearest cache when the text
+// overwrites them.
+constexpr std::size_t kRoomStep = 4096;
+
+// Capacity is quadrupled up to this size in bytes and doubled beyond. Memory that is not yet
+// written to costs next to nothing, copying the text and touching new pages for it costs more than
+// writing it; but a large text shall not claim an address space of 32 bits.
+constexpr std::size_t kLargeText = std::size_t{16} << 20;
+
+// Bytes of a token beside its text: ',' and '"' before it, '"' and ':' behind it.
+constexpr std::size_t kPunctuation = 4;
+
+// Room for DoubleToStr: "%g" takes up to 13 bytes and a NUL; a decimal point may be several bytes.
+constexpr int kDoubleBytes = 32;
+
+// A text is escaped in pieces of this many bytes, so that room for the worst case is made for a
+// piece at a time.
+constexpr std::size_t kEscapePiece = 256;
+
+// Levels of nesting that the two stack words hold.
+constexpr std::size_t kLevelsPerWord = 32;
+
+}  // namespace
+
+// Writes one token behind the text. What it has written becomes part of the text with Done(): a
+// token that is given up, or that ends early for want of memory, leaves no trace. Whoever makes a
+// pen sees to the room for what it writes.
+class Serialize::Pen {
+ public:
+  explicit Pen(Serialize& writer)
+      : owner(writer), pNext(writer.strOutput.data() + writer.nWritten) {}
+
+  void Byte(char c) { *pNext++ = c; }
+
+  // Without a branch. REQUIRES: nTimes is 0 or 1.
+  void ByteIf(std::uint32_t nTimes, char c) {
+    *pNext = c;
+    pNext += nTimes;
+  }
+
+  void Raw(std::string_view text) {
+    std::memcpy(pNext, text.data(), text.size());
+    pNext += text.size();
+  }
+
+  // False when `text` needs escapes; the pen stays where it is then.
+  QXRECORDSET_HOT bool Plain(std::string_view text) {
+    if (!CopyPlain(text, pNext)) return false;
+    pNext += text.size();
+    return true;
+  }
+
+  // Makes its own room, and leaves enough for the punctuation behind the text.
+  void Escaped(std::string_view text) { pNext = owner.WriteEscaped(text, pNext); }
+
+  template <typename Integer>
+  void Decimal(Integer value) {
+    pNext = WriteDecimal(value, pNext);
+  }
+
+  void Double(double value) { pNext = DoubleToStr(value, pNext, kDoubleBytes); }
+
+  void Done() { owner.nWritten = static_cast<std::size_t>(pNext - owner.strOutput.data()); }
+
+ private:
+  Serialize& owner;
+  char* pNext;
+};
+
+Serialize::Serialize(int nReserve) {
+  if (nReserve > 0) strOutput.reserve(static_cast<std::size_t>(nReserve));
+}
+
+Serialize& Serialize::operator=(const Serialize& other) {
+  Serialize copy(other);
+  strOutput.swap(copy.strOutput);
+  vOuterObjects.swap(copy.vOuterObjects);
+  nFirstStack = copy.nFirstStack;
+  nObjectStack = copy.nObjectStack;
+  nDepth = copy.nDepth;
+  bExpectName = copy.bExpectName;
+  bError = copy.bError;
+  nWritten = copy.nWritten;
+  return *this;
+}
+
+const std::string& Serialize::String() const {
+  static const std::string strEmpty;
+  return bError || nDepth != 0 ? strEmpty : strOutput;
+}
+
+// ---- State --------------------------------------------------------------------------------------
+//
+// Calls are checked with as little as possible. A name can be due only inside an object, so
+// bExpectName alone admits N and OC. An error leaves depth 0 and no name due, where everything but
+// an opening bracket is out of order anyway.
+
+Serialize& Serialize::Refuse() {
+  bError = true;
+  nDepth = 0;
+  bExpectName = false;
+  return *this;
+}
+
+// The words of the stacks hold the levels since the last multiple of kLevelsPerWord. What lies
+// further out waits in vOuterObjects; its first-bits need not wait, because a container that is
+// returned to has just received an element.
+Serialize& Serialize::Open(char bracket, bool bObject) {
+  if (bExpectName || bError) return Refuse();
+  if (Room() < kPunctuation) MakeRoom(kPunctuation);
+  Pen pen(*this);
+  if (nDepth != 0) {
+    if (nDepth % kLevelsPerWord == 0) vOuterObjects.push_back(nObjectStack);
+    pen.ByteIf(CommaBeforeElement(), ',');
+  }
+  pen.Byte(bracket);
+  pen.Done();
+  ++nDepth;
+  nFirstStack = nFirstStack << 1 | 1U;
+  nObjectStack = nObjectStack << 1 | (bObject ? 1U : 0U);
+  bExpectName = bObject;
+  return *this;
+}
+
+Serialize& Serialize::Close(char bracket) {
+  if (Room() < kPunctuation) MakeRoom(kPunctuation);
+  Pen pen(*this);
+  pen.Byte(bracket);
+  pen.Done();
+  --nDepth;
+  nFirstStack >>= 1;
+  nObjectStack >>= 1;
+  if (nDepth == 0) {
+    bExpectName = false;
+    strOutput.resize(nWritten);  // never longer, so it cannot fail
+    return *this;
+  }
+  if (nDepth % kLevelsPerWord == 0) {
+    nObjectStack = vOuterObjects.back();
+    vOuterObjects.pop_back();
+  }
+  ValueDone();
+  return *this;
+}
+
+inline void Serialize::ValueDone() {
+  nFirstStack &= ~1U;
+  bExpectName = (nObjectStack & 1) != 0;
+}
+
+inline void Serialize::TextDone(bool bName) {
+  if (bName) {
+    bExpectName = false;
+  } else {
+    ValueDone();
+  }
+}
+
+// ---- Room ---------------------------------------------------------------------------------------
+
+// Makes room for nBytes more, or for a whole step where the capacity allows it. REQUIRES: nBytes is
+// about the size of something that is in memory, so that the sums do not overflow.
+void Serialize::MakeRoom(std::size_t nBytes) {
+  const std::size_t nNeeded = nWritten + nBytes;
+  const std::size_t nCapacity = strOutput.capacity();
+  if (nNeeded > nCapacity) {
+    const std::size_t nGrown = nCapacity * (nCapacity < kLargeText ? 4 : 2);
+    strOutput.reserve(std::max(nNeeded, std::min(nGrown, strOutput.max_size())));
+  }
+  strOutput.resize(std::max(nNeeded, std::min(strOutput.capacity(), nNeeded + kRoomStep)));
+}
+
+// Writes `text`, up to its first NUL, with escapes at pNext, which lies in the room behind the
+// text. The result is the end of what was written; the string may have moved.
+char* Serialize::WriteEscaped(std::string_view text, char* pNext) {
+  text = UpToNul(text);
+  while (!text.empty()) {
+    const std::string_view piece = text.substr(0, kEscapePiece);
+    const auto nToken = static_cast<std::size_t>(pNext - strOutput.data()) - nWritten;
+    const std::size_t nNeeded = nToken + EscapedRoom(piece.size()) + kPunctuation;
+    if (Room() < nNeeded) MakeRoom(nNeeded);
+    pNext = EscapeBytes(piece, strOutput.data() + nWritten + nToken);
+    text.remove_prefix(piece.size());
+  }
+  return pNext;
+}
+
+// ---- Tokens -------------------------------------------------------------------------------------
+//
+// N and V are shortcuts for the usual case: in order, room enough, nothing to escape. Everything
+// else is left to WriteText, as their last act, so that the shortcut keeps all it has in registers.
+
+Serialize& Serialize::OO() { return Open('{', true); }
+
+Serialize& Serialize::AO() { return Open('[', false); }
+
+Serialize& Serialize::OC() { return bExpectName ? Close('}') : Refuse(); }
+
+Serialize& Serialize::AC() {
+  return nDepth != 0 && (nObjectStack & 1) == 0 ? Close(']') : Refuse();
+}
+
+template <bool bName>
+QXRECORDSET_HOT Serialize& Serialize::WritePlain(const char* pText, std::size_t nLength) {
+  if ((bName ? bExpectName : ValueIsDue()) && Room() >= nLength + kPunctuation) {
+    Pen pen(*this);
+    pen.ByteIf(bName ? CommaBeforeName() : CommaBeforeElement(), ',');
+    pen.Byte('"');
+    if (pen.Plain({pText, nLength})) {
+      pen.Byte('"');
+      if (bName) pen.Byte(':');
+      pen.Done();
+      TextDone(bName);
+      return *this;
+    }
+  }
+  return WriteText(pText, nLength, bName);
+}
+
+// A name or a string value in any state, with any text.
+Serialize& Serialize::WriteText(const char* pText, std::size_t nLength, bool bName) {
+  const std::string_view text(pText, nLength);
+  if (bName ? !bExpectName : !ValueIsDue()) return Refuse();
+  if (Room() < text.size() + kPunctuation) MakeRoom(text.size() + kPunctuation);
+  Pen pen(*this);
+  pen.ByteIf(bName ? CommaBeforeName() : CommaBeforeElement(), ',');
+  pen.Byte('"');
+  if (!pen.Plain(text)) pen.Escaped(text);
+  pen.Byte('"');
+  pen.ByteIf(bName ? 1 : 0, ':');
+  pen.Done();
+  TextDone(bName);
+  return *this;
+}
+
+Serialize& Serialize::N(const char* name) { return WritePlain<true>(name, std::strlen(name)); }
+
+Serialize& Serialize::N(std::string_view name) {
+  return WritePlain<true>(name.data(), name.size());
+}
+
+Serialize& Serialize::V(const char* text) {
+  if (text == nullptr) return WriteJson("null");
+  return WritePlain<false>(text, std::strlen(text));
+}
+
+Serialize& Serialize::V(std::string_view text) {
+  return WritePlain<false>(text.data(), text.size());
+}
+
+// A value that is no string: `write` writes at most nBytes bytes.
+template <typename Write>
+Serialize& Serialize::WriteValue(std::size_t nBytes, Write write) {
+  if (!ValueIsDue()) return Refuse();
+  if (Room() < nBytes + kPunctuation) MakeRoom(nBytes + kPunctuation);
+  Pen pen(*this);
+  pen.ByteIf(CommaBeforeElement(), ',');
+  write(pen);
+  pen.Done();
+  ValueDone();
+  return *this;
+}
+
+template <typename Integer>
+Serialize& Serialize::WriteInteger(Integer value) {
+  return WriteValue(kMaxDecimal<Integer>, [value](Pen& pen) { pen.Decimal(value); });
+}
+
+Serialize& Serialize::V(double value) {
+  return WriteValue(kDoubleBytes, [value](Pen& pen) { pen.Double(value); });
+}
+
+Serialize& Serialize::V(unsigned long long value) { return WriteInteger(value); }
+
+Serialize& Serialize::V(long long value) { return WriteInteger(value); }
+
+Serialize& Serialize::V(unsigned long value) { return WriteInteger(value); }
+
+Serialize& Serialize::V(long value) { return WriteInteger(value); }
+
+Serialize& Serialize::V(int value) { return WriteInteger(value); }
+
+Serialize& Serialize::WriteJson(std::string_view json) {
+  return WriteValue(json.size(), [json](Pen& pen) { pen.Raw(json); });
+}
+
+Serialize& Serialize::JS(const char* json) {
+  return WriteJson(json == nullptr || *json == '\0' ? "null" : json);
+}
+
+Serialize& Serialize::JS_N(const char* json, int length) {
+  if (json == nullptr || *json == '\0') return WriteJson("null");
+  return WriteJson({json, static_cast<std::size_t>(std::max(length, 0))});
+}
+
+void Serialize::AppendString(const char* text) { WriteJson(text); }
+
+}  // namespace JSON
