@@ -37,7 +37,7 @@ void ObjectValue::Clear() {
       delete[] pNames[i].pName;
     }
   }
-  Storage::Truncate(vNameMap);
+  Storage::RemoveNames(*this);
 }
 
 void ObjectValue::AddValue(JSONValue& value) { avValues.AddValue(value); }

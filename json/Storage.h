@@ -160,6 +160,15 @@ class Storage {
   // Names that the object alone may change.
   static NameMap* OwnNames(const ObjectValue& object) { return object.vNameMap.Own(); }
 
+  // Removes all names. Their room stays, unless it is on the heap and the object in a pool: then
+  // nobody would release it.
+  static void RemoveNames(ObjectValue& object) noexcept {
+    if (object.bInArena) {
+      FreeItems(object.vNameMap);
+    }
+    Truncate(object.vNameMap);
+  }
+
   // Releases the names' storage; the entries' own texts are the caller's business.
   static void FreeNames(ObjectValue& object) noexcept { FreeItems(object.vNameMap); }
   static void CutNames(const ObjectValue& object, std::size_t nCount) noexcept {
