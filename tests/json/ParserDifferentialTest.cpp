@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -50,25 +49,14 @@ class Author {
   void Damage(std::string& strText) {
     const std::size_t nAt = random.Below(strText.size());
     const std::size_t nLength = random.OneIn(2) ? 1 : 1 + random.Below(20);
-    switch (random.Below(6)) {
-      case 0:
-        strText[nAt] = static_cast<char>(random.Below(256));
-        break;
-      case 1:
-        strText[nAt] = random.Of("{}[]\",:\\ ntfu0-.e\n\v");  // its NUL is one of the choices
-        break;
-      case 2:
-        strText.erase(nAt, nLength);
-        break;
-      case 3:
-        strText.insert(nAt, 1, random.Of("{}[]\",:\\ ntfu0-.e\n\v"));
-        break;
-      case 4:
-        strText.resize(nAt + 1);
-        break;
-      default:
-        strText.insert(random.Below(strText.size()), strText.substr(nAt, nLength));
-    }
+    const char byte = random.OneIn(4) ? static_cast<char>(random.Below(256))
+                                      : random.Of("{}[]\",:\\ ntfu0-.e\n\v");  // or its NUL
+    const std::uint32_t nWhat = random.Below(6);
+    if (nWhat < 2) strText[nAt] = byte;
+    if (nWhat == 2) strText.insert(nAt, 1, byte);
+    if (nWhat == 3) strText.erase(nAt, nLength);
+    if (nWhat == 4) strText.resize(nAt + 1);
+    if (nWhat == 5) strText.insert(random.Below(strText.size()), strText.substr(nAt, nLength));
     if (strText.empty()) strText = "[";
   }
 
@@ -108,23 +96,16 @@ class Author {
   static std::string Quoted(const std::string& text) { return '"' + text + '"'; }
 
   std::string Scalar() {
-    switch (random.Below(8)) {
-      case 0:
-        return std::string(random.Of(kLiterals));
-      case 1:
-        return std::to_string(random.Below(100000)) + "." + std::to_string(random.Below(1000));
-      case 2: {
-        std::string strNumber(1, "+-0123456789"[random.Below(12)]);
-        for (std::size_t n = random.Below(40); n > 0; --n)
-          strNumber += "+-0123456789.eE"[random.Below(15)];
-        return strNumber;
-      }
-      case 3:
-      case 4:
-        return String();
-      default:
-        return std::to_string(random.Below(random.OneIn(2) ? 10 : 1000000));
+    const std::uint32_t nKind = random.Below(8);
+    if (nKind == 0) return std::string(random.Of(kLiterals));
+    if (nKind == 1) return std::to_string(random.Below(100000)) + ".25";
+    if (nKind < 4) return String();
+    if (nKind > 4) return std::to_string(random.Below(random.OneIn(2) ? 10 : 1000000));
+    std::string strNumber(1, "+-0123456789"[random.Below(12)]);
+    for (std::size_t n = random.Below(40); n > 0; --n) {
+      strNumber += "+-0123456789.eE"[random.Below(15)];
     }
+    return strNumber;
   }
 
   // Content of 0 to 70 bytes, mostly plain, with escapes where 16-byte steps begin and end.
@@ -171,30 +152,15 @@ class Author {
   }
   std::string Row(std::vector<std::string> vNames) {
     if (!vNames.empty() && random.OneIn(3)) {
-      const std::size_t nAt = random.Below(vNames.size());
-      std::string& name = vNames[nAt];
-      switch (random.Below(7)) {
-        case 0:
-          vNames.erase(vNames.begin() + static_cast<std::ptrdiff_t>(nAt));
-          break;
-        case 1:
-          std::swap(name, random.Of(vNames));
-          break;
-        case 2:
-          if (!name.empty()) name[random.Below(name.size())] ^= 1;
-          break;
-        case 3:
-          name += 'a';
-          break;
-        case 4:
-          if (!name.empty()) name = "\\u0061" + name.substr(1);
-          break;
-        case 5:
-          vNames.insert(vNames.begin() + static_cast<std::ptrdiff_t>(nAt), Name());
-          break;
-        default:
-          vNames.push_back(name);
-      }
+      const auto at = vNames.begin() + static_cast<std::ptrdiff_t>(random.Below(vNames.size()));
+      const std::uint32_t nWhat = random.Below(7);
+      if (nWhat == 0 && !at->empty()) (*at)[random.Below(at->size())] ^= 1;
+      if (nWhat == 1 && !at->empty()) *at = "\\u0061" + at->substr(1);
+      if (nWhat == 2) *at += 'a';
+      if (nWhat == 3) std::swap(*at, random.Of(vNames));
+      if (nWhat == 4) vNames.push_back(*at);
+      if (nWhat == 5) vNames.insert(at, Name());
+      if (nWhat == 6) vNames.erase(at);
     }
     std::string strRow = "{" + Space();
     for (std::size_t i = 0; i < vNames.size(); ++i) {
@@ -231,16 +197,6 @@ class Author {
   bool bSpaced = false;
 };
 
-std::string Shown(std::string_view text) {
-  std::string strShown;
-  for (const char c : text) {
-    char szByte[8] = {c};
-    if (c < ' ' || c > '~') std::snprintf(szByte, sizeof szByte, "\\x%02X", c & 0xFF);
-    strShown += szByte;
-  }
-  return strShown;
-}
-
 class JsonParserDifferential : public testing::TestWithParam<std::pair<Kind, int>> {};
 
 TEST_P(JsonParserDifferential, AgreesWithThePlainParser) {
@@ -255,7 +211,8 @@ TEST_P(JsonParserDifferential, AgreesWithThePlainParser) {
     std::string strText = author.Document(kind);
     for (std::size_t n = author.random.Below(4); n > 0; --n)
       author.Damage(strText);
-    ASSERT_EQ(pParsers->Check(strText), "") << "document " << i << ": " << Shown(strText);
+    ASSERT_EQ(pParsers->Check(strText), "")
+        << "document " << i << ": " << Plain::Printable(strText);
     if (pParsers->document.bAccepted) ++nAccepted;
   }
   // Both answers are tested in earnest.
@@ -289,7 +246,7 @@ TEST(JsonParserDifferential, AgreesWhereverATextBreaksOff) {
       strNul[i] = '\0';
       strLess.erase(i, 1);
       for (const std::string& strText : {strCut, strNul, strLess}) {
-        ASSERT_EQ(parsers.Check(strText), "") << Shown(strText);
+        ASSERT_EQ(parsers.Check(strText), "") << Plain::Printable(strText);
       }
     }
   }

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <list>
@@ -15,6 +16,7 @@
 #include <vector>
 
 #include "json/JSONMessage.h"
+#include "tests/support/PlainEscape.h"
 #include "tests/support/PlainParser.h"
 #include "tests/support/Random.h"
 
@@ -91,23 +93,6 @@ Node FromPlain(const Plain::Document& document, const Plain::Value& value) {
   return node;
 }
 
-void WriteString(const std::string& text, std::string& strOutput) {
-  strOutput += '"';
-  for (const char* p = text.c_str(); *p != '\0'; ++p) {
-    static constexpr char kShort[] = "\"\"\\\\\bb\tt\nn\ff\rr";
-    const char* pShort = nullptr;
-    for (const char* q = kShort; *q != '\0'; q += 2) {
-      if (*q == *p) pShort = q + 1;
-    }
-    char szHex[8] = {*p};
-    if (pShort == nullptr && static_cast<unsigned char>(*p) < ' ') {
-      std::snprintf(szHex, sizeof szHex, "\\u%04x", static_cast<unsigned>(*p));
-    }
-    strOutput += pShort != nullptr ? std::string("\\") + *pShort : szHex;
-  }
-  strOutput += '"';
-}
-
 bool Write(const Node& node, std::string& strOutput) {
   if (node.eType == JSON::jtNone) return false;
   const std::string strText = node.text.value_or("");
@@ -115,15 +100,12 @@ bool Write(const Node& node, std::string& strOutput) {
     strOutput += node.bObject ? '{' : '[';
     for (std::size_t i = 0; i < node.vValues.size(); ++i) {
       if (i > 0) strOutput += ',';
-      if (node.bObject) {
-        WriteString(node.vNames[i], strOutput);
-        strOutput += ':';
-      }
+      if (node.bObject) strOutput += '"' + Plain::Escape(node.vNames[i]) + "\":";
       if (!Write(node.vValues[i], strOutput)) return false;
     }
     strOutput += node.bObject ? '}' : ']';
   } else if (node.eType == JSON::jtString) {
-    WriteString(strText, strOutput);
+    strOutput += '"' + Plain::Escape(strText) + '"';
   } else if (node.eType == JSON::jtInteger || node.eType == JSON::jtDouble) {
     const char* kBytes = node.eType == JSON::jtInteger ? "+-0123456789" : "+-0123456789.eE";
     strOutput += strText.substr(0, strText.find_first_not_of(kBytes));
@@ -137,34 +119,28 @@ bool Write(const Node& node, std::string& strOutput) {
 
 // Where a value differs from its model, or "".
 std::string Difference(const JSONValue& got, const Node& want) {
+  const bool bObject = dynamic_cast<ObjectValue*>(got.pComposite) != nullptr;
   if (got.eType != want.eType) return "type " + std::to_string(got.eType);
   if ((got.pText != nullptr) != want.text.has_value()) return "presence of text";
-  if (want.text && std::string(got.pText, static_cast<std::size_t>(got.nLength)) != *want.text) {
+  if (std::string(got.pText == nullptr ? "" : got.pText, static_cast<std::size_t>(got.nLength)) !=
+      want.text.value_or("")) {
     return "text";
   }
-  if ((got.pComposite != nullptr) != want.bContainer) return "presence of container";
+  if ((got.pComposite != nullptr) != want.bContainer || bObject != want.bObject) return "container";
   if (got.Size() != static_cast<int>(want.vValues.size())) return "size";
-  if (want.bContainer && want.bObject != (dynamic_cast<ObjectValue*>(got.pComposite) != nullptr)) {
-    return "class of container";
-  }
   for (int i = 0; i < got.Size(); ++i) {
     const auto n = static_cast<std::size_t>(i);
-    std::string strDifference = Difference(*got.GetByOrdinal(i), want.vValues[n]);
-    if (want.bObject && strDifference.empty()) {
-      const std::string& name = want.vNames[n];
-      const char* pName = got.pComposite->NameAt(i);
-      std::size_t nFirst = 0;
-      while (want.vNames[nFirst].size() != name.size() ||
-             std::strncmp(want.vNames[nFirst].data(), name.data(), name.size()) != 0) {
-        ++nFirst;
-      }
-      if (std::memcmp(pName, name.c_str(), name.size() + 1) != 0) strDifference = "name";
-      if (got.GetByName(pName, static_cast<int>(name.size())) !=
-          got.GetByOrdinal(static_cast<int>(nFirst))) {
-        strDifference = "lookup";
-      }
-    }
+    const std::string strDifference = Difference(*got.GetByOrdinal(i), want.vValues[n]);
     if (!strDifference.empty()) return std::to_string(i) + ": " + strDifference;
+    if (!bObject) continue;
+    const std::string& name = want.vNames[n];
+    const char* pName = got.pComposite->NameAt(i);
+    if (std::memcmp(pName, name.c_str(), name.size() + 1) != 0) return std::to_string(i) + ": name";
+    const auto first = std::find(want.vNames.begin(), want.vNames.end(), name);
+    if (got.GetByName(pName, static_cast<int>(name.size())) !=
+        got.GetByOrdinal(static_cast<int>(first - want.vNames.begin()))) {
+      return std::to_string(i) + ": lookup";
+    }
   }
   return "";
 }
@@ -174,34 +150,30 @@ constexpr const char* kNames[] = {"",
                                   "b",
                                   "c",
                                   "aa",
-                                  "ab",
-                                  "name",
+                                  "0",
                                   "column_of_15_by",
                                   "column_of_16_byt",
                                   "column_of_17_byte",
-                                  "\xC3\xA9\n",
-                                  "0"};
-constexpr const char* kTexts[] = {
-    "",
-    "text",
-    "true",
-    "12",
-    "-7.5e3x",
-    "quote \" and \\ \x01\n",
-    "a text that is longer than any short buffer could be 0123456789"};
+                                  "\xC3\xA9\n"};
+constexpr const char* kTexts[] = {"",
+                                  "text",
+                                  "true",
+                                  "12",
+                                  "-7.5e3x",
+                                  "\"\\\x01\n",
+                                  "a text that is longer than any short buffer"};
 constexpr const char* kDocuments[] = {
     "[]",
     "{}",
     "{ ",
-    "[1,,2.5,\"t\\u0065xt\\u0000!\"]",
     "12",
+    "[1,,2.5,\"t\\u0065xt\\u0000!\"]",
     "[[[[]]],{\"a\":{\"b\":[0]}}]",
     R"([{"a":1,"b":"x","name":null},{"a":2,"b":"y","name":true},{"a":3,"b":"z","name":[]}])",
     R"({"rows":[{"a":1,"b":2},{"a":3,"b":4},{"a":5,"c":6},{"a":7,"b":8}],"a":"b","a":"c"})",
     R"([{"a":1,"b":2},{"a":3,"b":?)",
     R"({"a":{"b":[1,{"c":tru)",
-    "[\"a\",\"b\",\"unfinished",
-};
+    R"(["a","b","unfinished)"};
 
 // A message and its model.
 struct Pair {

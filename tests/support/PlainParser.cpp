@@ -190,16 +190,6 @@ class Reader {
   int nDepth = 0;  // containers open
 };
 
-std::string Printable(std::string_view text) {
-  std::string strOutput;
-  for (const char c : text) {
-    char szHex[8] = {c};
-    if (c < ' ' || c > '~') std::snprintf(szHex, sizeof szHex, "\\x%02X", c & 0xFF);
-    strOutput += szHex;
-  }
-  return strOutput;
-}
-
 std::string OutlineOf(const Document& document, const Value& value) {
   const auto Text = [&](Slice slice) {
     return Printable(
@@ -386,6 +376,16 @@ class Comparison {
 };
 
 }  // namespace
+
+std::string Printable(std::string_view text) {
+  std::string strOutput;
+  for (const char c : text) {
+    char szHex[8] = {c};
+    if (c < ' ' || c > '~') std::snprintf(szHex, sizeof szHex, "\\x%02X", c & 0xFF);
+    strOutput += szHex;
+  }
+  return strOutput;
+}
 
 Document Parse(std::string_view text) {
   Document document;

@@ -48,9 +48,12 @@ struct Document {
 // Parses as JSON::Message::Parse does when the length is given.
 Document Parse(std::string_view text);
 
+// The text with its unprintable bytes written as \xHH.
+std::string Printable(std::string_view text);
+
 // One line that shows a value: its letter (x invalid, n null, b boolean, i integer, d double,
 // s string) and <text>, containers as [a b] and {name:a name:b}. '!' marks a container whose own
-// type is jtInvalid, '~' an object that is not sorted. Unprintable bytes are written as \xHH.
+// type is jtInvalid, '~' an object that is not sorted.
 std::string Outline(const Document& document);
 
 // The first difference between a parsed document and what the library made of the same text, or ""
