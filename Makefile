@@ -9,7 +9,10 @@ LIBRARY_FOLDERS := params json portable recordset
 TIDY_FOLDERS := $(LIBRARY_FOLDERS) tools
 
 .DEFAULT_GOAL := help
-.PHONY: help build demo check asan tsan fmt fmt-check tidy symbols coverage
+# Options for the benchmark run, such as --quick or --arch x64.
+BENCH ?=
+
+.PHONY: help build demo check bench asan tsan fmt fmt-check tidy symbols coverage
 
 help: ## list these commands
 	@sed -nE 's/^([a-z-]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 18
@@ -35,6 +38,13 @@ check: ## build and test both architectures
 	$(call build,x64)
 	$(call test,x86)
 	$(call test,x64)
+
+bench: ## measure beside other JSON libraries, both architectures (BENCH="--quick" for a minute's look)
+	$(DEPS) build tests tools bench
+	bench/fetch-i386-peers.sh build/x86/peers
+	$(foreach arch,x86 x64,$(call configure,$(arch)) -DQXRECORDSET_BUILD_BENCH=ON \
+	  && cmake --build --preset $(arch) --parallel $(JOBS) --target benchmarks &&) true
+	bench/run.py $(BENCH)
 
 asan: ## the tests under address and undefined behaviour sanitizers, both architectures
 	$(DEPS) build tests tools

@@ -48,7 +48,8 @@ target_compile_definitions(qxrecordset_static PUBLIC QXRECORDSET_STATIC_DEFINE)
 # refuses a library with unresolved symbols.
 #
 # Calls inside the library go straight to their target (and may be inlined), CPortable apart: that
-# class is the host's to replace, so its functions are weak and stay open to interposition.
+# class is the host's to replace, so its functions are weak and stay open to interposition. Data stays
+# open too (--dynamic-list-data): a program may hold its own copy of an exported constant.
 set(sVersionScript ${PROJECT_SOURCE_DIR}/cmake/qxrecordset.map)
 set(sReplaceableList ${PROJECT_SOURCE_DIR}/cmake/replaceable.list)
 target_compile_options(qxrecordset PRIVATE -fno-semantic-interposition)
@@ -57,6 +58,7 @@ target_link_options(
   PRIVATE
   LINKER:--version-script=${sVersionScript}
   LINKER:-Bsymbolic-functions
+  LINKER:--dynamic-list-data
   LINKER:--dynamic-list=${sReplaceableList})
 if(NOT QXRECORDSET_SANITIZE) # a sanitizer's runtime is bound when the program is linked, not before
   target_link_options(qxrecordset PRIVATE LINKER:--no-undefined)
