@@ -85,10 +85,10 @@ class QXRECORDSET_EXPORT Message : public JSONValue {
   std::string strText;      // the message's own text, unless it was parsed in place
 
  private:
-  void ReleaseRoot() noexcept;
+  QXRECORDSET_NO_EXPORT void ReleaseRoot() noexcept;
   template <typename Container>
-  Container& PrepareRoot(Type type);
-  void RefuseText(char* pBuffer, char* pBufferEnd, char* pStop) noexcept;
+  QXRECORDSET_NO_EXPORT Container& PrepareRoot(Type type);
+  QXRECORDSET_NO_EXPORT void RefuseText(char* pBuffer, char* pBufferEnd, char* pStop) noexcept;
 
   Arena* pArena = nullptr;  // memory of the parsed tree, kept from parse to parse
 };

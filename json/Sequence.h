@@ -23,7 +23,7 @@ namespace JSON {
 class Storage;  // the library's side: growth, borrowing, release
 
 template <typename T>
-class QXRECORDSET_EXPORT Sequence {
+class Sequence {
  public:
   using value_type = T;
   using size_type = std::size_t;
@@ -74,7 +74,7 @@ class QXRECORDSET_EXPORT Sequence {
     }
     return pItems;
   }
-  void Detach();  // replaces borrowed storage by a copy on the heap
+  QXRECORDSET_EXPORT void Detach();  // replaces borrowed storage by a copy on the heap
 
   T* pItems = nullptr;
   std::uint32_t nSize = 0;       // elements

@@ -67,9 +67,9 @@ void Sequence<T>::Detach() {
   Storage::NoteHeapIn(pArena);
 }
 
-template class Sequence<UnsafeJSONValue>;
-template class Sequence<ObjectValue::NameMap>;
-template class Sequence<ArrayValue::OrdinalMap>;
+template void Sequence<UnsafeJSONValue>::Detach();
+template void Sequence<ObjectValue::NameMap>::Detach();
+template void Sequence<ArrayValue::OrdinalMap>::Detach();
 
 template void Storage::Grow(Sequence<UnsafeJSONValue>&, std::size_t, Arena*);
 template void Storage::Grow(Sequence<ObjectValue::NameMap>&, std::size_t, Arena*);
