@@ -92,6 +92,14 @@ class Block16 {
                              _mm_cmpeq_epi8(v_, _mm_set1_epi8('\\'))));
   }
 
+  // The same, and NUL.
+  std::uint32_t QuoteBackslashOrNul() const {
+    const __m128i nul = _mm_cmpeq_epi8(v_, _mm_setzero_si128());
+    const __m128i quote = _mm_cmpeq_epi8(v_, _mm_set1_epi8('"'));
+    const __m128i backslash = _mm_cmpeq_epi8(v_, _mm_set1_epi8('\\'));
+    return Mask(_mm_or_si128(nul, _mm_or_si128(quote, backslash)));
+  }
+
   // Bytes that a JSON string cannot hold raw: '"', '\' and everything below 0x20, NUL included.
   std::uint32_t NeedsEscape() const {
     const __m128i control = _mm_cmpeq_epi8(_mm_min_epu8(v_, _mm_set1_epi8(0x1F)), v_);
@@ -185,6 +193,9 @@ class Block16 {
   }
   std::uint32_t QuoteOrBackslash() const {
     return Mask([](unsigned char b) { return b == '"' || b == '\\'; });
+  }
+  std::uint32_t QuoteBackslashOrNul() const {
+    return Mask([](unsigned char b) { return b == '"' || b == '\\' || b == '\0'; });
   }
   std::uint32_t NeedsEscape() const {
     return Mask([](unsigned char b) { return b < 0x20 || b == '"' || b == '\\'; });

@@ -12,19 +12,11 @@
 
 namespace JSON {
 
-bool Shape::MatchesRest(const char* p, const char* pEnd) const {
-  if (pEnd - p <= nLength || p[nLength] != '"') {
-    return false;
-  }
-  const std::size_t nRest = static_cast<std::size_t>(nLength - Block16::kBytes);
-  return std::memcmp(p + Block16::kBytes, pName + Block16::kBytes, nRest) == 0;
-}
-
 Shape* Shape::Find(Shape** ppLonger, const char* p, const char* pEnd, int& nSeen) {
   nSeen = 0;
   for (Shape** ppLink = ppLonger; *ppLink != nullptr; ppLink = &(*ppLink)->pOther) {
     Shape* const pShape = *ppLink;
-    if (pShape->Matches(p, pEnd)) {
+    if (pShape->name.Matches(p, pEnd)) {
       *ppLink = pShape->pOther;
       pShape->pOther = *ppLonger;
       *ppLonger = pShape;
@@ -36,22 +28,12 @@ Shape* Shape::Find(Shape** ppLonger, const char* p, const char* pEnd, int& nSeen
 }
 
 Shape* Shape::Add(Arena& arena, Shape* pParent, Shape** ppLonger, const char* pName, int nLength) {
-  Shape* const pShape = new (arena.Allocate(sizeof(Shape))) Shape;
-  pShape->pParent = pParent;
+  const ExpectedName name(pName, static_cast<std::size_t>(nLength));
+  Shape* const pShape = new (arena.Allocate(sizeof(Shape))) Shape(pParent, name);
   pShape->pBefore = *ppLonger;
   if (pShape->pBefore == nullptr && pParent != nullptr) {
     pShape->pBefore = pParent->pBefore;
   }
-  pShape->pName = pName;
-  pShape->nLength = nLength;
-  pShape->nCount = pParent != nullptr ? pParent->nCount + 1 : 1;
-  std::memset(pShape->aStart, 0, sizeof pShape->aStart);
-  const int nBytes = std::min(nLength, Block16::kBytes);
-  std::memcpy(pShape->aStart, pName, static_cast<std::size_t>(nBytes));
-  if (nBytes < Block16::kBytes) {
-    pShape->aStart[nBytes] = '"';
-  }
-  pShape->nMask = (1u << std::min(nLength + 1, Block16::kBytes)) - 1;
   pShape->pPlace = pShape->FindPlace(arena);
   pShape->pOther = *ppLonger;
   *ppLonger = pShape;
@@ -64,8 +46,8 @@ Place* Shape::FindPlace(Arena& arena) {
   constexpr int kLookAhead = 16;
   const Shape* pSame = pBefore;
   for (int i = 0; i < kLookAhead && pSame != nullptr; ++i, pSame = pSame->pLonger) {
-    if (pSame->nLength == nLength &&
-        std::memcmp(pSame->pName, pName, static_cast<std::size_t>(nLength)) == 0) {
+    if (pSame->name.Length() == name.Length() &&
+        std::memcmp(pSame->name.Text(), name.Text(), name.Length()) == 0) {
       pBefore = pSame->pLonger;
       return pSame->pPlace;
     }
@@ -76,10 +58,10 @@ Place* Shape::FindPlace(Arena& arena) {
 void Shape::CopyNames(ObjectValue& object) const {
   ObjectValue::NameMap* const pNames = Storage::NewNames(object, static_cast<std::size_t>(nCount));
   for (const Shape* pShape = this; pShape != nullptr; pShape = pShape->pParent) {
-    ObjectValue::NameMap& name = pNames[pShape->nCount - 1];
-    name.pName = pShape->pName;
-    name.nLength = pShape->nLength;
-    name.nOrdinal = pShape->nCount - 1;
+    ObjectValue::NameMap& entry = pNames[pShape->nCount - 1];
+    entry.pName = pShape->name.Text();
+    entry.nLength = static_cast<int>(pShape->name.Length());
+    entry.nOrdinal = pShape->nCount - 1;
   }
 }
 

@@ -22,7 +22,7 @@
 #include <cstdint>
 
 #include "json/Arena.h"
-#include "json/Block.h"
+#include "json/ExpectedName.h"
 #include "json/JSONValue.h"
 
 namespace JSON {
@@ -52,14 +52,15 @@ struct Shape {
   Shape* pParent;            // one name less; null for the first name
   Shape* pLonger = nullptr;  // one name more; the one seen last comes first
   Shape* pOther = nullptr;   // another one with the same parent
-  const Shape* pBefore;      // where earlier objects at this place went on when this one differed
-  Place* pPlace;             // the values of the last name
+  const Shape* pBefore =
+      nullptr;              // where earlier objects at this place went on when this one differed
+  Place* pPlace = nullptr;  // the values of the last name
   NameIndex* pIndex = nullptr;  // there as soon as an object ended here
-  const char* pName;            // the last name
-  int nLength;
-  int nCount;                    // names in all
-  std::uint32_t nMask;           // which bytes of aStart count
-  char aStart[Block16::kBytes];  // the first bytes of the name and its closing quote
+  int nCount;                   // names in all
+  ExpectedName name;            // the last name
+
+  Shape(Shape* pShorter, const ExpectedName& last)
+      : pParent(pShorter), nCount(pShorter != nullptr ? pShorter->nCount + 1 : 1), name(last) {}
 
   // A new shape in front of those that `ppLonger` leads to.
   static Shape* Add(Arena& arena, Shape* pParent, Shape** ppLonger, const char* pName, int nLength);
@@ -68,18 +69,6 @@ struct Shape {
   // the first. Null when there is none; `nSeen` is the number of shapes there are.
   static Shape* Find(Shape** ppLonger, const char* p, const char* pEnd, int& nSeen);
 
-  // Whether the text at p, behind an opening quote, is the last name and a closing quote. False
-  // also where fewer than 16 bytes are left: the name is then read the plain way.
-  bool Matches(const char* p, const char* pEnd) const {
-    if (pEnd - p < Block16::kBytes) {
-      return false;
-    }
-    if ((Block16::Load(p).Equals(Block16::Load(aStart)) & nMask) != nMask) {
-      return false;
-    }
-    return nLength < Block16::kBytes || MatchesRest(p, pEnd);
-  }
-
   // Gives a finished object of this shape its names, and their positions to its values.
   void GiveNames(Arena& arena, ObjectValue& object);
 
@@ -87,7 +76,6 @@ struct Shape {
   void CopyNames(ObjectValue& object) const;
 
  private:
-  bool MatchesRest(const char* p, const char* pEnd) const;
   Place* FindPlace(Arena& arena);
 };
 

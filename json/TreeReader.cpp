@@ -171,10 +171,10 @@ class ObjectSink {
         bShaped_(reader.Pool() != nullptr) {}
 
   char* Name(char* pQuote) {
-    if (pExpected_ != nullptr && pExpected_->Matches(pQuote + 1, reader_.End())) {
+    if (pExpected_ != nullptr && pExpected_->name.Matches(pQuote + 1, reader_.End())) {
       pShape_ = pExpected_;
       pExpected_ = pShape_->pLonger;
-      char* const pClosing = pQuote + 1 + pShape_->nLength;
+      char* const pClosing = pQuote + 1 + pShape_->name.Length();
       *pClosing = '\0';
       return pClosing + 1;
     }
@@ -257,8 +257,8 @@ TreeReader::Step TreeReader::ReadName(char* pQuote, ObjectValue& object, Shape* 
   char* const pName = pQuote + 1;
   int nAlternatives = 0;
   if (Shape* const pFound = Shape::Find(ppLonger, pName, text_.pEnd, nAlternatives)) {
-    pName[pFound->nLength] = '\0';
-    return {pName + pFound->nLength + 1, pFound};
+    pName[pFound->name.Length()] = '\0';
+    return {pName + pFound->name.Length() + 1, pFound};
   }
   const char* const pClosing = FindQuoteOrBackslash(pName, text_.pEnd);
   const bool bPlain = pClosing != text_.pEnd && *pClosing == '"';

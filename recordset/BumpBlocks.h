@@ -17,8 +17,8 @@ namespace recordset {
 
 class BumpBlocks {
  public:
-  // Pieces come from `pOwn`, nOwn bytes that the owner holds, before the first block is allocated: a
-  // small table needs none. `pOwn` must stay where it is.
+  // Pieces come from `pOwn`, nOwn bytes that the owner holds, before the first block is allocated:
+  // a small table needs none. `pOwn` must stay where it is.
   BumpBlocks(char* pOwn, std::size_t nOwn) noexcept
       : pNext_(pOwn), pLimit_(pOwn + nOwn), pOwn_(pOwn), nOwn_(nOwn) {}
   BumpBlocks(const BumpBlocks&) = delete;
@@ -33,6 +33,9 @@ class BumpBlocks {
     pNext_ += nSize;
     return p;
   }
+
+  // Bytes behind the last piece that belong to nobody yet.
+  std::size_t Room() const { return static_cast<std::size_t>(pLimit_ - pNext_); }
 
   // Makes the piece that ends at `pEnd` longer by `nMore` bytes; false when it is not the last one
   // or the block has no room.
@@ -62,12 +65,11 @@ class BumpBlocks {
     std::size_t nSize;  // bytes, this header included
   };
 
-  std::size_t Room() const { return static_cast<std::size_t>(pLimit_ - pNext_); }
   char* AllocateElsewhere(std::size_t nSize);
   char* AddBlock(std::size_t nSize);
 
-  char* pNext_;              // the free rest of the current block,
-  char* pLimit_;             // and its end
+  char* pNext_;   // the free rest of the current block,
+  char* pLimit_;  // and its end
   Block* pNewest_ = nullptr;
   std::size_t nFootprint_ = 0;
   char* const pOwn_;

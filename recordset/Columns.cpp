@@ -30,7 +30,8 @@ std::size_t Columns::Footprint() const {
          (vSlots_.capacity() + vSorted_.capacity()) * sizeof(std::uint32_t);
 }
 
-// ---- Lookup ---------------------------------------------------------------------------------------
+// ---- Lookup
+// ---------------------------------------------------------------------------------------
 
 std::uint32_t Columns::FindElsewhere(const char* name, std::size_t length) {
   const std::uint32_t nColumn = Search(name, length);
@@ -61,7 +62,8 @@ void Columns::Learn(std::uint32_t nPosition) {
   nGuess_ = vColumns_[nPosition].nNext;
 }
 
-// ---- Adding ---------------------------------------------------------------------------------------
+// ---- Adding
+// ---------------------------------------------------------------------------------------
 
 // What may fail for want of memory comes first.
 std::uint32_t Columns::Add(const char* name, std::size_t length) {
@@ -69,13 +71,8 @@ std::uint32_t Columns::Add(const char* name, std::size_t length) {
   if (nCount > Rows::kLastColumn) throw std::bad_alloc();
   if (vColumns_.capacity() == 0) vColumns_.reserve(kFirstColumns);
   if (nCount > kFewColumns && 2 * nCount > vSlots_.size()) MakeTable(4 * nCount);
-  vColumns_.push_back({nullptr, static_cast<std::uint32_t>(length), 0, 0});
-  try {
-    vColumns_.back().pName = texts_.Store(name, length);
-  } catch (...) {
-    vColumns_.pop_back();
-    throw;
-  }
+  if (vColumns_.size() == vColumns_.capacity()) vColumns_.reserve(2 * vColumns_.size());
+  vColumns_.push_back({JSON::ExpectedName(texts_.Store(name, length), length), 0, 0});
   const auto nPosition = static_cast<std::uint32_t>(nCount - 1);
   if (!vSlots_.empty()) Enter(nPosition);
   Learn(nPosition);
@@ -97,7 +94,7 @@ void Columns::MakeTable(std::size_t nSlots) {
 
 void Columns::Enter(std::uint32_t nPosition) noexcept {
   Column& column = vColumns_[nPosition];
-  column.nHash = (*hash_)(column.pName, column.nLength);
+  column.nHash = (*hash_)(column.name.Text(), column.name.Length());
   const std::size_t nMask = vSlots_.size() - 1;
   std::size_t i = column.nHash & nMask;
   while (vSlots_[i] != 0) {
@@ -106,7 +103,8 @@ void Columns::Enter(std::uint32_t nPosition) noexcept {
   vSlots_[i] = nPosition + 1;
 }
 
-// ---- Order by name --------------------------------------------------------------------------------
+// ---- Order by name
+// --------------------------------------------------------------------------------
 
 const std::vector<std::uint32_t>& Columns::InNameOrder() {
   const std::size_t nSorted = vSorted_.size();

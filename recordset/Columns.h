@@ -20,6 +20,7 @@
 #include <string_view>
 #include <vector>
 
+#include "json/ExpectedName.h"
 #include "recordset/NameHash.h"
 #include "recordset/ShortBytes.h"
 #include "recordset/TextStore.h"
@@ -39,18 +40,28 @@ class Columns {
   // The name of the column with that index; it stays in place. REQUIRES: nColumn is 1 to Count().
   std::string_view NameOf(std::uint32_t nColumn) const {
     const Column& column = vColumns_[nColumn - 1];
-    return {column.pName, column.nLength};
+    return {column.name.Text(), column.name.Length()};
   }
 
   // The index of a column, or 0. `name` ends at its NUL, or is `length` bytes long.
   std::uint32_t Find(const char* name) {
-    if (nGuess_ < vColumns_.size() && std::strcmp(vColumns_[nGuess_].pName, name) == 0) {
+    if (nGuess_ < vColumns_.size() && IsText(vColumns_[nGuess_], name)) {
       return TakeGuess();
     }
     return FindElsewhere(name, std::strlen(name));
   }
   std::uint32_t Find(const char* name, std::size_t length) {
     return IsGuess(name, length) ? TakeGuess() : FindElsewhere(name, length);
+  }
+
+  // The name of the expected column, when the text at p, behind an opening quote, is that name and
+  // a closing quote; nColumn is then its index. Null and 0 when the name has to be read.
+  const JSON::ExpectedName* MatchQuoted(const char* p, const char* pEnd, std::uint32_t& nColumn) {
+    nColumn = 0;
+    if (nGuess_ >= vColumns_.size() || !vColumns_[nGuess_].name.Matches(p, pEnd)) return nullptr;
+    const JSON::ExpectedName* const pName = &vColumns_[nGuess_].name;
+    nColumn = TakeGuess();
+    return pName;
   }
 
   // The same, but a new name becomes a column. When memory runs out, nothing has changed.
@@ -74,10 +85,9 @@ class Columns {
 
  private:
   struct Column {
-    const char* pName;
-    std::uint32_t nLength;  // bytes of name, without the NUL
-    std::uint32_t nHash;    // once there is a hash table
-    std::uint32_t nNext;    // position of the column that was found after this one
+    JSON::ExpectedName name;
+    std::uint32_t nHash;  // once there is a hash table
+    std::uint32_t nNext;  // position of the column that was found after this one
   };
 
   // Up to this many columns are searched one by one: a search then costs no more than a hash.
@@ -87,8 +97,19 @@ class Columns {
     return nGuess_ < vColumns_.size() && IsName(vColumns_[nGuess_], name, length);
   }
   static bool IsName(const Column& column, const char* name, std::size_t length) {
-    return column.nLength == length && SameBytes(column.pName, name, length);
+    return column.name.Length() == length && SameBytes(column.name.Text(), name, length);
   }
+  // Names are short, and this comparison is in the way of every cell that is read: the bytes are
+  // compared where a call would cost more. `name` may end anywhere before the column's name does.
+  static bool IsText(const Column& column, const char* name) {
+    const char* const pName = column.name.Text();
+    std::size_t i = 0;
+    while (pName[i] == name[i] && name[i] != '\0') {
+      ++i;
+    }
+    return pName[i] == name[i];
+  }
+
   std::uint32_t TakeGuess() {
     nLast_ = nGuess_;
     nGuess_ = vColumns_[nGuess_].nNext;
@@ -104,11 +125,12 @@ class Columns {
   void Enter(std::uint32_t nPosition) noexcept;
 
   TextStore& texts_;
-  std::vector<Column> vColumns_;       // by index - 1, the column's position
-  std::uint32_t nLast_ = 0;            // position of the column found last
-  std::uint32_t nGuess_ = 0;           // position of the column expected next
+  std::vector<Column> vColumns_;  // by index - 1, the column's position
+  std::uint32_t nLast_ = 0;       // position of the column found last
+  std::uint32_t nGuess_ = 0;      // position of the column expected next
   std::optional<NameHash> hash_;
-  std::vector<std::uint32_t> vSlots_;  // the hash table: indices, 0 for a free slot; at most half full
+  std::vector<std::uint32_t>
+      vSlots_;  // the hash table: indices, 0 for a free slot; at most half full
   std::vector<std::uint32_t> vSorted_;  // indices by name, as far as they were sorted
 };
 

@@ -1,16 +1,22 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Loading JSON text: SetString() and its relatives. The text is parsed into a tree on a private copy,
-// and the tree is walked into a table of its own, so that a record set takes over a complete load.
+// Loading JSON text: SetString() and its relatives.
+//
+// The text is read by the grammar of the JSON library (json/Grammar.h), but without a tree and
+// without a copy of the text: members go straight into the cells of a new table, which the record
+// set takes over when the text was read to its end. Only an object inside a cell is parsed into a
+// tree, because it is written anew.
 
 #include <algorithm>
 #include <climits>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include "json/Grammar.h"
 #include "json/JSONMessage.h"
 #include "json/JSONSerialize.h"
 #include "recordset/IntegerText.h"
@@ -21,98 +27,331 @@ using recordset::Table;
 
 namespace {
 
+using Text = JSON::Text<const char>;
+
 constexpr int kWriterBytes = 1024;  // reserved for the text of a nested object
 constexpr int kLongBytes = 21;      // the digits of a long, its sign and a NUL
+constexpr char szRows[] = "rows";
 
-class Loader {
+// As many digits as fit any `long`, whatever they are.
+constexpr unsigned kShortDigits =
+    std::min<unsigned>(std::numeric_limits<long>::digits10, JSON::Block16::kBytes - 1);
+
+// Names and texts end at their first NUL.
+std::string_view UpToNul(std::string_view text) { return text.substr(0, text.find('\0')); }
+
+// Reads a value, or a name, that is of no interest.
+class Skipper {
  public:
-  explicit Loader(Table& table) : table_(table) {}
+  explicit Skipper(Text& text) : text_(text) {}
 
-  // The top-level object: its array "rows", if it has one, or else its members as row 1.
-  void LoadDocument(JSON::Message& message) {
-    const JSON::JSONValue& rows = message["rows"];
-    if (rows.eType == JSON::jtArray) {
-      LoadRows(rows);
-    } else {
-      LoadRow(1, message);
+  const char* Name(const char* p) { return SkipString(p); }
+  const char* Element(const char* p) { return Value(p); }
+  void Complete() {}
+  void Missing() {}
+
+  const char* Value(const char* p) {
+    if (text_.AtEnd(p)) {
+      return text_.Fail(p);
     }
+    switch (*p) {
+      case '"':
+        return SkipString(p);
+      case '{':
+        return ReadObject(text_, p, *this);
+      case '[':
+        return ReadArray(text_, p, *this);
+      case 't':
+      case 'f':
+        return ReadBoolean(text_, p);
+      case 'n':
+        return ReadNull(text_, p);
+      default:
+        break;
+    }
+    bool bReal = false;
+    return JSON::BeginsNumber(*p) ? JSON::ScanNumber(p, text_.pEnd, bReal) : text_.Fail(p);
   }
-
-  // The number of the last row that received a cell.
-  long LastRow() const { return lLastRow_; }
 
  private:
-  // A null ends the rows. What is no object loads nothing and uses up its row number.
-  void LoadRows(const JSON::JSONValue& rows) {
-    for (int i = 0; i < rows.Size(); ++i) {
-      const JSON::JSONValue& row = rows[i];
-      if (row.eType == JSON::jtNull) return;
-      if (row.eType == JSON::jtObject) LoadRow(i + 1L, row);
-    }
+  const char* SkipString(const char* pQuote) {
+    const char* const pClosing = JSON::FindStringEnd(pQuote + 1, text_.pEnd);
+    return pClosing != nullptr ? pClosing + 1 : text_.Fail(pQuote + 1);
   }
 
-  void LoadRow(long lRow, const JSON::JSONValue& object) {
-    for (int i = 0; i < object.Size(); ++i) {
-      const std::uint32_t nColumn = table_.columns.FindOrAdd(object.pComposite->NameAt(i));
-      LoadCell(lRow, nColumn, *object.GetByOrdinal(i));
-      lLastRow_ = lRow;
+  Text& text_;
+};
+
+// Puts values into cells.
+class CellLoader {
+ public:
+  CellLoader(Text& text, Table& table) : text_(text), table_(table) {}
+
+  // Reads the value at p into a cell. Nearly all values are short: what sixteen bytes tell about
+  // them is enough, and they are stored in one step.
+  const char* Load(const char* p, long lRow, std::uint32_t nColumn) {
+    if (text_.pEnd - p > JSON::Block16::kBytes) {
+      if (*p == '"') {
+        const JSON::Block16 block = JSON::Block16::Load(p + 1);
+        const std::uint32_t nStop = block.QuoteBackslashOrNul();
+        const unsigned nLength = nStop != 0 ? JSON::LowestBit(nStop) : 0;
+        if (nStop != 0 && p[1 + nLength] == '"') {
+          table_.SetCell(lRow, nColumn, block, nLength, CQXRecordSet::QX_TEXT);
+          return p + 1 + nLength + 1;
+        }
+      } else if (*p >= '1' && *p <= '9') {
+        const JSON::Block16 block = JSON::Block16::Load(p);
+        const std::uint32_t nStop = block.NonDigits();
+        const unsigned nLength = nStop != 0 ? JSON::LowestBit(nStop) : JSON::Block16::kBytes;
+        bool bReal = false;
+        if (nLength <= kShortDigits && !JSON::IsNumberMark(p[nLength], bReal)) {
+          table_.SetCell(lRow, nColumn, block, nLength, CQXRecordSet::QX_LONG);
+          return p + nLength;
+        }
+      }
     }
+    return LoadOther(p, lRow, nColumn);
   }
 
-  void LoadCell(long lRow, std::uint32_t nColumn, const JSON::JSONValue& value) {
-    const auto set = [=](std::string_view text, CQXRecordSet::QX_TYPE eType) {
-      table_.SetCell(lRow, nColumn, text.data(), text.size(), eType);
-    };
-    const std::string_view text(value.pText, static_cast<std::size_t>(value.nLength));
-    switch (value.eType) {
-      case JSON::jtObject:
-        return set(ObjectText(value), CQXRecordSet::QX_RECORDSET);
-      case JSON::jtBoolean:
-        return set(text.front() == 't' ? "1" : "0", CQXRecordSet::QX_BOOL);
-      case JSON::jtInteger:
-        return set(IntegerText(text), CQXRecordSet::QX_LONG);
-      case JSON::jtString:
-        return set(text.substr(0, text.find('\0')), CQXRecordSet::QX_TEXT);
-      case JSON::jtNull:
-        return set("", CQXRecordSet::QX_NULL);
+  // The unescaped string with its opening quote at p: in the text itself where it holds no escape,
+  // else valid until the next one. Moves p behind the closing quote, or to null when there is none.
+  std::string_view ReadString(const char*& p) {
+    const char* const pContent = p + 1;
+    const char* const pStop = JSON::FindQuoteOrBackslash(pContent, text_.pEnd);
+    const std::size_t nPlain = static_cast<std::size_t>(pStop - pContent);
+    if (pStop != text_.pEnd && *pStop == '"') {
+      p = pStop + 1;
+      return {pContent, nPlain};
+    }
+    const char* const pClosing = JSON::FindStringEnd(pStop, text_.pEnd);
+    if (pClosing == nullptr) {
+      p = text_.Fail(pContent);
+      return {};
+    }
+    p = pClosing + 1;
+    strUnescaped_.resize(static_cast<std::size_t>(pClosing - pContent));  // it never gets longer
+    std::copy(pContent, pStop, strUnescaped_.begin());
+    char* pWrite = strUnescaped_.data() + nPlain;
+    JSON::Unescape(pStop, text_.pEnd, pWrite);
+    return {strUnescaped_.data(), static_cast<std::size_t>(pWrite - strUnescaped_.data())};
+  }
+
+  // The same for a name, which ends at its first NUL.
+  std::string_view ReadName(const char*& p) { return UpToNul(ReadString(p)); }
+
+ private:
+  void Set(long lRow, std::uint32_t nColumn, std::string_view text, CQXRecordSet::QX_TYPE eType) {
+    table_.SetCell(lRow, nColumn, text.data(), text.size(), eType);
+  }
+
+  const char* LoadString(const char* p, long lRow, std::uint32_t nColumn) {
+    const std::string_view text = ReadString(p);
+    if (p != nullptr) {
+      Set(lRow, nColumn, UpToNul(text), CQXRecordSet::QX_TEXT);
+    }
+    return p;
+  }
+
+  const char* LoadNumber(const char* p, long lRow, std::uint32_t nColumn) {
+    bool bReal = false;
+    const char* const pNext = JSON::ScanNumber(p, text_.pEnd, bReal);
+    const std::string_view digits(p, static_cast<std::size_t>(pNext - p));
+    if (bReal) {
+      Set(lRow, nColumn, "", CQXRecordSet::QX_TEXT);
+    } else if (recordset::IsCanonicalInteger(digits)) {
+      Set(lRow, nColumn, digits, CQXRecordSet::QX_LONG);
+    } else {
+      char szDigits[kLongBytes];
+      const char* const pEnd = LongToStr(recordset::ReadLong(digits), szDigits, kLongBytes);
+      Set(lRow, nColumn, {szDigits, static_cast<std::size_t>(pEnd - szDigits)},
+          CQXRecordSet::QX_LONG);
+    }
+    return pNext;
+  }
+
+  const char* LoadOther(const char* p, long lRow, std::uint32_t nColumn) {
+    if (p != text_.pEnd && *p == '"') {
+      return LoadString(p, lRow, nColumn);
+    }
+    if (p != text_.pEnd && JSON::BeginsNumber(*p)) {
+      return LoadNumber(p, lRow, nColumn);
+    }
+    const char* const pNext = Skipper(text_).Value(p);
+    if (pNext == nullptr) {
+      return nullptr;
+    }
+    switch (*p) {
+      case 't':
+        Set(lRow, nColumn, "1", CQXRecordSet::QX_BOOL);
+        break;
+      case 'f':
+        Set(lRow, nColumn, "0", CQXRecordSet::QX_BOOL);
+        break;
+      case 'n':
+        Set(lRow, nColumn, "", CQXRecordSet::QX_NULL);
+        break;
+      case '{':
+        Set(lRow, nColumn, WrittenAnew({p, static_cast<std::size_t>(pNext - p)}),
+            CQXRecordSet::QX_RECORDSET);
+        break;
       default:
-        return set("", CQXRecordSet::QX_TEXT);
+        Set(lRow, nColumn, "", CQXRecordSet::QX_TEXT);
     }
+    return pNext;
   }
 
-  // The text of a nested object; valid until the next one.
-  std::string_view ObjectText(const JSON::JSONValue& object) {
+  // The text of an object as the library writes it; valid until the next one.
+  std::string_view WrittenAnew(std::string_view object) {
+    strObject_.assign(object);
+    if (!message_.Parse(strObject_.data(), static_cast<int>(strObject_.size()))) {
+      return {};
+    }
     JSON::Serialize writer(kWriterBytes);
-    json_walk_obj(writer, &object, 0);
+    json_walk_obj(writer, &message_, 0);
     strObject_ = writer.String();
     return strObject_;
   }
 
-  // The canonical text of an integer; valid until the next one.
-  std::string_view IntegerText(std::string_view text) {
-    if (recordset::IsCanonicalInteger(text)) return text;
-    const char* const pEnd = LongToStr(recordset::ReadLong(text), aDigits_, kLongBytes);
-    return {aDigits_, static_cast<std::size_t>(pEnd - aDigits_)};
+  Text& text_;
+  Table& table_;
+  std::string strUnescaped_;
+  std::string strObject_;
+  JSON::Message message_{true};
+};
+
+// The members of one row.
+class RowSink {
+ public:
+  RowSink(Text& text, Table& table, CellLoader& cells)
+      : text_(text), table_(table), cells_(cells) {}
+
+  void BeginRow(long lRow) { lRow_ = lRow; }
+  void Complete() {}
+
+  const char* Name(const char* p) {
+    const JSON::ExpectedName* const pExpected =
+        table_.columns.MatchQuoted(p + 1, text_.pEnd, nColumn_);
+    if (pExpected != nullptr) {
+      return p + 1 + pExpected->Length() + 1;
+    }
+    const std::string_view name = cells_.ReadName(p);
+    if (p != nullptr) {
+      nColumn_ = table_.columns.FindOrAdd(name.data(), name.size());
+    }
+    return p;
   }
 
+  const char* Value(const char* p) {
+    lLastRow_ = std::max(lLastRow_, lRow_);
+    return cells_.Load(p, lRow_, nColumn_);
+  }
+
+  long LastRow() const { return lLastRow_; }
+  void Forget() { lLastRow_ = 0; }
+  void SetColumn(std::string_view name) {
+    nColumn_ = table_.columns.FindOrAdd(name.data(), name.size());
+  }
+
+ private:
+  Text& text_;
   Table& table_;
-  long lLastRow_ = 0;
-  std::string strObject_;
-  char aDigits_[kLongBytes] = {};
+  CellLoader& cells_;
+  long lRow_ = 1;
+  long lLastRow_ = 0;  // the last row that received a cell
+  std::uint32_t nColumn_ = 0;
 };
+
+// The elements of "rows". A null ends the rows; what is no object loads nothing and uses up its row
+// number.
+class RowsSink {
+ public:
+  RowsSink(Text& text, RowSink& row) : text_(text), row_(row) {}
+
+  void Missing() { bEnded_ = true; }
+  const char* Element(const char* p) {
+    ++lRow_;
+    if (bEnded_ || text_.AtEnd(p) || *p != '{') {
+      bEnded_ = bEnded_ || (p != text_.pEnd && *p == 'n');
+      return Skipper(text_).Value(p);
+    }
+    row_.BeginRow(lRow_);
+    return ReadObject(text_, p, row_);
+  }
+
+ private:
+  Text& text_;
+  RowSink& row_;
+  long lRow_ = 0;
+  bool bEnded_ = false;
+};
+
+// The top-level object: its array "rows", if its first member of that name is one, or else its
+// members as row 1. Members before "rows" are loaded until it turns out which it is.
+class DocumentSink {
+ public:
+  DocumentSink(Text& text, Table& table)
+      : text_(text), table_(table), cells_(text, table), row_(text, table, cells_) {}
+
+  void Complete() {}
+
+  const char* Name(const char* p) {
+    name_ = cells_.ReadString(p);
+    return p;
+  }
+
+  const char* Value(const char* p) {
+    if (bRowsRead_) {
+      return Skipper(text_).Value(p);
+    }
+    const bool bFirstRows = !bRowsSeen_ && name_ == szRows;
+    bRowsSeen_ = bRowsSeen_ || bFirstRows;
+    if (bFirstRows && p != text_.pEnd && *p == '[') {
+      bRowsRead_ = true;
+      table_.Reset();
+      row_.Forget();
+      RowsSink rows(text_, row_);
+      return ReadArray(text_, p, rows);
+    }
+    row_.SetColumn(UpToNul(name_));
+    return row_.Value(p);
+  }
+
+  long LastRow() const { return row_.LastRow(); }
+
+ private:
+  Text& text_;
+  Table& table_;
+  CellLoader cells_;
+  RowSink row_;
+  std::string_view name_;   // of the member whose value comes next
+  bool bRowsSeen_ = false;  // a member "rows" was there
+  bool bRowsRead_ = false;  // and it was an array
+};
+
+// Loads the text into an empty table. False when it is no JSON object; the table is then of no use.
+bool LoadText(std::string_view strText, Table& table, long& lLastRow) {
+  if (strText.empty() || strText.size() > INT_MAX || strText.front() == '\0') {
+    return false;
+  }
+  const char* const pEnd = strText.data() + strText.size();
+  const char* const p = JSON::SkipSpace(strText.data(), pEnd);
+  if (p == pEnd || *p != '{') {
+    return false;
+  }
+  Text text(pEnd);
+  DocumentSink document(text, table);
+  const bool bLoaded = ReadObject(text, p, document) != nullptr;
+  lLastRow = document.LastRow();
+  return bLoaded;
+}
 
 }  // namespace
 
 bool CQXRecordSet::SetString(const std::string& text) {
-  std::string strCopy(text);  // parsed in place
-  JSON::Message message(true);
-  const bool bParsed =
-      strCopy.size() <= INT_MAX && message.Parse(strCopy.data(), static_cast<int>(strCopy.size()));
-  if (bParsed && message.eType == JSON::jtObject) {
-    auto pLoaded = std::make_unique<Table>();
-    Loader loader(*pLoaded);
-    loader.LoadDocument(message);
-    Adopt(std::move(pLoaded), loader.LastRow());
+  auto pLoaded = std::make_unique<Table>();
+  long lLastRow = 0;
+  if (LoadText(text, *pLoaded, lLastRow)) {
+    Adopt(std::move(pLoaded), lLastRow);
   }
   bModified = true;
   return true;

@@ -3,8 +3,8 @@
 // The contents of a record set: columns, rows of cells, and their texts. A table lies at a fixed
 // address; a whole one changes hands by its pointer.
 //
-// Cells are written through a table alone, because a cell's text must be given back to the text store
-// it came from. A loader writes like this:
+// Cells are written through a table alone, because a cell's text must be given back to the text
+// store it came from. A loader writes like this:
 //
 //   const std::uint32_t nColumn = table.columns.FindOrAdd(name, nNameLength);
 //   table.SetCell(lRow, nColumn, pText, nLength, CQXRecordSet::QX_TEXT);
@@ -34,8 +34,8 @@ class Table {
   Table& operator=(const Table&) = delete;
   ~Table() = default;
 
-  // Gives the cell in row lRow, column nColumn a copy of `length` bytes of text, which may come from
-  // this table, and a type. When memory runs out, all cells are as before.
+  // Gives the cell in row lRow, column nColumn a copy of `length` bytes of text, which may come
+  // from this table, and a type. When memory runs out, all cells are as before.
   void SetCell(long lRow, std::uint32_t nColumn, const char* text, std::size_t length,
                std::int32_t eType) {
     Cell& cell = rows.EnsureCell(lRow, nColumn);
@@ -45,9 +45,22 @@ class Table {
            length, eType);
   }
 
+  // The same for the first `length` bytes of a block, fewer than it has.
+  void SetCell(long lRow, std::uint32_t nColumn, JSON::Block16 block, std::size_t length,
+               std::int32_t eType) {
+    Cell& cell = rows.EnsureCell(lRow, nColumn);
+    if (cell.Exists()) {
+      char aText[JSON::Block16::kBytes];
+      block.Store(aText);
+      SetCell(lRow, nColumn, aText, length, eType);
+      return;
+    }
+    Assign(cell, texts.StoreBlock(block, length), length, eType);
+  }
+
   // Gives the cell the text that the caller has written to the `length` first bytes of `pText`,
-  // which texts.Allocate(nRoom) gave. When memory runs out, all cells are as before, and the text is
-  // taken back.
+  // which texts.Allocate(nRoom) gave. When memory runs out, all cells are as before, and the text
+  // is taken back.
   void SetOwnText(long lRow, std::uint32_t nColumn, char* pText, std::size_t nRoom,
                   std::size_t length, std::int32_t eType);
 

@@ -1,7 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The texts of a table: cell texts and column names. A text never moves once it is stored, so callers
-// may keep pointers to it while everything around it grows.
+// The texts of a table: cell texts and column names. A text never moves once it is stored, so
+// callers may keep pointers to it while everything around it grows.
 //
 // A stored text has no header. Whoever holds it knows its length, and the length alone tells how
 // large its piece is:
@@ -10,9 +10,9 @@
 //   up to kLongestSmall bytes       a piece of BumpBlocks, in steps of kGranule bytes
 //   longer                          a heap allocation, in steps of kLargeStep bytes
 //
-// A released small piece goes to the free list of its size and is the first to be taken again: texts
-// that are replaced for ever use no more memory than the most that were stored at a time, size by
-// size. A text that is replaced by one of the same piece size is written over where it is.
+// A released small piece goes to the free list of its size and is the first to be taken again:
+// texts that are replaced for ever use no more memory than the most that were stored at a time,
+// size by size. A text that is replaced by one of the same piece size is written over where it is.
 
 #ifndef QXRECORDSET_RECORDSET_TEXTSTORE_H
 #define QXRECORDSET_RECORDSET_TEXTSTORE_H
@@ -22,6 +22,7 @@
 #include <functional>
 #include <memory>
 
+#include "json/Block.h"
 #include "recordset/BumpBlocks.h"
 #include "recordset/ShortBytes.h"
 
@@ -33,8 +34,8 @@ class TextStore {
   // lists lie unaligned, but an average text wastes only two and a half bytes, its NUL included.
   static constexpr std::size_t kGranule = 4;
 
-  // The longest text with a piece of kLongestSmall + 1 bytes. Beyond, the bookkeeping of the heap is
-  // small beside the text.
+  // The longest text with a piece of kLongestSmall + 1 bytes. Beyond, the bookkeeping of the heap
+  // is small beside the text.
   static constexpr std::size_t kLongestSmall = 255;
   static constexpr std::size_t kLargeStep = 64;
 
@@ -56,6 +57,21 @@ class TextStore {
     char* const pText = Allocate(length);
     MoveBytes(pText, text, length);
     return pText;
+  }
+
+  // The same for the first bytes of a block, fewer than it has: what follows them in the block is
+  // written, too, where no text is stored yet.
+  const char* StoreBlock(JSON::Block16 block, std::size_t length) {
+    if (length == 0) return Constant(nullptr, 0);
+    if (pFree_ == nullptr && blocks_.Room() >= JSON::Block16::kBytes) {
+      char* const pText = blocks_.Allocate(PieceSize(length));
+      block.Store(pText);
+      pText[length] = '\0';
+      return pText;
+    }
+    char aText[JSON::Block16::kBytes];
+    block.Store(aText);
+    return Store(aText, length);
   }
 
   // Room for a text of `length` bytes that the caller writes itself, with the NUL in place.

@@ -1,0 +1,71 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// A member name that a reader expects to find in its text, because it stood there in the object
+// before. Whether it does is decided in one step of sixteen bytes, without searching for the name's
+// end first.
+
+#ifndef QXRECORDSET_JSON_EXPECTEDNAME_H
+#define QXRECORDSET_JSON_EXPECTEDNAME_H
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "json/Block.h"
+
+namespace JSON {
+
+class ExpectedName {
+ public:
+  // `pName` must stay where it is. A name with a '"' or a '\' is never found: in the text it looks
+  // different.
+  ExpectedName(const char* pName, std::size_t nLength)
+      : pName_(pName), nLength_(static_cast<std::uint32_t>(nLength)) {
+    const std::size_t nBytes = std::min(nLength, std::size_t{Block16::kBytes});
+    std::memcpy(aStart_, pName, nBytes);
+    if (nBytes < Block16::kBytes) {
+      aStart_[nBytes] = '"';
+    }
+    nMask_ = (1u << std::min(nLength + 1, std::size_t{Block16::kBytes})) - 1;
+    const auto isEscaped = [](char c) { return c == '"' || c == '\\'; };
+    if (std::any_of(pName, pName + nLength, isEscaped)) {
+      nMask_ = kNever;
+    }
+  }
+
+  const char* Text() const { return pName_; }
+  std::size_t Length() const { return nLength_; }
+
+  // Whether the text at p, behind an opening quote, is the name and a closing quote. False also
+  // where fewer than 16 bytes are left: the name is then read the plain way.
+  bool Matches(const char* p, const char* pEnd) const {
+    if (pEnd - p < Block16::kBytes) {
+      return false;
+    }
+    if ((Block16::Load(p).Equals(Block16::Load(aStart_)) & nMask_) != nMask_) {
+      return false;
+    }
+    return nLength_ < Block16::kBytes || MatchesRest(p, pEnd);
+  }
+
+ private:
+  static constexpr std::uint32_t kNever = 1u << Block16::kBytes;  // no block has this bit
+
+  bool MatchesRest(const char* p, const char* pEnd) const {
+    if (static_cast<std::size_t>(pEnd - p) <= nLength_ || p[nLength_] != '"') {
+      return false;
+    }
+    return std::memcmp(p + Block16::kBytes, pName_ + Block16::kBytes, nLength_ - Block16::kBytes) ==
+           0;
+  }
+
+  const char* pName_;
+  std::uint32_t nLength_;
+  std::uint32_t nMask_;                // which bytes of aStart_ count
+  char aStart_[Block16::kBytes] = {};  // the first bytes of the name and its closing quote
+};
+
+}  // namespace JSON
+
+#endif  // QXRECORDSET_JSON_EXPECTEDNAME_H
