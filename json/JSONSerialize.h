@@ -69,6 +69,9 @@ class QXRECORDSET_EXPORT Serialize {
   // beyond that on its own; for a large text a good estimate saves copying it several times.
   explicit Serialize(int nReserve);
 
+  // An empty writer that uses the memory of `buffer`, whose content is dropped.
+  explicit Serialize(std::string&& buffer);
+
   // A copy goes on from the same text and state, on its own. Moving copies, too.
   Serialize(const Serialize& other) = default;
   Serialize& operator=(const Serialize& other);
@@ -115,7 +118,10 @@ class QXRECORDSET_EXPORT Serialize {
 
   // The text: complete, or the empty text while a container is open or after an error. The
   // reference stays valid until the next write.
-  const std::string& String() const;
+  const std::string& String() const&;
+
+  // The same from a writer that is not used any more: the text is moved out.
+  std::string String() &&;
 
  private:
   class Pen;  // writes one token

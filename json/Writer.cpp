@@ -38,6 +38,9 @@ constexpr int kDoubleBytes = 32;
 // piece at a time.
 constexpr std::size_t kEscapePiece = 256;
 
+// Ready-made text up to this length is mostly a number or a literal.
+constexpr std::size_t kShortRaw = Block16::kBytes;
+
 // Levels of nesting that the two stack words hold.
 constexpr std::size_t kLevelsPerWord = 32;
 
@@ -60,7 +63,11 @@ class Serialize::Pen {
   }
 
   void Raw(std::string_view text) {
-    std::memcpy(pNext, text.data(), text.size());
+    if (text.size() <= kShortRaw) {
+      CopyPlain(text, pNext);  // faster than a call; whether escapes are needed does not matter
+    } else {
+      std::memcpy(pNext, text.data(), text.size());
+    }
     pNext += text.size();
   }
 
@@ -92,6 +99,8 @@ Serialize::Serialize(int nReserve) {
   if (nReserve > 0) strOutput.reserve(static_cast<std::size_t>(nReserve));
 }
 
+Serialize::Serialize(std::string&& buffer) : strOutput(std::move(buffer)) { strOutput.clear(); }
+
 Serialize& Serialize::operator=(const Serialize& other) {
   Serialize copy(other);
   strOutput.swap(copy.strOutput);
@@ -105,9 +114,13 @@ Serialize& Serialize::operator=(const Serialize& other) {
   return *this;
 }
 
-const std::string& Serialize::String() const {
+const std::string& Serialize::String() const& {
   static const std::string strEmpty;
   return bError || nDepth != 0 ? strEmpty : strOutput;
+}
+
+std::string Serialize::String() && {
+  return bError || nDepth != 0 ? std::string() : std::move(strOutput);
 }
 
 // ---- State --------------------------------------------------------------------------------------

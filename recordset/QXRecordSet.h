@@ -11,8 +11,9 @@
 //   CQXRecordSet copy(text);                      // on the other side
 //   long year = copy.GetValueAsLong("born", 1);   // 1815
 //
-// Names and texts are 8-bit text, UTF-8 by convention, ended by their first NUL, stored and returned
-// byte for byte. A null name is no column: setters ignore it, getters answer as for an unknown one.
+// Names and texts are 8-bit text, UTF-8 by convention, ended by their first NUL, stored and
+// returned byte for byte. A null name is no column: setters ignore it, getters answer as for an
+// unknown one.
 //
 // Ownership: a record set owns everything in it. A text that a getter hands out stays where it is,
 // whatever is added, until its own cell is written or the record set is cleared, assigned to or
@@ -69,8 +70,8 @@ class QXRECORDSET_EXPORT CQXRecordSet {
 
   virtual ~CQXRecordSet();
 
-  // Takes over rows, columns and cells of `other`; the last text and the parameters are emptied, and
-  // the record set counts as written. Assigning a record set to itself keeps its cells.
+  // Takes over rows, columns and cells of `other`; the last text and the parameters are emptied,
+  // and the record set counts as written. Assigning a record set to itself keeps its cells.
   void operator=(const CQXRecordSet& other);
 
   // Takes everything from `other`, its state and last text included, and leaves it cleared.
@@ -84,11 +85,12 @@ class QXRECORDSET_EXPORT CQXRecordSet {
 
   // ---- Columns and counts -----------------------------------------------------------------------
 
-  // The index of a column, or -1. Indices are 1, 2, 3, ... in the order in which columns were added.
-  // Constant time.
+  // The index of a column, or -1. Indices are 1, 2, 3, ... in the order in which columns were
+  // added. Constant time.
   long GetColumnIndex(const char* name);
 
-  // The same, but a name that is no column yet becomes one, with the next index. -1 for a null name.
+  // The same, but a name that is no column yet becomes one, with the next index. -1 for a null
+  // name.
   long AddColumn(const char* name);
 
   // The name at 0-based `position` in the byte-wise order of all names (not the name with that
@@ -154,21 +156,21 @@ class QXRECORDSET_EXPORT CQXRecordSet {
 
   // ---- JSON text --------------------------------------------------------------------------------
 
-  // The record set as compact JSON text: "" in the cleared state, {} without rows, the object of row
-  // 1 for one row, {"rows":[...]} for several. Members are sorted by name. docs/record-set-text.md
-  // describes the form. The text is built anew on every call and kept; the reference is to the kept
-  // text. Linear in the number of cells.
+  // The record set as compact JSON text: "" in the cleared state, {} without rows, the object of
+  // row 1 for one row, {"rows":[...]} for several. Members are sorted by name.
+  // docs/record-set-text.md describes the form. The text is built anew on every call and kept; the
+  // reference is to the kept text. Linear in the number of cells.
   const std::string& GetString();
 
   // The text that the last GetString() built; nothing is built.
   const std::string& GetStringRef() const;
 
-  // Loads JSON text in the form that GetString() writes: {"rows":[...]} gives rows 1, 2, 3, ..., any
-  // other object gives row 1. Cells are added to those already there and overwrite those of the same
-  // name and row; Clear() first to replace the contents. Objects become QX_RECORDSET cells, reals
-  // and arrays become empty texts. A text that is no JSON object loads nothing. Always true; the
-  // record set counts as written either way. A null text is the empty text. When memory runs out,
-  // the cells are as before.
+  // Loads JSON text in the form that GetString() writes: {"rows":[...]} gives rows 1, 2, 3, ...,
+  // any other object gives row 1. Cells are added to those already there and overwrite those of the
+  // same name and row; Clear() first to replace the contents. Objects become QX_RECORDSET cells,
+  // reals and arrays become empty texts. A text that is no JSON object loads nothing. Always true;
+  // the record set counts as written either way. A null text is the empty text. When memory runs
+  // out, the cells are as before.
   bool SetString(const std::string& text);
   bool SetString(const char* text);
 
@@ -188,6 +190,7 @@ class QXRECORDSET_EXPORT CQXRecordSet {
 
  private:
   QXRECORDSET_NO_EXPORT recordset::Table& EnsureTable();
+  QXRECORDSET_NO_EXPORT std::string BufferForText();
   QXRECORDSET_NO_EXPORT std::uint32_t FindColumn(const char* name);
   QXRECORDSET_NO_EXPORT void Adopt(std::unique_ptr<recordset::Table> pLoaded, long lLastRow);
   QXRECORDSET_NO_EXPORT static std::unique_ptr<recordset::Table> CopyOf(
@@ -201,7 +204,8 @@ class QXRECORDSET_EXPORT CQXRecordSet {
 };
 
 // A record of one row with a before/after interface. Only the after values are kept, in row 1; no
-// comparison is made: every field counts as changed. All operations of the record set are available.
+// comparison is made: every field counts as changed. All operations of the record set are
+// available.
 class QXRECORDSET_EXPORT CBeforeAfterRecord : public CQXRecordSet {
  public:
   // A record in the cleared state.

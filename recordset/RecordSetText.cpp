@@ -23,7 +23,7 @@ using recordset::Table;
 
 namespace {
 
-constexpr int kWriterBytes = 1024;  // reserved for the text
+constexpr std::size_t kWriterBytes = 1024;  // reserved for the text
 
 // A row's cells are looked up by the names of all columns in order, unless the row spans less than
 // one column in this many, or has far cells: then its own cells are sorted by name.
@@ -128,7 +128,7 @@ class RowWriter {
   Table& table_;
   JSON::Serialize& writer_;
   const std::vector<std::uint32_t>& vColumns_;  // in name order
-  std::vector<std::uint32_t> vRanks_;           // by column index - 1; made for the first sparse row
+  std::vector<std::uint32_t> vRanks_;  // by column index - 1; made for the first sparse row
   std::vector<std::pair<std::uint32_t, const Cell*>> vRowCells_;  // a sparse row's cells by rank
   std::string strScratch_;
   JSON::Message message_{true};
@@ -157,10 +157,21 @@ void WriteWalkedScalar(JSON::Serialize& writer, const JSON::JSONValue& value) {
 
 }  // namespace
 
+// The memory of the last text, which the next one needs again, or about as much as a first text is
+// going to need.
+std::string CQXRecordSet::BufferForText() {
+  std::string buffer = std::move(strText);
+  strText.clear();
+  if (buffer.capacity() < kWriterBytes) {
+    const std::size_t nTable = pTable != nullptr ? pTable->Footprint() : 0;
+    buffer.reserve(std::max(kWriterBytes, nTable - nTable / 4));
+  }
+  return buffer;
+}
+
 const std::string& CQXRecordSet::GetString() {
   if (!bModified) return strText;
-  strText.clear();
-  JSON::Serialize writer(kWriterBytes);
+  JSON::Serialize writer(BufferForText());
   writer.OO();
   if (lRowsCount >= 2) writer.N("rows").AO();
   if (lRowsCount >= 1) {
@@ -174,7 +185,7 @@ const std::string& CQXRecordSet::GetString() {
   }
   if (lRowsCount >= 2) writer.AC();
   writer.OC();
-  strText = writer.String();
+  strText = std::move(writer).String();
   return strText;
 }
 
