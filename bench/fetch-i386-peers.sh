@@ -4,7 +4,8 @@
 #
 #   bench/fetch-i386-peers.sh FOLDER
 #
-# Does nothing when they are there already, in FOLDER or installed. Status 1 when they cannot be had.
+# Does nothing when they are there already, in FOLDER or installed. When they cannot be had it says so
+# and is content: the benchmarks then leave x86, or simdjson on x86, out.
 set -euo pipefail
 
 folder=${1:?usage: fetch-i386-peers.sh FOLDER}
@@ -36,8 +37,8 @@ apt=(apt-get -qq
 
 cd "$scratch/packages"
 if ! "${apt[@]}" download "${packages[@]/%/:i386}"; then
-  echo "fetch-i386-peers.sh: the i386 packages ${packages[*]} cannot be downloaded" >&2
-  exit 1
+  echo "The i386 packages ${packages[*]} cannot be downloaded: no benchmarks for x86" >&2
+  exit 0
 fi
 cd - >/dev/null
 mkdir -p "$folder"

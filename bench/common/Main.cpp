@@ -6,9 +6,10 @@
 //   --data=DIR   the folder with twitter.json, citm_catalog.json and canada.json; those that are
 //   not
 //                there are left out (default ../shared/data)
-//   --quick      leave out what takes long
+//   --quick      smaller tables and shapes, for a look at whether everything works
 //   --large      add tables of 1,000,000 rows for every library
 //   --check      compare the libraries' outcomes and stop there
+//   --list       print the names of all benchmarks and stop there
 //
 // Outcomes are compared before anything is timed; a difference ends the program with status 1.
 
@@ -36,13 +37,9 @@ namespace bench {
 namespace {
 
 constexpr std::size_t kThousand = 1'000;
+constexpr std::size_t kTenThousand = 10'000;
 constexpr std::size_t kHundredThousand = 100'000;
 constexpr std::size_t kMillion = 1'000'000;
-
-// nlohmann::json takes many times as long as the others; a quick run leaves its large tables out.
-bool HasTimeForNlohmann(const Suite& suite, const Input& input) {
-  return !suite.Chosen().bQuick || input.Cells() < kHundredThousand;
-}
 
 void AddParse(Suite& suite, const Input& input) {
   parse::AddQx(suite, input);
@@ -50,9 +47,7 @@ void AddParse(Suite& suite, const Input& input) {
   parse::AddSimdjson(suite, input);
 #endif
   parse::AddRapidJson(suite, input);
-  if (HasTimeForNlohmann(suite, input)) {
-    parse::AddNlohmann(suite, input);
-  }
+  parse::AddNlohmann(suite, input);
 }
 
 void AddRecordSet(Suite& suite, const Input& input) {
@@ -61,21 +56,18 @@ void AddRecordSet(Suite& suite, const Input& input) {
   recordset::AddSimdjson(suite, input);
 #endif
   recordset::AddRapidJson(suite, input);
-  if (HasTimeForNlohmann(suite, input)) {
-    recordset::AddNlohmann(suite, input);
-  }
+  recordset::AddNlohmann(suite, input);
 }
 
 void AddFill(Suite& suite, const Input& input) {
   fill::AddQx(suite, input);
   fill::AddRapidJson(suite, input);
-  if (HasTimeForNlohmann(suite, input)) {
-    fill::AddNlohmann(suite, input);
-  }
+  fill::AddNlohmann(suite, input);
 }
 
 void AddTables(Suite& suite) {
-  std::vector<std::size_t> vSizes = {kThousand, kHundredThousand};
+  std::vector<std::size_t> vSizes = {kThousand,
+                                     suite.Chosen().bQuick ? kTenThousand : kHundredThousand};
   if (suite.Chosen().bLarge) {
     vSizes.push_back(kMillion);
   }
@@ -101,7 +93,7 @@ void AddSmallTables(Suite& suite) {
 
 // 10^3 to 10^7 cells.
 void AddGrowth(Suite& suite) {
-  const std::size_t nLargest = suite.Chosen().bQuick ? kHundredThousand : kMillion;
+  const std::size_t nLargest = suite.Chosen().bQuick ? kTenThousand : kMillion;
   for (std::size_t nRows = 100; nRows <= nLargest; nRows *= 10) {
     recordset::AddQxCycle(suite, "growth", RowsInput(nRows));
     recordset::AddRapidJsonCycle(suite, "growth", RowsInput(nRows));
@@ -163,6 +155,7 @@ void AddContext() {
 struct CommandLine {
   Options options{"../shared/data"};
   bool bCheckOnly = false;
+  bool bListOnly = false;
   std::vector<char*> vRest;  // for Google Benchmark
 };
 
@@ -179,6 +172,8 @@ CommandLine ReadCommandLine(int nArguments, char** vArguments) {
       line.options.bLarge = true;
     } else if (strArgument == "--check") {
       line.bCheckOnly = true;
+    } else if (strArgument == "--list") {
+      line.bListOnly = true;
     } else {
       line.vRest.push_back(vArguments[i]);
     }
@@ -197,6 +192,10 @@ int Main(int nArguments, char** vArguments) {
 
   Suite suite(line.options);
   AddAll(suite);
+  if (line.bListOnly) {
+    suite.List(std::cout);
+    return 0;
+  }
   if (!suite.Check(benchmark::GetBenchmarkFilter())) {
     return 1;
   }

@@ -51,6 +51,12 @@ bool Suite::Check(const std::string& strFilter) const {
   return bAllEqual;
 }
 
+void Suite::List(std::ostream& output) const {
+  for (const Entry& entry : vEntries) {
+    output << entry.FullName() << "\n";
+  }
+}
+
 void Suite::RegisterAll() const {
   for (const Entry& entry : vEntries) {
     benchmark::RegisterBenchmark(entry.FullName().c_str(), entry.run);

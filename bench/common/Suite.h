@@ -18,6 +18,7 @@
 #include <benchmark/benchmark.h>
 
 #include <functional>
+#include <iosfwd>
 #include <string>
 #include <utility>
 #include <vector>
@@ -36,7 +37,7 @@ constexpr const char* kStandard = "standard";  // the C and C++ standard librari
 
 struct Options {
   std::string strDataFolder;  // where the documents are
-  bool bQuick = false;        // leave out what takes long
+  bool bQuick = false;        // smaller tables and shapes
   bool bLarge = false;        // add tables of 1,000,000 rows for every library
 };
 
@@ -82,6 +83,9 @@ class Suite {
   // Lets every entry that the regular expression `strFilter` chooses do its work once. False, with
   // the reason on standard error, when two entries of a contest differ.
   bool Check(const std::string& strFilter) const;
+
+  // Prints the entries' names, one a line.
+  void List(std::ostream& output) const;
 
   // Hands all entries to Google Benchmark.
   void RegisterAll() const;

@@ -218,6 +218,10 @@ void AddShape(Suite& suite, const char* szShape, std::size_t nLargest) {
     std::size_t nDivisor;
   };
   constexpr Scale kScales[] = {{"1x", 16}, {"4x", 4}, {"16x", 1}};
+  constexpr std::size_t kQuickDivisor = 16;
+  if (suite.Chosen().bQuick) {
+    nLargest /= kQuickDivisor;
+  }
   for (const Scale& scale : kScales) {
     const std::size_t nItems = nLargest / scale.nDivisor;
     suite.Add<Job>({"hostile-" + std::string(szShape), scale.szName, kQx, "fresh"},
