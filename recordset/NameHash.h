@@ -31,13 +31,14 @@ class NameHash {
 
   // Reads eight bytes at a time, and nothing outside the name.
   std::uint32_t operator()(const char* name, std::size_t length) const {
-    std::uint64_t nHash = nKeyA_ ^ length;
+    const std::uint64_t nLength = length;
+    std::uint64_t nHash = nKeyA_;
     for (; length > 16; name += 16, length -= 16) {
       nHash = Multiply(ReadWord<std::uint64_t>(name) ^ nKeyB_,
                        ReadWord<std::uint64_t>(name + 8) ^ nHash);
     }
     nHash = Multiply(Front(name, length) ^ nKeyB_, Back(name, length) ^ nHash);
-    return static_cast<std::uint32_t>(Multiply(nHash ^ nKeyA_, nKeyB_));
+    return static_cast<std::uint32_t>(Multiply(nHash ^ nKeyA_, nLength ^ nKeyB_));
   }
 
  private:

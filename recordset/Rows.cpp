@@ -1,9 +1,9 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Making room for rows and cells. Every rule here answers the same question: may this gap be bridged
-// with empty places, or does what lies behind it go to a map? It may as long as the empty places stay
-// in proportion to the cells and rows that exist, so that no order of writing makes a table larger
-// than its contents by more than a constant factor, or slower.
+// Making room for rows and cells. Every rule here answers the same question: may this gap be
+// bridged with empty places, or does what lies behind it go to a map? It may as long as the empty
+// places stay in proportion to the cells and rows that exist, so that no order of writing makes a
+// table larger than its contents by more than a constant factor, or slower.
 
 #include "recordset/Rows.h"
 
@@ -23,7 +23,7 @@ constexpr unsigned long kPlacesPerRow = 4;
 constexpr std::uint32_t kColumnsAhead = 8;
 
 // An array of up to this many cells may always be moved and widened; a larger one only when half of
-// its cells exist, because it is widened by half of its size then.
+// its cells exist, because its size is doubled then.
 constexpr std::uint32_t kAlwaysWidened = 16;
 
 }  // namespace
@@ -67,7 +67,8 @@ Cell& Rows::MakeCell(long lRow, std::uint32_t nColumn) {
   return cell;
 }
 
-// ---- Rows -----------------------------------------------------------------------------------------
+// ---- Rows
+// -----------------------------------------------------------------------------------------
 
 Row& Rows::EnsureRow(long lRow) {
   const unsigned long nIndex = IndexOf(lRow);
@@ -152,7 +153,8 @@ void Rows::ReachForOddRows() {
   }
 }
 
-// ---- Cells of one row -----------------------------------------------------------------------------
+// ---- Cells of one row
+// -----------------------------------------------------------------------------
 
 // Gives a row that has no cells yet room for as many as the row before it has.
 void Rows::BeginRow(long lRow, Row& row) {
@@ -162,10 +164,10 @@ void Rows::BeginRow(long lRow, Row& row) {
   if (nSpan != 0) Relocate(row, nSpan);
 }
 
-// Looks at the row that was begun last as at a finished one: takes back the room it did not use, and
-// brings its far cells into its array when they fill it at least by half. The result is the span that
-// the next row is to begin with; it is no more than twice the number of cells here, so that long
-// empty rows do not follow from one another.
+// Looks at the row that was begun last as at a finished one: takes back the room it did not use,
+// and brings its far cells into its array when they fill it at least by half. The result is the
+// span that the next row is to begin with; it is no more than twice the number of cells here, so
+// that long empty rows do not follow from one another.
 std::uint32_t Rows::FinishLatestRow() {
   if (!bHasLatest_) return 0;
   Row& row = *const_cast<Row*>(FindRow(lLatest_));
@@ -209,7 +211,7 @@ bool Rows::Widen(long lRow, Row& row, std::uint32_t nColumn) {
   if (nColumn - nSpan > kColumnsAhead) return false;
   if (!WidenInPlace(row, nColumn)) {
     if (nSpan > kAlwaysWidened && CountCells(row) < nSpan / 2) return false;
-    Relocate(row, std::max(nColumn, std::min(nSpan + nSpan / 2, kLastColumn)));
+    Relocate(row, std::max(nColumn, nSpan < kLastColumn / 2 ? 2 * nSpan : kLastColumn));
   }
   if (row.bHasFar) TakeOverFarCells(lRow, row);
   return true;
@@ -238,7 +240,8 @@ Cell* Rows::AllocateCells(std::uint32_t nCells) {
   return reinterpret_cast<Cell*>(blocks_.Allocate(nCells * sizeof(Cell)));
 }
 
-// ---- Far cells ------------------------------------------------------------------------------------
+// ---- Far cells
+// ------------------------------------------------------------------------------------
 
 const Cell* Rows::FindFar(long lRow, std::uint32_t nColumn) const {
   const auto it = mapFar_.find({lRow, nColumn});

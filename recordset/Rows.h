@@ -75,8 +75,9 @@ class Rows {
     return pRow != nullptr ? FindCell(lRow, *pRow, nColumn) : nullptr;
   }
   const Cell* FindCell(long lRow, const Row& row, std::uint32_t nColumn) const {
-    const Cell* const pCell =
-        nColumn <= row.nSpan ? row.pCells + nColumn - 1 : row.bHasFar ? FindFar(lRow, nColumn) : nullptr;
+    const Cell* const pCell = nColumn <= row.nSpan ? row.pCells + nColumn - 1
+                              : row.bHasFar        ? FindFar(lRow, nColumn)
+                                                   : nullptr;
     return pCell != nullptr && pCell->Exists() ? pCell : nullptr;
   }
 
@@ -105,9 +106,12 @@ class Rows {
   template <typename F>
   void ForEachRow(F f) const {
     auto it = mapOdd_.begin();
-    for (; it != mapOdd_.end() && it->first <= 0; ++it) f(it->first, it->second);
-    for (unsigned long i = 0; i < nSlots_; ++i) f(static_cast<long>(i + 1), Slot(i));
-    for (; it != mapOdd_.end(); ++it) f(it->first, it->second);
+    for (; it != mapOdd_.end() && it->first <= 0; ++it)
+      f(it->first, it->second);
+    for (unsigned long i = 0; i < nSlots_; ++i)
+      f(static_cast<long>(i + 1), Slot(i));
+    for (; it != mapOdd_.end(); ++it)
+      f(it->first, it->second);
   }
 
   // Removes all rows. Some memory is kept; see BumpBlocks::Reset.
@@ -160,19 +164,19 @@ class Rows {
   const Cell* FindFar(long lRow, std::uint32_t nColumn) const;
   void TakeOverFarCells(long lRow, Row& row) noexcept;
 
-  BumpBlocks blocks_;              // pages and cells
-  Row** pPages_;                   // pOnlyPage_, or an array in the blocks
-  Row* pOnlyPage_ = nullptr;       // the first page, as long as it is the only one
-  unsigned long nPages_ = 0;       // pages in use
-  unsigned long nPageRoom_ = 1;    // pages there is room for at pPages_
-  unsigned long nSlots_ = 0;       // rows in all pages
-  unsigned long nGridRows_ = 0;    // of these, rows that were begun
+  BumpBlocks blocks_;            // pages and cells
+  Row** pPages_;                 // pOnlyPage_, or an array in the blocks
+  Row* pOnlyPage_ = nullptr;     // the first page, as long as it is the only one
+  unsigned long nPages_ = 0;     // pages in use
+  unsigned long nPageRoom_ = 1;  // pages there is room for at pPages_
+  unsigned long nSlots_ = 0;     // rows in all pages
+  unsigned long nGridRows_ = 0;  // of these, rows that were begun
   bool bHasLatest_ = false;
-  long lLatest_ = 0;               // the row begun last, if there is one
-  std::map<long, Row> mapOdd_;     // rows outside the pages
-  long lLastOdd_ = 0;              // the row there that was asked for last,
-  Row* pLastOdd_ = nullptr;        // and where it is
-  FarCells mapFar_;                // cells beyond the span of their row, by row and column
+  long lLatest_ = 0;            // the row begun last, if there is one
+  std::map<long, Row> mapOdd_;  // rows outside the pages
+  long lLastOdd_ = 0;           // the row there that was asked for last,
+  Row* pLastOdd_ = nullptr;     // and where it is
+  FarCells mapFar_;             // cells beyond the span of their row, by row and column
   alignas(Cell) char aOwn_[kOwnBytes];
 };
 

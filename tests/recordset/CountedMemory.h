@@ -1,0 +1,24 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// The heap of this test program, counted: how much is in use, and allocations that fail on request.
+// The operators themselves are in MemoryTest.cpp.
+
+#ifndef QXRECORDSET_TESTS_RECORDSET_COUNTEDMEMORY_H
+#define QXRECORDSET_TESTS_RECORDSET_COUNTEDMEMORY_H
+
+#include <cstddef>
+
+namespace CountedMemory {
+
+// Bytes that were allocated with new and not released yet, as the allocator rounded them.
+std::size_t Live();
+
+// Lets `nMore` allocations with new succeed and every one after that fail.
+void FailAfter(long nMore);
+
+// Ends that, and tells whether an allocation failed.
+bool StopFailing();
+
+}  // namespace CountedMemory
+
+#endif  // QXRECORDSET_TESTS_RECORDSET_COUNTEDMEMORY_H
