@@ -25,17 +25,31 @@
 
 namespace JSON {
 
-// The text that is read, and what all readers of it share.
-template <typename Char>
+// The text that is read, and what all readers of it share. Of a terminated text, such as a
+// std::string holds, the byte at pEnd may be read and is a NUL: that saves a comparison per byte.
+template <typename CharType, bool bTerminated = false>
 struct Text {
+  using Char = CharType;
+
   Char* pEnd;             // one past the last byte
   Char* pStop = nullptr;  // where the last failure was found
   int nDepth = 0;         // containers open around the position
 
   explicit Text(Char* pTextEnd) : pEnd(pTextEnd) {}
 
-  // Nothing is left: the range ends, or a NUL ends the text.
-  bool AtEnd(const Char* p) const { return p == pEnd || *p == '\0'; }
+  // The byte at p, or a NUL when nothing is left. Outside of strings a NUL ends the text, too.
+  char Peek(const Char* p) const { return !bTerminated && p == pEnd ? '\0' : *p; }
+  bool AtEnd(const Char* p) const { return Peek(p) == '\0'; }
+
+  // The first byte at or behind p that is no white space. Most places where white space may stand
+  // have none, or a single blank: these two cases are decided here.
+  Char* SkipSpace(Char* p) const {
+    if (!IsSpace(Peek(p))) {
+      return p;
+    }
+    ++p;
+    return IsSpace(Peek(p)) ? SkipSpaceRun(p, pEnd) : p;
+  }
 
   Char* Fail(Char* p) {
     pStop = p;
@@ -44,10 +58,10 @@ struct Text {
 };
 
 // Counts one open container for as long as it lives.
-template <typename Char>
+template <typename Text>
 class Nesting {
  public:
-  explicit Nesting(Text<Char>& text) : text_(text) { ++text_.nDepth; }
+  explicit Nesting(Text& text) : text_(text) { ++text_.nDepth; }
   ~Nesting() { --text_.nDepth; }
   Nesting(const Nesting&) = delete;
   Nesting& operator=(const Nesting&) = delete;
@@ -55,13 +69,13 @@ class Nesting {
   bool TooDeep() const { return text_.nDepth > kMaxNesting; }
 
  private:
-  Text<Char>& text_;
+  Text& text_;
 };
 
 // Members up to the closing brace. p stands on '{'.
-template <typename Char, typename Sink>
-Char* ReadObject(Text<Char>& text, Char* p, Sink& sink) {
-  const Nesting<Char> nesting(text);
+template <typename Text, typename Sink>
+typename Text::Char* ReadObject(Text& text, typename Text::Char* p, Sink& sink) {
+  const Nesting<Text> nesting(text);
   if (nesting.TooDeep()) {
     return text.Fail(p);
   }
@@ -69,7 +83,7 @@ Char* ReadObject(Text<Char>& text, Char* p, Sink& sink) {
   if (text.AtEnd(p)) {
     return text.Fail(p);
   }
-  p = SkipSpace(p, text.pEnd);
+  p = text.SkipSpace(p);
   if (text.AtEnd(p)) {
     sink.Complete();
     return p;
@@ -85,26 +99,24 @@ Char* ReadObject(Text<Char>& text, Char* p, Sink& sink) {
     if (p == nullptr) {
       return nullptr;
     }
-    p = SkipSpace(p, text.pEnd);
-    if (p == text.pEnd || *p != ':') {
+    p = text.SkipSpace(p);
+    if (text.Peek(p) != ':') {
       return text.Fail(p);
     }
-    p = sink.Value(SkipSpace(p + 1, text.pEnd));
+    p = sink.Value(text.SkipSpace(p + 1));
     if (p == nullptr) {
       return nullptr;
     }
-    p = SkipSpace(p, text.pEnd);
-    if (p == text.pEnd) {
-      return text.Fail(p);
-    }
-    if (*p != ',') {
-      if (*p != '}') {
+    p = text.SkipSpace(p);
+    const char cBehind = text.Peek(p);
+    if (cBehind != ',') {
+      if (cBehind != '}') {
         return text.Fail(p);
       }
       sink.Complete();
       return p + 1;
     }
-    p = SkipSpace(p + 1, text.pEnd);
+    p = text.SkipSpace(p + 1);
     if (text.AtEnd(p)) {
       sink.Complete();
       return p;
@@ -113,9 +125,9 @@ Char* ReadObject(Text<Char>& text, Char* p, Sink& sink) {
 }
 
 // Elements up to the closing bracket. p stands on '['.
-template <typename Char, typename Sink>
-Char* ReadArray(Text<Char>& text, Char* p, Sink& sink) {
-  const Nesting<Char> nesting(text);
+template <typename Text, typename Sink>
+typename Text::Char* ReadArray(Text& text, typename Text::Char* p, Sink& sink) {
+  const Nesting<Text> nesting(text);
   if (nesting.TooDeep()) {
     return text.Fail(p);
   }
@@ -123,7 +135,7 @@ Char* ReadArray(Text<Char>& text, Char* p, Sink& sink) {
   if (text.AtEnd(p)) {
     return text.Fail(p);
   }
-  p = SkipSpace(p, text.pEnd);
+  p = text.SkipSpace(p);
   if (text.AtEnd(p)) {
     return p;
   }
@@ -131,23 +143,20 @@ Char* ReadArray(Text<Char>& text, Char* p, Sink& sink) {
     return p + 1;
   }
   for (;;) {
-    p = SkipSpace(p, text.pEnd);
-    if (p != text.pEnd && (*p == ',' || *p == ']')) {
+    p = text.SkipSpace(p);
+    if (text.Peek(p) == ',' || text.Peek(p) == ']') {
       sink.Missing();
     } else {
       p = sink.Element(p);
       if (p == nullptr) {
         return nullptr;
       }
-      p = SkipSpace(p, text.pEnd);
-      if (p == text.pEnd) {
-        return text.Fail(p);
-      }
+      p = text.SkipSpace(p);
     }
-    if (*p == ']') {
+    if (text.Peek(p) == ']') {
       return p + 1;
     }
-    if (*p != ',') {
+    if (text.Peek(p) != ',') {
       return text.Fail(p);
     }
     ++p;
@@ -158,8 +167,8 @@ Char* ReadArray(Text<Char>& text, Char* p, Sink& sink) {
 }
 
 // The literals, matched as prefixes: what follows is judged by whoever reads on. Null for no match.
-template <typename Char>
-inline Char* ReadBoolean(Text<Char>& text, Char* p) {
+template <typename Text>
+typename Text::Char* ReadBoolean(Text& text, typename Text::Char* p) {
   if (text.pEnd - p >= 4 && std::memcmp(p, "true", 4) == 0) {
     return p + 4;
   }
@@ -168,8 +177,8 @@ inline Char* ReadBoolean(Text<Char>& text, Char* p) {
   }
   return text.Fail(p);
 }
-template <typename Char>
-inline Char* ReadNull(Text<Char>& text, Char* p) {
+template <typename Text>
+typename Text::Char* ReadNull(Text& text, typename Text::Char* p) {
   if (text.pEnd - p >= 4 && std::memcmp(p, "null", 4) == 0) {
     return p + 4;
   }

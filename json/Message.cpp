@@ -112,7 +112,7 @@ bool Message::Parse(const char* text, int length) {
   }
   char* const pBufferEnd = pBuffer + nText;
   const bool bEmpty = nText == 0 || *pBuffer == '\0';
-  char* const pFirst = bEmpty ? pBufferEnd : SkipSpace(pBuffer, pBufferEnd);
+  char* const pFirst = bEmpty ? pBufferEnd : Text<char>(pBufferEnd).SkipSpace(pBuffer);
   if (pFirst == pBufferEnd || (*pFirst != '{' && *pFirst != '[')) {
     RefuseText(pBuffer, pBufferEnd, pFirst);
     return false;

@@ -51,7 +51,7 @@ int Refuse(UnsafeJSONValue& value) {
 }  // namespace
 
 int Parser::ParseJSONValue(ParseContext& context, CompositeValue& parent) {
-  context.pCursor = SkipSpace(context.pCursor, context.pEnd);
+  context.pCursor = Text<char>(context.pEnd).SkipSpace(context.pCursor);
   TreeReader reader(context.pEnd, nullptr);
   ArrayValue holder(1);
   Place place;

@@ -38,20 +38,6 @@ Char* SkipSpaceRun(Char* p, Char* pEnd) {
   return p;
 }
 
-// The same. Most places where white space may stand have none, or a single blank: these two cases
-// are decided at the caller's.
-template <typename Char>
-inline Char* SkipSpace(Char* p, Char* pEnd) {
-  if (p == pEnd || !IsSpace(*p)) {
-    return p;
-  }
-  ++p;
-  if (p == pEnd || !IsSpace(*p)) {
-    return p;
-  }
-  return SkipSpaceRun(p, pEnd);
-}
-
 // The first '"' or '\' at or behind p, or the end.
 template <typename Char>
 inline Char* FindQuoteOrBackslash(Char* p, Char* pEnd) {
@@ -63,6 +49,21 @@ inline Char* FindQuoteOrBackslash(Char* p, Char* pEnd) {
     p += Block16::kBytes;
   }
   while (p != pEnd && *p != '"' && *p != '\\') {
+    ++p;
+  }
+  return p;
+}
+
+// The first '"', '\\' or NUL at or behind p, or the end.
+inline const char* FindTextStop(const char* p, const char* pEnd) {
+  while (pEnd - p >= Block16::kBytes) {
+    const std::uint32_t found = Block16::Load(p).QuoteBackslashOrNul();
+    if (found != 0) {
+      return p + LowestBit(found);
+    }
+    p += Block16::kBytes;
+  }
+  while (p != pEnd && *p != '"' && *p != '\\' && *p != '\0') {
     ++p;
   }
   return p;

@@ -50,10 +50,8 @@ TreeReader::Content TreeReader::ReadEscaped(char* pContent, char* pBackslash) {
 }
 
 QXRECORDSET_HOT char* TreeReader::ReadInline(char* p, ArrayValue& parent, Place& place) {
-  if (p == text_.pEnd) {
-    return text_.Fail(p);
-  }
-  if (*p == '"') {
+  const char c = text_.Peek(p);
+  if (c == '"') {
     const Content content = ReadString(p);
     if (content.pNext != nullptr) {
       AppendScalar(parent, jtString, p + 1, content.nLength);
@@ -62,7 +60,7 @@ QXRECORDSET_HOT char* TreeReader::ReadInline(char* p, ArrayValue& parent, Place&
     AppendScalar(parent, jtInvalid, nullptr, 0);
     return nullptr;
   }
-  if (BeginsNumber(*p)) {
+  if (BeginsNumber(c)) {
     bool bReal = false;
     char* const pNext = ScanNumber(p, text_.pEnd, bReal);
     AppendScalar(parent, bReal ? jtDouble : jtInteger, p, pNext - p);
@@ -78,7 +76,7 @@ char* TreeReader::ReadValue(char* p, ArrayValue& parent, Place& place) {
 char* TreeReader::ReadOther(char* p, ArrayValue& parent, Place& place) {
   char* pNext = nullptr;
   Type type = jtBoolean;
-  switch (*p) {
+  switch (text_.Peek(p)) {
     case '{':
       return ReadContainer<ObjectValue>(p, parent, place);
     case '[':
@@ -92,7 +90,7 @@ char* TreeReader::ReadOther(char* p, ArrayValue& parent, Place& place) {
       type = jtNull;
       break;
     default:
-      return text_.Fail(p);  // no value begins here, or the text ends with a NUL
+      return text_.Fail(p);  // no value begins here, or the text ends
   }
   if (pNext == nullptr) {
     AppendScalar(parent, jtInvalid, nullptr, 0);

@@ -27,7 +27,7 @@ using recordset::Table;
 
 namespace {
 
-using Text = JSON::Text<const char>;
+using Text = JSON::Text<const char, true>;  // the bytes of a std::string
 
 constexpr int kWriterBytes = 1024;  // reserved for the text of a nested object
 constexpr int kLongBytes = 21;      // the digits of a long, its sign and a NUL
@@ -90,25 +90,33 @@ class CellLoader {
   // Reads the value at p into a cell. Nearly all values are short: what sixteen bytes tell about
   // them is enough, and they are stored in one step.
   const char* Load(const char* p, long lRow, std::uint32_t nColumn) {
-    if (text_.pEnd - p > JSON::Block16::kBytes) {
-      if (*p == '"') {
-        const JSON::Block16 block = JSON::Block16::Load(p + 1);
-        const std::uint32_t nStop = block.QuoteBackslashOrNul();
-        const unsigned nLength = nStop != 0 ? JSON::LowestBit(nStop) : 0;
-        if (nStop != 0 && p[1 + nLength] == '"') {
-          table_.SetCell(lRow, nColumn, block, nLength, CQXRecordSet::QX_TEXT);
-          return p + 1 + nLength + 1;
-        }
-      } else if (*p >= '1' && *p <= '9') {
-        const JSON::Block16 block = JSON::Block16::Load(p);
-        const std::uint32_t nStop = block.NonDigits();
-        const unsigned nLength = nStop != 0 ? JSON::LowestBit(nStop) : JSON::Block16::kBytes;
-        bool bReal = false;
-        if (nLength <= kShortDigits && !JSON::IsNumberMark(p[nLength], bReal)) {
-          table_.SetCell(lRow, nColumn, block, nLength, CQXRecordSet::QX_LONG);
-          return p + nLength;
-        }
+    if (text_.pEnd - p <= JSON::Block16::kBytes) {
+      return LoadOther(p, lRow, nColumn);
+    }
+    if (*p == '"') {
+      const JSON::Block16 block = JSON::Block16::Load(p + 1);
+      const std::uint32_t nStop = block.QuoteBackslashOrNul();
+      const char* const pStop = p + 1 + (nStop != 0 ? JSON::LowestBit(nStop) : 0);
+      if (nStop != 0 && *pStop == '"') {
+        table_.SetCell(lRow, nColumn, block, static_cast<std::size_t>(pStop - p - 1),
+                       CQXRecordSet::QX_TEXT);
+        return pStop + 1;
       }
+    } else if (*p >= '1' && *p <= '9') {
+      const JSON::Block16 block = JSON::Block16::Load(p);
+      const std::uint32_t nStop = block.NonDigits();
+      const unsigned nLength = nStop != 0 ? JSON::LowestBit(nStop) : JSON::Block16::kBytes;
+      bool bReal = false;
+      if (nLength <= kShortDigits && !JSON::IsNumberMark(p[nLength], bReal)) {
+        table_.SetCell(lRow, nColumn, block, nLength, CQXRecordSet::QX_LONG);
+        return p + nLength;
+      }
+    } else if (std::memcmp(p, "true", 4) == 0) {
+      Set(lRow, nColumn, "1", CQXRecordSet::QX_BOOL);
+      return p + 4;
+    } else if (std::memcmp(p, "null", 4) == 0) {
+      Set(lRow, nColumn, "", CQXRecordSet::QX_NULL);
+      return p + 4;
     }
     return LoadOther(p, lRow, nColumn);
   }
@@ -145,6 +153,11 @@ class CellLoader {
   }
 
   const char* LoadString(const char* p, long lRow, std::uint32_t nColumn) {
+    const char* const pStop = JSON::FindTextStop(p + 1, text_.pEnd);
+    if (*pStop == '"') {
+      Set(lRow, nColumn, {p + 1, static_cast<std::size_t>(pStop - p - 1)}, CQXRecordSet::QX_TEXT);
+      return pStop + 1;
+    }
     const std::string_view text = ReadString(p);
     if (p != nullptr) {
       Set(lRow, nColumn, UpToNul(text), CQXRecordSet::QX_TEXT);
@@ -170,10 +183,10 @@ class CellLoader {
   }
 
   const char* LoadOther(const char* p, long lRow, std::uint32_t nColumn) {
-    if (p != text_.pEnd && *p == '"') {
+    if (*p == '"') {
       return LoadString(p, lRow, nColumn);
     }
-    if (p != text_.pEnd && JSON::BeginsNumber(*p)) {
+    if (JSON::BeginsNumber(*p)) {
       return LoadNumber(p, lRow, nColumn);
     }
     const char* const pNext = Skipper(text_).Value(p);
@@ -242,7 +255,7 @@ class RowSink {
   }
 
   const char* Value(const char* p) {
-    lLastRow_ = std::max(lLastRow_, lRow_);
+    lLastRow_ = lRow_;
     return cells_.Load(p, lRow_, nColumn_);
   }
 
@@ -270,8 +283,8 @@ class RowsSink {
   void Missing() { bEnded_ = true; }
   const char* Element(const char* p) {
     ++lRow_;
-    if (bEnded_ || text_.AtEnd(p) || *p != '{') {
-      bEnded_ = bEnded_ || (p != text_.pEnd && *p == 'n');
+    if (bEnded_ || *p != '{') {
+      bEnded_ = bEnded_ || *p == 'n';
       return Skipper(text_).Value(p);
     }
     row_.BeginRow(lRow_);
@@ -305,7 +318,7 @@ class DocumentSink {
     }
     const bool bFirstRows = !bRowsSeen_ && name_ == szRows;
     bRowsSeen_ = bRowsSeen_ || bFirstRows;
-    if (bFirstRows && p != text_.pEnd && *p == '[') {
+    if (bFirstRows && *p == '[') {
       bRowsRead_ = true;
       table_.Reset();
       row_.Forget();
@@ -329,16 +342,16 @@ class DocumentSink {
 };
 
 // Loads the text into an empty table. False when it is no JSON object; the table is then of no use.
-bool LoadText(std::string_view strText, Table& table, long& lLastRow) {
+bool LoadText(const std::string& strText, Table& table, long& lLastRow) {
   if (strText.empty() || strText.size() > INT_MAX || strText.front() == '\0') {
     return false;
   }
   const char* const pEnd = strText.data() + strText.size();
-  const char* const p = JSON::SkipSpace(strText.data(), pEnd);
-  if (p == pEnd || *p != '{') {
+  Text text(pEnd);
+  const char* const p = text.SkipSpace(strText.data());
+  if (*p != '{') {
     return false;
   }
-  Text text(pEnd);
   DocumentSink document(text, table);
   const bool bLoaded = ReadObject(text, p, document) != nullptr;
   lLastRow = document.LastRow();

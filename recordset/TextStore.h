@@ -17,6 +17,7 @@
 #ifndef QXRECORDSET_RECORDSET_TEXTSTORE_H
 #define QXRECORDSET_RECORDSET_TEXTSTORE_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -64,7 +65,7 @@ class TextStore {
   const char* StoreBlock(JSON::Block16 block, std::size_t length) {
     if (length == 0) return Constant(nullptr, 0);
     if (pFree_ == nullptr && blocks_.Room() >= JSON::Block16::kBytes) {
-      char* const pText = blocks_.Allocate(PieceSize(length));
+      char* const pText = blocks_.Allocate(BlockPieceSize(length));
       block.Store(pText);
       pText[length] = '\0';
       return pText;
@@ -122,6 +123,11 @@ class TextStore {
     const std::size_t nStep = length <= kLongestSmall ? kGranule : kLargeStep;
     const std::size_t nSize = (length + nStep) / nStep * nStep;
     return nSize < kSmallestPiece ? kSmallestPiece : nSize;
+  }
+
+  // The same for a text shorter than a block.
+  static std::size_t BlockPieceSize(std::size_t length) {
+    return std::max((length + kGranule) & ~(kGranule - 1), kSmallestPiece);
   }
 
   char* AllocateSmall(std::size_t length) {
