@@ -29,7 +29,7 @@ int Consume() {
     return 3;
   }
 
-  JSON::Serialize writer;
+  JSON::Serialize writer(64);
   json_walk_obj(writer, &message, 0);
   if (writer.String() != strText) {
     return 4;
