@@ -19,7 +19,7 @@ ArrayValue::ArrayValue(int nReserve) : CompositeValue(false) {
 }
 
 ArrayValue::~ArrayValue() {
-  Clear();
+  ArrayValue::Clear();
   Storage::FreeAll(*this);
 }
 

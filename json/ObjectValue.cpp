@@ -19,7 +19,7 @@ ObjectValue::ObjectValue(int nReserve) : CompositeValue(false), avValues(nReserv
 }
 
 ObjectValue::~ObjectValue() {
-  Clear();
+  ObjectValue::Clear();
   Storage::FreeNames(*this);
 }
 

@@ -22,7 +22,7 @@ void Columns::Reset() noexcept {
   vSlots_.clear();
   vSorted_.clear();
   nLast_ = 0;
-  nGuess_ = 0;
+  pGuess_ = nullptr;
 }
 
 std::size_t Columns::Footprint() const {
@@ -59,7 +59,7 @@ std::uint32_t Columns::Search(const char* name, std::size_t length) const {
 void Columns::Learn(std::uint32_t nPosition) {
   vColumns_[nLast_].nNext = nPosition;
   nLast_ = nPosition;
-  nGuess_ = vColumns_[nPosition].nNext;
+  pGuess_ = &vColumns_[vColumns_[nPosition].nNext];
 }
 
 // ---- Adding
@@ -72,7 +72,8 @@ std::uint32_t Columns::Add(const char* name, std::size_t length) {
   if (vColumns_.capacity() == 0) vColumns_.reserve(kFirstColumns);
   if (nCount > kFewColumns && 2 * nCount > vSlots_.size()) MakeTable(4 * nCount);
   if (vColumns_.size() == vColumns_.capacity()) vColumns_.reserve(2 * vColumns_.size());
-  vColumns_.push_back({JSON::ExpectedName(texts_.Store(name, length), length), 0, 0});
+  vColumns_.push_back({JSON::ExpectedName(texts_.Store(name, length), length), 0,
+                       static_cast<std::uint32_t>(nCount - 1), 0});
   const auto nPosition = static_cast<std::uint32_t>(nCount - 1);
   if (!vSlots_.empty()) Enter(nPosition);
   Learn(nPosition);

@@ -45,7 +45,7 @@ class Columns {
 
   // The index of a column, or 0. `name` ends at its NUL, or is `length` bytes long.
   std::uint32_t Find(const char* name) {
-    if (nGuess_ < vColumns_.size() && IsText(vColumns_[nGuess_], name)) {
+    if (pGuess_ != nullptr && IsText(*pGuess_, name)) {
       return TakeGuess();
     }
     return FindElsewhere(name, std::strlen(name));
@@ -58,8 +58,8 @@ class Columns {
   // a closing quote; nColumn is then its index. Null and 0 when the name has to be read.
   const JSON::ExpectedName* MatchQuoted(const char* p, const char* pEnd, std::uint32_t& nColumn) {
     nColumn = 0;
-    if (nGuess_ >= vColumns_.size() || !vColumns_[nGuess_].name.Matches(p, pEnd)) return nullptr;
-    const JSON::ExpectedName* const pName = &vColumns_[nGuess_].name;
+    if (pGuess_ == nullptr || !pGuess_->name.Matches(p, pEnd)) return nullptr;
+    const JSON::ExpectedName* const pName = &pGuess_->name;
     nColumn = TakeGuess();
     return pName;
   }
@@ -87,6 +87,7 @@ class Columns {
   struct Column {
     JSON::ExpectedName name;
     std::uint32_t nHash;  // once there is a hash table
+    std::uint32_t nPosition;
     std::uint32_t nNext;  // position of the column that was found after this one
   };
 
@@ -94,7 +95,7 @@ class Columns {
   static constexpr std::size_t kFewColumns = 16;
 
   bool IsGuess(const char* name, std::size_t length) const {
-    return nGuess_ < vColumns_.size() && IsName(vColumns_[nGuess_], name, length);
+    return pGuess_ != nullptr && IsName(*pGuess_, name, length);
   }
   static bool IsName(const Column& column, const char* name, std::size_t length) {
     return column.name.Length() == length && SameBytes(column.name.Text(), name, length);
@@ -103,16 +104,16 @@ class Columns {
   // compared where a call would cost more. `name` may end anywhere before the column's name does.
   static bool IsText(const Column& column, const char* name) {
     const char* const pName = column.name.Text();
-    std::size_t i = 0;
-    while (pName[i] == name[i] && name[i] != '\0') {
-      ++i;
+    const std::size_t nLength = column.name.Length();
+    for (std::size_t i = 0; i < nLength; ++i) {
+      if (name[i] != pName[i]) return false;
     }
-    return pName[i] == name[i];
+    return name[nLength] == '\0';
   }
 
   std::uint32_t TakeGuess() {
-    nLast_ = nGuess_;
-    nGuess_ = vColumns_[nGuess_].nNext;
+    nLast_ = pGuess_->nPosition;
+    pGuess_ = &vColumns_[pGuess_->nNext];
     return nLast_ + 1;
   }
 
@@ -125,9 +126,9 @@ class Columns {
   void Enter(std::uint32_t nPosition) noexcept;
 
   TextStore& texts_;
-  std::vector<Column> vColumns_;  // by index - 1, the column's position
-  std::uint32_t nLast_ = 0;       // position of the column found last
-  std::uint32_t nGuess_ = 0;      // position of the column expected next
+  std::vector<Column> vColumns_;    // by index - 1, the column's position
+  std::uint32_t nLast_ = 0;         // position of the column found last
+  const Column* pGuess_ = nullptr;  // the column expected next
   std::optional<NameHash> hash_;
   std::vector<std::uint32_t>
       vSlots_;  // the hash table: indices, 0 for a free slot; at most half full
