@@ -27,7 +27,7 @@ build: ## build the 64-bit release: libraries, tool, examples, tests
 	$(call build,x64)
 
 demo: ## run the main job on real data: a query's rows through text into another process
-	$(DEPS) build tests tools demo
+	$(DEPS) build tests tools
 	$(call configure,x64)
 	cmake --build --preset x64 --parallel $(JOBS) --target qxrs
 	scripts/demo.sh build/x64/tools/qxrs

@@ -11,11 +11,10 @@ set -euo pipefail
 packages_of() {
   case $1 in
     build) echo g++ cmake ninja-build make pkg-config binutils ;;
-    # The 32-bit half of the compiler, GoogleTest as library and as source.
-    tests) echo g++-multilib libgtest-dev googletest ;;
+    # The 32-bit half of the compiler, GoogleTest as library and as source, and what runs the tool.
+    tests) echo g++-multilib libgtest-dev googletest python3 ;;
     tools) echo libcli11-dev libcsv-dev libsqlite3-dev ;;
-    demo) echo sqlite3 ;;
-    fmt) echo clang-format-14 ;;
+    fmt) echo git clang-format-14 ;;
     tidy) echo clang-tidy-14 ;;
     bench) echo libbenchmark-dev libsimdjson-dev rapidjson-dev nlohmann-json3-dev python3 ;;
     coverage) echo gcovr ;;
