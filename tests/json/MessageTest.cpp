@@ -148,6 +148,19 @@ TEST(JsonMessage, RefusesUpdatesThatFitNowhere) {
   EXPECT_EQ(Written(message), R"({"a":{},"b":[2],"c":[],"d":4})");
 }
 
+TEST(JsonMessage, ChangesTheNamesOfOneObjectAlone) {
+  Message message;
+  ASSERT_TRUE(message.Parse(R"([{"b":1,"a":2},{"b":3,"a":4},{"b":5,"a":6}])"));
+  auto& object = dynamic_cast<ObjectValue&>(*message[1].pComposite);
+  object.vNameMap[0].UpdateName("changed");
+  object.vNameMap[0].UpdateName(object.vNameMap[0].pName + 1);  // from what it replaces
+  object.Sort();
+  message[2].Set("c", 7);
+  EXPECT_EQ(Written(message), R"([{"b":1,"a":2},{"b":3,"hanged":4},{"b":5,"a":6,"c":7}])");
+  EXPECT_EQ(message.Path("1.hanged").AsInt(), 4);
+  EXPECT_EQ(message.Path("0.a").AsInt() + message.Path("2.a").AsInt(), 8);
+}
+
 TEST(JsonMessage, DropsANameWithoutValueAtTheNextUpdate) {
   for (const char* name : {"lost", "new"}) {
     Message message;

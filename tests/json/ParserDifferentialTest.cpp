@@ -139,16 +139,29 @@ class Author {
     return strName;
   }
 
-  // Rows that repeat their names, as a table's do, and rows that nearly do.
+  // Rows that repeat their names, as a table's do, and rows that nearly do; now and then many rows
+  // that each pick a few of the names, or a row of more names than a table would have.
   std::string Rows() {
-    std::vector<std::string> vNames(random.OneIn(25) ? random.Below(40) : random.Below(6));
-    for (std::string& name : vNames)
-      name = Name();
+    const bool bHuge = random.OneIn(300);
+    const bool bPicked = !bHuge && random.OneIn(40);
+    std::vector<std::string> vNames(bHuge              ? 1000 + random.Below(60)
+                                    : bPicked          ? 12 + random.Below(12)
+                                    : random.OneIn(25) ? random.Below(40)
+                                                       : random.Below(6));
+    for (std::string& name : vNames) {
+      name = bHuge ? std::to_string(random.Below(100000)) : Name();
+    }
     std::string strRows = "[" + Space();
-    for (std::size_t n = random.Below(7), i = 0; i < n; ++i) {
-      strRows += (i > 0 ? "," + Space() : "") + Row(vNames) + Space();
+    for (std::size_t n = bPicked ? 40 : random.Below(bHuge ? 3 : 7), i = 0; i < n; ++i) {
+      std::vector<std::string> vPicked = vNames;
+      if (bPicked) std::rotate(vPicked.begin(), vPicked.begin() + From(vNames), vPicked.end());
+      if (bPicked) vPicked.resize(static_cast<std::size_t>(From(vNames)));
+      strRows += (i > 0 ? "," + Space() : "") + Row(std::move(vPicked)) + Space();
     }
     return strRows + "]";
+  }
+  std::ptrdiff_t From(const std::vector<std::string>& names) {
+    return static_cast<std::ptrdiff_t>(random.Below(names.size() + 1));
   }
   std::string Row(std::vector<std::string> vNames) {
     if (!vNames.empty() && random.OneIn(3)) {

@@ -222,6 +222,10 @@ class Player {
       pNode = &pNode->vValues[n];
     }
     if (pNode->bContainer && random.OneIn(20)) return Empty(*pValue, *pNode);
+    if (pNode != &pair.model && random.OneIn(20)) {
+      pNode->text = random.Of(kTexts);
+      return pValue->InternalUpdateValue(pNode->text.strText.c_str());
+    }
     if (pNode->bContainer && random.OneIn(12)) return AppendClone(*pValue, *pNode);
     if (random.OneIn(2)) {
       Update(*pValue, *pNode, static_cast<int>(random.Below(pNode->vValues.size() + 4)) - 1);
@@ -312,7 +316,7 @@ class Player {
     copy.text = Text();
     if (auto* pObject = dynamic_cast<ObjectValue*>(value.pComposite)) {
       JSON::UnsafeJSONValue name(JSON::jtString);
-      for (const ObjectValue::NameMap& entry : pObject->vNameMap) {
+      for (const ObjectValue::NameMap& entry : std::as_const(pObject->vNameMap)) {
         if (entry.bOwnsName || pObject->vNameMap.size() != node.vNames.size()) continue;
         name.pText = entry.pName;
         name.nLength = entry.nLength;
