@@ -12,7 +12,7 @@ TIDY_FOLDERS := $(LIBRARY_FOLDERS) tools
 # Options for the benchmark run, such as --quick or --arch x64.
 BENCH ?=
 
-.PHONY: help build demo check bench asan tsan fmt fmt-check tidy symbols coverage
+.PHONY: help build demo check bench bench-report asan tsan fmt fmt-check tidy symbols coverage
 
 help: ## list these commands
 	@sed -nE 's/^([a-z-]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 18
@@ -45,6 +45,10 @@ bench: ## measure beside other JSON libraries, both architectures (BENCH="--quic
 	$(foreach arch,x86 x64,$(call configure,$(arch)) -DQXRECORDSET_BUILD_BENCH=ON \
 	  && cmake --build --preset $(arch) --parallel $(JOBS) --target benchmarks &&) true
 	bench/run.py $(BENCH)
+
+bench-report: ## write docs/benchmarks.md and its plots from what the last `make bench` measured
+	$(DEPS) bench report
+	/usr/bin/python3 -B bench/report.py
 
 asan: ## the tests under address and undefined behaviour sanitizers, both architectures
 	$(DEPS) build tests tools

@@ -17,6 +17,7 @@ packages_of() {
     fmt) echo git clang-format-14 ;;
     tidy) echo clang-tidy-14 ;;
     bench) echo libbenchmark-dev libsimdjson-dev rapidjson-dev nlohmann-json3-dev python3 ;;
+    report) echo python3-matplotlib ;;
     coverage) echo gcovr ;;
     *)
       echo "install-deps.sh: unknown group '$1'" >&2
