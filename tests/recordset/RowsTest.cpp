@@ -91,6 +91,13 @@ const Filling kFillings[] = {
            put(i, c);
        }
      }},
+    {"every eighth column in two rows by turns", 128,
+     [](const Put& put) {
+       for (std::uint32_t c = 8; c <= 40000; c += 8) {
+         for (long i = 1; i <= 2; ++i)
+           put(i, c);
+       }
+     }},
     {"columns that double", 400,
      [](const Put& put) {
        for (long i = 1; i <= 300; ++i) {
