@@ -1,0 +1,113 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Laying out tables.
+
+#include "tools/qxrs/TableLayout.h"
+
+#include <algorithm>
+
+#include "tools/qxrs/support/Terminal.h"
+
+namespace qxrs {
+
+namespace {
+
+constexpr std::size_t kGap = 2;  // columns between two columns of the table
+
+// Texts stay recognisable down to this width; integers are cut only when that is not enough.
+constexpr std::size_t kLeastForText = 8;
+constexpr std::size_t kLeast = 3;
+
+std::string WithoutBlanksAtEnd(std::string strLine) {
+  strLine.erase(strLine.find_last_not_of(' ') + 1);
+  return strLine;
+}
+
+}  // namespace
+
+TableLayout::TableLayout(Output& outputText, std::size_t nMaxWidth, bool bUseColor)
+    : output(outputText), nWidth(nMaxWidth), bColor(bUseColor) {}
+
+void TableLayout::BeginColumns() {
+  for (const std::string& strName : Names()) {
+    DisplayText head = MakeDisplayText(strName);
+    const std::size_t nHeadWidth = head.nWidth;
+    vColumns.push_back({std::move(head), {}, nHeadWidth, true});
+  }
+}
+
+void TableLayout::WriteCells(const std::vector<Cell>& vCells) {
+  for (std::size_t i = 0; i < vCells.size(); ++i) {
+    Column& column = vColumns[i];
+    column.vTexts.push_back(MakeDisplayText(ShownText(vCells[i])));
+    column.nWidth = std::max(column.nWidth, column.vTexts.back().nWidth);
+    column.bIntegers &=
+        vCells[i].eType == CQXRecordSet::QX_LONG || vCells[i].eType == CQXRecordSet::QX_NULL;
+  }
+  ++nRows;
+}
+
+void TableLayout::End() {
+  if (vColumns.empty()) {
+    output.Write(nRows == 0 ? "(no rows)\n" : "(no columns)\n");
+    return;
+  }
+  Shrink(kLeastForText, false);
+  Shrink(kLeast, true);
+
+  std::vector<DisplayText> vRules;
+  for (const Column& column : vColumns) {
+    vRules.push_back({std::string(column.nWidth, '-'), column.nWidth});
+  }
+  std::vector<const DisplayText*> vLine(vColumns.size());
+  const auto WriteLine = [&](auto pick, bool bBold) {
+    for (std::size_t i = 0; i < vColumns.size(); ++i) {
+      vLine[i] = pick(i);
+    }
+    output.Write(Styled(Line(vLine), Style::Bold, bColor && bBold) + "\n");
+  };
+  WriteLine([&](std::size_t i) { return &vColumns[i].head; }, true);
+  WriteLine([&](std::size_t i) { return &vRules[i]; }, false);
+  for (std::size_t nRow = 0; nRow < nRows; ++nRow) {
+    WriteLine([&](std::size_t i) { return &vColumns[i].vTexts[nRow]; }, false);
+  }
+}
+
+std::size_t TableLayout::Total() const {
+  std::size_t nTotal = kGap * (vColumns.size() - 1);
+  for (const Column& column : vColumns) {
+    nTotal += column.nWidth;
+  }
+  return nTotal;
+}
+
+// Takes width from the widest columns, one step at a time, until the lines fit or no column is
+// wider than `nLeast`.
+void TableLayout::Shrink(std::size_t nLeast, bool bIntegersToo) {
+  for (std::size_t nTotal = Total(); nTotal > nWidth; --nTotal) {
+    Column* pWidest = nullptr;
+    for (Column& column : vColumns) {
+      const bool bMay = column.nWidth > nLeast && (bIntegersToo || !column.bIntegers);
+      if (bMay && (!pWidest || column.nWidth > pWidest->nWidth)) {
+        pWidest = &column;
+      }
+    }
+    if (!pWidest) {
+      return;
+    }
+    --pWidest->nWidth;
+  }
+}
+
+std::string TableLayout::Line(const std::vector<const DisplayText*>& vTexts) const {
+  std::string strLine;
+  for (std::size_t i = 0; i < vColumns.size(); ++i) {
+    const DisplayText text = Shortened(*vTexts[i], vColumns[i].nWidth);
+    const std::string strBlanks(vColumns[i].nWidth - text.nWidth, ' ');
+    strLine += i == 0 ? "" : std::string(kGap, ' ');
+    strLine += vColumns[i].bIntegers ? strBlanks + text.strText : text.strText + strBlanks;
+  }
+  return WithoutBlanksAtEnd(std::move(strLine));
+}
+
+}  // namespace qxrs

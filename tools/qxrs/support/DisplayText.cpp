@@ -1,0 +1,102 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Measuring and cutting texts for the terminal.
+
+#include "tools/qxrs/support/DisplayText.h"
+
+#include <cstdio>
+#include <cwchar>
+
+namespace qxrs {
+
+namespace {
+
+constexpr std::string_view kEllipsis = "\u2026";
+
+// One character of a text: its bytes, and its columns or -1 when it cannot be shown.
+struct Character {
+  std::size_t nBytes;
+  int nWidth;
+};
+
+Character NextCharacter(std::string_view strText) {
+  const char c = strText.front();
+  if (c >= 0x20 && c < 0x7f) {
+    return {1, 1};
+  }
+  wchar_t wide = 0;
+  std::mbstate_t state{};
+  const std::size_t nBytes = std::mbrtowc(&wide, strText.data(), strText.size(), &state);
+  // 0 is a NUL; above the text's length come the two codes for broken and cut-off sequences.
+  if (nBytes == 0 || nBytes > strText.size()) {
+    return {1, -1};
+  }
+  return {nBytes, wcwidth(wide)};
+}
+
+std::string Escaped(std::string_view strBytes) {
+  std::string strResult;
+  for (const char c : strBytes) {
+    switch (c) {
+      case '\t':
+        strResult += "\\t";
+        break;
+      case '\n':
+        strResult += "\\n";
+        break;
+      case '\r':
+        strResult += "\\r";
+        break;
+      default: {
+        char szText[8];
+        std::snprintf(szText, sizeof szText, "\\x%02x",
+                      static_cast<unsigned>(static_cast<unsigned char>(c)));
+        strResult += szText;
+      }
+    }
+  }
+  return strResult;
+}
+
+}  // namespace
+
+DisplayText MakeDisplayText(std::string_view strText) {
+  DisplayText result;
+  while (!strText.empty()) {
+    const Character character = NextCharacter(strText);
+    const std::string_view strBytes = strText.substr(0, character.nBytes);
+    if (character.nWidth >= 0) {
+      result.strText += strBytes;
+      result.nWidth += static_cast<std::size_t>(character.nWidth);
+    } else {
+      const std::string strEscaped = Escaped(strBytes);
+      result.strText += strEscaped;
+      result.nWidth += strEscaped.size();
+    }
+    strText.remove_prefix(character.nBytes);
+  }
+  return result;
+}
+
+DisplayText Shortened(const DisplayText& text, std::size_t nWidth) {
+  if (text.nWidth <= nWidth || nWidth == 0) {
+    return text;
+  }
+  DisplayText result;
+  std::string_view strRest = text.strText;
+  while (!strRest.empty()) {
+    const Character character = NextCharacter(strRest);
+    const auto nColumns = static_cast<std::size_t>(character.nWidth);
+    if (result.nWidth + nColumns > nWidth - 1) {
+      break;
+    }
+    result.strText += strRest.substr(0, character.nBytes);
+    result.nWidth += nColumns;
+    strRest.remove_prefix(character.nBytes);
+  }
+  result.strText += kEllipsis;
+  ++result.nWidth;
+  return result;
+}
+
+}  // namespace qxrs
