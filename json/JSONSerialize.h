@@ -120,7 +120,7 @@ class QXRECORDSET_EXPORT Serialize {
   // reference stays valid until the next write.
   const std::string& String() const&;
 
-  // The same from a writer that is not used any more: the text is moved out.
+  // The same, but the text is moved out of the writer, which begins a new one.
   std::string String() &&;
 
  private:

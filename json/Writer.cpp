@@ -120,7 +120,11 @@ const std::string& Serialize::String() const& {
 }
 
 std::string Serialize::String() && {
-  return bError || nDepth != 0 ? std::string() : std::move(strOutput);
+  std::string strText;
+  if (bError || nDepth != 0) return strText;
+  strText.swap(strOutput);
+  nWritten = 0;
+  return strText;
 }
 
 // ---- State --------------------------------------------------------------------------------------

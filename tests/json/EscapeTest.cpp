@@ -1,0 +1,123 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Escaping of string contents: the table of escapes, and all the ways in which long and short texts
+// are cut into blocks, held against escaping byte by byte. Texts end at an unreadable page.
+
+#include "json/Escape.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+
+#include "json/JSONSerialize.h"
+#include "tests/support/GuardedBuffer.h"
+#include "tests/support/PlainEscape.h"
+#include "tests/support/Random.h"
+
+namespace {
+
+using namespace std::string_view_literals;
+
+std::string Escaped(const char* text) {
+  std::string strResult;
+  JSON::EscapeString(strResult, text);
+  return strResult;
+}
+
+TEST(Escape, FollowsTheTable) {
+  const struct {
+    const char* szText;
+    const char* szEscaped;
+  } cases[] = {
+      {"", ""},
+      {"\"", "\\\""},
+      {"\\", "\\\\"},
+      {"\b\t\n\f\r", "\\b\\t\\n\\f\\r"},
+      {"\x01\x07\x0B\x0E\x1F", "\\u0001\\u0007\\u000b\\u000e\\u001f"},
+      {" /\x7F'", " /\x7F'"},
+      {"\xC3\xA9\x80\xFF", "\xC3\xA9\x80\xFF"},
+      {"\\u0041", "\\\\u0041"},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(Escaped(c.szText), c.szEscaped);
+}
+
+TEST(Escape, AppendsToTheText) {
+  std::string strText = "a\n";
+  JSON::EscapeString(strText, "b\n");
+  EXPECT_EQ(strText, "a\nb\\n");
+}
+
+// Every road to an escaped text, over the same source at the end of its page.
+void ExpectAllEscape(const std::string& strText, const std::string& strExpected) {
+  constexpr std::size_t kMaxText = 10000;
+  static Support::GuardedBuffer source(kMaxText);
+  static Support::GuardedBuffer target(JSON::EscapedRoom(kMaxText));
+  source.Place(strText);
+  const std::string_view text = source.view();
+
+  std::string strView = "x";
+  JSON::AppendEscaped(strView, text);
+  ASSERT_EQ(strView, "x" + strExpected);
+
+  JSON::Serialize writer(0);
+  writer.OO().N(text).V(text).OC();
+  ASSERT_EQ(writer.String(), "{\"" + strExpected + "\":\"" + strExpected + "\"}");
+
+  // A copy may be thrown away, but it must keep to its place.
+  target.Place(strText);
+  const bool bPlain = strExpected == strText;
+  ASSERT_EQ(JSON::IsPlain(text), bPlain);
+  ASSERT_EQ(JSON::CopyPlain(text, target.data()), bPlain);
+  if (bPlain) {
+    ASSERT_EQ(target.view(), strText);
+  }
+
+  const std::string_view beforeNul = JSON::UpToNul(text);
+  target.Place(std::string(JSON::EscapedRoom(beforeNul.size()), '?'));
+  char* const pEnd = JSON::EscapeBytes(beforeNul, target.data());
+  ASSERT_EQ(std::string(target.data(), pEnd), strExpected);
+
+  source.Place(strText + '\0');
+  ASSERT_EQ(Escaped(source.data()), strExpected);
+}
+
+TEST(Escape, FindsAByteAtEveryPlaceOfEveryLength) {
+  for (std::size_t nLength = 0; nLength <= 70; ++nLength) {
+    std::string strText(nLength, 'a');
+    for (std::size_t i = 0; i < nLength; ++i)
+      strText[i] = static_cast<char>('a' + i % 26);
+    ASSERT_NO_FATAL_FAILURE(ExpectAllEscape(strText, strText));
+    for (std::size_t nAt = 0; nAt < nLength; ++nAt) {
+      for (const char c : "\"\\\n\x01\x1F\x20\x7F\x80\xFF"sv) {
+        SCOPED_TRACE("length " + std::to_string(nLength) + ", byte " +
+                     std::to_string(static_cast<unsigned char>(c)) + " at " + std::to_string(nAt));
+        std::string strOther = strText;
+        strOther[nAt] = c;
+        ASSERT_NO_FATAL_FAILURE(ExpectAllEscape(strOther, Plain::Escape(strOther)));
+      }
+      std::string strCut = strText;
+      strCut[nAt] = '\0';
+      ASSERT_NO_FATAL_FAILURE(ExpectAllEscape(strCut, strText.substr(0, nAt)));
+    }
+  }
+}
+
+TEST(Escape, EqualsThePlainWayOnRandomTexts) {
+  constexpr std::string_view strBytes = "\"\\\b\t\n\f\r\x01\x0B\x1F\0"sv;
+  for (unsigned nSeed = 0; nSeed < 1500; ++nSeed) {
+    SCOPED_TRACE("seed " + std::to_string(nSeed));
+    Support::Random random(nSeed);
+    const std::size_t nRarity = random.OneIn(3) ? 2 : 300;
+    std::string strText(random.Below(random.OneIn(10) ? 9000 : 200), '\0');
+    for (char& c : strText) {
+      c = static_cast<char>(' ' + random.Below(224));
+      if (random.OneIn(nRarity)) c = strBytes[random.Below(strBytes.size() - 1)];
+    }
+    if (!strText.empty() && random.OneIn(4)) strText[random.Below(strText.size())] = '\0';
+    ASSERT_NO_FATAL_FAILURE(ExpectAllEscape(strText, Plain::Escape(strText)));
+  }
+}
+
+}  // namespace

@@ -1,0 +1,46 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// The replaced operator new. For test programs of one thread.
+
+#include "tests/support/FailingAllocation.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+constexpr int kNever = -1;
+int nUntilFailure = kNever;  // allocations that still succeed
+std::size_t nAllocations = 0;
+
+}  // namespace
+
+Support::FailingAllocation::FailingAllocation(int nBefore) { nUntilFailure = nBefore; }
+
+Support::FailingAllocation::~FailingAllocation() { nUntilFailure = kNever; }
+
+std::size_t Support::CountAllocations() { return nAllocations; }
+
+void* operator new(std::size_t nBytes) {
+  ++nAllocations;
+  if (nUntilFailure == 0) {
+    nUntilFailure = kNever;
+    throw std::bad_alloc();
+  }
+  if (nUntilFailure > 0) --nUntilFailure;
+  if (void* const p = std::malloc(nBytes != 0 ? nBytes : 1)) return p;
+  throw std::bad_alloc();
+}
+
+// std::stable_sort takes its buffer here; it has to come from the same place as all that is freed
+// below.
+void* operator new(std::size_t nBytes, const std::nothrow_t&) noexcept {
+  try {
+    return operator new(nBytes);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+void operator delete(void* p) noexcept { std::free(p); }
+void operator delete(void* p, std::size_t) noexcept { std::free(p); }
