@@ -14,6 +14,7 @@
 
 import argparse
 import collections
+import datetime
 import json
 import os
 import pathlib
@@ -81,6 +82,7 @@ class Results:
 
     def __init__(self, raw):
         self.context = raw['context']
+        self.circumstances = raw['circumstances']
         self.memory = raw['memory']  # benchmark name: counters
         samples = collections.defaultdict(list)
         for sample in raw['samples']:
@@ -269,14 +271,20 @@ def sections(results, arch):
     yield 'Targets', '', target_table(results, arch)
 
 
-def print_results(results, arch):
+RATIO_NOTE = ('Ratios say how many times as fast this library is as the peer: its fastest variant in '
+              'the same state (reused or fresh objects); * where it has only the other state.')
+
+
+def versions(results):
     context = results.context
-    print(f'\n# {arch}\n')
-    if 'compiler' in context:
-        print(f'{context["compiler"]}; simdjson {context["simdjson"]}; '
-              f'RapidJSON {context["rapidjson"]}; nlohmann::json {context["nlohmann"]}')
-    print('\nRatios say how many times as fast this library is as the peer: its fastest variant in '
-          'the same\nstate (reused or fresh objects); * where it has only the other state.')
+    if 'compiler' not in context:
+        return ''
+    return (f'{context["compiler"]}; simdjson {context["simdjson"]}; RapidJSON '
+            f'{context["rapidjson"]}; nlohmann::json {context["nlohmann"]}')
+
+
+def print_results(results, arch):
+    print(f'\n# {arch}\n\n{versions(results)}\n\n{RATIO_NOTE}')
     for title, note, text in sections(results, arch):
         if text:
             print(f'\n## {title}\n')
@@ -293,6 +301,29 @@ def run_json(command):
     return json.loads(process.stdout)
 
 
+def first_match(path, prefix):
+    """What follows the prefix and its separator in the first line of a file that begins with it."""
+    for line in pathlib.Path(path).read_text().splitlines():
+        if line.startswith(prefix):
+            return line[len(prefix):].strip(' \t:="')
+    return 'unknown'
+
+
+def circumstances():
+    """When, where and of what the figures are."""
+    describe = subprocess.run(['git', 'describe', '--always', '--dirty'], cwd=ROOT, check=False,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+    return {
+        'date': datetime.date.today().isoformat(),
+        'commit': describe.stdout.strip() or 'unknown',
+        'processor': first_match('/proc/cpuinfo', 'model name'),
+        'cores': os.cpu_count(),
+        'memory': first_match('/proc/meminfo', 'MemTotal'),
+        'system': first_match('/etc/os-release', 'PRETTY_NAME'),
+        'command': ' '.join(['bench/run.py'] + sys.argv[1:]),
+    }
+
+
 def all_names(command):
     """The names of all benchmarks, in the program's order."""
     listing = subprocess.run(command + ['--list'], stdout=subprocess.PIPE, check=True, text=True)
@@ -307,7 +338,8 @@ def measure(folder, options):
     effort = QUICK if options.quick else FULL
     repetitions = options.repetitions or effort['repetitions']
 
-    raw = {'context': {}, 'names': all_names(command), 'samples': [], 'memory': {}}
+    raw = {'circumstances': circumstances(), 'context': {}, 'names': all_names(command),
+           'samples': [], 'memory': {}}
     for work in dict.fromkeys(name.split('/')[0] for name in raw['names']):
         if options.work and not any(work.startswith(w) for w in options.work.split(',')):
             continue
