@@ -3,11 +3,11 @@
 #
 # Tests one page of the documentation: docs_test.py PAGE, with PAGE relative to the project's root.
 #
-#   ```cpp and ```c blocks with `int main`   are compiled and run; what they write must be the ```text
-#                                            block that follows directly (nothing, when none does)
+#   ```cpp and ```c blocks with `int main`   are compiled and run; they must write the ```text block
+#                                            that follows directly (nothing, when none does)
 #   other ```cpp blocks                      are compiled, each as the body of a function
 #   tables with a head out of TABLES         each row is computed anew and compared
-#   links                                    must lead to a file of the project, and to a heading of it
+#   links                                    must lead to a file of the project, and a heading of it
 #
 # The environment names the project and the compilers; see CMakeLists.txt.
 """Compiles, runs and compares what a page of the documentation shows."""
@@ -38,12 +38,13 @@ INCLUDES = """
 #include "recordset/QXRecordSet.h"
 """
 
-# What the first two columns of a checked table mean, by its head: statements in which TEXT stands for
-# the first column, as a string, and CODE for it as code. They set `result`, which the second column
-# shows. Further columns are remarks.
+# What the first two columns of a checked table mean, by its head: statements in which TEXT stands
+# for the first column, as a string, and CODE for it as code. They set `result`, which the second
+# column shows. Further columns are remarks.
 TABLES = {
     ("JSON text", "Read as"):
-        "JSON::Message m; result = \"refused\"; if (m.Parse(TEXT)) { result.clear(); m.Serialize(result); }",
+        "JSON::Message m; result = \"refused\";"
+        "if (m.Parse(TEXT)) { result.clear(); m.Serialize(result); }",
     ("Text loaded", "Written again"):
         "CQXRecordSet set(TEXT); result = set.GetString();",
     ("Calls on a new record set `set`", "`GetString()`"):
@@ -150,7 +151,8 @@ def compare(line, wanted, actual):
 def check_program(compiler, block):
     follower = block.follower
     wanted = follower.text if follower is not None and follower.language == "text" else ""
-    actual = compiler.output_of(compiler.located(block.line, block.text), block.line, block.language)
+    text = compiler.located(block.line, block.text)
+    actual = compiler.output_of(text, block.line, block.language)
     if actual and not actual.endswith("\n"):
         actual += "\n"
     compare(block.line, wanted, actual)
