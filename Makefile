@@ -15,7 +15,7 @@ BENCH ?=
 .PHONY: help build demo check bench bench-report asan tsan fmt fmt-check tidy symbols coverage
 
 help: ## list these commands
-	@sed -nE 's/^([a-z-]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 18
+	@sed -nE 's/^([a-z-]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 20
 
 # $(call configure,PRESET), $(call build,PRESET), $(call test,PRESET)
 configure = cmake --preset $(1)
@@ -39,14 +39,14 @@ check: ## build and test both architectures
 	$(call test,x86)
 	$(call test,x64)
 
-bench: ## measure beside other JSON libraries, both architectures (BENCH="--quick" for a minute's look)
+bench: ## measure beside other JSON libraries (BENCH=--quick: a minute, rough figures)
 	$(DEPS) build tests tools bench
 	bench/fetch-i386-peers.sh build/x86/peers
 	$(foreach arch,x86 x64,$(call configure,$(arch)) -DQXRECORDSET_BUILD_BENCH=ON \
 	  && cmake --build --preset $(arch) --parallel $(JOBS) --target benchmarks &&) true
 	bench/run.py $(BENCH)
 
-bench-report: ## write docs/benchmarks.md and its plots from what the last `make bench` measured
+bench-report: ## write docs/benchmarks.md with its plots from the last results
 	$(DEPS) bench report
 	/usr/bin/python3 -B bench/report.py
 
@@ -82,7 +82,7 @@ symbols: ## rewrite the checked-in lists of exported symbols
 	  && cmake --build --preset $(arch) --parallel $(JOBS) --target qxrecordset \
 	  && tests/exports/symbols.sh write build/$(arch)/libQXRecordSet.so tests/exports/symbols-$(arch).txt &&) true
 
-coverage: ## line coverage of the library by its tests, as text and as build/coverage/report/
+coverage: ## line coverage of the library, also as build/coverage/report/
 	$(DEPS) build tests tools coverage
 	$(call build,coverage)
 	find build/coverage -name '*.gcda' -delete
