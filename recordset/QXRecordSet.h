@@ -170,7 +170,8 @@ class QXRECORDSET_EXPORT CQXRecordSet {
   // same name and row; Clear() first to replace the contents. Objects become QX_RECORDSET cells,
   // reals and arrays become empty texts. A text that is no JSON object loads nothing. Always true;
   // the record set counts as written either way. A null text is the empty text. When memory runs
-  // out, the cells are as before.
+  // out, nothing is loaded into an empty record set; of one with columns, some cells may have been
+  // overwritten.
   bool SetString(const std::string& text);
   bool SetString(const char* text);
 
@@ -241,7 +242,7 @@ class QXRECORDSET_EXPORT CBeforeAfterRecord : public CQXRecordSet {
 // Writes the members of `value` (an object, or a message whose root is one) to `writer` in document
 // order. With `nested` 0 it writes the braces around them itself; otherwise the caller has opened
 // the object and closes it. Objects, booleans, integers and strings keep their values; nulls, reals
-// and arrays are written as null. Recurses once per nested object.
+// and arrays are written as null. No nesting is too deep: no recursion.
 QXRECORDSET_EXPORT void json_walk_obj(JSON::Serialize& writer, JSON::JSONValue const* value,
                                       int nested);
 
