@@ -1,7 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// A record of changed fields. It keeps the new values only, and every field in it counts as changed:
-// so put in just the fields that are.
+// A record of changed fields. It keeps the new values only, and every field in it counts as
+// changed: so put in just the fields that are.
 
 #include <iostream>
 

@@ -1,7 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// A record set inside a cell. The cell takes a snapshot of the text; reading it gives an independent
-// record set.
+// A record set inside a cell. The cell takes a snapshot of the text; reading it gives an
+// independent record set.
 
 #include <iostream>
 

@@ -10,7 +10,8 @@
 namespace recordset {
 namespace {
 
-// The first block that is allocated. Tables that outgrow what they hold themselves have several rows.
+// The first block that is allocated. Tables that outgrow what they hold themselves have several
+// rows.
 constexpr std::size_t kSmallestBlock = 1024;
 
 // Blocks grow to this size, the allocator's own header of up to 16 bytes included. On 32 bits glibc

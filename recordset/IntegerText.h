@@ -1,8 +1,8 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Integers as text: cells and JSON members keep integers as decimal digits, which are converted only
-// when they have to be. Nearly all of them are written the way the library writes integers itself;
-// such a text can be copied as it stands.
+// Integers as text: cells and JSON members keep integers as decimal digits, which are converted
+// only when they have to be. Nearly all of them are written the way the library writes integers
+// itself; such a text can be copied as it stands.
 
 #ifndef QXRECORDSET_RECORDSET_INTEGERTEXT_H
 #define QXRECORDSET_RECORDSET_INTEGERTEXT_H
@@ -15,8 +15,8 @@
 
 namespace recordset {
 
-// Whether `text` is a `long` in canonical form: a '-' for negatives, no leading zeros, nothing else.
-// The few values with more digits than every `long` can have are not recognised.
+// Whether `text` is a `long` in canonical form: a '-' for negatives, no leading zeros, nothing
+// else. The few values with more digits than every `long` can have are not recognised.
 inline bool IsCanonicalInteger(std::string_view text) {
   if (text.size() > 1 && text.front() == '-') {
     text.remove_prefix(1);

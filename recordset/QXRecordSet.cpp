@@ -1,7 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// CQXRecordSet: making, copying and clearing, columns, and cells one by one. The contents are kept by
-// recordset::Table; here they meet names, nulls and the state of the record set.
+// CQXRecordSet: making, copying and clearing, columns, and cells one by one. The contents are kept
+// by recordset::Table; here they meet names, nulls and the state of the record set.
 
 #include "recordset/QXRecordSet.h"
 
@@ -25,7 +25,8 @@ constexpr int kLongBytes = 21;
 
 }  // namespace
 
-// ---- Making, copying, clearing --------------------------------------------------------------------
+// ---- Making, copying, clearing
+// --------------------------------------------------------------------
 
 CQXRecordSet::CQXRecordSet() = default;
 
@@ -91,7 +92,8 @@ std::unique_ptr<Table> CQXRecordSet::CopyOf(const Table* pSource) {
   return pCopy;
 }
 
-// ---- Columns and counts ---------------------------------------------------------------------------
+// ---- Columns and counts
+// ---------------------------------------------------------------------------
 
 // The index of a column, or 0.
 std::uint32_t CQXRecordSet::FindColumn(const char* name) {
@@ -110,8 +112,7 @@ long CQXRecordSet::AddColumn(const char* name) {
 
 const char* CQXRecordSet::GetColumnName(long position) {
   if (position < 0 || position >= GetColumnCount()) return "";
-  const std::uint32_t nColumn =
-      pTable->columns.InNameOrder()[static_cast<unsigned long>(position)];
+  const std::uint32_t nColumn = pTable->columns.InNameOrder()[static_cast<unsigned long>(position)];
   return pTable->columns.NameOf(nColumn).data();
 }
 
@@ -121,7 +122,8 @@ long CQXRecordSet::GetColumnCount() {
 
 long CQXRecordSet::GetRowsCount() { return lRowsCount; }
 
-// ---- Writing cells --------------------------------------------------------------------------------
+// ---- Writing cells
+// --------------------------------------------------------------------------------
 
 void CQXRecordSet::SetValue(const char* name, const char* text, long row, QX_TYPE type) {
   if (name == nullptr || text == nullptr) return;
@@ -157,7 +159,8 @@ void CQXRecordSet::SetValue(const char* name, CQXRecordSet& value, long row) {
   SetValue(name, &value, row);
 }
 
-// ---- Reading cells --------------------------------------------------------------------------------
+// ---- Reading cells
+// --------------------------------------------------------------------------------
 
 const char* CQXRecordSet::GetValueAsString(const char* name, long row) {
   const std::uint32_t nColumn = FindColumn(name);

@@ -1,8 +1,8 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Comparing and copying short runs of bytes. Column names and cell texts are mostly a few bytes long,
-// where the call to memcmp or memmove costs more than its work. Up to 16 bytes are therefore covered
-// by two words read from both ends, which may overlap; nothing outside the run is touched.
+// Comparing and copying short runs of bytes. Column names and cell texts are mostly a few bytes
+// long, where the call to memcmp or memmove costs more than its work. Up to 16 bytes are therefore
+// covered by two words read from both ends, which may overlap; nothing outside the run is touched.
 
 #ifndef QXRECORDSET_RECORDSET_SHORTBYTES_H
 #define QXRECORDSET_RECORDSET_SHORTBYTES_H
