@@ -24,8 +24,8 @@ int HexValue(char c) {
 // The four bytes behind "\u" count as strtoul reads them in base 16, also when they are no
 // hexadecimal digits: it skips white space and takes a sign and "0x".
 std::uint32_t CodePoint(const char* p) {
-  const int nHigh = (HexValue(p[0]) << 4) | HexValue(p[1]);
-  const int nLow = (HexValue(p[2]) << 4) | HexValue(p[3]);
+  const int nHigh = (HexValue(p[0]) * 16) | HexValue(p[1]);
+  const int nLow = (HexValue(p[2]) * 16) | HexValue(p[3]);
   if (nHigh >= 0 && nLow >= 0 && HexValue(p[0]) >= 0 && HexValue(p[2]) >= 0) {
     return static_cast<std::uint32_t>(nHigh << 8 | nLow);
   }
