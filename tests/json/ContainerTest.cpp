@@ -84,24 +84,31 @@ TEST(JsonObject, LooksUpNamesByLengthOrToTheirNul) {
   EXPECT_EQ(ObjectValue(0).GetByName("a", -1), nullptr);
 }
 
-// Names of 1 to 20 bytes from two letters: many equal, many equal in their first 16 bytes.
+// Names of 0 to 19 bytes from few letters and NULs: many are equal, many only up to a NUL, and many
+// in their first 16 bytes.
 TEST(JsonObject, FindsTheFirstOfEachNameAmongMany) {
   Support::Random random(1);
   std::vector<std::string> vNames(3000);
-  for (std::string& name : vNames) {
-    name.assign(1 + random.Below(20), 'a');
-    for (int i = 0; i < 4; ++i)
-      name[random.Below(name.size())] = 'b';
-  }
   ObjectValue object(0);
-  for (const std::string& name : vNames)
-    Add(object, name.c_str(), UnsafeJSONValue(JSON::jtNull));
+  for (std::string& name : vNames) {
+    name.assign(random.Below(20), 'a');
+    for (int i = 0; i < 4 && !name.empty(); ++i)
+      name[random.Below(name.size())] = "ab"[random.Below(3)];
+    UnsafeJSONValue value(JSON::jtString);
+    value.pText = name.data();
+    value.nLength = static_cast<int>(name.size());
+    object.AddName(value);
+    object.AddValue(value);
+  }
   object.Sort();
   EXPECT_TRUE(
       std::is_sorted(object.vNameMap.begin(), object.vNameMap.end(), ObjectValue::NameMap::Less));
   for (const std::string& name : vNames) {
-    const auto nFirst = std::find(vNames.begin(), vNames.end(), name) - vNames.begin();
-    ASSERT_EQ(object.OrdinalOf(name.c_str(), -1), nFirst) << name;
+    const auto first = std::find_if(vNames.begin(), vNames.end(), [&](const std::string& other) {
+      return other.size() == name.size() &&
+             std::strncmp(other.data(), name.data(), name.size()) == 0;
+    });
+    ASSERT_EQ(object.OrdinalOf(name.data(), static_cast<int>(name.size())), first - vNames.begin());
   }
 }
 

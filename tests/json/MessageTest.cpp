@@ -162,15 +162,19 @@ TEST(JsonMessage, ChangesTheNamesOfOneObjectAlone) {
 }
 
 TEST(JsonMessage, DropsANameWithoutValueAtTheNextUpdate) {
-  for (const char* name : {"lost", "new"}) {
+  for (const char* name : {"lost", "new", "first"}) {
     Message message;
-    ASSERT_FALSE(message.Parse(R"({"b":1,"lost":?)"));
+    ASSERT_FALSE(message.Parse(R"({"first":1,"lost":?)"));
     const auto& object = dynamic_cast<const ObjectValue&>(*message.pComposite);
     EXPECT_EQ(object.vNameMap.size(), 2u);
+    EXPECT_EQ(object.OrdinalOf("lost", -1), 1);  // sorted in front of the other
+    EXPECT_EQ(object.NameAt(1), nullptr);
     message.Set(name, 2);
-    EXPECT_EQ(object.vNameMap.size(), 2u);
-    EXPECT_EQ(object.OrdinalOf(name, -1), 1);
-    EXPECT_EQ(Written(message), std::string(R"({"b":1,")") + name + "\":2}");
+    const bool bNew = *name != 'f';
+    EXPECT_EQ(object.vNameMap.size(), bNew ? 2u : 1u);
+    EXPECT_EQ(object.OrdinalOf(name, -1), bNew ? 1 : 0);
+    EXPECT_EQ(Written(message),
+              bNew ? std::string(R"({"first":1,")") + name + "\":2}" : R"({"first":2})");
   }
 }
 
