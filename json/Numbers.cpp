@@ -42,7 +42,6 @@ bool IsShortInteger(double value) {
   if (!(value > -1e6 && value < 1e6)) return false;
   return value == static_cast<int>(value) && !(value == 0 && std::signbit(value));
 }
-constexpr int kShortIntegerBytes = 8;  // "-999999" and its NUL
 
 }  // namespace
 
@@ -64,9 +63,7 @@ char* UnsignedLong64ToStr(unsigned long long value, char* buffer, int size) {
 
 char* DoubleToStr(double value, char* buffer, int size) {
   if (size < 1) return nullptr;
-  if (size >= kShortIntegerBytes && IsShortInteger(value)) {
-    return IntegerToStr(static_cast<int>(value), buffer, size);
-  }
+  if (IsShortInteger(value)) return IntegerToStr(static_cast<int>(value), buffer, size);
   const int nLength = std::snprintf(buffer, static_cast<std::size_t>(size), "%g", value);
   buffer[size - 1] = '\0';
   char* const end = buffer + std::clamp(nLength, 0, size - 1);
