@@ -13,7 +13,8 @@ import json
 import pathlib
 import sys
 
-import run
+sys.dont_write_bytecode = True
+import run  # noqa: E402
 
 
 def load(path):

@@ -1,8 +1,9 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # Part of libQXRecordSet. MIT licence, see LICENSE.
 #
 # Writes docs/benchmarks.md and its plots (docs/plots/*.svg) from the results that run.py left in
-# build/<arch>/bench-results.json. Needs matplotlib (package python3-matplotlib).
+# build/<arch>/bench-results.json. Needs matplotlib from Debian's python3-matplotlib, and so Debian's
+# Python.
 #
 #   make bench-report
 #   bench/report.py --build build --docs docs     from results that are there
@@ -17,13 +18,16 @@ import matplotlib
 matplotlib.use('svg')
 import matplotlib.pyplot as plt  # noqa: E402
 
+sys.dont_write_bytecode = True
 import run  # noqa: E402
 
 LABELS = {'qxrecordset': 'libQXRecordSet', 'simdjson': 'simdjson DOM', 'rapidjson': 'RapidJSON',
           'nlohmann': 'nlohmann::json'}
 COLOURS = {'qxrecordset': '#0b6e99', 'simdjson': '#e0a030', 'rapidjson': '#7d8790',
            'nlohmann': '#c3c9ce'}
-WIDTH = 9  # inches; the height follows from the number of panels
+SIZE = (9, 3.6)  # inches
+# Where the panels lie in the figure: room for the title above and the legend below.
+PANELS = {'left': 0.08, 'right': 0.99, 'top': 0.8, 'bottom': 0.24, 'wspace': 0.18}
 
 STYLE = {
     'svg.fonttype': 'none',      # text stays text
@@ -37,7 +41,7 @@ STYLE = {
 
 
 def save(figure, path):
-    figure.savefig(path, metadata={'Date': None}, bbox_inches='tight', facecolor='white')
+    figure.savefig(path, metadata={'Date': None}, facecolor='white')
     plt.close(figure)
 
 
@@ -47,10 +51,13 @@ def best_rate(results, contest, library):
     return max((f.bytes_per_second / 1e6 for f in variants.values()), default=0)
 
 
-def panels(all_results, height):
-    figure, axes = plt.subplots(1, len(all_results), figsize=(WIDTH, height), squeeze=False)
+def panels(all_results, title):
+    """A titled figure with one panel per architecture."""
+    figure, axes = plt.subplots(1, len(all_results), figsize=SIZE, squeeze=False)
+    figure.subplots_adjust(**PANELS)
+    figure.suptitle(title, x=PANELS['left'], y=0.97, ha='left', fontweight='bold')
     for axis, arch in zip(axes[0], all_results):
-        axis.set_title(f'{arch} ({"64" if arch == "x64" else "32"}-bit)', loc='left')
+        axis.set_title(f'{arch} ({"64" if arch == "x64" else "32"}-bit)', loc='left', fontsize=10)
     return figure, axes[0]
 
 
@@ -66,23 +73,21 @@ def bars(axis, groups, values, unit):
     axis.grid(axis='y', color='#e5e5e5', linewidth=0.6)
 
 
-def legend(figure, axis, columns):
+def legend(figure, axis):
     handles, labels = axis.get_legend_handles_labels()
-    figure.legend(handles, labels, loc='lower center', ncol=columns, frameon=False,
-                  bbox_to_anchor=(0.5, -0.06))
+    figure.legend(handles, labels, loc='lower center', ncol=len(labels), frameon=False)
 
 
 def plot_rates(all_results, contests, title, path):
     """Throughput of every library in each contest: one panel per architecture."""
     with plt.rc_context(STYLE):
-        figure, axes = panels(all_results, 3.4)
+        figure, axes = panels(all_results, title)
         for axis, results in zip(axes, all_results.values()):
             there = {label: c for label, c in contests.items() if c in results.contests}
             values = {library: [best_rate(results, c, library) for c in there.values()]
                       for library in LABELS}
             bars(axis, list(there), {l: v for l, v in values.items() if any(v)}, 'MB/s')
-        figure.suptitle(title, x=0.06, ha='left', fontweight='bold')
-        legend(figure, axes[0], len(LABELS))
+        legend(figure, axes[0])
         save(figure, path)
 
 
@@ -93,7 +98,7 @@ def rows_of(input_name):
 
 def plot_growth(all_results, path):
     with plt.rc_context(STYLE):
-        figure, axes = panels(all_results, 3.2)
+        figure, axes = panels(all_results, 'Load, read every cell, write: cost per cell')
         for axis, results in zip(axes, all_results.values()):
             for (library, variant), costs in run.growth_rows(results).items():
                 axis.plot([rows_of(i) * 10 for i in costs], list(costs.values()), marker='o',
@@ -105,9 +110,7 @@ def plot_growth(all_results, path):
             axis.set_xlabel('cells')
             axis.set_ylabel('ns per cell')
             axis.grid(color='#e5e5e5', linewidth=0.6)
-        figure.suptitle('Load, read every cell, write: cost per cell', x=0.06, ha='left',
-                        fontweight='bold', y=1.02)
-        legend(figure, axes[0], 4)
+        legend(figure, axes[0])
         save(figure, path)
 
 
@@ -123,24 +126,26 @@ def plot_memory(all_results, path):
               'value of twitter': ('memory-values', 'twitter'),
               'value of canada': ('memory-values', 'canada')}
     with plt.rc_context(STYLE):
-        figure, axes = panels(all_results, 3.4)
+        figure, axes = panels(all_results, 'Memory held, text included')
         for axis, results in zip(axes, all_results.values()):
             values = {library: [held_per_item(results, *place, library) for place in groups.values()]
                       for library in LABELS}
             bars(axis, list(groups), {l: v for l, v in values.items() if any(v)}, 'bytes')
-        figure.suptitle('Memory held, text included', x=0.06, ha='left', fontweight='bold')
-        legend(figure, axes[0], len(LABELS))
+        legend(figure, axes[0])
         save(figure, path)
 
 
 def plot_all(all_results, folder):
     """Draws every plot and gives (file, caption) pairs."""
     folder.mkdir(parents=True, exist_ok=True)
-    tables = {'load and read': ('load-read', 'rows-100k'), 'write': ('write', 'rows-100k'),
-              'load, read, write': ('cycle', 'rows-100k')}
-    documents = {'rows': ('parse', 'rows-100k'), 'twitter': ('parse', 'twitter'),
+    measured = {contest for results in all_results.values() for contest in results.contests}
+    rows = 'rows-100k' if ('cycle', 'rows-100k') in measured else 'rows-10k'  # a quick run's
+    tables = {'load and read': ('load-read', rows), 'write': ('write', rows),
+              'load, read, write': ('cycle', rows)}
+    documents = {'rows': ('parse', rows), 'twitter': ('parse', 'twitter'),
                  'citm_catalog': ('parse', 'citm_catalog'), 'canada': ('parse', 'canada')}
-    plot_rates(all_results, tables, 'Record set of 100,000 rows of 10 cells', folder / 'recordset.svg')
+    plot_rates(all_results, tables, f'Record set of {rows_of(rows):,} rows of 10 cells',
+               folder / 'recordset.svg')
     plot_rates(all_results, documents, 'Parse to tree, tree released', folder / 'parse.svg')
     plot_growth(all_results, folder / 'growth.svg')
     plot_memory(all_results, folder / 'memory.svg')

@@ -41,10 +41,20 @@ constexpr std::size_t kTenThousand = 10'000;
 constexpr std::size_t kHundredThousand = 100'000;
 constexpr std::size_t kMillion = 1'000'000;
 
+#ifdef QXRECORDSET_BENCH_SIMDJSON
+// simdjson sets aside ten times the text's size, which for a million rows does not fit into 32
+// bits.
+bool FitsSimdjson(const Input& input) {
+  return sizeof(void*) == 8 || input.Cells() < kMillion * kColumnCount;
+}
+#endif
+
 void AddParse(Suite& suite, const Input& input) {
   parse::AddQx(suite, input);
 #ifdef QXRECORDSET_BENCH_SIMDJSON
-  parse::AddSimdjson(suite, input);
+  if (FitsSimdjson(input)) {
+    parse::AddSimdjson(suite, input);
+  }
 #endif
   parse::AddRapidJson(suite, input);
   parse::AddNlohmann(suite, input);
@@ -53,7 +63,9 @@ void AddParse(Suite& suite, const Input& input) {
 void AddRecordSet(Suite& suite, const Input& input) {
   recordset::AddQx(suite, input);
 #ifdef QXRECORDSET_BENCH_SIMDJSON
-  recordset::AddSimdjson(suite, input);
+  if (FitsSimdjson(input)) {
+    recordset::AddSimdjson(suite, input);
+  }
 #endif
   recordset::AddRapidJson(suite, input);
   recordset::AddNlohmann(suite, input);
