@@ -86,9 +86,9 @@ class Columns {
  private:
   struct Column {
     JSON::ExpectedName name;
-    std::uint32_t nHash;  // once there is a hash table
-    std::uint32_t nPosition;
-    std::uint32_t nNext;  // position of the column that was found after this one
+    std::uint32_t nHash = 0;  // once there is a hash table
+    std::uint32_t nPosition = 0;
+    std::uint32_t nNext = 0;  // position of the column that was found after this one
   };
 
   // Up to this many columns are searched one by one: a search then costs no more than a hash.

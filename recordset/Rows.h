@@ -52,6 +52,7 @@ struct Row {
 
 class Rows {
  public:
+  // aOwn_ is room for pieces, not content. NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
   Rows() noexcept : blocks_(aOwn_, sizeof aOwn_), pPages_(&pOnlyPage_) {}
   Rows(const Rows&) = delete;
   Rows& operator=(const Rows&) = delete;

@@ -44,6 +44,7 @@ class TextStore {
   // like any other want of memory.
   static constexpr std::size_t kLongest = 0xFFFFFF00;
 
+  // aOwn_ is room for pieces, not content. NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
   TextStore() noexcept : blocks_(aOwn_, sizeof aOwn_) {}
   TextStore(const TextStore&) = delete;
   TextStore& operator=(const TextStore&) = delete;

@@ -190,7 +190,7 @@ CASES = [
     ("table --bar", "", "", "The following argument was not expected: --bar " + USAGE.format("table"), 2),
     ("table a b", "", "", "The following argument was not expected: b " + USAGE.format("table"), 2),
     ("table -n 0", "", "", "--max-rows: '0' is not a number above 0 " + USAGE.format("table"), 2),
-    ("table --color blue", "", "", "--color: blue not in {always,auto,never} " + USAGE.format("table"), 2),
+    ("table --color blue", "", "", "--color: blue not in {auto,always,never} " + USAGE.format("table"), 2),
     ("from-csv -d ;;", "", "", "--delimiter: not one character that can stand between fields "
      + USAGE.format("from-csv"), 2),
     ("get", "", "", "PATH is required " + USAGE.format("get"), 2),

@@ -74,8 +74,7 @@ int Run(const Action& action) {
 
 int Main(int nArguments, char** pszArguments) {
   CLI::App app(
-      "Record sets on the command line: a table as JSON text, made from and turned into "
-      "other formats, looked at and compared.",
+      "Record sets on the command line: tables as JSON text, converted, shown and compared.",
       "qxrs");
   SetHelpStyle(app);
   app.set_version_flag("--version", "qxrs " QXRS_VERSION, "write the version and exit");
