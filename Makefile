@@ -64,11 +64,13 @@ tsan: ## the tests under the thread sanitizer
 
 fmt: ## format all sources
 	$(DEPS) fmt
-	clang-format-14 -i $(SOURCES)
+	@echo clang-format-14 -i: $(words $(SOURCES)) files
+	@clang-format-14 -i $(SOURCES)
 
 fmt-check: ## fail when a source is not formatted
 	$(DEPS) fmt
-	clang-format-14 --dry-run --Werror $(SOURCES)
+	@echo clang-format-14 --dry-run --Werror: $(words $(SOURCES)) files
+	@clang-format-14 --dry-run --Werror $(SOURCES)
 
 tidy: ## clang-tidy over the library and the tool
 	$(DEPS) build tests tools tidy
