@@ -12,13 +12,12 @@
 
 #include "recordset/Table.h"
 
-using recordset::Cell;
 using recordset::Table;
 
 namespace {
 
 // A cleared record set keeps the memory of a table up to this size for its next contents.
-constexpr std::size_t kKeptBytes = 64 * 1024;
+constexpr std::size_t kKeptBytes = std::size_t{64} * 1024;
 
 // Room for the digits of a long, its sign and a NUL.
 constexpr int kLongBytes = 21;

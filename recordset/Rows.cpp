@@ -121,6 +121,7 @@ void Rows::GrowOnlyPage(unsigned long nRows) {
 
 void Rows::AddPage() {
   if (nPages_ == nPageRoom_) {
+    // The size of a pointer is meant. NOLINTNEXTLINE(bugprone-sizeof-expression)
     Row** const pPages = reinterpret_cast<Row**>(blocks_.Allocate(2 * nPageRoom_ * sizeof(Row*)));
     std::uninitialized_copy_n(pPages_, nPages_, pPages);
     pPages_ = pPages;
