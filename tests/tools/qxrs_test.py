@@ -324,11 +324,11 @@ def test_self_description():
     expect("manual", errors, "")
     manual = manual.replace("\\-", "-")
     for name in subcommands():
-        options = set(re.findall(r"^  .*?(--[a-z0-9-]+)", run(name + " --help")[0], re.M))
+        options = set(re.findall(r"^  (?:-\w,)?(--[a-z0-9-]+)", run(name + " --help")[0], re.M))
         expect("completion of " + name, set(complete(f"qxrs {name} --")), options)
         section = re.search(rf"^\.SS {name}\n(.*?)(?=^\.S|\Z)", manual, re.S | re.M).group(1)
         expect("manual of " + name, set(re.findall(r"^\\fB.*?(--[a-z0-9-]+)\\fR", section, re.M)), options)
-    expect("commands", set(complete("qxrs params ")), {"build", "read"})
+    expect("commands", set(complete("qxrs params ")), {"build", "read", "--help"})
     expect("commands", complete("qxrs from-j"), ["from-json", "from-jsonl"])
     expect("files", complete("qxrs table --color never on"), ["one.json"])
 
