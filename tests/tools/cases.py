@@ -231,6 +231,7 @@ REFUSED = [
     ("{", "line 1, column 2: the text ends inside an object", "{", 1),
     ('[1,\n\t"日本",\n\t"é" x]', "line 3, column 7: expected ',' or ']'", '\\t"é" x]', 6),
     ("[1 \0]", "line 1, column 4: a NUL byte ends the text here", "[1 \\x00]", 3),
+    ("\0[]", "line 1, column 1: a NUL byte ends the text here", "\\x00[]", 0),
     ("[" * 1025, "line 1, column 1025: nested more than 1024 levels deep", "[" * 36, 35),
     ('["' + "x" * 200 + '" y ' + "z" * 200 + "]", "line 1, column 205: expected ',' or ']'",
      "x" * 33 + '" y ' + "z" * 33, 35),

@@ -130,7 +130,8 @@ std::string Unexpected(const AcceptedText& accepted, std::string_view strRest) {
     case Expected::Separator:
       break;
   }
-  return accepted.vOpen.back() == '{' ? "expected ',' or '}'" : "expected ',' or ']'";
+  const bool bObject = !accepted.vOpen.empty() && accepted.vOpen.back() == '{';
+  return bObject ? "expected ',' or '}'" : "expected ',' or ']'";
 }
 
 // The parser leaves the last byte of a number that the end of the text cuts off, its first one

@@ -17,8 +17,8 @@ namespace {
 constexpr std::size_t kMaxLength = std::numeric_limits<int>::max();
 
 std::size_t StoppedAt(const JSON::Message& message) {
-  // A text that is refused at its first byte leaves no position.
-  return message.pStart ? static_cast<std::size_t>(message.pCursor - message.pStart) : 0;
+  // A text that is refused in front of its first bracket leaves no root and no useful position.
+  return message.pComposite ? static_cast<std::size_t>(message.pCursor - message.pStart) : 0;
 }
 
 }  // namespace
