@@ -30,8 +30,7 @@ std::size_t Columns::Footprint() const {
          (vSlots_.capacity() + vSorted_.capacity()) * sizeof(std::uint32_t);
 }
 
-// ---- Lookup
-// ---------------------------------------------------------------------------------------
+// ---- Lookup ------------------------------------------------------------------------------------
 
 std::uint32_t Columns::FindElsewhere(const char* name, std::size_t length) {
   const std::uint32_t nColumn = Search(name, length);
@@ -62,22 +61,26 @@ void Columns::Learn(std::uint32_t nPosition) {
   pGuess_ = &vColumns_[vColumns_[nPosition].nNext];
 }
 
-// ---- Adding
-// ---------------------------------------------------------------------------------------
+// ---- Adding ------------------------------------------------------------------------------------
 
 // What may fail for want of memory comes first.
 std::uint32_t Columns::Add(const char* name, std::size_t length) {
   const std::size_t nCount = vColumns_.size() + 1;
   if (nCount > Rows::kLastColumn) throw std::bad_alloc();
-  if (vColumns_.capacity() == 0) vColumns_.reserve(kFirstColumns);
+  if (vColumns_.size() == vColumns_.capacity()) MakeRoom();
   if (nCount > kFewColumns && 2 * nCount > vSlots_.size()) MakeTable(4 * nCount);
-  if (vColumns_.size() == vColumns_.capacity()) vColumns_.reserve(2 * vColumns_.size());
   vColumns_.push_back({JSON::ExpectedName(texts_.Store(name, length), length), 0,
                        static_cast<std::uint32_t>(nCount - 1), 0});
   const auto nPosition = static_cast<std::uint32_t>(nCount - 1);
   if (!vSlots_.empty()) Enter(nPosition);
   Learn(nPosition);
   return nPosition + 1;
+}
+
+// Room for as many columns again. They move, the expected one too.
+void Columns::MakeRoom() {
+  vColumns_.reserve(std::max(kFirstColumns, 2 * vColumns_.size()));
+  if (pGuess_ != nullptr) pGuess_ = &vColumns_[vColumns_[nLast_].nNext];
 }
 
 // Makes a hash table of at least nSlots slots, a power of two, and enters all columns.
@@ -104,8 +107,7 @@ void Columns::Enter(std::uint32_t nPosition) noexcept {
   vSlots_[i] = nPosition + 1;
 }
 
-// ---- Order by name
-// --------------------------------------------------------------------------------
+// ---- Order by name -----------------------------------------------------------------------------
 
 const std::vector<std::uint32_t>& Columns::InNameOrder() {
   const std::size_t nSorted = vSorted_.size();

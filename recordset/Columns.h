@@ -122,16 +122,16 @@ class Columns {
   std::uint32_t Add(const char* name, std::size_t length);
   void Learn(std::uint32_t nPosition);
 
+  void MakeRoom();
   void MakeTable(std::size_t nSlots);
   void Enter(std::uint32_t nPosition) noexcept;
 
   TextStore& texts_;
   std::vector<Column> vColumns_;    // by index - 1, the column's position
   std::uint32_t nLast_ = 0;         // position of the column found last
-  const Column* pGuess_ = nullptr;  // the column expected next
+  const Column* pGuess_ = nullptr;  // the column expected next, at nNext of that one
   std::optional<NameHash> hash_;
-  std::vector<std::uint32_t>
-      vSlots_;  // the hash table: indices, 0 for a free slot; at most half full
+  std::vector<std::uint32_t> vSlots_;   // the hash table, at most half full: indices, or 0
   std::vector<std::uint32_t> vSorted_;  // indices by name, as far as they were sorted
 };
 

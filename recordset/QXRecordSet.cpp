@@ -24,8 +24,7 @@ constexpr int kLongBytes = 21;
 
 }  // namespace
 
-// ---- Making, copying, clearing
-// --------------------------------------------------------------------
+// ---- Making, copying, clearing -----------------------------------------------------------------
 
 CQXRecordSet::CQXRecordSet() = default;
 
@@ -91,8 +90,7 @@ std::unique_ptr<Table> CQXRecordSet::CopyOf(const Table* pSource) {
   return pCopy;
 }
 
-// ---- Columns and counts
-// ---------------------------------------------------------------------------
+// ---- Columns and counts ------------------------------------------------------------------------
 
 // The index of a column, or 0.
 std::uint32_t CQXRecordSet::FindColumn(const char* name) {
@@ -121,8 +119,7 @@ long CQXRecordSet::GetColumnCount() {
 
 long CQXRecordSet::GetRowsCount() { return lRowsCount; }
 
-// ---- Writing cells
-// --------------------------------------------------------------------------------
+// ---- Writing cells -----------------------------------------------------------------------------
 
 void CQXRecordSet::SetValue(const char* name, const char* text, long row, QX_TYPE type) {
   if (name == nullptr || text == nullptr) return;
@@ -158,8 +155,7 @@ void CQXRecordSet::SetValue(const char* name, CQXRecordSet& value, long row) {
   SetValue(name, &value, row);
 }
 
-// ---- Reading cells
-// --------------------------------------------------------------------------------
+// ---- Reading cells -----------------------------------------------------------------------------
 
 const char* CQXRecordSet::GetValueAsString(const char* name, long row) {
   const std::uint32_t nColumn = FindColumn(name);

@@ -80,7 +80,7 @@ class QXRECORDSET_EXPORT CQXRecordSet {
   // The same as SetString(text); it adds to what is there. Always true.
   bool operator=(const char* text);
 
-  // Back to the cleared state.
+  // Back to the cleared state. Up to 64 kB of memory are kept for the next contents.
   void Clear();
 
   // ---- Columns and counts -----------------------------------------------------------------------
@@ -110,7 +110,8 @@ class QXRECORDSET_EXPORT CQXRecordSet {
   // Each writes the cell in column `name`, row `row`: it adds the column when it is new, raises the
   // row count when `row` lies above it, and replaces the cell's text and type. Any `long` is a row
   // number and costs no memory in proportion; rows below 1 can be written and read, but are no part
-  // of the row count and of the JSON text. Constant time on average.
+  // of the row count and of the JSON text. Constant time on average. When memory runs out, all
+  // cells and the row count are as before; a new column may have been added.
 
   // The general setter: a copy of `text`, with type `type`. A null text changes nothing at all.
   void SetValue(const char* name, const char* text, long row = 1, QX_TYPE type = QX_TEXT);

@@ -361,7 +361,9 @@ bool LoadText(const std::string& strText, Table& table, long& lLastRow) {
 }  // namespace
 
 bool CQXRecordSet::SetString(const std::string& text) {
-  auto pLoaded = std::make_unique<Table>();
+  // A table without contents is used for its memory.
+  auto pLoaded =
+      pTable != nullptr && GetColumnCount() == 0 ? std::move(pTable) : std::make_unique<Table>();
   long lLastRow = 0;
   if (LoadText(text, *pLoaded, lLastRow)) {
     Adopt(std::move(pLoaded), lLastRow);

@@ -67,8 +67,7 @@ Cell& Rows::MakeCell(long lRow, std::uint32_t nColumn) {
   return cell;
 }
 
-// ---- Rows
-// -----------------------------------------------------------------------------------------
+// ---- Rows --------------------------------------------------------------------------------------
 
 Row& Rows::EnsureRow(long lRow) {
   const unsigned long nIndex = IndexOf(lRow);
@@ -154,8 +153,7 @@ void Rows::ReachForOddRows() {
   }
 }
 
-// ---- Cells of one row
-// -----------------------------------------------------------------------------
+// ---- Cells of one row --------------------------------------------------------------------------
 
 // Gives a row that has no cells yet room for as many as the row before it has.
 void Rows::BeginRow(long lRow, Row& row) {
@@ -241,8 +239,7 @@ Cell* Rows::AllocateCells(std::uint32_t nCells) {
   return reinterpret_cast<Cell*>(blocks_.Allocate(nCells * sizeof(Cell)));
 }
 
-// ---- Far cells
-// ------------------------------------------------------------------------------------
+// ---- Far cells ---------------------------------------------------------------------------------
 
 const Cell* Rows::FindFar(long lRow, std::uint32_t nColumn) const {
   const auto it = mapFar_.find({lRow, nColumn});

@@ -79,8 +79,7 @@ void TextStore::Reset() noexcept {
   blocks_.Reset();
 }
 
-// ---- Small texts
-// ----------------------------------------------------------------------------------
+// ---- Small texts -------------------------------------------------------------------------------
 
 char* TextStore::TakeFree(std::size_t nSize) {
   char*& pFirst = pFree_[nSize / kGranule];
@@ -99,8 +98,7 @@ void TextStore::ReleaseSmall(char* pPiece, std::size_t nSize) noexcept {
   pFirst = pPiece;
 }
 
-// ---- Large texts
-// ----------------------------------------------------------------------------------
+// ---- Large texts -------------------------------------------------------------------------------
 
 char* TextStore::AllocateLarge(std::size_t length) {
   if (length > kLongest) throw std::bad_alloc();

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <new>
 #include <set>
 #include <string>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "recordset/Columns.h"
 #include "recordset/NameHash.h"
 #include "recordset/TextStore.h"
+#include "tests/recordset/CountedMemory.h"
 #include "tests/support/Random.h"
 
 namespace {
@@ -103,6 +105,35 @@ TEST(Columns, StayQuickWithAMillionNamesAlike) {
   texts.Reset();
   EXPECT_EQ(columns.Find("x"), 0u);
   EXPECT_EQ(columns.FindOrAdd("x"), 1u);
+}
+
+// Every name takes an allocation of its own, so that each step of adding one fails in its turn.
+TEST(Columns, AreAsBeforeWhenANameFindsNoMemory) {
+  bool bRanOut = true;
+  for (int nAllocations = 0; bRanOut; ++nAllocations) {
+    TextStore texts;
+    Columns columns(texts);
+    std::vector<std::string> vNames;
+    for (char c = 'A'; c < 'h'; ++c) {
+      vNames.emplace_back(300, c);
+    }
+    CountedMemory::FailAfter(nAllocations);
+    std::uint32_t nAdded = 0;
+    try {
+      for (const std::string& name : vNames) {
+        columns.FindOrAdd(name.data(), name.size());
+        ++nAdded;
+      }
+    } catch (const std::bad_alloc&) {
+    }
+    bRanOut = CountedMemory::StopFailing();
+    ASSERT_EQ(columns.Count(), nAdded);
+    for (std::uint32_t i = 0; i < vNames.size(); ++i) {
+      ASSERT_EQ(columns.Find(vNames[i].c_str()), i < nAdded ? i + 1 : 0);
+    }
+    ASSERT_EQ(columns.FindOrAdd("one more"), nAdded + 1);
+    ASSERT_EQ(columns.InNameOrder().size(), nAdded + 1);
+  }
 }
 
 // Differences that a multiplication alone carries through, or that cancel each other, and words

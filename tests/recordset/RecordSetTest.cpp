@@ -215,8 +215,7 @@ TEST(RecordSet, IsCopiedMovedAndAssigned) {
   static_assert(std::has_virtual_destructor_v<CQXRecordSet>);
 }
 
-// ---- Nested record sets
-// ---------------------------------------------------------------------------
+// ---- Nested record sets ------------------------------------------------------------------------
 
 TEST(NestedRecordSet, IsASnapshotThatKeepsAllRows) {
   CQXRecordSet inner;
@@ -255,8 +254,7 @@ TEST(NestedRecordSet, IsEmptyWhenTheCellHoldsNone) {
   EXPECT_EQ(outer.GetString(), R"({"rows":[{"cleared":"","n":5,"t":"text"},{"n":null},{"t":1}]})");
 }
 
-// ---- Dump and wide text
-// ---------------------------------------------------------------------------
+// ---- Dump and wide text ------------------------------------------------------------------------
 
 TEST(Dump, ShowsEveryColumnInEveryRow) {
   CQXRecordSet set;
@@ -295,8 +293,7 @@ TEST(WideText, GoesThereAndBackAndEndsAtANul) {
   EXPECT_EQ(CQXRecordSet::UTF8ToWide("\xFF"), L"") << "refused";
 }
 
-// ---- The before/after record
-// ----------------------------------------------------------------------
+// ---- The before/after record -------------------------------------------------------------------
 
 TEST(BeforeAfterRecord, KeepsTheAfterValuesInRowOne) {
   CBeforeAfterRecord record;

@@ -28,8 +28,7 @@ std::string Nested(int nDepth, const std::string& strInnermost) {
   return text + strInnermost + std::string(static_cast<std::size_t>(nDepth), '}');
 }
 
-// ---- Writing
-// --------------------------------------------------------------------------------------
+// ---- Writing -----------------------------------------------------------------------------------
 
 TEST(RecordSetText, WritesACellByItsTextAndType) {
   const struct {
@@ -172,8 +171,7 @@ TEST(IntegerText, IsCanonicalWhenItIsWrittenTheSame) {
   }
 }
 
-// ---- Loading
-// --------------------------------------------------------------------------------------
+// ---- Loading -----------------------------------------------------------------------------------
 
 TEST(RecordSetLoad, TakesEachShapeOfText) {
   const struct {

@@ -99,5 +99,9 @@ int Main(int nArguments, char** pszArguments) {
 int main(int nArguments, char** pszArguments) {
   // Character widths are those of UTF-8, whatever the user's locale; numbers stay as they are.
   std::setlocale(LC_CTYPE, "C.UTF-8");
-  return qxrs::Main(nArguments, pszArguments);
+  try {
+    return qxrs::Main(nArguments, pszArguments);
+  } catch (...) {
+    return qxrs::kExitFailed;  // not even memory for a message
+  }
 }

@@ -103,7 +103,7 @@ bool IsDeclaredBoolean(const char* szType) {
 std::string ShortestText(double fValue) {
   char szText[32];  // 24 are needed: -2.2250738585072014e-308
   const auto result = std::to_chars(szText, szText + sizeof szText, fValue);
-  return std::string(szText, result.ptr);
+  return {szText, result.ptr};
 }
 
 bool FitsLong(sqlite3_int64 nValue, LongSize eSize) {

@@ -91,7 +91,7 @@ Output::~Output() {
 
 void Output::OpenTemporary() {
   std::string strPattern = strTarget + ".XXXXXX";
-  nFile = mkostemp(&strPattern[0], O_CLOEXEC);
+  nFile = mkostemp(strPattern.data(), O_CLOEXEC);
   if (nFile < 0) {
     Fail(strName);
   }
