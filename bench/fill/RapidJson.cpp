@@ -19,7 +19,7 @@ rapidjson::SizeType Length(const std::string& strText) {
   return static_cast<rapidjson::SizeType>(strText.size());
 }
 
-rapidjson::Value ToValue(std::nullptr_t, Pool&) { return rapidjson::Value(); }
+rapidjson::Value ToValue(std::nullptr_t, Pool&) { return {}; }
 rapidjson::Value ToValue(bool bValue, Pool&) { return rapidjson::Value(bValue); }
 rapidjson::Value ToValue(long lValue, Pool&) {
   return rapidjson::Value(static_cast<std::int64_t>(lValue));
