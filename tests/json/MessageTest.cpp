@@ -162,19 +162,24 @@ TEST(JsonMessage, ChangesTheNamesOfOneObjectAlone) {
 }
 
 TEST(JsonMessage, DropsANameWithoutValueAtTheNextUpdate) {
-  for (const char* name : {"lost", "new", "first"}) {
+  static const struct {
+    const char* name;
+    int nOrdinal;
+    const char* text;  // after Set(name, 3)
+  } kCases[] = {{"lost", 2, R"({"first":1,"second":2,"lost":3})"},
+                {"new", 2, R"({"first":1,"second":2,"new":3})"},
+                {"first", 0, R"({"first":3,"second":2})"}};
+  for (const auto& test : kCases) {
     Message message;
-    ASSERT_FALSE(message.Parse(R"({"first":1,"lost":?)"));
+    ASSERT_FALSE(message.Parse(R"({"first":1,"second":2,"lost":?)"));
     const auto& object = dynamic_cast<const ObjectValue&>(*message.pComposite);
-    EXPECT_EQ(object.vNameMap.size(), 2u);
-    EXPECT_EQ(object.OrdinalOf("lost", -1), 1);  // sorted in front of the other
-    EXPECT_EQ(object.NameAt(1), nullptr);
-    message.Set(name, 2);
-    const bool bNew = *name != 'f';
-    EXPECT_EQ(object.vNameMap.size(), bNew ? 2u : 1u);
-    EXPECT_EQ(object.OrdinalOf(name, -1), bNew ? 1 : 0);
-    EXPECT_EQ(Written(message),
-              bNew ? std::string(R"({"first":1,")") + name + "\":2}" : R"({"first":2})");
+    EXPECT_EQ(object.OrdinalOf("lost", -1), 2);  // sorted in front of the others
+    EXPECT_EQ(object.vNameMap.size(), 3u);
+    EXPECT_EQ(object.NameAt(2), nullptr);
+    message.Set(test.name, 3);
+    EXPECT_EQ(object.vNameMap.size(), static_cast<std::size_t>(object.Size()));
+    EXPECT_EQ(object.OrdinalOf(test.name, -1), test.nOrdinal);
+    EXPECT_EQ(Written(message), test.text);
   }
 }
 
