@@ -12,7 +12,8 @@ TIDY_FOLDERS := $(LIBRARY_FOLDERS) tools
 # Options for the benchmark run, such as --quick or --arch x64.
 BENCH ?=
 
-.PHONY: help build demo check bench bench-report asan tsan fmt fmt-check tidy symbols coverage
+.PHONY: help build demo check bench bench-report asan tsan fmt fmt-check tidy symbols coverage \
+  packages packages-check
 
 help: ## list these commands
 	@sed -nE 's/^([a-z-]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 20
@@ -92,3 +93,13 @@ coverage: ## line coverage of the library, also as build/coverage/report/
 	mkdir -p build/coverage/report
 	gcovr --root . $(LIBRARY_FOLDERS:%=--filter '%/') --exclude-throw-branches --txt \
 	  --html-details build/coverage/report/index.html build/coverage/CMakeFiles/qxrecordset*.dir
+
+packages: export SOURCE_DATE_EPOCH ?= $(shell git log -1 --format=%ct)
+packages: ## make the Debian packages, amd64 and i386, in build/package-*/packages/
+	$(DEPS) build tests tools packages
+	rm -rf build/package-x86/packages build/package-x64/packages
+	$(foreach arch,x86 x64,$(call build,package-$(arch)) \
+	  && cpack --config build/package-$(arch)/CPackConfig.cmake &&) true
+
+packages-check: packages ## make the Debian packages, check them and build programs against them
+	packaging/check.sh build/package-x86 build/package-x64

@@ -19,6 +19,7 @@ packages_of() {
     bench) echo libbenchmark-dev libsimdjson-dev rapidjson-dev nlohmann-json3-dev python3 ;;
     report) echo python3-matplotlib ;;
     coverage) echo gcovr ;;
+    packages) echo dpkg-dev file gzip lintian man-db pkg-config ;;
     *)
       echo "install-deps.sh: unknown group '$1'" >&2
       return 2

@@ -4,10 +4,11 @@
 #   consumer.sh install|headers|find_package|pkg_config|add_subdirectory
 #
 # The environment says with what (see CMakeLists.txt): CMAKE, SOURCE, BUILD, SCRATCH, TOOLCHAIN, CC,
-# CXX, CFLAGS, CXXFLAGS.
+# CXX, CFLAGS, CXXFLAGS, and PREFIX and MULTIARCH where unpacked packages are used instead of an
+# installation made here.
 set -euo pipefail
 
-prefix=$SCRATCH/installed
+prefix=${PREFIX:-$SCRATCH/installed}
 project=$SOURCE/tests/consumer/project
 
 # What both programs print when all they read back is right.
@@ -86,7 +87,7 @@ use_pkg_config() {
   local out=$SCRATCH/pkg_config
   rm -rf "$out"
   mkdir "$out"
-  PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name qxrecordset.pc)")
+  PKG_CONFIG_PATH=$(dirname "$(find "$prefix/lib/${MULTIARCH:-}" -name qxrecordset.pc)")
   export PKG_CONFIG_PATH
   local libdir
   libdir=$(pkg-config --variable=libdir qxrecordset)

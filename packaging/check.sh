@@ -1,0 +1,82 @@
+#!/usr/bin/env bash
+# Checks the Debian packages of both architectures: packaging/check.sh BUILD_FOLDER...
+#
+# Each folder is the build of a package preset. lintian finds no error; dpkg accepts the packages of
+# all architectures beside each other in one scratch system; programs in C++ and C are built against
+# what lies there, in the ways the README names, and run; so does the tool.
+#
+# Needs no root: the scratch system is a folder with a package database of its own.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source=$PWD
+
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+root=$scratch/root
+mkdir -p "$root"/var/lib/dpkg/{info,updates,triggers}
+touch "$root/var/lib/dpkg/status"
+
+in_root() {
+  dpkg --root="$root" --log="$scratch/dpkg.log" --force-not-root --force-depends \
+    --force-script-chrootless --no-triggers "$@"
+}
+
+packages=()
+for build in "$@"; do
+  packages+=("$build"/packages/*.{deb,ddeb})
+done
+
+echo "lintian: ${#packages[@]} packages"
+# The packages are our own, not Debian's: there is no request to package them that they could close.
+lintian --fail-on error --suppress-tags initial-upload-closes-no-bugs "${packages[@]}"
+
+in_root --add-architecture i386
+in_root --unpack "${packages[@]}" > "$scratch/unpack.log" 2>&1 || { cat "$scratch/unpack.log"; exit 1; }
+beside=$(dpkg-query --admindir="$root/var/lib/dpkg" --show | wc -l)
+if ((beside != ${#packages[@]})); then
+  echo "Only $beside packages are there: some replaced others" >&2
+  exit 1
+fi
+echo "dpkg: $beside packages beside each other"
+
+for build in "$@"; do
+  build=$(realpath "$build")
+  toolchain=
+  flags=
+  multiarch=x86_64-linux-gnu
+  if [[ -n $(find "$build/packages" -name '*_i386.deb') ]]; then
+    toolchain=$source/cmake/x86-toolchain.cmake
+    flags=-m32
+    multiarch=i386-linux-gnu
+  fi
+  for way in find_package pkg_config; do
+    mkdir -p "$scratch/$multiarch"
+    env CMAKE=cmake SOURCE="$source" SCRATCH="$scratch/$multiarch" PREFIX="$root/usr" \
+      MULTIARCH=$multiarch TOOLCHAIN="$toolchain" CC=cc CXX=c++ CFLAGS=$flags CXXFLAGS=$flags \
+      tests/consumer/consumer.sh $way > "$scratch/consumer.log" 2>&1 \
+      || { cat "$scratch/consumer.log"; exit 1; }
+    echo "$multiarch, $way: $(grep -c 'was born in' "$scratch/consumer.log") programs"
+  done
+
+  # A package that such a program goes into depends on ours, by the names that the program uses.
+  (
+    mkdir -p "$scratch/host/debian"
+    cd "$scratch/host"
+    printf 'Source: host\n\nPackage: host\nArchitecture: any\n' > debian/control
+    dpkg-deb --raw-extract "$build"/packages/libqxrecordset1_*.deb "$multiarch"
+    "$source/packaging/shlibdeps.sh" --ignore-missing-info -O -S"$multiarch" \
+      -l"$multiarch/usr/lib/$multiarch" "$scratch/$multiarch/pkg_config/cpp_shared" \
+      > depends 2> /dev/null
+  )
+  depends=$(cat "$scratch/host/depends")
+  echo "$multiarch: $depends"
+  [[ $depends == *"libqxrecordset1 (>= 1.0.0)"* ]]
+done
+
+if [[ -x $root/usr/bin/qxrs ]]; then
+  export LD_LIBRARY_PATH=$root/usr/lib/x86_64-linux-gnu
+  "$root/usr/bin/qxrs" --version
+  [[ $("$root/usr/bin/qxrs" from-csv -i examples/data/planets.csv | "$root/usr/bin/qxrs" get rows.2.name) == Earth ]]
+  man --local-file "$root/usr/share/man/man1/qxrs.1.gz" 2> /dev/null | grep -q from-csv
+fi
+echo "packages: fine"
