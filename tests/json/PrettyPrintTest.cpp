@@ -7,34 +7,10 @@
 #include <string>
 
 #include "json/JSON.h"
+#include "tests/support/PlainPrettyPrint.h"
 #include "tests/support/Random.h"
 
 namespace {
-
-// The same rules, byte by byte; the stack of open brackets is a text.
-std::string PrintPlainly(const std::string& text) {
-  std::string output;
-  std::string open;
-  int nDepth = 0;
-  const auto breakLine = [&] { output += '\n' + std::string(nDepth > 0 ? nDepth : 0, '\t'); };
-  for (const char c : text) {
-    const bool bOpens = c == '[' || c == '{';
-    const bool bCloses = c == ']' || c == '}';
-    if (bCloses) {
-      --nDepth;
-      if (!open.empty()) open.pop_back();
-    }
-    if (bOpens || bCloses) breakLine();
-    output += c;
-    if (bOpens) {
-      ++nDepth;
-      open += c;
-      breakLine();
-    }
-    if (c == ',' && (open.empty() || open.back() == '{')) breakLine();
-  }
-  return output;
-}
 
 TEST(PrettyPrint, BreaksLinesAtBracketsAndBetweenMembers) {
   const struct {
@@ -73,7 +49,7 @@ TEST(PrettyPrint, FollowsTheRulesOnAnyText) {
       c = random.Of(szBytes);
     }
     std::string output;
-    ASSERT_EQ(JSON_PrettyPrint(text.c_str(), output), PrintPlainly(text)) << text;
+    ASSERT_EQ(JSON_PrettyPrint(text.c_str(), output), Plain::PrettyPrint(text)) << text;
   }
 }
 

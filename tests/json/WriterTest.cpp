@@ -1,10 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // The streaming writer. Its calls are written down as scripts: one token per call, separated by
-// blanks, the first character says which call, the rest is its text:
-//
-//   { } [ ]   OO, OC, AO, AC          Vtext   V(const char*)      Jtext   JS        ~   V(nullptr)
-//   Ntext     N(const char*)          #12     V(int)              Atext   AppendString
+// blanks, the first character says which call, the rest is its text; see Plain::Call.
 
 #include <gtest/gtest.h>
 
@@ -20,15 +17,13 @@
 
 #include "json/JSONSerialize.h"
 #include "tests/support/FailingAllocation.h"
-#include "tests/support/PlainEscape.h"
+#include "tests/support/PlainWriter.h"
 #include "tests/support/Random.h"
 
 namespace {
 
-struct Call {
-  char cCall;
-  std::string strText;
-};
+using Plain::Apply;
+using Plain::Call;
 
 std::vector<Call> Script(std::string_view script) {
   std::vector<Call> vCalls;
@@ -40,79 +35,12 @@ std::vector<Call> Script(std::string_view script) {
   return vCalls;
 }
 
-void Apply(JSON::Serialize& writer, const Call& call) {
-  const char* const szText = call.strText.c_str();
-  if (call.cCall == '{') writer.OO();
-  if (call.cCall == '}') writer.OC();
-  if (call.cCall == '[') writer.AO();
-  if (call.cCall == ']') writer.AC();
-  if (call.cCall == 'N') writer.N(szText);
-  if (call.cCall == 'V') writer.V(szText);
-  if (call.cCall == '~') writer.V(nullptr);
-  if (call.cCall == '#') writer.V(std::atoi(szText));
-  if (call.cCall == 'J') writer.JS(szText);
-  if (call.cCall == 'A') writer.AppendString(szText);
-}
-
 std::string Written(std::string_view script) {
   JSON::Serialize writer(0);
   for (const Call& call : Script(script))
     Apply(writer, call);
   return writer.String();
 }
-
-// The rules of the writer, over a stack of open containers.
-class Model {
- public:
-  bool Allowed(char cCall) const {
-    if (bError) return false;
-    if (cCall == '{' || cCall == '[') return !NameDue();
-    if (cCall == '}' || cCall == 'N') return NameDue();
-    if (cCall == ']') return !vOpen.empty() && !vOpen.back().bObject;
-    return !vOpen.empty() && !NameDue();
-  }
-
-  void Apply(const Call& call) {
-    const char c = call.cCall;
-    if (!Allowed(c)) bError = true;
-    if (bError) return;
-    if (c == '}' || c == ']') {
-      strText += c;
-      vOpen.pop_back();
-      return;
-    }
-    if (!bValueOwed && !vOpen.empty() && vOpen.back().nEntries++ != 0) strText += ',';
-    bValueOwed = c == 'N';
-    if (c == '{' || c == '[') {
-      strText += c;
-      vOpen.push_back({c == '{', 0});
-    } else if (c == 'N' || c == 'V') {
-      strText += '"' + Plain::Escape(call.strText) + (c == 'N' ? "\":" : "\"");
-    } else {
-      strText += c == '~' || (c == 'J' && call.strText.empty()) ? "null" : call.strText;
-    }
-  }
-
-  const std::string& String() const {
-    static const std::string strNone;
-    return bError || !vOpen.empty() ? strNone : strText;
-  }
-  bool Failed() const { return bError; }
-  std::size_t Depth() const { return bError ? 0 : vOpen.size(); }
-
- private:
-  struct Level {
-    bool bObject;
-    int nEntries;  // members or elements begun
-  };
-
-  bool NameDue() const { return !vOpen.empty() && vOpen.back().bObject && !bValueOwed; }
-
-  std::string strText;
-  std::vector<Level> vOpen;
-  bool bValueOwed = false;
-  bool bError = false;
-};
 
 TEST(Writer, WritesWhatIsCalledInOrder) {
   const struct {
@@ -227,7 +155,7 @@ TEST(Writer, NestsWithoutBound) {
         strScript =
             (bObject ? "{ Na #1 Nb " : "[ #1 ") + strScript + (bObject ? " Nc #2 }" : " #2 ]");
       }
-      Model model;
+      Plain::Writer model;
       for (const Call& call : Script(strScript))
         model.Apply(call);
       ASSERT_GT(model.String().size(), 6 * nDepth);
@@ -248,7 +176,7 @@ std::string RandomText(Support::Random& random) {
 }
 
 // Mostly in order, and mostly one of `calls`.
-Call RandomCall(Support::Random& random, const Model& model, std::string_view calls) {
+Call RandomCall(Support::Random& random, const Plain::Writer& model, std::string_view calls) {
   constexpr std::string_view all = "{}[]NNVV~#JA";
   char c = random.Of(calls);
   if (!model.Failed() && !random.OneIn(500)) {
@@ -270,7 +198,7 @@ TEST(Writer, FollowsItsRulesThroughRandomCalls) {
     const std::size_t nCopyAt = random.Below(nCalls + 1);
     JSON::Serialize writer(static_cast<int>(random.Below(3) * 700));
     std::optional<JSON::Serialize> copied;
-    Model model;
+    Plain::Writer model;
     // At the end, all that is open is closed; mostly.
     for (std::size_t i = 0; i < nCalls || (model.Depth() != 0 && !random.OneIn(1000)); ++i) {
       if (i == nCopyAt) copied = writer;  // both go on from here, each on its own
@@ -361,7 +289,7 @@ TEST(Writer, ACallThatRunsOutOfMemoryLeavesNoTrace) {
     if (call.strText == "b") call.strText = strLong + '\n' + strLong;
     if (call.strText == "text") call.strText = std::string(100000, '\n');
   }
-  Model model;
+  Plain::Writer model;
   for (const Call& call : vCalls)
     model.Apply(call);
 
