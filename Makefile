@@ -11,8 +11,11 @@ TIDY_FOLDERS := $(LIBRARY_FOLDERS) tools
 .DEFAULT_GOAL := help
 # Options for the benchmark run, such as --quick or --arch x64.
 BENCH ?=
+# How long each fuzz target runs, and other options of fuzz/run.py, such as --jobs 2 or --arch x64.
+SECONDS ?= 60
+FUZZ ?=
 
-.PHONY: help build demo check bench bench-report asan tsan fmt fmt-check tidy symbols coverage \
+.PHONY: help build demo check bench bench-report asan tsan fuzz fmt fmt-check tidy symbols coverage \
   packages packages-check
 
 help: ## list these commands
@@ -62,6 +65,12 @@ tsan: ## the tests under the thread sanitizer
 	$(DEPS) build tests tools
 	$(call build,x64-tsan)
 	$(call test,x64-tsan)
+
+fuzz: ## run every fuzz target for SECONDS=60, both architectures (FUZZ="--jobs 2 --targets parse")
+	$(DEPS) build tests fuzz
+	$(call build,x86-fuzz)
+	$(call build,x64-fuzz)
+	fuzz/run.py --seconds $(SECONDS) $(FUZZ)
 
 fmt: ## format all sources
 	$(DEPS) fmt

@@ -1,5 +1,9 @@
 # Instruments everything built in this tree, GoogleTest included, with the sanitizers named in
-# QXRECORDSET_SANITIZE. The first finding ends the program, so that no test can pass over one.
+# QXRECORDSET_SANITIZE. The first finding ends the program, so that no test can pass over one. What is
+# fuzzed also tells the fuzzer which ways it took.
+if(QXRECORDSET_BUILD_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
 if(NOT QXRECORDSET_SANITIZE)
   return()
 endif()

@@ -11,8 +11,9 @@ set -euo pipefail
 packages_of() {
   case $1 in
     build) echo g++ cmake ninja-build make pkg-config binutils ;;
-    # The 32-bit half of the compiler, GoogleTest as library and as source, and what runs the tool.
-    tests) echo g++-multilib libgtest-dev googletest python3 ;;
+    # The 32-bit half of the compiler, GoogleTest as library and as source, what runs the tool, and
+    # what judges the writer's text.
+    tests) echo g++-multilib libgtest-dev googletest python3 nlohmann-json3-dev ;;
     tools) echo libcli11-dev libcsv-dev libsqlite3-dev ;;
     fmt) echo git clang-format-14 ;;
     tidy) echo clang-tidy-14 ;;
@@ -20,6 +21,8 @@ packages_of() {
     report) echo python3-matplotlib ;;
     coverage) echo gcovr ;;
     packages) echo dpkg-dev file gzip lintian man-db pkg-config ;;
+    # The compiler, and its fuzzer and sanitizers for both architectures.
+    fuzz) echo clang-14 libclang-rt-14-dev python3 ;;
     *)
       echo "install-deps.sh: unknown group '$1'" >&2
       return 2

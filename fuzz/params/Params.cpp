@@ -1,0 +1,151 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Parameter strings. Input, by its first byte: choices of building calls, whose result must read
+// back as what went in; or a text, which must be taken apart, or refused, as a plain scan does it.
+
+#include "params/CParamsX.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <vector>
+
+#include "fuzz/common/Fuzz.h"
+#include "tests/support/Random.h"
+
+namespace {
+
+// What a parameter string holds.
+struct Content {
+  std::string strHeader;
+  std::vector<std::string> vTexts;
+  bool bRefused = false;  // the last text has a malformed length field
+};
+
+Content PlainScan(const std::string& text) {
+  Content content;
+  if (text.empty()) return content;
+  std::size_t nAt = 0;
+  const std::size_t nHeader = text.find(';');
+  if ((text[0] < '0' || text[0] > '9') && nHeader != std::string::npos) {
+    content.strHeader = text.substr(0, nHeader);
+    nAt = nHeader + 1;
+  }
+  while (nAt < text.size()) {
+    const std::size_t nField = text.find(';', nAt);
+    const long lLength = std::strtol(text.c_str() + nAt, nullptr, 10);
+    content.bRefused = nField == std::string::npos || nField == nAt || lLength < 0;
+    content.vTexts.emplace_back();
+    if (content.bRefused) break;
+    const std::size_t nLeft = text.size() - nField - 1;
+    const auto nLength = static_cast<std::size_t>(lLength);
+    content.vTexts.back() = text.substr(nField + 1, nLength);
+    if (nLength >= nLeft) break;
+    nAt = nField + 1 + nLength + 1;
+  }
+  return content;
+}
+
+void ExpectHolds(const CParamsRS& params, const Content& content) {
+  Fuzz::Expect(params.count() == static_cast<int>(content.vTexts.size()), "the count");
+  Fuzz::ExpectEqual(params.getHeader(), content.strHeader, "the header");
+  for (int i = 0; i < params.count() - (content.bRefused ? 1 : 0); ++i) {
+    const std::string& text = content.vTexts[static_cast<std::size_t>(i)];
+    Fuzz::ExpectEqual(params.getStringParamAt(i), text, "the text of a parameter");
+    Fuzz::Expect(params.getLongParamAt(i) == std::strtol(text.c_str(), nullptr, 10), "the number");
+  }
+}
+
+void ReadText(const std::string& text) {
+  const Content content = PlainScan(text);
+  CParamsRS params;
+  bool bRefused = false;
+  try {
+    params.SetParams(text);
+  } catch (const std::exception&) {
+    bRefused = true;
+  }
+  Fuzz::Expect(bRefused == content.bRefused, "whether the text is refused");
+  Fuzz::ExpectEqual(params.paramListRef(), text, "the text");
+  ExpectHolds(params, content);
+  ExpectHolds(CParamsRS(params), content);
+  CParamsRS::getHRESULT(text);
+  try {
+    params.getHRESULT();
+    params.append(text);
+  } catch (const std::exception&) {  // as the header allows
+  }
+}
+
+class Builder {
+ public:
+  explicit Builder(std::string_view input) : random(input) {}
+
+  void Run() {
+    params.addHeader(content.strHeader = "H");
+    while (!random.UsedUp()) {
+      Step();
+      ExpectHolds(params, content);
+    }
+    const CParamsRS received(params.paramListRef());
+    ExpectHolds(received, content);
+    const bool bNul = !content.vTexts.empty() && content.vTexts[0].find('\0') != std::string::npos;
+    Fuzz::Expect(bNul || received.getHRESULT() == CParamsRS::getHRESULT(received.paramListRef()),
+                 "both readers of the result code agree");
+  }
+
+ private:
+  void Step() {
+    switch (random.Below(8)) {
+      case 0:
+        content.strHeader = "H" + Text("Hx 0\n", random.Below(30));
+        return params.addHeader(content.strHeader);
+      case 1: {
+        const long lValue = static_cast<int>(random.Below(0x10000) << 16);
+        content.vTexts.push_back(std::to_string(lValue));
+        return params.addParam(lValue);
+      }
+      case 2: {
+        const auto nCode = static_cast<unsigned>(random.Below(0x10000) * 0x10001U);
+        char szCode[16];
+        std::snprintf(szCode, sizeof szCode, "0x%08X", nCode);
+        content.vTexts.emplace_back(szCode);
+        return params.addResult(static_cast<long>(nCode));
+      }
+      case 3: {
+        if (content.vTexts.size() > 100) return;
+        const std::string strHeader = params.getHeader();
+        const std::string strSegments = params.paramList().substr(strHeader.size() + 1);
+        if (content.vTexts.empty()) return;
+        const auto vTexts = content.vTexts;
+        content.vTexts.insert(content.vTexts.end(), vTexts.begin(), vTexts.end());
+        return params.append(strSegments);
+      }
+      case 4:
+        params = CParamsRS(params);
+        return;
+      default:
+        content.vTexts.push_back(Text(";0x \xFF-9a", random.Below(40)));
+        return params.addParam(content.vTexts.back());
+    }
+  }
+
+  std::string Text(std::string_view bytes, std::size_t nLength) {
+    std::string strText;
+    while (strText.size() < nLength)
+      strText += bytes[random.Below(bytes.size())];
+    return strText;
+  }
+
+  Support::Random random;
+  CParamsRS params;
+  Content content;
+};
+
+}  // namespace
+
+void Fuzz::Run(std::string_view input) {
+  if (input.empty()) return ReadText("");
+  if (input[0] == 'b') return Builder(input.substr(1)).Run();
+  ReadText(std::string(input.substr(1)));
+}
