@@ -111,4 +111,5 @@ packages: ## make the Debian packages, amd64 and i386, in build/package-*/packag
 	  && cpack --config build/package-$(arch)/CPackConfig.cmake &&) true
 
 packages-check: packages ## make the Debian packages, check them and build programs against them
+	$(DEPS) tests
 	packaging/check.sh build/package-x86 build/package-x64

@@ -42,3 +42,14 @@ configure_file(${PROJECT_SOURCE_DIR}/cmake/qxrecordset.pc.in
                ${PROJECT_BINARY_DIR}/generated/qxrecordset.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/generated/qxrecordset.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+# gdb loads the pretty printers by itself: below its folder for such scripts it looks for the path of
+# the library. A package is installed elsewhere than it is used.
+if(QXRECORDSET_PACKAGES)
+  set(sUsedFrom ${CMAKE_INSTALL_FULL_LIBDIR})
+else()
+  set(sUsedFrom "/\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}")
+endif()
+install(FILES ${PROJECT_SOURCE_DIR}/tools/gdb/printers.py
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${sUsedFrom}
+        RENAME libQXRecordSet.so.${PROJECT_VERSION}-gdb.py COMPONENT runtime)

@@ -3,7 +3,7 @@
 #
 # Each folder is the build of a package preset. lintian finds no error; dpkg accepts the packages of
 # all architectures beside each other in one scratch system; programs in C++ and C are built against
-# what lies there, in the ways the README names, and run; so does the tool.
+# what lies there, in the ways the README names, and run; gdb shows what they hold; the tool runs.
 #
 # Needs no root: the scratch system is a folder with a package database of its own.
 set -euo pipefail
@@ -57,6 +57,18 @@ for build in "$@"; do
       || { cat "$scratch/consumer.log"; exit 1; }
     echo "$multiarch, $way: $(grep -c 'was born in' "$scratch/consumer.log") programs"
   done
+
+  # gdb finds the pretty printers and the debugging symbols. It looks for the printers by the path of
+  # the library, which here is the scratch system's.
+  mkdir -p "$scratch/auto-load$scratch"
+  ln -sfn "$root/usr/share/gdb/auto-load" "$scratch/auto-load$root"
+  library=$root/usr/lib/$multiarch
+  # shellcheck disable=SC2086  # the flags are words
+  c++ $flags -std=c++17 -g -I"$root/usr/include/qxrecordset" tests/gdb/Program.cpp \
+    -o "$scratch/$multiarch/program" -L"$library" -lQXRecordSet -Wl,-rpath,"$library"
+  env PROGRAM="$scratch/$multiarch/program" AUTO_LOAD="$scratch/auto-load" \
+    DEBUG_FILES="$root/usr/lib/debug" python3 -B tests/gdb/gdb_test.py
+  echo "$multiarch: gdb shows what the program holds"
 
   # A package that such a program goes into depends on ours, by the names that the program uses.
   (

@@ -12,8 +12,8 @@ packages_of() {
   case $1 in
     build) echo g++ cmake ninja-build make pkg-config binutils ;;
     # The 32-bit half of the compiler, GoogleTest as library and as source, what runs the tool, and
-    # what judges the writer's text.
-    tests) echo g++-multilib libgtest-dev googletest python3 nlohmann-json3-dev ;;
+    # what judges the writer's text and shows what the pretty printers do.
+    tests) echo g++-multilib libgtest-dev googletest python3 nlohmann-json3-dev gdb ;;
     tools) echo libcli11-dev libcsv-dev libsqlite3-dev ;;
     fmt) echo git clang-format-14 ;;
     tidy) echo clang-tidy-14 ;;
