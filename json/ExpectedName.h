@@ -27,6 +27,9 @@ class ExpectedName {
     if (nBytes < Block16::kBytes) {
       aStart_[nBytes] = '"';
     }
+    if (nBytes < Block16::kBytes - 1) {
+      aStart_[nBytes + 1] = ':';
+    }
     nMask_ = (1u << std::min(nLength + 1, std::size_t{Block16::kBytes})) - 1;
     const auto isEscaped = [](char c) { return c == '"' || c == '\\'; };
     if (std::any_of(pName, pName + nLength, isEscaped)) {
@@ -49,6 +52,17 @@ class ExpectedName {
     return nLength_ < Block16::kBytes || MatchesRest(p, pEnd);
   }
 
+  // Whether the text at p is the name, a closing quote and a colon. REQUIRES: 16 bytes at p.
+  bool MatchesMember(const char* p, const char* pEnd) const {
+    const std::uint32_t nEqual = Block16::Load(p).Equals(Block16::Load(aStart_));
+    if (nLength_ >= Block16::kBytes - 1) {
+      return (nEqual & nMask_) == nMask_ && MatchesRest(p, pEnd) &&
+             static_cast<std::size_t>(pEnd - p) > nLength_ + 1 && p[nLength_ + 1] == ':';
+    }
+    const std::uint32_t nWithColon = 2 * nMask_ + 1;
+    return (nEqual & nWithColon) == nWithColon;
+  }
+
  private:
   static constexpr std::uint32_t kNever = 1u << Block16::kBytes;  // no block has this bit
 
@@ -56,14 +70,14 @@ class ExpectedName {
     if (static_cast<std::size_t>(pEnd - p) <= nLength_ || p[nLength_] != '"') {
       return false;
     }
-    return std::memcmp(p + Block16::kBytes, pName_ + Block16::kBytes, nLength_ - Block16::kBytes) ==
-           0;
+    return nLength_ <= Block16::kBytes || std::memcmp(p + Block16::kBytes, pName_ + Block16::kBytes,
+                                                      nLength_ - Block16::kBytes) == 0;
   }
 
   const char* pName_;
   std::uint32_t nLength_;
-  std::uint32_t nMask_;                // which bytes of aStart_ count
-  char aStart_[Block16::kBytes] = {};  // the first bytes of the name and its closing quote
+  std::uint32_t nMask_;                // which bytes of aStart_ are name and quote
+  char aStart_[Block16::kBytes] = {};  // the first bytes of the name, its closing quote and a colon
 };
 
 }  // namespace JSON

@@ -72,26 +72,14 @@ class Nesting {
   Text& text_;
 };
 
-// Members up to the closing brace. p stands on '{'.
+// Members up to the closing brace. p stands where the first of them begins.
 template <typename Text, typename Sink>
-typename Text::Char* ReadObject(Text& text, typename Text::Char* p, Sink& sink) {
-  const Nesting<Text> nesting(text);
-  if (nesting.TooDeep()) {
-    return text.Fail(p);
-  }
-  ++p;
-  if (text.AtEnd(p)) {
-    return text.Fail(p);
-  }
-  p = text.SkipSpace(p);
-  if (text.AtEnd(p)) {
-    sink.Complete();
-    return p;
-  }
-  if (*p == '}') {
-    return p + 1;
-  }
+typename Text::Char* ReadMembers(Text& text, typename Text::Char* p, Sink& sink) {
   for (;;) {
+    if (text.AtEnd(p)) {
+      sink.Complete();
+      return p;
+    }
     if (*p != '"') {
       return text.Fail(p);
     }
@@ -117,11 +105,22 @@ typename Text::Char* ReadObject(Text& text, typename Text::Char* p, Sink& sink) 
       return p + 1;
     }
     p = text.SkipSpace(p + 1);
-    if (text.AtEnd(p)) {
-      sink.Complete();
-      return p;
-    }
   }
+}
+
+// An object. p stands on '{'.
+template <typename Text, typename Sink>
+typename Text::Char* ReadObject(Text& text, typename Text::Char* p, Sink& sink) {
+  const Nesting<Text> nesting(text);
+  if (nesting.TooDeep()) {
+    return text.Fail(p);
+  }
+  ++p;
+  if (text.AtEnd(p)) {
+    return text.Fail(p);
+  }
+  p = text.SkipSpace(p);
+  return text.Peek(p) == '}' ? p + 1 : ReadMembers(text, p, sink);
 }
 
 // Elements up to the closing bracket. p stands on '['.

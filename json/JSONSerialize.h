@@ -69,9 +69,6 @@ class QXRECORDSET_EXPORT Serialize {
   // beyond that on its own; for a large text a good estimate saves copying it several times.
   explicit Serialize(int nReserve);
 
-  // An empty writer that uses the memory of `buffer`, whose content is dropped.
-  explicit Serialize(std::string&& buffer);
-
   // A copy goes on from the same text and state, on its own. Moving copies, too.
   Serialize(const Serialize& other) = default;
   Serialize& operator=(const Serialize& other);
@@ -118,10 +115,7 @@ class QXRECORDSET_EXPORT Serialize {
 
   // The text: complete, or the empty text while a container is open or after an error. The
   // reference stays valid until the next write.
-  const std::string& String() const&;
-
-  // The same, but the text is moved out of the writer, which begins a new one.
-  std::string String() &&;
+  const std::string& String() const;
 
  private:
   class Pen;  // writes one token
@@ -130,6 +124,7 @@ class QXRECORDSET_EXPORT Serialize {
   std::uint32_t CommaBeforeElement() const { return ~(nFirstStack | nObjectStack) & 1U; }
   std::uint32_t CommaBeforeName() const { return ~nFirstStack & 1U; }
   bool ValueIsDue() const { return nDepth != 0 && !bExpectName; }
+  void Reserve(std::size_t nBytes);
   void ValueDone();
   void TextDone(bool bName);
   template <bool bName>
@@ -143,8 +138,6 @@ class QXRECORDSET_EXPORT Serialize {
   QXRECORDSET_NO_EXPORT Serialize& Open(char bracket, bool bObject);
   QXRECORDSET_NO_EXPORT Serialize& Close(char bracket);
   QXRECORDSET_NO_EXPORT Serialize& Refuse();
-  QXRECORDSET_NO_EXPORT void MakeRoom(std::size_t nBytes);
-  QXRECORDSET_NO_EXPORT char* WriteEscaped(std::string_view text, char* pNext);
 
   std::string strOutput;           // the text; while a container is open, free room behind it
   std::uint32_t nFirstStack = 0;   // innermost container in bit 0: it has no member or element yet

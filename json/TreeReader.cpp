@@ -25,8 +25,7 @@ void AppendScalar(ArrayValue& parent, Type type, const char* pText, std::ptrdiff
 
 }  // namespace
 
-// ---- Scalars
-// -------------------------------------------------------------------------------------
+// ---- Scalars ------------------------------------------------------------------------------------
 
 QXRECORDSET_HOT TreeReader::Content TreeReader::ReadString(char* pQuote) {
   char* const pContent = pQuote + 1;
@@ -120,8 +119,7 @@ char* TreeReader::ReadContainer(char* p, ArrayValue& parent, Place& place) {
   return pNext;
 }
 
-// ---- Arrays
-// --------------------------------------------------------------------------------------
+// ---- Arrays -------------------------------------------------------------------------------------
 
 namespace {
 
@@ -154,8 +152,7 @@ char* TreeReader::ReadArrayInto(char* p, ArrayValue& array, Place& place) {
   return pNext;
 }
 
-// ---- Objects
-// -------------------------------------------------------------------------------------
+// ---- Objects ------------------------------------------------------------------------------------
 
 namespace {
 

@@ -14,29 +14,16 @@
 #include "json/Digits.h"
 #include "json/Escape.h"
 #include "json/JSONSerialize.h"
+#include "json/TextRoom.h"
 
 namespace JSON {
 namespace {
-
-// Room is made in steps of this many bytes as long as the string's capacity lasts. The string fills
-// new room with zeros; in steps this small they are still in the nearest cache when the text
-// overwrites them.
-constexpr std::size_t kRoomStep = 4096;
-
-// Capacity is quadrupled up to this size in bytes and doubled beyond. Memory that is not yet
-// written to costs next to nothing, copying the text and touching new pages for it costs more than
-// writing it; but a large text shall not claim an address space of 32 bits.
-constexpr std::size_t kLargeText = std::size_t{16} << 20;
 
 // Bytes of a token beside its text: ',' and '"' before it, '"' and ':' behind it.
 constexpr std::size_t kPunctuation = 4;
 
 // Room for DoubleToStr: "%g" takes up to 13 bytes and a NUL; a decimal point may be several bytes.
 constexpr int kDoubleBytes = 32;
-
-// A text is escaped in pieces of this many bytes, so that room for the worst case is made for a
-// piece at a time.
-constexpr std::size_t kEscapePiece = 256;
 
 // Ready-made text up to this length is mostly a number or a literal.
 constexpr std::size_t kShortRaw = Block16::kBytes;
@@ -79,7 +66,12 @@ class Serialize::Pen {
   }
 
   // Makes its own room, and leaves enough for the punctuation behind the text.
-  void Escaped(std::string_view text) { pNext = owner.WriteEscaped(text, pNext); }
+  void Escaped(std::string_view text) {
+    std::string& output = owner.strOutput;
+    const auto nAt = static_cast<std::size_t>(pNext - output.data());
+    const std::size_t nEnd = WriteEscaped(output, nAt, text, kPunctuation);
+    pNext = output.data() + nEnd;
+  }
 
   template <typename Integer>
   void Decimal(Integer value) {
@@ -99,8 +91,6 @@ Serialize::Serialize(int nReserve) {
   if (nReserve > 0) strOutput.reserve(static_cast<std::size_t>(nReserve));
 }
 
-Serialize::Serialize(std::string&& buffer) : strOutput(std::move(buffer)) { strOutput.clear(); }
-
 Serialize& Serialize::operator=(const Serialize& other) {
   Serialize copy(other);
   strOutput.swap(copy.strOutput);
@@ -114,17 +104,9 @@ Serialize& Serialize::operator=(const Serialize& other) {
   return *this;
 }
 
-const std::string& Serialize::String() const& {
+const std::string& Serialize::String() const {
   static const std::string strEmpty;
   return bError || nDepth != 0 ? strEmpty : strOutput;
-}
-
-std::string Serialize::String() && {
-  std::string strText;
-  if (bError || nDepth != 0) return strText;
-  strText.swap(strOutput);
-  nWritten = 0;
-  return strText;
 }
 
 // ---- State --------------------------------------------------------------------------------------
@@ -145,7 +127,7 @@ Serialize& Serialize::Refuse() {
 // returned to has just received an element.
 Serialize& Serialize::Open(char bracket, bool bObject) {
   if (bExpectName || bError) return Refuse();
-  if (Room() < kPunctuation) MakeRoom(kPunctuation);
+  Reserve(kPunctuation);
   Pen pen(*this);
   if (nDepth != 0) {
     if (nDepth % kLevelsPerWord == 0) vOuterObjects.push_back(nObjectStack);
@@ -161,7 +143,7 @@ Serialize& Serialize::Open(char bracket, bool bObject) {
 }
 
 Serialize& Serialize::Close(char bracket) {
-  if (Room() < kPunctuation) MakeRoom(kPunctuation);
+  Reserve(kPunctuation);
   Pen pen(*this);
   pen.Byte(bracket);
   pen.Done();
@@ -181,6 +163,10 @@ Serialize& Serialize::Close(char bracket) {
   return *this;
 }
 
+inline void Serialize::Reserve(std::size_t nBytes) {
+  if (Room() < nBytes) MakeRoom(strOutput, nWritten, nBytes);
+}
+
 inline void Serialize::ValueDone() {
   nFirstStack &= ~1U;
   bExpectName = (nObjectStack & 1) != 0;
@@ -192,35 +178,6 @@ inline void Serialize::TextDone(bool bName) {
   } else {
     ValueDone();
   }
-}
-
-// ---- Room ---------------------------------------------------------------------------------------
-
-// Makes room for nBytes more, or for a whole step where the capacity allows it. REQUIRES: nBytes is
-// about the size of something that is in memory, so that the sums do not overflow.
-void Serialize::MakeRoom(std::size_t nBytes) {
-  const std::size_t nNeeded = nWritten + nBytes;
-  const std::size_t nCapacity = strOutput.capacity();
-  if (nNeeded > nCapacity) {
-    const std::size_t nGrown = nCapacity * (nCapacity < kLargeText ? 4 : 2);
-    strOutput.reserve(std::max(nNeeded, std::min(nGrown, strOutput.max_size())));
-  }
-  strOutput.resize(std::max(nNeeded, std::min(strOutput.capacity(), nNeeded + kRoomStep)));
-}
-
-// Writes `text`, up to its first NUL, with escapes at pNext, which lies in the room behind the
-// text. The result is the end of what was written; the string may have moved.
-char* Serialize::WriteEscaped(std::string_view text, char* pNext) {
-  text = UpToNul(text);
-  while (!text.empty()) {
-    const std::string_view piece = text.substr(0, kEscapePiece);
-    const auto nToken = static_cast<std::size_t>(pNext - strOutput.data()) - nWritten;
-    const std::size_t nNeeded = nToken + EscapedRoom(piece.size()) + kPunctuation;
-    if (Room() < nNeeded) MakeRoom(nNeeded);
-    pNext = EscapeBytes(piece, strOutput.data() + nWritten + nToken);
-    text.remove_prefix(piece.size());
-  }
-  return pNext;
 }
 
 // ---- Tokens -------------------------------------------------------------------------------------
@@ -259,7 +216,7 @@ QXRECORDSET_HOT Serialize& Serialize::WritePlain(const char* pText, std::size_t 
 Serialize& Serialize::WriteText(const char* pText, std::size_t nLength, bool bName) {
   const std::string_view text(pText, nLength);
   if (bName ? !bExpectName : !ValueIsDue()) return Refuse();
-  if (Room() < text.size() + kPunctuation) MakeRoom(text.size() + kPunctuation);
+  Reserve(text.size() + kPunctuation);
   Pen pen(*this);
   pen.ByteIf(bName ? CommaBeforeName() : CommaBeforeElement(), ',');
   pen.Byte('"');
@@ -290,7 +247,7 @@ Serialize& Serialize::V(std::string_view text) {
 template <typename Write>
 Serialize& Serialize::WriteValue(std::size_t nBytes, Write write) {
   if (!ValueIsDue()) return Refuse();
-  if (Room() < nBytes + kPunctuation) MakeRoom(nBytes + kPunctuation);
+  Reserve(nBytes + kPunctuation);
   Pen pen(*this);
   pen.ByteIf(CommaBeforeElement(), ',');
   write(pen);

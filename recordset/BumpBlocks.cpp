@@ -35,7 +35,7 @@ BumpBlocks::~BumpBlocks() {
 // A piece that is larger than a block gets one of its own, and the current block stays in use.
 char* BumpBlocks::AllocateElsewhere(std::size_t nSize) {
   const std::size_t nBlock =
-      std::clamp(nFootprint_ / kGrowthDivisor, kSmallestBlock, kLargestBlock) - sizeof(Block);
+      std::clamp(nFootprint_ / kGrowthDivisor, kSmallestBlock, kLargestBlock) - kOverhead;
   if (nSize > nBlock) return AddBlock(nSize);
   char* const p = AddBlock(nBlock);
   pNext_ = p + nSize;
@@ -45,7 +45,7 @@ char* BumpBlocks::AllocateElsewhere(std::size_t nSize) {
 
 // Adds a block with `nSize` bytes of room and returns their start.
 char* BumpBlocks::AddBlock(std::size_t nSize) {
-  const std::size_t nBytes = nSize + sizeof(Block);
+  const std::size_t nBytes = nSize + kOverhead;
   if (nBytes < nSize) throw std::bad_alloc();
   Block* const pBlock = static_cast<Block*>(::operator new(nBytes));
   pBlock->pOlder = pNewest_;
@@ -68,7 +68,7 @@ void BumpBlocks::Reset() noexcept {
   }
   nFootprint_ = pNewest_->nSize;
   pNext_ = reinterpret_cast<char*>(pNewest_ + 1);
-  pLimit_ = reinterpret_cast<char*>(pNewest_) + pNewest_->nSize;
+  pLimit_ = reinterpret_cast<char*>(pNewest_) + pNewest_->nSize - kSlack;
 }
 
 }  // namespace recordset

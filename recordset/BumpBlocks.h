@@ -7,6 +7,9 @@
 // The piece handed out last may be made longer or shorter in place. A table is mostly filled row by
 // row, so the row that is being filled grows without being copied and gives back what it did not
 // need.
+//
+// Behind every block lie kSlack bytes that belong to no piece: a piece may be read, and the last
+// one written, in steps of kSlack bytes without regard to its end.
 
 #ifndef QXRECORDSET_RECORDSET_BUMPBLOCKS_H
 #define QXRECORDSET_RECORDSET_BUMPBLOCKS_H
@@ -17,8 +20,10 @@ namespace recordset {
 
 class BumpBlocks {
  public:
-  // Pieces come from `pOwn`, nOwn bytes that the owner holds, before the first block is allocated:
-  // a small table needs none. `pOwn` must stay where it is.
+  static constexpr std::size_t kSlack = 16;
+
+  // Pieces come from `pOwn`, nOwn bytes (and the slack) that the owner holds, before the first
+  // block is allocated: a small table needs none. `pOwn` must stay where it is.
   BumpBlocks(char* pOwn, std::size_t nOwn) noexcept
       : pNext_(pOwn), pLimit_(pOwn + nOwn), pOwn_(pOwn), nOwn_(nOwn) {}
   BumpBlocks(const BumpBlocks&) = delete;
@@ -62,8 +67,11 @@ class BumpBlocks {
  private:
   struct Block {
     Block* pOlder;
-    std::size_t nSize;  // bytes, this header included
+    std::size_t nSize;  // bytes, this header and the slack included
   };
+
+  // Bytes of a block beside its pieces.
+  static constexpr std::size_t kOverhead = sizeof(Block) + kSlack;
 
   char* AllocateElsewhere(std::size_t nSize);
   char* AddBlock(std::size_t nSize);

@@ -21,7 +21,7 @@ void Columns::Reset() noexcept {
   vColumns_.clear();
   vSlots_.clear();
   vSorted_.clear();
-  nLast_ = 0;
+  pLast_ = nullptr;
   pGuess_ = nullptr;
 }
 
@@ -56,9 +56,9 @@ std::uint32_t Columns::Search(const char* name, std::size_t length) const {
 
 // The column at nPosition follows the one found before; remember that.
 void Columns::Learn(std::uint32_t nPosition) {
-  vColumns_[nLast_].nNext = nPosition;
-  nLast_ = nPosition;
-  pGuess_ = &vColumns_[vColumns_[nPosition].nNext];
+  const Column& column = vColumns_[nPosition];
+  if (pLast_ != nullptr) vColumns_[pLast_->nPosition].pNext = &column;
+  Found(column);
 }
 
 // ---- Adding ------------------------------------------------------------------------------------
@@ -69,18 +69,25 @@ std::uint32_t Columns::Add(const char* name, std::size_t length) {
   if (nCount > Rows::kLastColumn) throw std::bad_alloc();
   if (vColumns_.size() == vColumns_.capacity()) MakeRoom();
   if (nCount > kFewColumns && 2 * nCount > vSlots_.size()) MakeTable(4 * nCount);
-  vColumns_.push_back({JSON::ExpectedName(texts_.Store(name, length), length), 0,
-                       static_cast<std::uint32_t>(nCount - 1), 0});
   const auto nPosition = static_cast<std::uint32_t>(nCount - 1);
+  vColumns_.push_back(
+      {JSON::ExpectedName(texts_.Store(name, length), length), 0, nPosition, vColumns_.data()});
   if (!vSlots_.empty()) Enter(nPosition);
   Learn(nPosition);
   return nPosition + 1;
 }
 
-// Room for as many columns again. They move, the expected one too.
+// Room for as many columns again. They move, and what they expect moves with them.
 void Columns::MakeRoom() {
-  vColumns_.reserve(std::max(kFirstColumns, 2 * vColumns_.size()));
-  if (pGuess_ != nullptr) pGuess_ = &vColumns_[vColumns_[nLast_].nNext];
+  std::vector<Column> vMoved;
+  vMoved.reserve(std::max(kFirstColumns, 2 * vColumns_.size()));
+  vMoved = vColumns_;
+  const auto moved = [&vMoved](const Column* p) { return &vMoved[p->nPosition]; };
+  for (Column& column : vMoved) {
+    column.pNext = moved(column.pNext);
+  }
+  if (pLast_ != nullptr) Found(*moved(pLast_));
+  vColumns_.swap(vMoved);
 }
 
 // Makes a hash table of at least nSlots slots, a power of two, and enters all columns.

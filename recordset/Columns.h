@@ -35,6 +35,15 @@ class Columns {
   Columns& operator=(const Columns&) = delete;
   ~Columns() = default;
 
+  struct Column {
+    JSON::ExpectedName name;
+    std::uint32_t nHash = 0;      // once there is a hash table
+    std::uint32_t nPosition = 0;  // its index - 1
+    // The column that was found after this one. That it is an address makes what a lookup has to
+    // wait for from the lookup before as short as it can be.
+    const Column* pNext = nullptr;
+  };
+
   std::uint32_t Count() const { return static_cast<std::uint32_t>(vColumns_.size()); }
 
   // The name of the column with that index; it stays in place. REQUIRES: nColumn is 1 to Count().
@@ -45,13 +54,29 @@ class Columns {
 
   // The index of a column, or 0. `name` ends at its NUL, or is `length` bytes long.
   std::uint32_t Find(const char* name) {
-    if (pGuess_ != nullptr && IsText(*pGuess_, name)) {
-      return TakeGuess();
-    }
-    return FindElsewhere(name, std::strlen(name));
+    const Column* const pColumn = Expected(name);
+    return pColumn != nullptr ? pColumn->nPosition + 1 : FindElsewhere(name, std::strlen(name));
   }
   std::uint32_t Find(const char* name, std::size_t length) {
     return IsGuess(name, length) ? TakeGuess() : FindElsewhere(name, length);
+  }
+
+  // The column that is expected next; null as long as there is none. It stays in place until a
+  // column is added.
+  const Column* Expected() const { return pGuess_; }
+
+  // The column with that name when it is the one expected next, which is then found; else null.
+  const Column* Expected(const char* name) {
+    const Column* const pColumn = pGuess_;
+    if (pColumn == nullptr || !IsText(*pColumn, name)) return nullptr;
+    Found(*pColumn);
+    return pColumn;
+  }
+
+  // The column that is expected next, once `column` was found.
+  const Column* Found(const Column& column) {
+    pLast_ = &column;
+    return pGuess_ = column.pNext;
   }
 
   // The name of the expected column, when the text at p, behind an opening quote, is that name and
@@ -84,13 +109,6 @@ class Columns {
   std::size_t Footprint() const;
 
  private:
-  struct Column {
-    JSON::ExpectedName name;
-    std::uint32_t nHash = 0;  // once there is a hash table
-    std::uint32_t nPosition = 0;
-    std::uint32_t nNext = 0;  // position of the column that was found after this one
-  };
-
   // Up to this many columns are searched one by one: a search then costs no more than a hash.
   static constexpr std::size_t kFewColumns = 16;
 
@@ -100,21 +118,13 @@ class Columns {
   static bool IsName(const Column& column, const char* name, std::size_t length) {
     return column.name.Length() == length && SameBytes(column.name.Text(), name, length);
   }
-  // Names are short, and this comparison is in the way of every cell that is read: the bytes are
-  // compared where a call would cost more. `name` may end anywhere before the column's name does.
   static bool IsText(const Column& column, const char* name) {
-    const char* const pName = column.name.Text();
-    const std::size_t nLength = column.name.Length();
-    for (std::size_t i = 0; i < nLength; ++i) {
-      if (name[i] != pName[i]) return false;
-    }
-    return name[nLength] == '\0';
+    return std::strcmp(column.name.Text(), name) == 0;
   }
 
   std::uint32_t TakeGuess() {
-    nLast_ = pGuess_->nPosition;
-    pGuess_ = &vColumns_[pGuess_->nNext];
-    return nLast_ + 1;
+    Found(*pGuess_);
+    return pLast_->nPosition + 1;
   }
 
   std::uint32_t FindElsewhere(const char* name, std::size_t length);
@@ -128,8 +138,8 @@ class Columns {
 
   TextStore& texts_;
   std::vector<Column> vColumns_;    // by index - 1, the column's position
-  std::uint32_t nLast_ = 0;         // position of the column found last
-  const Column* pGuess_ = nullptr;  // the column expected next, at nNext of that one
+  const Column* pLast_ = nullptr;   // the column found last
+  const Column* pGuess_ = nullptr;  // the column expected next, at pNext of that one
   std::optional<NameHash> hash_;
   std::vector<std::uint32_t> vSlots_;   // the hash table, at most half full: indices, or 0
   std::vector<std::uint32_t> vSorted_;  // indices by name, as far as they were sorted

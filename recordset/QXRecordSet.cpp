@@ -157,8 +157,18 @@ void CQXRecordSet::SetValue(const char* name, CQXRecordSet& value, long row) {
 
 // ---- Reading cells -----------------------------------------------------------------------------
 
+// Hosts ask for one cell after the other, mostly in the order of columns that is expected: that
+// case comes first and makes no call but the comparison of names.
 const char* CQXRecordSet::GetValueAsString(const char* name, long row) {
-  const std::uint32_t nColumn = FindColumn(name);
+  if (name == nullptr || pTable == nullptr) return "";
+  const auto* const pColumn = pTable->columns.Expected(name);
+  if (pColumn == nullptr) return FindValue(name, row);
+  return pTable->ReadCell(row, pColumn->nPosition + 1).pText;
+}
+
+// The same for a column that is not the one expected.
+const char* CQXRecordSet::FindValue(const char* name, long row) {
+  const std::uint32_t nColumn = pTable->columns.Find(name);
   return nColumn != 0 ? pTable->ReadCell(row, nColumn).pText : "";
 }
 

@@ -194,6 +194,7 @@ class QXRECORDSET_EXPORT CQXRecordSet {
   QXRECORDSET_NO_EXPORT recordset::Table& EnsureTable();
   QXRECORDSET_NO_EXPORT std::string BufferForText();
   QXRECORDSET_NO_EXPORT std::uint32_t FindColumn(const char* name);
+  QXRECORDSET_NO_EXPORT const char* FindValue(const char* name, long row);
   QXRECORDSET_NO_EXPORT void Adopt(std::unique_ptr<recordset::Table> pLoaded, long lLastRow);
   QXRECORDSET_NO_EXPORT static std::unique_ptr<recordset::Table> CopyOf(
       const recordset::Table* pSource);

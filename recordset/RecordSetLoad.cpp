@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <climits>
 #include <cstdint>
-#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -20,9 +19,11 @@
 #include "json/JSONMessage.h"
 #include "json/JSONSerialize.h"
 #include "recordset/IntegerText.h"
+#include "recordset/PlainMembers.h"
 #include "recordset/QXRecordSet.h"
 #include "recordset/Table.h"
 
+using recordset::PlainMembers;
 using recordset::Table;
 
 namespace {
@@ -32,10 +33,6 @@ using Text = JSON::Text<const char, true>;  // the bytes of a std::string
 constexpr int kWriterBytes = 1024;  // reserved for the text of a nested object
 constexpr int kLongBytes = 21;      // the digits of a long, its sign and a NUL
 constexpr char szRows[] = "rows";
-
-// As many digits as fit any `long`, whatever they are.
-constexpr unsigned kShortDigits =
-    std::min<unsigned>(std::numeric_limits<long>::digits10, JSON::Block16::kBytes - 1);
 
 // Names and texts end at their first NUL.
 std::string_view UpToNul(std::string_view text) { return text.substr(0, text.find('\0')); }
@@ -87,38 +84,36 @@ class CellLoader {
  public:
   CellLoader(Text& text, Table& table) : text_(text), table_(table) {}
 
-  // Reads the value at p into a cell. Nearly all values are short: what sixteen bytes tell about
-  // them is enough, and they are stored in one step.
+  // Reads the value at p into a cell.
   const char* Load(const char* p, long lRow, std::uint32_t nColumn) {
-    if (text_.pEnd - p <= JSON::Block16::kBytes) {
-      return LoadOther(p, lRow, nColumn);
-    }
     if (*p == '"') {
-      const JSON::Block16 block = JSON::Block16::Load(p + 1);
-      const std::uint32_t nStop = block.QuoteBackslashOrNul();
-      const char* const pStop = p + 1 + (nStop != 0 ? JSON::LowestBit(nStop) : 0);
-      if (nStop != 0 && *pStop == '"') {
-        table_.SetCell(lRow, nColumn, block, static_cast<std::size_t>(pStop - p - 1),
-                       CQXRecordSet::QX_TEXT);
-        return pStop + 1;
-      }
-    } else if (*p >= '1' && *p <= '9') {
-      const JSON::Block16 block = JSON::Block16::Load(p);
-      const std::uint32_t nStop = block.NonDigits();
-      const unsigned nLength = nStop != 0 ? JSON::LowestBit(nStop) : JSON::Block16::kBytes;
-      bool bReal = false;
-      if (nLength <= kShortDigits && !JSON::IsNumberMark(p[nLength], bReal)) {
-        table_.SetCell(lRow, nColumn, block, nLength, CQXRecordSet::QX_LONG);
-        return p + nLength;
-      }
-    } else if (std::memcmp(p, "true", 4) == 0) {
-      Set(lRow, nColumn, "1", CQXRecordSet::QX_BOOL);
-      return p + 4;
-    } else if (std::memcmp(p, "null", 4) == 0) {
-      Set(lRow, nColumn, "", CQXRecordSet::QX_NULL);
-      return p + 4;
+      return LoadString(p, lRow, nColumn);
     }
-    return LoadOther(p, lRow, nColumn);
+    if (JSON::BeginsNumber(*p)) {
+      return LoadNumber(p, lRow, nColumn);
+    }
+    const char* const pNext = Skipper(text_).Value(p);
+    if (pNext == nullptr) {
+      return nullptr;
+    }
+    switch (*p) {
+      case 't':
+        Set(lRow, nColumn, "1", CQXRecordSet::QX_BOOL);
+        break;
+      case 'f':
+        Set(lRow, nColumn, "0", CQXRecordSet::QX_BOOL);
+        break;
+      case 'n':
+        Set(lRow, nColumn, "", CQXRecordSet::QX_NULL);
+        break;
+      case '{':
+        Set(lRow, nColumn, WrittenAnew({p, static_cast<std::size_t>(pNext - p)}),
+            CQXRecordSet::QX_RECORDSET);
+        break;
+      default:
+        Set(lRow, nColumn, "", CQXRecordSet::QX_TEXT);
+    }
+    return pNext;
   }
 
   // The unescaped string with its opening quote at p: in the text itself where it holds no escape,
@@ -182,37 +177,6 @@ class CellLoader {
     return pNext;
   }
 
-  const char* LoadOther(const char* p, long lRow, std::uint32_t nColumn) {
-    if (*p == '"') {
-      return LoadString(p, lRow, nColumn);
-    }
-    if (JSON::BeginsNumber(*p)) {
-      return LoadNumber(p, lRow, nColumn);
-    }
-    const char* const pNext = Skipper(text_).Value(p);
-    if (pNext == nullptr) {
-      return nullptr;
-    }
-    switch (*p) {
-      case 't':
-        Set(lRow, nColumn, "1", CQXRecordSet::QX_BOOL);
-        break;
-      case 'f':
-        Set(lRow, nColumn, "0", CQXRecordSet::QX_BOOL);
-        break;
-      case 'n':
-        Set(lRow, nColumn, "", CQXRecordSet::QX_NULL);
-        break;
-      case '{':
-        Set(lRow, nColumn, WrittenAnew({p, static_cast<std::size_t>(pNext - p)}),
-            CQXRecordSet::QX_RECORDSET);
-        break;
-      default:
-        Set(lRow, nColumn, "", CQXRecordSet::QX_TEXT);
-    }
-    return pNext;
-  }
-
   // The text of an object as the library writes it; valid until the next one.
   std::string_view WrittenAnew(std::string_view object) {
     strObject_.assign(object);
@@ -236,9 +200,23 @@ class CellLoader {
 class RowSink {
  public:
   RowSink(Text& text, Table& table, CellLoader& cells)
-      : text_(text), table_(table), cells_(cells) {}
+      : text_(text), table_(table), cells_(cells), plain_(table, text.pEnd) {}
 
-  void BeginRow(long lRow) { lRow_ = lRow; }
+  // Reads a whole row; p stands on its '{'.
+  const char* ReadRow(const char* p, long lRow) {
+    lRow_ = lRow;
+    const char* const pLeft = plain_.Read(p + 1, lRow);
+    if (pLeft == p + 1) {
+      return ReadObject(text_, p, *this);
+    }
+    lLastRow_ = lRow;
+    if (PlainMembers::IsRowEnd(pLeft)) {
+      return pLeft;
+    }
+    const JSON::Nesting<Text> nesting(text_);
+    return ReadMembers(text_, pLeft, *this);
+  }
+
   void Complete() {}
 
   const char* Name(const char* p) {
@@ -269,6 +247,7 @@ class RowSink {
   Text& text_;
   Table& table_;
   CellLoader& cells_;
+  PlainMembers plain_;
   long lRow_ = 1;
   long lLastRow_ = 0;  // the last row that received a cell
   std::uint32_t nColumn_ = 0;
@@ -287,8 +266,7 @@ class RowsSink {
       bEnded_ = bEnded_ || *p == 'n';
       return Skipper(text_).Value(p);
     }
-    row_.BeginRow(lRow_);
-    return ReadObject(text_, p, row_);
+    return row_.ReadRow(p, lRow_);
   }
 
  private:

@@ -4,8 +4,6 @@
 // through the streaming writer.
 
 #include <algorithm>
-#include <climits>
-#include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -15,19 +13,14 @@
 #include "json/JSONSerialize.h"
 #include "recordset/IntegerText.h"
 #include "recordset/QXRecordSet.h"
+#include "recordset/RowWriter.h"
 #include "recordset/Table.h"
 
-using recordset::Cell;
-using recordset::Row;
-using recordset::Table;
+using recordset::RowWriter;
 
 namespace {
 
-constexpr std::size_t kWriterBytes = 1024;  // reserved for the text
-
-// A row's cells are looked up by the names of all columns in order, unless the row spans less than
-// one column in this many, or has far cells: then its own cells are sorted by name.
-constexpr std::uint32_t kSparseFactor = 4;
+constexpr std::size_t kTextBytes = 1024;  // reserved for a text
 
 // An integer as the library writes it; digits that are so already are not converted.
 void WriteInteger(JSON::Serialize& writer, std::string_view text) {
@@ -37,102 +30,6 @@ void WriteInteger(JSON::Serialize& writer, std::string_view text) {
     writer.V(recordset::ReadLong(text));
   }
 }
-
-// Whether a text, spaces around it aside, begins with '{' and ends with '}'.
-bool LooksLikeObject(std::string_view text) {
-  if (text.empty() || (text.front() != '{' && text.front() != ' ')) return false;
-  const std::size_t nFirst = text.find_first_not_of(' ');
-  return nFirst != std::string_view::npos && text[nFirst] == '{' &&
-         text[text.find_last_not_of(' ')] == '}';
-}
-
-// Writes the rows of a table, each as the members of an object that the caller has opened.
-class RowWriter {
- public:
-  RowWriter(Table& table, JSON::Serialize& writer)
-      : table_(table), writer_(writer), vColumns_(table.columns.InNameOrder()) {}
-
-  void Write(long lRow) {
-    const Row* const pRow = table_.rows.FindRow(lRow);
-    if (pRow == nullptr) return;
-    if (pRow->bHasFar || pRow->nSpan < vColumns_.size() / kSparseFactor) {
-      WriteSparse(lRow, *pRow);
-    } else {
-      WriteDense(*pRow);
-    }
-  }
-
- private:
-  void WriteDense(const Row& row) {
-    for (const std::uint32_t nColumn : vColumns_) {
-      if (nColumn > row.nSpan) continue;
-      const Cell& cell = row.pCells[nColumn - 1];
-      if (cell.Exists()) WriteMember(nColumn, cell);
-    }
-  }
-
-  void WriteSparse(long lRow, const Row& row) {
-    if (vRanks_.empty()) RankColumns();
-    vRowCells_.clear();
-    table_.rows.ForEachCell(lRow, row, [this](std::uint32_t nColumn, const Cell& cell) {
-      vRowCells_.emplace_back(vRanks_[nColumn - 1], &cell);
-    });
-    std::sort(vRowCells_.begin(), vRowCells_.end(),
-              [](const auto& a, const auto& b) { return a.first < b.first; });
-    for (const auto& [nRank, pCell] : vRowCells_) {
-      WriteMember(vColumns_[nRank], *pCell);
-    }
-  }
-
-  // The place of every column in the order by name.
-  void RankColumns() {
-    vRanks_.resize(vColumns_.size());
-    for (std::uint32_t i = 0; i < vColumns_.size(); ++i) {
-      vRanks_[vColumns_[i] - 1] = i;
-    }
-  }
-
-  void WriteMember(std::uint32_t nColumn, const Cell& cell) {
-    const std::string_view text(cell.pText, cell.nLength);
-    const std::string_view name = table_.columns.NameOf(nColumn);
-    if (LooksLikeObject(text)) {
-      WriteObject(name, text);
-      return;
-    }
-    writer_.N(name);
-    switch (cell.eType) {
-      case CQXRecordSet::QX_LONG:
-        return WriteInteger(writer_, text);
-      case CQXRecordSet::QX_NULL:
-        return WriteLiteral("null");
-      case CQXRecordSet::QX_BOOL:
-        return WriteLiteral(text == "1" ? "true" : "false");
-      default:
-        writer_.V(text);
-    }
-  }
-
-  void WriteLiteral(std::string_view literal) {
-    writer_.JS_N(literal.data(), static_cast<int>(literal.size()));
-  }
-
-  // The parser rewrites its text, so it gets a copy. What does not parse is left out.
-  void WriteObject(std::string_view name, std::string_view text) {
-    if (text.size() > INT_MAX) return;
-    strScratch_.assign(text);
-    if (!message_.Parse(strScratch_.data(), static_cast<int>(strScratch_.size()))) return;
-    writer_.N(name);
-    json_walk_obj(writer_, &message_, 0);
-  }
-
-  Table& table_;
-  JSON::Serialize& writer_;
-  const std::vector<std::uint32_t>& vColumns_;  // in name order
-  std::vector<std::uint32_t> vRanks_;  // by column index - 1; made for the first sparse row
-  std::vector<std::pair<std::uint32_t, const Cell*>> vRowCells_;  // a sparse row's cells by rank
-  std::string strScratch_;
-  JSON::Message message_{true};
-};
 
 // Everything but objects, the name included.
 void WriteWalkedScalar(JSON::Serialize& writer, const JSON::JSONValue& value) {
@@ -162,30 +59,29 @@ void WriteWalkedScalar(JSON::Serialize& writer, const JSON::JSONValue& value) {
 std::string CQXRecordSet::BufferForText() {
   std::string buffer = std::move(strText);
   strText.clear();
-  if (buffer.capacity() < kWriterBytes) {
+  if (buffer.capacity() < kTextBytes) {
     const std::size_t nTable = pTable != nullptr ? pTable->Footprint() : 0;
-    buffer.reserve(std::max(kWriterBytes, nTable - nTable / 4));
+    buffer.reserve(std::max(kTextBytes, nTable - nTable / 4));
   }
   return buffer;
 }
 
 const std::string& CQXRecordSet::GetString() {
   if (!bModified) return strText;
-  JSON::Serialize writer(BufferForText());
-  writer.OO();
-  if (lRowsCount >= 2) writer.N("rows").AO();
-  if (lRowsCount >= 1) {
-    RowWriter rows(EnsureTable(), writer);
-    if (lRowsCount == 1) rows.Write(1);
-    for (long i = 0; lRowsCount > 1 && i < lRowsCount; ++i) {
-      writer.OO();
-      rows.Write(i + 1);
-      writer.OC();
+  RowWriter writer(EnsureTable(), BufferForText());
+  if (lRowsCount <= 0) {
+    writer.Raw("{}");
+  } else if (lRowsCount == 1) {
+    writer.Row(1);
+  } else {
+    writer.Raw("{\"rows\":[");
+    for (long i = 0; i < lRowsCount; ++i) {
+      if (i != 0) writer.Raw(",");
+      writer.Row(i + 1);
     }
+    writer.Raw("]}");
   }
-  if (lRowsCount >= 2) writer.AC();
-  writer.OC();
-  strText = std::move(writer).String();
+  strText = std::move(writer).Finish();
   return strText;
 }
 

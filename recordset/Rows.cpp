@@ -8,8 +8,10 @@
 #include "recordset/Rows.h"
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 #include <new>
+#include <type_traits>
 
 namespace recordset {
 namespace {
@@ -25,6 +27,12 @@ constexpr std::uint32_t kColumnsAhead = 8;
 // An array of up to this many cells may always be moved and widened; a larger one only when half of
 // its cells exist, because its size is doubled then.
 constexpr std::uint32_t kAlwaysWidened = 16;
+
+// Makes cells that do not exist. All of their bytes are 0, and many are made at a time.
+void MakeEmpty(Cell* pCells, std::uint32_t nCells) {
+  static_assert(std::is_trivially_copyable_v<Cell>);
+  std::memset(static_cast<void*>(pCells), 0, nCells * sizeof(Cell));
+}
 
 }  // namespace
 
@@ -165,19 +173,15 @@ void Rows::BeginRow(long lRow, Row& row) {
 
 // Looks at the row that was begun last as at a finished one: takes back the room it did not use,
 // and brings its far cells into its array when they fill it at least by half. The result is the
-// span that the next row is to begin with; it is no more than twice the number of cells here, so
-// that long empty rows do not follow from one another.
+// span that the next row is to begin with. Of a wide row it is no more than twice the number of
+// cells here, so that wide empty rows do not follow from one another.
 std::uint32_t Rows::FinishLatestRow() {
   if (!bHasLatest_) return 0;
   Row& row = *const_cast<Row*>(FindRow(lLatest_));
-  std::uint32_t nCells = 0;
-  std::uint32_t nLast = 0;
-  for (std::uint32_t i = 0; i < row.nSpan; ++i) {
-    if (row.pCells[i].Exists()) {
-      ++nCells;
-      nLast = i + 1;
-    }
-  }
+  std::uint32_t nLast = row.nSpan;
+  while (nLast != 0 && !row.pCells[nLast - 1].Exists())
+    --nLast;
+  std::uint32_t nCells = nLast <= kAlwaysWidened ? nLast : CountCells(row);
   if (row.bHasFar) {
     std::uint32_t nLastFar = 0;
     for (auto it = FirstFar(lLatest_); it != mapFar_.end() && it->first.first == lLatest_; ++it) {
@@ -221,7 +225,7 @@ bool Rows::WidenInPlace(Row& row, std::uint32_t nColumn) {
   const std::uint32_t nSpan = row.nSpan;
   const char* const pEnd = reinterpret_cast<const char*>(row.pCells + nSpan);
   if (!blocks_.ExtendLast(pEnd, (nColumn - nSpan) * sizeof(Cell))) return false;
-  std::uninitialized_value_construct_n(row.pCells + nSpan, nColumn - nSpan);
+  MakeEmpty(row.pCells + nSpan, nColumn - nSpan);
   row.nSpan = nColumn & kLastColumn;
   return true;
 }
@@ -229,7 +233,7 @@ bool Rows::WidenInPlace(Row& row, std::uint32_t nColumn) {
 void Rows::Relocate(Row& row, std::uint32_t nSpan) {
   Cell* const pCells = AllocateCells(nSpan);
   std::uninitialized_copy_n(row.pCells, row.nSpan, pCells);
-  std::uninitialized_value_construct_n(pCells + row.nSpan, nSpan - row.nSpan);
+  MakeEmpty(pCells + row.nSpan, nSpan - row.nSpan);
   row.pCells = pCells;
   row.nSpan = nSpan & kLastColumn;
 }

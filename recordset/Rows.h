@@ -53,7 +53,7 @@ struct Row {
 class Rows {
  public:
   // aOwn_ is room for pieces, not content. NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
-  Rows() noexcept : blocks_(aOwn_, sizeof aOwn_), pPages_(&pOnlyPage_) {}
+  Rows() noexcept : blocks_(aOwn_, kOwnBytes), pPages_(&pOnlyPage_) {}
   Rows(const Rows&) = delete;
   Rows& operator=(const Rows&) = delete;
   ~Rows() = default;
@@ -62,12 +62,28 @@ class Rows {
   // valid until the next call of EnsureCell(). When memory runs out, all cells are as before.
   // REQUIRES: nColumn is from 1 to kLastColumn.
   Cell& EnsureCell(long lRow, std::uint32_t nColumn) {
+    Cell* const pCell = FindInGrid(lRow, nColumn);
+    return pCell != nullptr ? *pCell : MakeCell(lRow, nColumn);
+  }
+
+  // The place of a cell when it is one of the usual ones, in the array of a row in the pages; else
+  // null. The cell need not exist.
+  Cell* FindInGrid(long lRow, std::uint32_t nColumn) {
     const unsigned long nIndex = IndexOf(lRow);
-    if (nIndex < nSlots_) {
-      const Row& row = Slot(nIndex);
-      if (nColumn <= row.nSpan) return row.pCells[nColumn - 1];
-    }
-    return MakeCell(lRow, nColumn);
+    if (nIndex >= nSlots_) return nullptr;
+    const Row& row = Slot(nIndex);
+    return nColumn <= row.nSpan ? row.pCells + nColumn - 1 : nullptr;
+  }
+
+  // The cells of a row's array, those that do not exist included. Valid until the next call of
+  // EnsureCell() that makes a cell.
+  struct Cells {
+    Cell* pFirst;
+    std::uint32_t nCount;
+  };
+  Cells CellsOf(long lRow) {
+    const Row* const pRow = FindRow(lRow);
+    return pRow != nullptr ? Cells{pRow->pCells, pRow->nSpan} : Cells{nullptr, 0};
   }
 
   // The cell, or null when it does not exist.
@@ -178,7 +194,7 @@ class Rows {
   long lLastOdd_ = 0;           // the row there that was asked for last,
   Row* pLastOdd_ = nullptr;     // and where it is
   FarCells mapFar_;             // cells beyond the span of their row, by row and column
-  alignas(Cell) char aOwn_[kOwnBytes];
+  alignas(Cell) char aOwn_[kOwnBytes + BumpBlocks::kSlack];
 };
 
 }  // namespace recordset

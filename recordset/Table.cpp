@@ -21,6 +21,13 @@ void Table::SetOwnText(long lRow, std::uint32_t nColumn, char* pText, std::size_
   }
 }
 
+// A cell that does not exist, or does not lie where most cells do.
+const Cell& Table::ReadOtherCell(long lRow, std::uint32_t nColumn) {
+  Cell& cell = rows.EnsureCell(lRow, nColumn);
+  if (!cell.Exists()) Assign(cell, texts.Store(nullptr, 0), 0, kNullType);
+  return cell;
+}
+
 void Table::Merge(const Table& other) {
   std::vector<std::uint32_t> vColumns(other.columns.Count());
   for (std::uint32_t i = 0; i < vColumns.size(); ++i) {

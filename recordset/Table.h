@@ -45,19 +45,6 @@ class Table {
            length, eType);
   }
 
-  // The same for the first `length` bytes of a block, fewer than it has.
-  void SetCell(long lRow, std::uint32_t nColumn, JSON::Block16 block, std::size_t length,
-               std::int32_t eType) {
-    Cell& cell = rows.EnsureCell(lRow, nColumn);
-    if (cell.Exists()) {
-      char aText[JSON::Block16::kBytes];
-      block.Store(aText);
-      SetCell(lRow, nColumn, aText, length, eType);
-      return;
-    }
-    Assign(cell, texts.StoreBlock(block, length), length, eType);
-  }
-
   // Gives the cell the text that the caller has written to the `length` first bytes of `pText`,
   // which texts.Allocate(nRoom) gave. When memory runs out, all cells are as before, and the text
   // is taken back.
@@ -66,9 +53,8 @@ class Table {
 
   // The cell, which comes into being as a null cell when it does not exist.
   const Cell& ReadCell(long lRow, std::uint32_t nColumn) {
-    Cell& cell = rows.EnsureCell(lRow, nColumn);
-    if (!cell.Exists()) Assign(cell, texts.Store(nullptr, 0), 0, kNullType);
-    return cell;
+    const Cell* const pCell = rows.FindInGrid(lRow, nColumn);
+    return pCell != nullptr && pCell->Exists() ? *pCell : ReadOtherCell(lRow, nColumn);
   }
 
   // Adds the columns of `other` in the order of their indices, and sets its cells, row by row.
@@ -84,6 +70,8 @@ class Table {
   Rows rows;
 
  private:
+  const Cell& ReadOtherCell(long lRow, std::uint32_t nColumn);
+
   static constexpr std::int32_t kNullType = 0;  // CQXRecordSet::QX_NULL
 
   static void Assign(Cell& cell, const char* pText, std::size_t length, std::int32_t eType) {

@@ -10,7 +10,7 @@
 namespace recordset {
 
 // "", "0" and "1", each at twice the value of its digit: nulls, booleans and many numbers.
-const char TextStore::aConstants[] = {'0', '\0', '1', '\0'};
+const char TextStore::aConstants[kConstantBytes] = {'0', '\0', '1', '\0'};
 
 // The constant equal to a text of up to one byte, or null.
 const char* TextStore::Constant(const char* text, std::size_t length) {
@@ -102,7 +102,8 @@ void TextStore::ReleaseSmall(char* pPiece, std::size_t nSize) noexcept {
 
 char* TextStore::AllocateLarge(std::size_t length) {
   if (length > kLongest) throw std::bad_alloc();
-  void* const pMemory = ::operator new(sizeof(LargeText) + PieceSize(length));
+  const std::size_t nBytes = sizeof(LargeText) + PieceSize(length) + BumpBlocks::kSlack;
+  void* const pMemory = ::operator new(nBytes);
   LargeText* const pText = new (pMemory) LargeText{nullptr, pLarge_};
   if (pLarge_ != nullptr) pLarge_->pPrevious = pText;
   pLarge_ = pText;

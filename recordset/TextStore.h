@@ -13,6 +13,9 @@
 // A released small piece goes to the free list of its size and is the first to be taken again:
 // texts that are replaced for ever use no more memory than the most that were stored at a time,
 // size by size. A text that is replaced by one of the same piece size is written over where it is.
+//
+// Texts may be read in blocks: all of the sixteen bytes that begin at any byte of a text, its NUL
+// included, may be read, whatever lies there.
 
 #ifndef QXRECORDSET_RECORDSET_TEXTSTORE_H
 #define QXRECORDSET_RECORDSET_TEXTSTORE_H
@@ -45,7 +48,7 @@ class TextStore {
   static constexpr std::size_t kLongest = 0xFFFFFF00;
 
   // aOwn_ is room for pieces, not content. NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
-  TextStore() noexcept : blocks_(aOwn_, sizeof aOwn_) {}
+  TextStore() noexcept : blocks_(aOwn_, kOwnBytes) {}
   TextStore(const TextStore&) = delete;
   TextStore& operator=(const TextStore&) = delete;
   ~TextStore() { ReleaseLarge(); }
@@ -61,19 +64,16 @@ class TextStore {
     return pText;
   }
 
-  // The same for the first bytes of a block, fewer than it has: what follows them in the block is
-  // written, too, where no text is stored yet.
-  const char* StoreBlock(JSON::Block16 block, std::size_t length) {
-    if (length == 0) return Constant(nullptr, 0);
-    if (pFree_ == nullptr && blocks_.Room() >= JSON::Block16::kBytes) {
-      char* const pText = blocks_.Allocate(BlockPieceSize(length));
-      block.Store(pText);
-      pText[length] = '\0';
-      return pText;
-    }
-    char aText[JSON::Block16::kBytes];
-    block.Store(aText);
-    return Store(aText, length);
+  // The same, where a whole block may be read at a text of 2 bytes or more. What follows the text
+  // there is written behind its copy, where no text is stored yet.
+  const char* StoreReadable(const char* text, std::size_t length) {
+    constexpr std::size_t kBlock = JSON::Block16::kBytes;
+    static_assert(kBlock <= BumpBlocks::kSlack);
+    if (length - 2 >= kBlock - 2 || pFree_ != nullptr) return Store(text, length);
+    char* const pText = blocks_.Allocate(BlockPieceSize(length));
+    JSON::Block16::Load(text).Store(pText);
+    pText[length] = '\0';
+    return pText;
   }
 
   // Room for a text of `length` bytes that the caller writes itself, with the NUL in place.
@@ -114,7 +114,8 @@ class TextStore {
   static constexpr std::size_t kSmallestPiece = sizeof(void*);
   static constexpr std::size_t kPieceSizes = (kLongestSmall + 1) / kGranule + 1;
 
-  static const char aConstants[];
+  static constexpr std::size_t kConstantBytes = 4 + BumpBlocks::kSlack;
+  static const char aConstants[kConstantBytes];
 
   static const char* Constant(const char* text, std::size_t length);
   static bool IsConstant(const char* pText);
@@ -146,7 +147,7 @@ class TextStore {
   std::unique_ptr<char*[]> pFree_;  // by piece size / kGranule: the first free piece, which holds
                                     // the address of the next; made for the first piece released
   LargeText* pLarge_ = nullptr;     // all large texts
-  alignas(void*) char aOwn_[kOwnBytes];
+  alignas(void*) char aOwn_[kOwnBytes + BumpBlocks::kSlack];
 };
 
 }  // namespace recordset

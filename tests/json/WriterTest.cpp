@@ -228,19 +228,6 @@ TEST(Writer, WritesNothingAfterAnError) {
   EXPECT_EQ(Support::CountAllocations(), nBefore);
 }
 
-TEST(Writer, TakesOverABufferAndGivesTheTextAway) {
-  std::string strBuffer(1000, 'x');
-  const char* const pBuffer = strBuffer.data();
-  JSON::Serialize writer(std::move(strBuffer));
-  EXPECT_EQ(std::move(writer.AO().V(std::string(900, 'y').c_str())).String(), "");
-  const std::string strText = std::move(writer.AC()).String();
-  EXPECT_EQ(strText, "[\"" + std::string(900, 'y') + "\"]");
-  EXPECT_EQ(strText.data(), pBuffer);
-  EXPECT_EQ(writer.String(), "");
-  EXPECT_EQ(writer.OO().OC().String(), "{}");
-  EXPECT_EQ(std::move(writer.AC()).String(), "");
-}
-
 TEST(Writer, KeepsToTheRoomReserved) {
   constexpr int kReserved = 50000;
   JSON::Serialize writer(kReserved);

@@ -1,0 +1,136 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// The short road for loading a row. Nearly all rows that arrive were written by a program: their
+// members have the names that the row before had, in the same order, and their values are short.
+// Such members go from the text into their cells here, each decided by a few comparisons of sixteen
+// bytes. A member that is different in any way is left where it stands, for the grammar to read; so
+// this file decides nothing about what is accepted.
+
+#ifndef QXRECORDSET_RECORDSET_PLAINMEMBERS_H
+#define QXRECORDSET_RECORDSET_PLAINMEMBERS_H
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include "json/Block.h"
+#include "json/Scan.h"
+#include "recordset/QXRecordSet.h"
+#include "recordset/ShortBytes.h"
+#include "recordset/Table.h"
+
+namespace recordset {
+
+class PlainMembers {
+ public:
+  // Reads a text that ends at pEnd with a NUL.
+  PlainMembers(Table& table, const char* pEnd) : table_(table), pEnd_(pEnd) {}
+
+  // Reads the members of a row from p, where the first one begins, and puts them into cells that do
+  // not exist yet. The result is the position behind the closing brace of the row, or where the
+  // first member begins that was left: IsRowEnd() tells which.
+  const char* Read(const char* p, long lRow);
+
+  static bool IsRowEnd(const char* p) { return p[-1] == '}'; }
+
+ private:
+  using Block16 = JSON::Block16;
+
+  // What is looked at of a member before any of it is stored: its name, its value and a few bytes
+  // of punctuation, in blocks.
+  static constexpr std::ptrdiff_t kNameReach = 1 + Block16::kBytes;
+  static constexpr std::ptrdiff_t kValueReach = 2 + Block16::kBytes;
+
+  // As many digits as fit any `long`, whatever they are.
+  static constexpr unsigned kShortDigits =
+      std::min<unsigned>(std::numeric_limits<long>::digits10, Block16::kBytes - 2);
+
+  // What goes into a cell. Where the text is longer than a byte, a block of it can be read.
+  struct Value {
+    const char* pText;
+    std::size_t nLength;
+    std::int32_t eType;
+  };
+
+  const char* ReadValue(const char* p, Value& value) const;
+  static const char* ReadInteger(const char* p, Value& value);
+  static const char* ReadLiteral(const char* p, Value& value);
+  const char* SkipSpace(const char* p) const {
+    return JSON::IsSpace(*p) ? JSON::SkipSpaceRun(p, pEnd_) : p;
+  }
+
+  Table& table_;
+  const char* const pEnd_;
+};
+
+// Each of the following reads a value that begins at p, and gives the position behind it, or null
+// when it is none of the plain ones. REQUIRES: kValueReach bytes at p.
+
+QXRECORDSET_HOT const char* PlainMembers::ReadValue(const char* p, Value& value) const {
+  if (*p != '"') return *p <= '9' ? ReadInteger(p, value) : ReadLiteral(p, value);
+  const std::uint32_t nStop = Block16::Load(p + 1).QuoteBackslashOrNul();
+  const char* const pStop = nStop != 0 ? p + 1 + JSON::LowestBit(nStop)
+                                       : JSON::FindTextStop(p + 1 + Block16::kBytes, pEnd_);
+  value = {p + 1, static_cast<std::size_t>(pStop - p - 1), CQXRecordSet::QX_TEXT};
+  return *pStop == '"' ? pStop + 1 : nullptr;
+}
+
+// Digits as the library writes them; they are the cell's text as they stand.
+QXRECORDSET_HOT const char* PlainMembers::ReadInteger(const char* p, Value& value) {
+  const unsigned nSign = *p == '-' ? 1 : 0;
+  const std::uint32_t nOther = Block16::Load(p).NonDigits() & ~nSign;
+  if (nOther == 0 || p[nSign] == '0') {
+    value = {p, 1, CQXRecordSet::QX_LONG};
+    return *p == '0' && (p[1] == ',' || p[1] == '}') ? p + 1 : nullptr;
+  }
+  const unsigned nLength = JSON::LowestBit(nOther);
+  value = {p, nLength, CQXRecordSet::QX_LONG};
+  return nLength > nSign && nLength <= kShortDigits + nSign ? p + nLength : nullptr;
+}
+
+QXRECORDSET_HOT const char* PlainMembers::ReadLiteral(const char* p, Value& value) {
+  const auto word = ReadWord<std::uint32_t>(p);
+  if (word == ReadWord<std::uint32_t>("null")) {
+    value = {"", 0, CQXRecordSet::QX_NULL};
+    return p + 4;
+  }
+  if (word == ReadWord<std::uint32_t>("true")) {
+    value = {"1", 1, CQXRecordSet::QX_BOOL};
+    return p + 4;
+  }
+  value = {"0", 1, CQXRecordSet::QX_BOOL};
+  return word == ReadWord<std::uint32_t>("fals") && p[4] == 'e' ? p + 5 : nullptr;
+}
+
+inline const char* PlainMembers::Read(const char* p, long lRow) {
+  const Columns::Column* pColumn = table_.columns.Expected();
+  if (pColumn == nullptr) return p;
+  Rows::Cells cells = table_.rows.CellsOf(lRow);
+  const char* pMember = p;
+  while (pEnd_ - p > kNameReach && *p == '"' && pColumn->name.MatchesMember(p + 1, pEnd_)) {
+    p = SkipSpace(p + 3 + pColumn->name.Length());
+    Value value;
+    if (pEnd_ - p <= kValueReach || (p = ReadValue(p, value)) == nullptr) break;
+    p = SkipSpace(p);
+    if (*p != ',' && *p != '}') break;
+    if (pColumn->nPosition >= cells.nCount) {
+      table_.rows.EnsureCell(lRow, pColumn->nPosition + 1);
+      cells = table_.rows.CellsOf(lRow);
+      if (pColumn->nPosition >= cells.nCount) break;
+    }
+    Cell& cell = cells.pFirst[pColumn->nPosition];
+    if (cell.Exists()) break;
+    cell = {table_.texts.StoreReadable(value.pText, value.nLength),
+            static_cast<std::uint32_t>(value.nLength), value.eType};
+    pColumn = table_.columns.Found(*pColumn);
+    if (*p == '}') return p + 1;
+    p = SkipSpace(p + 1);
+    pMember = p;
+  }
+  return pMember;
+}
+
+}  // namespace recordset
+
+#endif  // QXRECORDSET_RECORDSET_PLAINMEMBERS_H
