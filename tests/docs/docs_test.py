@@ -1,11 +1,17 @@
 #!/usr/bin/env python3
 # Part of libQXRecordSet. MIT licence, see LICENSE.
 #
-# Tests one page of the documentation: docs_test.py PAGE, with PAGE relative to the project's root.
+# Tests pages of the documentation: docs_test.py PAGE..., each relative to the project's root.
 #
 #   ```cpp and ```c blocks with `int main`   are compiled and run; they must write the ```text block
 #                                            that follows directly (nothing, when none does)
 #   other ```cpp blocks                      are compiled, each as the body of a function
+#   ```python blocks                         are run like programs, with the built library
+#   ```cmake blocks                          configure a project that has a host.cpp
+#   ```sh blocks                             are run, in a folder with the program before them as
+#                                            host.cpp or host.c and the database shop.db; of make and
+#                                            cmake commands only targets and presets are looked at
+#   other code blocks                        are not allowed
 #   tables with a head out of TABLES         each row is computed anew and compared
 #   links                                    must lead to a file of the project, and a heading of it
 #
@@ -15,6 +21,7 @@
 import os
 import re
 import shlex
+import sqlite3
 import subprocess
 import sys
 import tempfile
@@ -143,6 +150,98 @@ class Compiler:
         return f'#line {line} "{self.page}"\n{text}'
 
 
+class Installation:
+    """What someone has who installed the library: the build's installation and its tool."""
+
+    def __init__(self, folder):
+        self.folder = folder
+        self.prefix = os.environ["INSTALLED"]
+        commands = folder / "bin"
+        commands.mkdir()
+        for name, compiler, flags in (("c++", "CXX", "CXXFLAGS"), ("cc", "CC", "CFLAGS")):
+            self.command(commands / name,
+                         f'exec {os.environ[compiler]} {os.environ[flags]} "$@"')
+        if os.environ["QXRS"]:
+            self.command(commands / "qxrs", f'exec {os.environ["QXRS"]} "$@"')
+        library = f"{self.prefix}/{os.environ['LIBDIR']}"
+        self.environment = {
+            **os.environ, "PATH": f"{commands}:{os.environ['PATH']}", "CXX": str(commands / "c++"),
+            "CC": str(commands / "cc"), "LD_LIBRARY_PATH": library, "CMAKE_PREFIX_PATH": self.prefix,
+            "PKG_CONFIG_PATH": f"{library}/pkgconfig"}
+        with sqlite3.connect(folder / "shop.db") as shop:
+            shop.executescript("CREATE TABLE article (name TEXT, price INTEGER);"
+                               "INSERT INTO article VALUES ('lamp', 4990), ('bulb', 350);")
+        shop.close()
+
+    @staticmethod
+    def command(path, text):
+        path.write_text("#!/bin/sh\n" + text + "\n", encoding="utf-8")
+        path.chmod(0o755)
+
+    def run(self, line, *command, folder=None):
+        done = subprocess.run(command, cwd=folder or self.folder, env=self.environment, timeout=120,
+                              capture_output=True, check=False)
+        if done.returncode != 0:
+            raise Failure(f"line {line}: exit status {done.returncode}\n"
+                          f"{done.stdout.decode()}{done.stderr.decode()}")
+        return done.stdout.decode("utf-8", "backslashreplace")
+
+
+def check_project(installation, block):
+    folder = installation.folder / f"project{block.line}"
+    folder.mkdir()
+    (folder / "host.cpp").write_text("int main() {}\n", encoding="utf-8")
+    (folder / "CMakeLists.txt").write_text(
+        "cmake_minimum_required(VERSION 3.25)\nproject(Host LANGUAGES CXX)\n"
+        "add_executable(host host.cpp)\n" + block.text, encoding="utf-8")
+    toolchain = [f"-DCMAKE_TOOLCHAIN_FILE={t}"] if (t := os.environ["TOOLCHAIN"]) else []
+    installation.run(block.line, "cmake", "-B", "build", *toolchain, folder=folder)
+
+
+def is_build_command(line, words, installation):
+    """Whether the line is for make or cmake; then its target or preset is looked for."""
+    if words[:1] == ["make"]:
+        installation.run(line, "make", "--dry-run", "--silent", *words[1:], folder=SOURCE)
+    elif words[:1] == ["cmake"]:
+        presets = re.findall(r'"([^"]+)"', installation.run(line, "cmake", "--list-presets", folder=SOURCE))
+        named = [word.removeprefix("build/") for before, word in zip(words, words[1:])
+                 if before == "--preset" or word.startswith("build/")]
+        if not named or not set(named) <= set(presets):
+            raise Failure(f"line {line}: no such preset: {named}")
+    else:
+        return False
+    return True
+
+
+def check_shell(installation, block, program):
+    if program is not None:
+        name = "host.c" if program.language == "c" else "host.cpp"
+        (installation.folder / name).write_text(program.text, encoding="utf-8")
+    commands = []
+    for line, text in enumerate(block.lines, block.line):
+        words = shlex.split(text, comments=True)
+        if not is_build_command(line, words, installation):
+            commands.append(text)
+    if commands and (os.environ["QXRS"] or "qxrs " not in block.text):
+        output = installation.run(block.line, "bash", "-euo", "pipefail", "-c", "\n".join(commands))
+        if block.follower is not None and block.follower.language == "text":
+            compare(block.line, block.follower.text, output)
+
+
+def check_python(folder, block):
+    script = folder / f"line{block.line}.py"
+    script.write_text(block.text, encoding="utf-8")
+    library = folder / "libQXRecordSet.so.1"
+    if not library.exists():
+        library.symlink_to(os.environ["LIBRARY"])
+    done = subprocess.run([sys.executable, "-B", str(script)], cwd=folder, timeout=120, check=False,
+                          env={**os.environ, "LD_LIBRARY_PATH": str(folder), "PYTHONUTF8": "1"},
+                          capture_output=True)
+    if done.returncode != 0:
+        raise Failure(f"line {block.line}: exit status {done.returncode}\n{done.stderr.decode()}")
+    compare(block.line, block.follower.text, done.stdout.decode())
+
+
 def compare(line, wanted, actual):
     if wanted != actual:
         raise Failure(f"line {line}: the page shows\n{wanted}\nbut it is\n{actual}")
@@ -233,8 +332,7 @@ def check_links(path, prose):
         raise Failure("\n".join(faults))
 
 
-def main():
-    page = sys.argv[1]
+def faults_of_page(page):
     path = SOURCE / page
     failures = 0
 
@@ -250,6 +348,12 @@ def main():
     rows = table_rows(prose)
     programs = [b for b in blocks if b.language in ("cpp", "c") and b.is_program()]
     fragments = [b for b in blocks if b.language == "cpp" and not b.is_program()]
+    commands = [b for b in blocks if b.language in ("sh", "cmake")]
+    scripts = [b for b in blocks if b.language == "python"]
+    others = {b.language for b in blocks} - {"cpp", "c", "text", "sh", "cmake", "python", ""}
+    if others or any(b.language == "c" and not b.is_program() for b in blocks):
+        failures += 1
+        print(f"{page}: code that nothing checks: {others or 'a fragment of C'}")
     with tempfile.TemporaryDirectory() as folder:
         compiler = Compiler(page, Path(folder))
         for block in programs:
@@ -258,11 +362,22 @@ def main():
             attempt(check_fragments, compiler, fragments)
         if rows:
             attempt(check_tables, compiler, rows)
+        if os.environ["PYTHON_LOADS"]:
+            for block in scripts:
+                attempt(check_python, Path(folder), block)
+        if commands and os.environ["INSTALLED"]:
+            installation = Installation(Path(folder))
+            for block in commands:
+                before = [b for b in programs if b.line < block.line]
+                if block.language == "cmake":
+                    attempt(check_project, installation, block)
+                else:
+                    attempt(check_shell, installation, block, before[-1] if before else None)
     attempt(check_links, path, prose)
     print(f"{page}: {len(programs)} programs, {len(fragments)} fragments, {len(rows)} table rows, "
-          f"{failures} faults")
-    return 1 if failures else 0
+          f"{len(commands)} blocks of commands, {len(scripts)} scripts, {failures} faults")
+    return failures
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(1 if sum(faults_of_page(argument) for argument in sys.argv[1:]) else 0)
