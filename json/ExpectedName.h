@@ -21,24 +21,19 @@ class ExpectedName {
   // `pName` must stay where it is. A name with a '"' or a '\' is never found: in the text it looks
   // different.
   ExpectedName(const char* pName, std::size_t nLength)
-      : pName_(pName), nLength_(static_cast<std::uint32_t>(nLength)) {
-    const std::size_t nBytes = std::min(nLength, std::size_t{Block16::kBytes});
-    std::memcpy(aStart_, pName, nBytes);
-    if (nBytes < Block16::kBytes) {
-      aStart_[nBytes] = '"';
-    }
-    if (nBytes < Block16::kBytes - 1) {
-      aStart_[nBytes + 1] = ':';
-    }
-    nMask_ = (1u << std::min(nLength + 1, std::size_t{Block16::kBytes})) - 1;
-    const auto isEscaped = [](char c) { return c == '"' || c == '\\'; };
-    if (std::any_of(pName, pName + nLength, isEscaped)) {
-      nMask_ = kNever;
-    }
+      : ExpectedName(pName, nLength, FirstBytes(pName, nLength)) {}
+
+  // The same, where a whole block can be read at pName.
+  static ExpectedName FromBlock(const char* pName, std::size_t nLength) {
+    return ExpectedName(pName, nLength, Block16::Load(pName));
   }
 
   const char* Text() const { return pName_; }
   std::size_t Length() const { return nLength_; }
+
+  // Of a name shorter than kShortName bytes: the name, a quote and a colon, as they are looked for.
+  static constexpr std::size_t kShortName = Block16::kBytes - 1;
+  Block16 QuotedName() const { return Block16::Load(aStart_); }
 
   // Whether the text at p, behind an opening quote, is the name and a closing quote. False also
   // where fewer than 16 bytes are left: the name is then read the plain way.
@@ -66,6 +61,27 @@ class ExpectedName {
  private:
   static constexpr std::uint32_t kNever = 1u << Block16::kBytes;  // no block has this bit
 
+  ExpectedName(const char* pName, std::size_t nLength, Block16 start)
+      : pName_(pName), nLength_(static_cast<std::uint32_t>(nLength)) {
+    constexpr std::size_t kBlock = Block16::kBytes;
+    start.Store(aStart_);
+    if (nLength < kBlock) aStart_[nLength] = '"';
+    if (nLength < kBlock - 1) aStart_[nLength + 1] = ':';
+    nMask_ = (1u << std::min(nLength + 1, kBlock)) - 1;
+    const std::uint32_t nNameBytes = nLength < kBlock ? nMask_ >> 1 : nMask_;
+    const auto isEscaped = [](char c) { return c == '"' || c == '\\'; };
+    if ((start.QuoteOrBackslash() & nNameBytes) != 0 ||
+        (nLength > kBlock && std::any_of(pName + kBlock, pName + nLength, isEscaped))) {
+      nMask_ = kNever;
+    }
+  }
+
+  static Block16 FirstBytes(const char* pName, std::size_t nLength) {
+    char aStart[Block16::kBytes] = {};
+    std::memcpy(aStart, pName, std::min(nLength, std::size_t{Block16::kBytes}));
+    return Block16::Load(aStart);
+  }
+
   bool MatchesRest(const char* p, const char* pEnd) const {
     if (static_cast<std::size_t>(pEnd - p) <= nLength_ || p[nLength_] != '"') {
       return false;
@@ -77,7 +93,7 @@ class ExpectedName {
   const char* pName_;
   std::uint32_t nLength_;
   std::uint32_t nMask_;                // which bytes of aStart_ are name and quote
-  char aStart_[Block16::kBytes] = {};  // the first bytes of the name, its closing quote and a colon
+  char aStart_[Block16::kBytes];  // the first bytes of the name, its closing quote and a colon
 };
 
 }  // namespace JSON

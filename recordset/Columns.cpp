@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <new>
+#include <numeric>
 
+#include "json/Escape.h"
 #include "recordset/Rows.h"
 
 namespace recordset {
@@ -57,7 +59,7 @@ std::uint32_t Columns::Search(const char* name, std::size_t length) const {
 // The column at nPosition follows the one found before; remember that.
 void Columns::Learn(std::uint32_t nPosition) {
   const Column& column = vColumns_[nPosition];
-  if (pLast_ != nullptr) vColumns_[pLast_->nPosition].pNext = &column;
+  if (pLast_ != nullptr && pLast_ != &column) vColumns_[pLast_->nPosition].pNext = &column;
   Found(column);
 }
 
@@ -70,8 +72,10 @@ std::uint32_t Columns::Add(const char* name, std::size_t length) {
   if (vColumns_.size() == vColumns_.capacity()) MakeRoom();
   if (nCount > kFewColumns && 2 * nCount > vSlots_.size()) MakeTable(4 * nCount);
   const auto nPosition = static_cast<std::uint32_t>(nCount - 1);
-  vColumns_.push_back(
-      {JSON::ExpectedName(texts_.Store(name, length), length), 0, nPosition, vColumns_.data()});
+  const char* const pName = texts_.Store(name, length);
+  vColumns_.emplace_back(JSON::ExpectedName::FromBlock(pName, length), nPosition + 1,
+                         JSON::IsPlain({pName, length}));
+  vColumns_.back().pNext = vColumns_.data();
   if (!vSlots_.empty()) Enter(nPosition);
   Learn(nPosition);
   return nPosition + 1;
@@ -126,17 +130,12 @@ const std::vector<std::uint32_t>& Columns::InNameOrder() {
     vSorted_.insert(std::upper_bound(vSorted_.begin(), vSorted_.end(), nNew, less), nNew);
     return vSorted_;
   }
-  std::vector<std::uint32_t> vMerged(vColumns_.size() - nSorted);
-  for (std::uint32_t i = 0; i < vMerged.size(); ++i) {
-    vMerged[i] = nNew + i;
-  }
-  std::sort(vMerged.begin(), vMerged.end(), less);
-  if (nSorted != 0) {
-    vMerged.insert(vMerged.begin(), vSorted_.begin(), vSorted_.end());
-    const auto middle = vMerged.begin() + static_cast<std::ptrdiff_t>(nSorted);
-    std::inplace_merge(vMerged.begin(), middle, vMerged.end(), less);
-  }
-  vSorted_.swap(vMerged);
+  vSorted_.resize(vColumns_.size());
+  const auto middle = vSorted_.begin() + static_cast<std::ptrdiff_t>(nSorted);
+  std::iota(middle, vSorted_.end(), nNew);
+  // Names that come out of a text of this library are in order already.
+  if (!std::is_sorted(middle, vSorted_.end(), less)) std::sort(middle, vSorted_.end(), less);
+  std::inplace_merge(vSorted_.begin(), middle, vSorted_.end(), less);
   return vSorted_;
 }
 

@@ -37,13 +37,18 @@ class Columns {
 
   struct Column {
     JSON::ExpectedName name;
-    std::uint32_t nHash = 0;      // once there is a hash table
-    std::uint32_t nPosition = 0;  // its index - 1
+    std::uint32_t nHash = 0;       // once there is a hash table
+    std::uint32_t nPosition : 31;  // its index - 1
+    std::uint32_t bPlainName : 1;  // nothing in it has to be escaped
     // The column that was found after this one. That it is an address makes what a lookup has to
     // wait for from the lookup before as short as it can be.
     const Column* pNext = nullptr;
+
+    Column(const JSON::ExpectedName& columnName, std::uint32_t nColumn, bool bPlain)
+        : name(columnName), nPosition((nColumn - 1) & 0x7FFFFFFF), bPlainName(bPlain ? 1 : 0) {}
   };
 
+  const Column& At(std::uint32_t nColumn) const { return vColumns_[nColumn - 1]; }
   std::uint32_t Count() const { return static_cast<std::uint32_t>(vColumns_.size()); }
 
   // The name of the column with that index; it stays in place. REQUIRES: nColumn is 1 to Count().
@@ -59,6 +64,12 @@ class Columns {
   }
   std::uint32_t Find(const char* name, std::size_t length) {
     return IsGuess(name, length) ? TakeGuess() : FindElsewhere(name, length);
+  }
+
+  // The same for a name, which becomes a column when it is new.
+  const Column& FoundOrAdded(const char* name, std::size_t length) {
+    FindOrAdd(name, length);
+    return *pLast_;
   }
 
   // The column that is expected next; null as long as there is none. It stays in place until a

@@ -3,8 +3,8 @@
 // The short road for loading a row. Nearly all rows that arrive were written by a program: their
 // members have the names that the row before had, in the same order, and their values are short.
 // Such members go from the text into their cells here, each decided by a few comparisons of sixteen
-// bytes. A member that is different in any way is left where it stands, for the grammar to read; so
-// this file decides nothing about what is accepted.
+// bytes. A member that is not plain, in whatever way, is left where it stands, for the grammar to
+// read; so this file decides nothing about what is accepted.
 
 #ifndef QXRECORDSET_RECORDSET_PLAINMEMBERS_H
 #define QXRECORDSET_RECORDSET_PLAINMEMBERS_H
@@ -53,6 +53,7 @@ class PlainMembers {
     std::int32_t eType;
   };
 
+  const Columns::Column* ReadName(const char*& p);
   const char* ReadValue(const char* p, Value& value) const;
   static const char* ReadInteger(const char* p, Value& value);
   static const char* ReadLiteral(const char* p, Value& value);
@@ -103,13 +104,27 @@ QXRECORDSET_HOT const char* PlainMembers::ReadLiteral(const char* p, Value& valu
   return word == ReadWord<std::uint32_t>("fals") && p[4] == 'e' ? p + 5 : nullptr;
 }
 
+// A name that is not the one expected. It has no escapes, and its colon follows at once. Moves p
+// behind the colon; null when it is no such name. REQUIRES: *p is a '"'.
+inline const Columns::Column* PlainMembers::ReadName(const char*& p) {
+  const char* const pName = p + 1;
+  const char* const pStop = JSON::FindTextStop(pName, pEnd_);
+  if (*pStop != '"' || pStop[1] != ':') return nullptr;
+  p = pStop + 2;
+  return &table_.columns.FoundOrAdded(pName, static_cast<std::size_t>(pStop - pName));
+}
+
 inline const char* PlainMembers::Read(const char* p, long lRow) {
   const Columns::Column* pColumn = table_.columns.Expected();
-  if (pColumn == nullptr) return p;
   Rows::Cells cells = table_.rows.CellsOf(lRow);
   const char* pMember = p;
-  while (pEnd_ - p > kNameReach && *p == '"' && pColumn->name.MatchesMember(p + 1, pEnd_)) {
-    p = SkipSpace(p + 3 + pColumn->name.Length());
+  while (pEnd_ - p > kNameReach && *p == '"') {
+    if (pColumn != nullptr && pColumn->name.MatchesMember(p + 1, pEnd_)) {
+      p += 3 + pColumn->name.Length();
+    } else if ((pColumn = ReadName(p)) == nullptr) {
+      break;
+    }
+    p = SkipSpace(p);
     Value value;
     if (pEnd_ - p <= kValueReach || (p = ReadValue(p, value)) == nullptr) break;
     p = SkipSpace(p);

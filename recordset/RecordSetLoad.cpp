@@ -11,6 +11,7 @@
 #include <climits>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -180,11 +181,14 @@ class CellLoader {
   // The text of an object as the library writes it; valid until the next one.
   std::string_view WrittenAnew(std::string_view object) {
     strObject_.assign(object);
-    if (!message_.Parse(strObject_.data(), static_cast<int>(strObject_.size()))) {
+    if (!message_) {
+      message_.emplace(true);
+    }
+    if (!message_->Parse(strObject_.data(), static_cast<int>(strObject_.size()))) {
       return {};
     }
     JSON::Serialize writer(kWriterBytes);
-    json_walk_obj(writer, &message_, 0);
+    json_walk_obj(writer, &*message_, 0);
     strObject_ = writer.String();
     return strObject_;
   }
@@ -193,7 +197,7 @@ class CellLoader {
   Table& table_;
   std::string strUnescaped_;
   std::string strObject_;
-  JSON::Message message_{true};
+  std::optional<JSON::Message> message_;  // made for the first object
 };
 
 // The members of one row.
@@ -205,16 +209,24 @@ class RowSink {
   // Reads a whole row; p stands on its '{'.
   const char* ReadRow(const char* p, long lRow) {
     lRow_ = lRow;
-    const char* const pLeft = plain_.Read(p + 1, lRow);
+    const char* const pLeft = ReadPlain(p + 1, lRow);
     if (pLeft == p + 1) {
       return ReadObject(text_, p, *this);
     }
-    lLastRow_ = lRow;
     if (PlainMembers::IsRowEnd(pLeft)) {
       return pLeft;
     }
     const JSON::Nesting<Text> nesting(text_);
     return ReadMembers(text_, pLeft, *this);
+  }
+
+  // Reads what is plain at the beginning of a row; see PlainMembers.
+  const char* ReadPlain(const char* p, long lRow) {
+    const char* const pLeft = plain_.Read(p, lRow);
+    if (pLeft != p) {
+      lLastRow_ = lRow;
+    }
+    return pLeft;
   }
 
   void Complete() {}
@@ -283,6 +295,22 @@ class DocumentSink {
   DocumentSink(Text& text, Table& table)
       : text_(text), table_(table), cells_(text, table), row_(text, table, cells_) {}
 
+  // Reads the document; p stands on its '{'.
+  const char* Read(const char* p) {
+    const char* const pLeft = row_.ReadPlain(p + 1, 1);
+    if (pLeft == p + 1) {
+      return ReadObject(text_, p, *this);
+    }
+    if (PlainMembers::IsRowEnd(pLeft)) {
+      return pLeft;
+    }
+    // A column of that name may also stem from the member that was left.
+    const std::uint32_t nRows = table_.columns.Find(szRows);
+    bRowsSeen_ = nRows != 0 && table_.rows.FindCell(1, nRows) != nullptr;
+    const JSON::Nesting<Text> nesting(text_);
+    return ReadMembers(text_, pLeft, *this);
+  }
+
   void Complete() {}
 
   const char* Name(const char* p) {
@@ -331,7 +359,7 @@ bool LoadText(const std::string& strText, Table& table, long& lLastRow) {
     return false;
   }
   DocumentSink document(text, table);
-  const bool bLoaded = ReadObject(text, p, document) != nullptr;
+  const bool bLoaded = document.Read(p) != nullptr;
   lLastRow = document.LastRow();
   return bLoaded;
 }

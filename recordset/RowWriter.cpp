@@ -105,7 +105,6 @@ void RowWriter::Row(long lRow) {
   Raw("{");
   const recordset::Row* const pRow = table_.rows.FindRow(lRow);
   if (pRow != nullptr) {
-    if (vNames_.empty()) QuoteNames();
     if (pRow->bHasFar || pRow->nSpan < vColumns_.size() / kSparseFactor) {
       SparseRow(lRow, *pRow);
     } else {
@@ -117,12 +116,10 @@ void RowWriter::Row(long lRow) {
 }
 
 void RowWriter::DenseRow(const recordset::Row& row) {
-  const std::size_t nColumns = vColumns_.size();
-  for (std::size_t i = 0; i < nColumns; ++i) {
-    const std::uint32_t nColumn = vColumns_[i];
+  for (const std::uint32_t nColumn : vColumns_) {
     if (nColumn > row.nSpan) continue;
     const Cell& cell = row.pCells[nColumn - 1];
-    if (cell.Exists()) Member(i, cell);
+    if (cell.Exists()) Member(table_.columns.At(nColumn), cell);
   }
 }
 
@@ -135,7 +132,7 @@ void RowWriter::SparseRow(long lRow, const recordset::Row& row) {
   std::sort(vRowCells_.begin(), vRowCells_.end(),
             [](const auto& a, const auto& b) { return a.first < b.first; });
   for (const auto& [nRank, pCell] : vRowCells_) {
-    Member(nRank, *pCell);
+    Member(table_.columns.At(vColumns_[nRank]), *pCell);
   }
 }
 
@@ -146,31 +143,37 @@ void RowWriter::RankColumns() {
   }
 }
 
-void RowWriter::QuoteNames() {
-  vNames_.reserve(vColumns_.size());
-  for (const std::uint32_t nColumn : vColumns_) {
-    const std::size_t nBegin = strNames_.size();
-    strNames_ += '"';
-    JSON::AppendEscaped(strNames_, table_.columns.NameOf(nColumn));
-    strNames_ += "\":";
-    vNames_.push_back({nBegin, strNames_.size() - nBegin});
-  }
-  strNames_.append(Block16::kBytes, ' ');  // names are copied in blocks
-}
-
 // ---- Members -----------------------------------------------------------------------------------
 
-QXRECORDSET_HOT void RowWriter::Member(std::size_t nRank, const Cell& cell) {
+QXRECORDSET_HOT void RowWriter::Member(const Columns::Column& column, const Cell& cell) {
   if (MayBeObject(cell.pText) && LooksLikeObject({cell.pText, cell.nLength})) {
-    Object(nRank, {cell.pText, cell.nLength});
+    Object(column, {cell.pText, cell.nLength});
     return;
   }
-  const Name name = vNames_[nRank];
-  char* p = Reserve(name.nLength + cell.nLength + kSpare);
-  p = CopyBlocks(p, strNames_.data() + name.nBegin, name.nLength);
+  const std::size_t nValue = cell.nLength + kSpare;
+  char* p = Reserve(column.name.Length() + nValue);
+  p = Name(p, column, nValue);
   p = Value(p, cell);
   *p++ = ',';
   pNext_ = p;
+}
+
+// A name and its colon. There is room for nBehind bytes more in the end.
+QXRECORDSET_HOT char* RowWriter::Name(char* p, const Columns::Column& column, std::size_t nBehind) {
+  *p++ = '"';
+  const std::size_t nLength = column.name.Length();
+  if (nLength < JSON::ExpectedName::kShortName && column.bPlainName) {
+    column.name.QuotedName().Store(p);
+    return p + nLength + 2;
+  }
+  if (column.bPlainName) {
+    p = CopyBlocks(p, column.name.Text(), nLength);
+  } else {
+    p = Escaped(p, {column.name.Text(), nLength}, nBehind);
+  }
+  *p++ = '"';
+  *p++ = ':';
+  return p;
 }
 
 QXRECORDSET_HOT char* RowWriter::Value(char* p, const Cell& cell) {
@@ -189,19 +192,20 @@ QXRECORDSET_HOT char* RowWriter::Value(char* p, const Cell& cell) {
       break;
   }
   *p++ = '"';
-  if (!CopyPlainBlocks(p, cell.pText, cell.nLength)) return Text(p, cell);
-  p += cell.nLength;
+  if (CopyPlainBlocks(p, cell.pText, cell.nLength)) {
+    p += cell.nLength;
+  } else {
+    p = Escaped(p, {cell.pText, cell.nLength}, kSpare);
+  }
   *p++ = '"';
   return p;
 }
 
-// A text with escapes, behind its opening quote.
-char* RowWriter::Text(char* p, const Cell& cell) {
-  const std::size_t nEnd = JSON::WriteEscaped(strText_, At(p), {cell.pText, cell.nLength}, kSpare);
+// A text with escapes. There is room for nBehind bytes more in the end.
+char* RowWriter::Escaped(char* p, std::string_view text, std::size_t nBehind) {
+  const std::size_t nEnd = JSON::WriteEscaped(strText_, At(p), text, nBehind);
   pLimit_ = strText_.data() + strText_.size();
-  p = strText_.data() + nEnd;
-  *p++ = '"';
-  return p;
+  return strText_.data() + nEnd;
 }
 
 // Digits that are written as the library writes integers are copied, others are converted.
@@ -218,15 +222,14 @@ QXRECORDSET_HOT char* RowWriter::Integer(char* p, const Cell& cell) {
 }
 
 // The parser rewrites its text, so it gets a copy. What does not parse is left out.
-void RowWriter::Object(std::size_t nRank, std::string_view text) {
+void RowWriter::Object(const Columns::Column& column, std::string_view text) {
   if (text.size() > INT_MAX) return;
   if (!message_) message_.emplace(true);
   strScratch_.assign(text);
   if (!message_->Parse(strScratch_.data(), static_cast<int>(strScratch_.size()))) return;
   JSON::Serialize writer(kObjectBytes);
   json_walk_obj(writer, &*message_, 0);
-  const Name name = vNames_[nRank];
-  Raw(std::string_view(strNames_).substr(name.nBegin, name.nLength));
+  pNext_ = Name(Reserve(column.name.Length() + kSpare), column, 0);
   Raw(writer.String());
   Raw(",");
 }

@@ -1,8 +1,8 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Writes the rows of a table as JSON objects, in the form that the library's writer gives. Rows
-// repeat the same names, so every name is escaped and quoted once, and a member is then two copies:
-// of its name and of its text, in steps of sixteen bytes that look for bytes to escape on the way.
+// Writes the rows of a table as JSON objects, in the form that the library's writer gives. A member
+// is two copies: of its name, of which the column knows whether anything in it has to be escaped,
+// and of its text, in steps of sixteen bytes that look for bytes to escape on the way.
 
 #ifndef QXRECORDSET_RECORDSET_ROWWRITER_H
 #define QXRECORDSET_RECORDSET_ROWWRITER_H
@@ -36,24 +36,18 @@ class RowWriter {
   std::string Finish() &&;
 
  private:
-  // A member's name as it is written: quoted, escaped, with its colon; a piece of strNames_.
-  struct Name {
-    std::size_t nBegin;
-    std::size_t nLength;
-  };
-
-  void QuoteNames();
   void DenseRow(const recordset::Row& row);
   void SparseRow(long lRow, const recordset::Row& row);
   void RankColumns();
 
   // Each writes one member and a comma behind it.
-  void Member(std::size_t nRank, const Cell& cell);
-  void Object(std::size_t nRank, std::string_view text);
+  void Member(const Columns::Column& column, const Cell& cell);
+  void Object(const Columns::Column& column, std::string_view text);
 
   // Each writes to p, where the room that Member() makes begins, and gives the end.
+  char* Name(char* p, const Columns::Column& column, std::size_t nBehind);
   char* Value(char* p, const Cell& cell);
-  char* Text(char* p, const Cell& cell);
+  char* Escaped(char* p, std::string_view text, std::size_t nBehind);
   char* Integer(char* p, const Cell& cell);
 
   char* Reserve(std::size_t nBytes);
@@ -64,8 +58,6 @@ class RowWriter {
   char* pNext_;                                 // the end of the text
   char* pLimit_;                                // the end of the room
   const std::vector<std::uint32_t>& vColumns_;  // in name order; a column's rank is its place here
-  std::vector<Name> vNames_;                    // by rank
-  std::string strNames_;
   std::vector<std::uint32_t> vRanks_;  // by column index - 1; made for the first sparse row
   std::vector<std::pair<std::uint32_t, const Cell*>> vRowCells_;  // a sparse row's cells by rank
   std::string strScratch_;

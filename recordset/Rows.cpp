@@ -28,6 +28,9 @@ constexpr std::uint32_t kColumnsAhead = 8;
 // its cells exist, because its size is doubled then.
 constexpr std::uint32_t kAlwaysWidened = 16;
 
+// A row that is widened gets room for a few columns more; what it does not need is taken back.
+constexpr std::uint32_t kSpareColumns = 4;
+
 // Makes cells that do not exist. All of their bytes are 0, and many are made at a time.
 void MakeEmpty(Cell* pCells, std::uint32_t nCells) {
   static_assert(std::is_trivially_copyable_v<Cell>);
@@ -224,9 +227,10 @@ bool Rows::Widen(long lRow, Row& row, std::uint32_t nColumn) {
 bool Rows::WidenInPlace(Row& row, std::uint32_t nColumn) {
   const std::uint32_t nSpan = row.nSpan;
   const char* const pEnd = reinterpret_cast<const char*>(row.pCells + nSpan);
-  if (!blocks_.ExtendLast(pEnd, (nColumn - nSpan) * sizeof(Cell))) return false;
-  MakeEmpty(row.pCells + nSpan, nColumn - nSpan);
-  row.nSpan = nColumn & kLastColumn;
+  const std::uint32_t nMore = nColumn - nSpan + (nColumn < kLastColumn / 2 ? kSpareColumns : 0);
+  if (!blocks_.ExtendLast(pEnd, nMore * sizeof(Cell))) return false;
+  MakeEmpty(row.pCells + nSpan, nMore);
+  row.nSpan = (nSpan + nMore) & kLastColumn;
   return true;
 }
 
