@@ -32,11 +32,14 @@ TABLES = [
      'Text to tree and releasing the tree. In place: copying the input is in the time, for '
      'RapidJSON (in situ) too. simdjson: its fastest variant, a padded input for nothing.'),
     ('Record set', ['load', 'load-read', 'read', 'write', 'cycle'],
-     'The record set reads every cell as text by column name and row; the peers parse to a tree, '
-     'walk it, and read strings as pointers and integers as numbers. Copying the input and '
-     'releasing everything are in the time, except in read and write, which find a loaded table.'),
-    ('Small texts, whole cycle', ['small'],
-     'Load, read every cell, write, release.'),
+     'Everybody reads every cell by its column name, as text; the peers parse to a tree for that. '
+     'Copying the input and releasing everything are in the time, except in read and write, which '
+     'find a loaded table.'),
+    ('Record set beside a walk', ['load-walk', 'walk', 'cycle-walk'],
+     'The record set reads as before; the peers take members as they come, without looking for '
+     'names, strings as pointers and integers as numbers.'),
+    ('Small texts, whole cycle', ['small', 'small-walk'],
+     'Load, read every cell (by name, or walking), write, release.'),
     ('Fill and write', ['fill', 'stream'],
      'fill: cell by cell, then text; the peers build a document and write it. stream: the '
      'streaming writers, no table.'),

@@ -21,7 +21,7 @@ void ReadCells(CQXRecordSet& set, Sink& sink) {
 // What follows the load.
 template <unsigned kSteps, typename Sink>
 void ReadAndWrite(CQXRecordSet& set, Sink& sink) {
-  if constexpr ((kSteps & kRead) != 0) {
+  if constexpr ((kSteps & (kRead | kWalk)) != 0) {
     ReadCells(set, sink);
   }
   if constexpr ((kSteps & kWrite) != 0) {
@@ -67,9 +67,9 @@ class Fresh {
 };
 
 template <unsigned kSteps>
-void AddBoth(Suite& suite, const char* szWork, const Input& input) {
-  suite.Add<Reused<kSteps>>({szWork, input.Name(), kQx, "reused"}, input);
-  suite.Add<Fresh<kSteps>>({szWork, input.Name(), kQx, "fresh"}, input);
+void AddBoth(Suite& suite, const std::string& strWork, const Input& input) {
+  suite.Add<Reused<kSteps>>({strWork, input.Name(), kQx, "reused"}, input);
+  suite.Add<Fresh<kSteps>>({strWork, input.Name(), kQx, "fresh"}, input);
 }
 
 }  // namespace
@@ -77,13 +77,16 @@ void AddBoth(Suite& suite, const char* szWork, const Input& input) {
 void AddQx(Suite& suite, const Input& input) {
   AddBoth<kLoad>(suite, "load", input);
   AddBoth<kLoad | kRead>(suite, "load-read", input);
+  AddBoth<kLoad | kWalk>(suite, "load-walk", input);
   suite.Add<Reused<kRead>>({"read", input.Name(), kQx, "reused"}, input);
+  suite.Add<Reused<kWalk>>({"walk", input.Name(), kQx, "reused"}, input);
   suite.Add<Reused<kWrite>>({"write", input.Name(), kQx, "reused"}, input);
   AddQxCycle(suite, "cycle", input);
 }
 
-void AddQxCycle(Suite& suite, const char* szWork, const Input& input) {
-  AddBoth<kLoad | kRead | kWrite>(suite, szWork, input);
+void AddQxCycle(Suite& suite, const std::string& strWork, const Input& input) {
+  AddBoth<kLoad | kRead | kWrite>(suite, strWork, input);
+  AddBoth<kLoad | kWalk | kWrite>(suite, strWork + "-walk", input);
 }
 
 }  // namespace bench::recordset
