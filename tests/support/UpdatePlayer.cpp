@@ -123,6 +123,21 @@ bool Write(const Node& node, std::string& strOutput) {
   return true;
 }
 
+// Whether an array is searched by text as it should be. REQUIRES: want is an array.
+bool FindsTexts(const JSON::CompositeValue& got, const Node& want) {
+  std::vector<std::string> vTexts;  // as C strings, which is how they are looked for
+  for (const Node& element : want.vValues) {
+    if (element.eType == JSON::jtString) vTexts.emplace_back(element.text.strText.c_str());
+  }
+  const bool bSearchable = vTexts.size() == want.vValues.size();
+  for (const std::string& text : vTexts) {
+    const auto first = std::find(vTexts.begin(), vTexts.end(), text);
+    const int nExpected = bSearchable ? static_cast<int>(first - vTexts.begin()) : -1;
+    if (got.OrdinalOf(text.c_str(), -1) != nExpected) return false;
+  }
+  return got.OrdinalOf("no such text", -1) == -1;
+}
+
 // Where a value differs from its model, or "".
 std::string Difference(const JSONValue& got, const Node& want) {
   const bool bObject = dynamic_cast<ObjectValue*>(got.pComposite) != nullptr;
@@ -134,6 +149,7 @@ std::string Difference(const JSONValue& got, const Node& want) {
   }
   if ((got.pComposite != nullptr) != want.bContainer || bObject != want.bObject) return "container";
   if (got.Size() != static_cast<int>(want.vValues.size())) return "size";
+  if (want.bContainer && !bObject && !FindsTexts(*got.pComposite, want)) return "lookup by text";
   for (int i = 0; i < got.Size(); ++i) {
     const auto n = static_cast<std::size_t>(i);
     const std::string strDifference = Difference(*got.GetByOrdinal(i), want.vValues[n]);
@@ -222,24 +238,32 @@ class Support::UpdatePlayer::Player {
     // Down to some value, in the message and in the model.
     JSONValue* pValue = &pair.message;
     Node* pNode = &pair.model;
+    JSON::CompositeValue* pParent = nullptr;
     while (!pNode->vValues.empty() && !random.OneIn(3)) {
       const std::uint32_t n = random.Below(pNode->vValues.size());
+      pParent = pValue->pComposite;
       pValue = &(*pValue)[static_cast<int>(n)];
       pNode = &pNode->vValues[n];
     }
-    if (pNode->bContainer && random.OneIn(20)) return Empty(*pValue, *pNode);
-    if (pNode != &pair.model && random.OneIn(20)) {
-      pNode->text = random.Of(kTexts);
-      return pValue->InternalUpdateValue(pNode->text.strText.c_str());
+    const bool bWasScalar = !pNode->bContainer;
+    Change(*pValue, *pNode, pParent != nullptr);
+    if (pParent != nullptr && bWasScalar) pParent->MakeMap();  // does not follow changes from below
+  }
+
+  void Change(JSONValue& value, Node& node, bool bElement) {
+    if (node.bContainer && random.OneIn(20)) return Empty(value, node);
+    if (bElement && random.OneIn(20)) {
+      node.text = random.Of(kTexts);
+      return value.InternalUpdateValue(node.text.strText.c_str());
     }
-    if (pNode->bContainer && random.OneIn(12)) return AppendClone(*pValue, *pNode);
+    if (node.bContainer && random.OneIn(12)) return AppendClone(value, node);
     if (random.OneIn(2)) {
-      Update(*pValue, *pNode, static_cast<int>(random.Below(pNode->vValues.size() + 4)) - 1);
-    } else if (pNode->bObject && !pNode->vNames.empty() && random.OneIn(3)) {
-      const int nMember = static_cast<int>(random.Below(pNode->vNames.size()));
-      Update(*pValue, *pNode, pValue->pComposite->NameAt(nMember));
+      Update(value, node, static_cast<int>(random.Below(node.vValues.size() + 4)) - 1);
+    } else if (node.bObject && !node.vNames.empty() && random.OneIn(3)) {
+      const int nMember = static_cast<int>(random.Below(node.vNames.size()));
+      Update(value, node, value.pComposite->NameAt(nMember));
     } else {
-      Update(*pValue, *pNode, random.OneIn(20) ? nullptr : random.Of(kNames));
+      Update(value, node, random.OneIn(20) ? nullptr : random.Of(kNames));
     }
   }
 
