@@ -65,6 +65,9 @@ class QXRECORDSET_EXPORT Message : public JSONValue {
   // that breaks off or goes wrong inside. In the last case the tree holds everything read before,
   // the value that failed has type jtInvalid, and pCursor stands at or near the offending byte.
   //
+  // When memory runs out, the message is as it was or holds no document; a text parsed in place may
+  // have been rewritten in part.
+  //
   // Cost: linear in the text; no allocation per value.
   bool Parse(const char* text, int length = -1);
 
@@ -75,7 +78,8 @@ class QXRECORDSET_EXPORT Message : public JSONValue {
   const JSONValue& Path(const char* path) const;
 
   // Makes `target` an independent copy of this message; what it held is released. The target keeps
-  // its bInPlace.
+  // its bInPlace. When memory runs out, it is as it was or holds no document; so is a message that
+  // is assigned to.
   void CopyTo(Message& target) const;
 
   bool bInPlace;            // Parse() works on the caller's text
@@ -86,6 +90,7 @@ class QXRECORDSET_EXPORT Message : public JSONValue {
 
  private:
   QXRECORDSET_NO_EXPORT void ReleaseRoot() noexcept;
+  QXRECORDSET_NO_EXPORT bool ReadTree();
   template <typename Container>
   QXRECORDSET_NO_EXPORT Container& PrepareRoot(Type type);
   QXRECORDSET_NO_EXPORT void RefuseText(char* pBuffer, char* pBufferEnd, char* pStop) noexcept;

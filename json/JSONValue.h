@@ -96,7 +96,8 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
   // Appends the value as compact JSON text to `output` and returns true. Members keep their
   // document order; numbers keep the text they were read or set with; a string ends at its first
   // NUL; a string without text is written as "". An empty value (jtNone) appends nothing and
-  // returns false; one that lies inside a container ends the text there and returns false.
+  // returns false; one that lies inside a container ends the text there and returns false. When
+  // memory runs out, a part of the text may have been appended.
   virtual bool Serialize(std::string& output) const;
 
   // ---- Reading a scalar; the text is converted on every call ------------------------------------
@@ -129,7 +130,8 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
   // appended; an ordinal beyond the end of an array fills the gap with nulls. Whatever the slot
   // held before is released. Texts are copied before anything is released, so they may come from
   // the value that is replaced; a string is stored as passed and escaped when it is written. A null
-  // text stores a string without text. Doubles are stored as "%g" writes them.
+  // text stores a string without text. Doubles are stored as "%g" writes them. When memory runs
+  // out, nothing has changed.
 
   const JSONValue& Set(const char* name, bool value);
   const JSONValue& Set(const char* name, const char* value);
@@ -244,7 +246,9 @@ class QXRECORDSET_EXPORT CompositeValue : public BaseValue {
   virtual int OrdinalOf(const char* name, int length) const = 0;
 
   // Builds the string index of an array. False for an array that holds anything but strings, and
-  // for every object.
+  // for every object. The index follows what is changed through the array, but not what AddValue()
+  // appends, nor an element that is given another text or members of its own: then it has to be
+  // built anew.
   virtual bool MakeMap() const = 0;
 
   // Replace the value at `ordinal`, or under `name`, by a private copy of `text` with type `type`,

@@ -31,14 +31,14 @@ Container& As(CompositeValue* pComposite) {
 
 Message::Message(bool bParseInPlace) noexcept : bInPlace(bParseInPlace) {}
 
-Message::Message(const Message& source) : JSONValue(jtInvalid), bInPlace(source.bInPlace) {
-  source.CopyTo(*this);
-}
+// From the end of the other constructor on there is a message, which releases what it has when the
+// copy cannot be completed.
+Message::Message(const Message& source) : Message(source.bInPlace) { source.CopyTo(*this); }
 
 Message& Message::operator=(const Message& source) {
   if (this != &source) {
-    bInPlace = source.bInPlace;
     source.CopyTo(*this);
+    bInPlace = source.bInPlace;
   }
   return *this;
 }
@@ -120,17 +120,29 @@ bool Message::Parse(const char* text, int length) {
   pStart = pBuffer;
   pEnd = pBufferEnd;
   pCursor = pFirst;
+  try {
+    return ReadTree();
+  } catch (...) {
+    // An object that was not read to its end may lack its names, so nothing of the tree is kept.
+    ReleaseRoot();
+    pStart = pEnd = pCursor = nullptr;
+    throw;
+  }
+}
+
+// Reads the container at the cursor as the root.
+bool Message::ReadTree() {
   Place place;
   char* pNext = nullptr;
-  if (*pFirst == '{') {
+  if (*pCursor == '{') {
     ObjectValue& root = PrepareRoot<ObjectValue>(jtObject);
     TreeReader reader(pEnd, pArena);
-    pNext = reader.ReadObjectInto(pFirst, root, place);
+    pNext = reader.ReadObjectInto(pCursor, root, place);
     pCursor = pNext != nullptr ? pNext : reader.StoppedAt();
   } else {
     ArrayValue& root = PrepareRoot<ArrayValue>(jtArray);
     TreeReader reader(pEnd, pArena);
-    pNext = reader.ReadArrayInto(pFirst, root, place);
+    pNext = reader.ReadArrayInto(pCursor, root, place);
     pCursor = pNext != nullptr ? pNext : reader.StoppedAt();
   }
   return pNext != nullptr;

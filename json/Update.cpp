@@ -156,28 +156,38 @@ JSONValue* ObjectValue::UpdateByName(const char* name, const char* text, Type ty
 // ---- Values
 // --------------------------------------------------------------------------------------
 
-JSONValue* JSONValue::InternalUpdateByName(const char* name, const char* text, Type type) {
-  if (IsEmptyValue(this)) {
+namespace {
+
+// Updates the container of `value`. A value without one gets a new Container, which it keeps also
+// when nothing can be stored in it; but when memory runs out, the value stays what it was.
+template <typename Container, typename Update>
+JSONValue* UpdateIn(JSONValue& value, Type type, Update update) {
+  if (IsEmptyValue(&value)) {
     return nullptr;
   }
-  if (pComposite == nullptr) {
-    pComposite = Storage::Make<ObjectValue>(nullptr, kNewContainerReserve);
-    eType = jtObject;
-    Storage::NoteHeapAt(*this);
+  if (value.pComposite != nullptr) {
+    return update(*value.pComposite);
   }
-  return pComposite->UpdateByName(name, text, type);
+  std::unique_ptr<CompositeValue> pNew(Storage::Make<Container>(nullptr, kNewContainerReserve));
+  JSONValue* const pStored = update(*pNew);
+  Storage::NoteHeapAt(value);
+  value.pComposite = pNew.release();
+  value.eType = type;
+  return pStored;
+}
+
+}  // namespace
+
+JSONValue* JSONValue::InternalUpdateByName(const char* name, const char* text, Type type) {
+  return UpdateIn<ObjectValue>(*this, jtObject, [=](CompositeValue& container) {
+    return container.UpdateByName(name, text, type);
+  });
 }
 
 JSONValue* JSONValue::InternalUpdateByOrdinal(int ordinal, const char* text, Type type) {
-  if (IsEmptyValue(this)) {
-    return nullptr;
-  }
-  if (pComposite == nullptr) {
-    pComposite = Storage::Make<ArrayValue>(nullptr, kNewContainerReserve);
-    eType = jtArray;
-    Storage::NoteHeapAt(*this);
-  }
-  return pComposite->UpdateByOrdinal(ordinal, text, type);
+  return UpdateIn<ArrayValue>(*this, jtArray, [=](CompositeValue& container) {
+    return container.UpdateByOrdinal(ordinal, text, type);
+  });
 }
 
 namespace {

@@ -12,6 +12,12 @@ namespace {
 constexpr int kNever = -1;
 int nUntilFailure = kNever;  // allocations that still succeed
 std::size_t nAllocations = 0;
+std::size_t nReleases = 0;
+
+void Release(void* p) noexcept {
+  nReleases += p != nullptr ? 1 : 0;
+  std::free(p);
+}
 
 }  // namespace
 
@@ -20,13 +26,14 @@ Support::FailingAllocation::FailingAllocation(int nBefore) { nUntilFailure = nBe
 Support::FailingAllocation::~FailingAllocation() { nUntilFailure = kNever; }
 
 std::size_t Support::CountAllocations() { return nAllocations; }
+std::size_t Support::LiveAllocations() { return nAllocations - nReleases; }
 
 void* operator new(std::size_t nBytes) {
-  ++nAllocations;
   if (nUntilFailure == 0) {
     nUntilFailure = kNever;
     throw std::bad_alloc();
   }
+  ++nAllocations;
   if (nUntilFailure > 0) --nUntilFailure;
   if (void* const p = std::malloc(nBytes != 0 ? nBytes : 1)) return p;
   throw std::bad_alloc();
@@ -42,5 +49,13 @@ void* operator new(std::size_t nBytes, const std::nothrow_t&) noexcept {
   }
 }
 
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+// The forms for arrays would come here by themselves, but not past the address sanitizer's own.
+void* operator new[](std::size_t nBytes) { return operator new(nBytes); }
+void* operator new[](std::size_t nBytes, const std::nothrow_t& nothrow) noexcept {
+  return operator new(nBytes, nothrow);
+}
+
+void operator delete(void* p) noexcept { Release(p); }
+void operator delete(void* p, std::size_t) noexcept { Release(p); }
+void operator delete[](void* p) noexcept { Release(p); }
+void operator delete[](void* p, std::size_t) noexcept { Release(p); }

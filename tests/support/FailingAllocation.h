@@ -19,8 +19,9 @@ class FailingAllocation {
   ~FailingAllocation();
 };
 
-// Number of allocations since the program began.
+// Number of allocations since the program began, and of those that were not released yet.
 std::size_t CountAllocations();
+std::size_t LiveAllocations();
 
 }  // namespace Support
 

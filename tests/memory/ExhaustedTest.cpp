@@ -1,0 +1,319 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Memory that runs out, in every part of the library: each operation of the tables below is done on
+// a new object with the first allocation failing, then with the second, and so on until it
+// succeeds. After each failure the object is as its header says, the operation can be done again
+// with the result of a first success, and in the end nothing is left allocated. (The cells of a
+// record set and the streaming writer have tests of their own beside their other tests.)
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "json/JSON.h"
+#include "json/JSONMessage.h"
+#include "params/CParamsX.h"
+#include "recordset/QXRecordSet.h"
+#include "tests/support/FailingAllocation.h"
+
+namespace {
+
+using JSON::JSONValue;
+using JSON::Message;
+
+// What a failed operation leaves.
+enum class Left {
+  kSame,     // the object as it was
+  kOrEmpty,  // that, or an empty one
+  kOther,    // something else that can be read and destroyed
+};
+
+template <typename Object>
+struct Operation {
+  const char* szName;
+  std::function<void(Object&)> run;
+  Left left = Left::kSame;
+};
+
+// `make` gives a new object, `picture` all that can be seen of one.
+template <typename Object, typename Make, typename Picture>
+void ExpectSurvived(const std::vector<Operation<Object>>& operations, Make make, Picture picture) {
+  const std::string strBefore = picture(*make());
+  const std::string strEmpty = picture(*std::make_unique<Object>());
+  for (const auto& operation : operations) {
+    SCOPED_TRACE(operation.szName);
+    const std::unique_ptr<Object> pDone = make();
+    operation.run(*pDone);
+    const std::string strAfter = picture(*pDone);
+    bool bDone = false;
+    for (int nBefore = 0; !bDone; ++nBefore) {
+      SCOPED_TRACE("allocation " + std::to_string(nBefore));
+      const std::size_t nLive = Support::LiveAllocations();
+      {
+        const std::unique_ptr<Object> pObject = make();
+        try {
+          const Support::FailingAllocation failure(nBefore);
+          operation.run(*pObject);
+          bDone = true;
+        } catch (const std::bad_alloc&) {
+        }
+        const std::string strLeft = picture(*pObject);
+        if (operation.left != Left::kOther) {
+          EXPECT_TRUE(strLeft == (bDone ? strAfter : strBefore) ||
+                      (operation.left == Left::kOrEmpty && strLeft == strEmpty))
+              << strLeft;
+          if (!bDone) operation.run(*pObject);
+          EXPECT_EQ(picture(*pObject), strAfter);
+        }
+      }
+      EXPECT_EQ(Support::LiveAllocations(), nLive) << "something leaks";
+      if (testing::Test::HasFailure()) return;
+      EXPECT_TRUE(!bDone || nBefore > 0) << "nothing was allocated";
+    }
+  }
+}
+
+// ---- Documents
+// -----------------------------------------------------------------------------------
+
+// Rows that share their names, texts that can be searched, and more names than are sorted in place.
+std::string Text(const std::string& mark) {
+  std::string strText =
+      R"({"rows":[{"a":1,"b":"x","c":[]},{"a":2,"b":"y","c":[{}]},{"a":3,"b":"z","c":null}])";
+  strText += R"(,"texts":["one","two","three"],"many":{"mark":")" + mark + '"';
+  for (int i = 0; i < 40; ++i)
+    strText += ",\"name" + std::to_string(i * 7 % 40) + "\":[" + std::to_string(i) + "]";
+  return strText + "}}";
+}
+
+std::unique_ptr<Message> MakeDocument() {
+  auto pMessage = std::make_unique<Message>();
+  pMessage->Parse(Text("first").c_str());
+  (*pMessage)["rows"][0].Set("new", "a text of its own");
+  (*pMessage)["many"].Set("zzz", true);  // its names are sorted by the next lookup
+  pMessage->Set("built", 1);
+  for (const int i : {0, 1, 2})
+    (*pMessage)["built"].Set(i, "in an array made by updates");
+  return pMessage;
+}
+
+// Types, texts, names and what lookups find.
+std::string PictureOf(const JSONValue& value) {
+  std::string strPicture = std::to_string(value.eType);
+  if (value.pText != nullptr) {
+    strPicture += ':' + std::string(value.pText, static_cast<std::size_t>(value.nLength));
+  }
+  for (int i = 0; i < value.Size(); ++i) {
+    const char* const pName = value.pComposite->NameAt(i);
+    strPicture += i == 0 ? '(' : ',';
+    if (pName != nullptr) {
+      strPicture += pName + std::to_string(value.pComposite->OrdinalOf(pName, -1)) + '=';
+    }
+    strPicture += PictureOf(*value.GetByOrdinal(i));
+  }
+  return strPicture + (value.Size() > 0 ? ")" : "");
+}
+
+const std::string kOther = Text("a mark that is longer than the one before, and a new text");
+const std::string kBroken = kOther.substr(0, kOther.size() - 1) + ',' + kOther.substr(1, 900);
+const std::string kLong(5000, 'l');
+
+TEST(ExhaustedMemory, LeavesDocumentsWhole) {
+  const Message other = *MakeDocument();
+  const std::vector<Operation<Message>> operations = {
+      {"parse the same kind", [](Message& m) { m.Parse(kOther.c_str()); }, Left::kOrEmpty},
+      {"parse another kind", [](Message& m) { m.Parse(("[" + kOther + "]").c_str()); },
+       Left::kOrEmpty},
+      {"parse what breaks off", [](Message& m) { m.Parse(kBroken.c_str()); }, Left::kOrEmpty},
+      {"parse what is refused", [](Message& m) { m.Parse((kLong + kOther).c_str()); },
+       Left::kOrEmpty},
+      {"parse in place",
+       [](Message& m) {
+         std::string strText = kOther;
+         m.bInPlace = true;
+         m.Parse(strText.data());
+         m.Parse("[]");  // lets go of the text
+       },
+       Left::kOther},
+      {"copy to", [&](Message& m) { other.CopyTo(m); }, Left::kOrEmpty},
+      {"assign", [&](Message& m) { m = other; }, Left::kOrEmpty},
+      {"construct a copy", [](Message& m) { Message(m).Set("a", 1); }},
+      {"clone", [](Message& m) { delete m.pComposite->Clone(0); }},
+      {"set a new name", [](Message& m) { m.Set("another", kLong.c_str()); }},
+      {"set an old name", [](Message& m) { m.Set("built", kLong.c_str()); }},
+      {"set under a shared name", [](Message& m) { m["rows"][1].Set("b", kLong.c_str()); }},
+      {"set a name beside shared ones", [](Message& m) { m["rows"][2].Set("d", kLong.c_str()); }},
+      {"set an ordinal", [](Message& m) { m["texts"].Set(1, kLong.c_str()); }},
+      {"set behind the end", [](Message& m) { m["texts"].Set(100, 2.5); }},
+      {"set in a scalar", [](Message& m) { m["rows"][1]["a"].Set("n", "v"); }},
+      {"set an ordinal in a scalar", [](Message& m) { m["many"]["mark"].Set(9, 7UL); }},
+      {"set null", [](Message& m) { m.SetNull("none"); }},
+      {"set to its own text", [](Message& m) { m["many"].Set("mark", m["rows"][0]["new"].pText); }},
+      {"rename",
+       [](Message& m) {
+         auto& names = dynamic_cast<JSON::ObjectValue*>(m["rows"][1].pComposite)->vNameMap;
+         names[0].UpdateName("0");
+       }},
+      {"look up among many names", [](Message& m) { m.Path("many.zzz.0"); }},
+      {"look up by text", [](Message& m) { m["built"].pComposite->OrdinalOf("x", -1); }},
+      {"write",
+       [](Message& m) {
+         std::string strText;
+         m.Serialize(strText);
+       }},
+      {"write the members",
+       [](Message& m) {
+         JSON::Serialize writer(0);
+         json_walk_obj(writer, &m, 0);
+       }},
+      {"parse by hand",
+       [](Message& m) {
+         std::string strText = kOther;
+         JSON::ParseContext context{strText.data(), strText.data() + strText.size(),
+                                    strText.data()};
+         JSON::ArrayValue array(2);
+         JSON::Parser::ParseJSONValue(context, array);
+         context.pCursor = context.pStart + 8;  // the rows, no longer as they were
+         JSON::ObjectValue object(3);
+         JSON::Parser::ParseArray(context, array);
+         dynamic_cast<const JSON::ObjectValue&>(*m.pComposite).CopyTo(object, 0);
+       }},
+  };
+  ExpectSurvived(operations, MakeDocument, PictureOf);
+}
+
+// ---- The flat interface
+// --------------------------------------------------------------------------
+
+struct Handle {
+  Handle() = default;
+  Handle(const Handle&) = delete;
+  Handle& operator=(const Handle&) = delete;
+  ~Handle() { JSON_FreeMessage(handle); }
+  JSON_HANDLE handle = JSON_AllocMessage();
+};
+
+TEST(ExhaustedMemory, LeavesHandlesWhole) {
+  const std::vector<Operation<Handle>> operations = {
+      {"make", [](Handle&) { Handle(); }},
+      {"parse", [](Handle& h) { JSON_ParseMessage(h.handle, kOther.c_str()); }, Left::kOrEmpty},
+      {"escape",
+       [](Handle&) {
+         char buffer[100];
+         char* pDest = buffer;
+         JSON_EscapeString(&pDest, buffer + sizeof buffer, "a text of more than 15 bytes\n");
+       }},
+  };
+  const auto make = [] {
+    auto pHandle = std::make_unique<Handle>();
+    JSON_ParseMessage(pHandle->handle, Text("flat").c_str());
+    return pHandle;
+  };
+  const auto picture = [](const Handle& h) {
+    const char* const szMark = JSON_GetPathAsString(h.handle, "many.mark");
+    return std::to_string(JSON_MessageSize(h.handle)) + (szMark != nullptr ? szMark : "");
+  };
+  ExpectSurvived(operations, make, picture);
+}
+
+// ---- Texts
+// ---------------------------------------------------------------------------------------
+
+TEST(ExhaustedMemory, LeavesTextsAlone) {
+  const std::string strControls(500, '\x01');
+  const std::vector<Operation<std::string>> operations = {
+      {"print", [](std::string& s) { JSON_PrettyPrint(kOther.c_str(), s); }},
+      {"print over itself", [](std::string& s) { JSON_PrettyPrint(s.c_str(), s); }},
+      {"escape", [&](std::string& s) { JSON::EscapeString(s, strControls.c_str()); }, Left::kOther},
+      {"to wide text", [](std::string& s) { CQXRecordSet::UTF8ToWide(s); }},
+      {"from wide text",
+       [](std::string&) { CQXRecordSet::WideToUTF8(std::wstring(300, L'\xE9')); }},
+      {"refuse wide text",
+       [](std::string&) { CQXRecordSet::UTF8ToWide(std::string(300, '\xFF')); }},
+  };
+  ExpectSurvived(
+      operations, [] { return std::make_unique<std::string>("{\"a\":[1,2,{\"b\":null}]}"); },
+      [](const std::string& s) { return s; });
+}
+
+// ---- Parameter strings
+// ---------------------------------------------------------------------------
+
+TEST(ExhaustedMemory, LeavesParameterStringsWhole) {
+  const std::string strHeader(100, 'H');
+  const std::string strSegments = "     1;x;   300;" + std::string(300, 'y') + ";     1;z";
+  const std::vector<Operation<CParamsRS>> operations = {
+      {"reserve", [](CParamsRS&) { CParamsRS(1000L); }},
+      {"construct", [&](CParamsRS&) { CParamsRS params(strHeader + ';' + strSegments); }},
+      {"copy", [](CParamsRS& p) { CParamsRS(p).addParam(7); }},
+      {"assign", [&](CParamsRS& p) { p = CParamsRS(strSegments); }},
+      {"header", [&](CParamsRS& p) { p.addHeader(strHeader); }},
+      {"own text as header", [](CParamsRS& p) { p.addHeader(p.paramListRef()); }},
+      {"text", [&](CParamsRS& p) { p.addParam(strHeader); }},
+      {"number", [](CParamsRS& p) { p.addParam(7); }},
+      {"result", [](CParamsRS& p) { p.addResult(7); }},
+      {"take in", [&](CParamsRS& p) { p.SetParams(strHeader + ';' + strSegments); }, Left::kOther},
+      {"append", [&](CParamsRS& p) { p.append(strSegments); }, Left::kOther},
+      {"read", [](CParamsRS& p) { (p.getHeader() + p.getStringParamAt(1)).append(p.paramList()); }},
+  };
+  const auto make = [] {
+    auto pParams = std::make_unique<CParamsRS>(20L);
+    pParams->addHeader("a header of more than 15 bytes");
+    pParams->addResult(1);
+    pParams->addParam("a text of more than 15 bytes");
+    return pParams;
+  };
+  const auto picture = [](const CParamsRS& p) {
+    std::string strPicture = p.paramList() + '|' + p.getHeader();
+    for (int i = 0; i < p.count(); ++i)
+      strPicture += '|' + p.getStringParamAt(i);
+    return strPicture;
+  };
+  ExpectSurvived(operations, make, picture);
+}
+
+// ---- Before and after, and what else a record set does
+// -------------------------------------------
+
+TEST(ExhaustedMemory, LeavesRecordsWhole) {
+  using Record = CBeforeAfterRecord;
+  std::string strBefore;
+  std::string strAfter(300, 'n');
+  CQXRecordSet nested(R"({"rows":[{"x":1},{"x":"a text of more than 15 bytes"}]})");
+  const std::vector<Operation<Record>> operations = {
+      {"set a text", [&](Record& r) { r.SetFieldValues("text", strBefore, strAfter); }},
+      {"get", [&](Record& r) { r.GetFieldValues("text", strBefore, std::string() = strAfter); }},
+      {"copy", [](Record& r) { Record(r).SetValue("a", 1); }},
+      {"assign", [&](Record& r) { r = nested; }},
+      {"count changes", [](Record& r) { r.GetChangeCount(); }},
+      {"construct", [](Record&) { CQXRecordSet(kOther.c_str()).GetString(); }},
+      {"assign text",
+       [](Record& r) { static_cast<CQXRecordSet&>(r) = R"({"text":"of more than 15 bytes"})"; },
+       Left::kOther},
+      {"nest",
+       [](Record& r) {
+         CQXRecordSet inner(kOther);
+         r.SetValue("text", inner);
+       }},
+      {"nest in itself", [](Record& r) { r.SetValue("text", r); }},
+      {"take out", [](Record& r) { r.GetValueAsRecordSet("nested").GetString(); }},
+      {"add a column", [](Record& r) { r.AddColumn(kLong.c_str()); }},
+  };
+  const auto make = [&] {
+    auto pRecord = std::make_unique<Record>();
+    pRecord->SetValue("nested", nested);
+    pRecord->SetValue("text", "a text of more than 15 bytes");
+    pRecord->SetValue("number", 5);
+    return pRecord;
+  };
+  const auto picture = [](Record& r) { return r.Dump() + r.GetString(); };
+  ExpectSurvived(operations, make, picture);
+}
+
+}  // namespace
