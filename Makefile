@@ -16,7 +16,7 @@ SECONDS ?= 60
 FUZZ ?=
 
 .PHONY: help build demo check bench bench-report asan tsan fuzz fmt fmt-check tidy symbols coverage \
-  packages packages-check
+  docs packages packages-check
 
 help: ## list these commands
 	@sed -nE 's/^([a-z-]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 20
@@ -102,6 +102,12 @@ coverage: ## line coverage of the library, also as build/coverage/report/
 	mkdir -p build/coverage/report
 	gcovr --root . $(LIBRARY_FOLDERS:%=--filter '%/') --exclude-throw-branches --txt \
 	  --html-details build/coverage/report/index.html build/coverage/CMakeFiles/qxrecordset*.dir
+
+docs: ## build the reference with all pages: build/docs/index.html
+	$(DEPS) docs
+	mkdir -p build/docs
+	{ cat docs/doxygen/Doxyfile; sed -nE 's/^ *VERSION ([0-9.]+)$$/PROJECT_NUMBER = \1/p' CMakeLists.txt; } \
+	  | doxygen -
 
 packages: export SOURCE_DATE_EPOCH ?= $(shell git log -1 --format=%ct)
 packages: ## make the Debian packages, amd64 and i386, in build/package-*/packages/

@@ -13,34 +13,35 @@
  * Conventions, for all functions:
  *
  *  1. Handle. A JSON_HANDLE stands for one message: a document with its own copy of the parsed
- * text. JSON_AllocMessage() makes it and JSON_FreeMessage() releases it with everything in it;
- * nothing else needs releasing. (It is the address of a JSON::Message, json/JSONMessage.h, and a
- * C++ host may use it as one.)
+ *     text. JSON_AllocMessage() makes it and JSON_FreeMessage() releases it with everything in it;
+ *     nothing else needs releasing. (It is the address of a JSON::Message, json/JSONMessage.h, and
+ *     a C++ host may use it as one.)
  *
  *  2. Text. All text is 8-bit, UTF-8 by convention, and NUL-terminated. Lengths are in bytes.
  *
  *  3. Finding a value. Values are looked for in the top-level object or array:
  *     - by ordinal: a 0-based position; members of an object count in document order;
  *     - by name: the whole name of a member. When several members share it, the first is found. In
- * an array the name is read as a decimal ordinal ("2"; one that is no number means 0);
+ *       an array the name is read as a decimal ordinal ("2"; one that is no number means 0);
  *     - by path: names and ordinals joined by '.', such as "rows.3.name". There is no escape for
- * '.', except that a leading '.' belongs to the first name. The first lookup of a name sorts the
- * object's names; every further one is a binary search.
+ *       '.', except that a leading '.' belongs to the first name.
+ *
+ *     The first lookup of a name sorts the object's names; every further one is a binary search.
  *
  *  4. Missing values. What is not found, and what has another type than the one asked for, reads as
  *     0, 0.0 or NULL. A missing value is not a JSON null: JSON_Is...Null gives 0 for it. Strings
- * are never read as numbers, and numbers never as strings.
+ *     are never read as numbers, and numbers never as strings.
  *
  *  5. NULL. Only JSON_FreeMessage() takes a NULL handle. A NULL path finds nothing. A NULL name
- * finds nothing in an array and the first member of an object. As a result, NULL means: no string
- * there.
+ *     finds nothing in an array and the first member of an object. As a result, NULL means: no
+ *     string there.
  *
  *  6. Strings handed out belong to the message. They are unescaped and must not be changed or
- * freed. They stay valid until the message is parsed again or freed (or, in C++, updated).
+ *     freed. They stay valid until the message is parsed again or freed (or, in C++, updated).
  *
  *  7. Failures are told by the result alone. When memory runs out, std::bad_alloc leaves
  *     JSON_AllocMessage(), JSON_ParseMessage() or JSON_EscapeString(), or a lookup that sorts
- * names; it ends a program written in C.
+ *     names; it ends a program written in C.
  *
  *  8. Threads. A handle is used by one thread at a time, reading included, because lookups may sort
  *     names. Different handles are independent.
@@ -57,10 +58,10 @@
 extern "C" {
 #endif
 
+/* One message; see convention 1. */
 typedef struct JSON_Message* JSON_HANDLE; /* NOLINT(modernize-use-using): C has no using */
 
-/* ---- The message
- * --------------------------------------------------------------------------------- */
+/* ---- The message --------------------------------------------------------------------------- */
 
 /* A new message that holds no document. */
 QXRECORDSET_EXPORT JSON_HANDLE JSON_AllocMessage(void);
@@ -78,8 +79,7 @@ QXRECORDSET_EXPORT int JSON_ParseMessage(JSON_HANDLE handle, const char* text);
 /* Number of members or elements at the top level; 0 when nothing has been parsed. */
 QXRECORDSET_EXPORT int JSON_MessageSize(JSON_HANDLE handle);
 
-/* ---- Reading values
- * ------------------------------------------------------------------------------ */
+/* ---- Reading values ------------------------------------------------------------------------ */
 
 /* 1 when there is a value and it is a JSON null, else 0. */
 QXRECORDSET_EXPORT int JSON_IsOrdinalNull(JSON_HANDLE handle, int ordinal);
@@ -113,8 +113,7 @@ QXRECORDSET_EXPORT unsigned long long JSON_GetOrdinalAsUnsignedLong64(JSON_HANDL
 QXRECORDSET_EXPORT unsigned long long JSON_GetNameAsUnsignedLong64(JSON_HANDLE handle,
                                                                    const char* name);
 
-/* ---- Writing strings
- * ----------------------------------------------------------------------------- */
+/* ---- Writing strings ----------------------------------------------------------------------- */
 
 /* Writes `pszText` (not NULL) as the inside of a JSON string, without quotes, and a NUL to the
  * buffer that begins at *ppDest and ends in front of pDestEnd. 1 when it was written; 0, with the
@@ -125,8 +124,7 @@ QXRECORDSET_EXPORT int JSON_EscapeString(char** ppDest, char* pDestEnd, const ch
 #ifdef __cplusplus
 } /* extern "C" */
 
-/* ---- Pretty printing (C++)
- * ----------------------------------------------------------------------- */
+/* ---- Pretty printing (C++) ----------------------------------------------------------------- */
 
 /* Breaks JSON text into lines indented by tabs, for people to read, and returns `output`, whose
  * content the result replaces. Every bracket begins a line of its own, and so does each member of

@@ -56,7 +56,7 @@ class QXRECORDSET_EXPORT BaseValue {
   explicit BaseValue(Type type = jtInvalid) noexcept : eType(type) {}
   virtual ~BaseValue();
 
-  Type eType;
+  Type eType;  // what it is
 
  protected:
   BaseValue(const BaseValue&) noexcept = default;
@@ -296,8 +296,8 @@ class QXRECORDSET_EXPORT ArrayValue : public CompositeValue {
 
   // One entry of the string index: an element's text, and where the element stands.
   struct QXRECORDSET_EXPORT OrdinalMap {
-    const char* pText;
-    int nOrdinal;
+    const char* pText;  // the element's text
+    int nOrdinal;       // the element's position
 
     // Orders entries by their texts, as strcmp does.
     static bool Less(const OrdinalMap& a, const OrdinalMap& b);
@@ -352,10 +352,10 @@ class QXRECORDSET_EXPORT ObjectValue : public CompositeValue {
 
   // One entry of the name index: a member's name, and where the member stands.
   struct QXRECORDSET_EXPORT NameMap {
-    const char* pName = nullptr;
-    int nLength = 0;         // bytes of name, without the NUL
-    bool bOwnsName = false;  // pName is a private copy that the object releases
-    int nOrdinal = 0;
+    const char* pName = nullptr;  // the member's name
+    int nLength = 0;              // bytes of name, without the NUL
+    bool bOwnsName = false;       // pName is a private copy that the object releases
+    int nOrdinal = 0;             // the member's position in document order
 
     // Orders entries by length first and by bytes (up to a NUL, as strncmp does) second.
     static bool Less(const NameMap& a, const NameMap& b);

@@ -25,6 +25,7 @@ class Storage;  // the library's side: growth, borrowing, release
 template <typename T>
 class Sequence {
  public:
+  // The types that a std::vector names as well.
   using value_type = T;
   using size_type = std::size_t;
   using difference_type = std::ptrdiff_t;
@@ -57,6 +58,7 @@ class Sequence {
   T* data() { return Own(); }
   const T* data() const noexcept { return pItems; }
 
+  // From the first element to behind the last one.
   iterator begin() { return Own(); }
   iterator end() { return Own() + nSize; }
   const_iterator begin() const noexcept { return pItems; }

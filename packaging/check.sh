@@ -82,7 +82,8 @@ for build in "$@"; do
   )
   depends=$(cat "$scratch/host/depends")
   echo "$multiarch: $depends"
-  [[ $depends == *"libqxrecordset1 (>= 1.0.0)"* ]]
+  version=$(dpkg-deb --field "$build"/packages/libqxrecordset1_*.deb Version)
+  [[ $depends == *"libqxrecordset1 (>= ${version%-*})"* ]]
 done
 
 if [[ -x $root/usr/bin/qxrs ]]; then
