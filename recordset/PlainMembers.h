@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 #include "json/Block.h"
 #include "json/Scan.h"
@@ -37,16 +38,15 @@ class PlainMembers {
  private:
   using Block16 = JSON::Block16;
 
-  // What is looked at of a member before any of it is stored: its name, its value and a few bytes
-  // of punctuation, in blocks.
-  static constexpr std::ptrdiff_t kNameReach = 1 + Block16::kBytes;
-  static constexpr std::ptrdiff_t kValueReach = 2 + Block16::kBytes;
+  // Bytes that must be there where a name, or a value, is looked at: a block behind a quote, and
+  // the byte behind it.
+  static constexpr std::ptrdiff_t kReach = 2 + Block16::kBytes;
 
   // As many digits as fit any `long`, whatever they are.
   static constexpr unsigned kShortDigits =
       std::min<unsigned>(std::numeric_limits<long>::digits10, Block16::kBytes - 2);
 
-  // What goes into a cell. Where the text is longer than a byte, a block of it can be read.
+  // What goes into a cell. A block can be read at any text but "", "0" and "1".
   struct Value {
     const char* pText;
     std::size_t nLength;
@@ -57,16 +57,18 @@ class PlainMembers {
   const char* ReadValue(const char* p, Value& value) const;
   static const char* ReadInteger(const char* p, Value& value);
   static const char* ReadLiteral(const char* p, Value& value);
-  const char* SkipSpace(const char* p) const {
-    return JSON::IsSpace(*p) ? JSON::SkipSpaceRun(p, pEnd_) : p;
-  }
+  bool MakeRoom(long lRow, const Columns::Column& column, Rows::Cells& cells);
+
+  // The first byte at or behind p that is no white space. Where none stands, which is usual, the
+  // callers look before they call.
+  const char* SkipSpace(const char* p) const { return JSON::SkipSpaceRun(p, pEnd_); }
 
   Table& table_;
   const char* const pEnd_;
 };
 
 // Each of the following reads a value that begins at p, and gives the position behind it, or null
-// when it is none of the plain ones. REQUIRES: kValueReach bytes at p.
+// when it is none of the plain ones. REQUIRES: kReach bytes at p.
 
 QXRECORDSET_HOT const char* PlainMembers::ReadValue(const char* p, Value& value) const {
   if (*p != '"') return *p <= '9' ? ReadInteger(p, value) : ReadLiteral(p, value);
@@ -114,35 +116,46 @@ inline const Columns::Column* PlainMembers::ReadName(const char*& p) {
   return &table_.columns.FoundOrAdded(pName, static_cast<std::size_t>(pStop - pName));
 }
 
+// Lets the row's array reach a column. False when the cell belongs somewhere else.
+inline bool PlainMembers::MakeRoom(long lRow, const Columns::Column& column, Rows::Cells& cells) {
+  table_.rows.EnsureCell(lRow, column.nPosition + 1);
+  cells = table_.rows.CellsOf(lRow);
+  return column.nPosition < cells.nCount;
+}
+
 inline const char* PlainMembers::Read(const char* p, long lRow) {
+  if (pEnd_ - p <= kReach) return p;
+  const char* const pLimit = pEnd_ - kReach;
+  const Columns::Column* pLast = nullptr;  // the column of the last member that was read
   const Columns::Column* pColumn = table_.columns.Expected();
-  Rows::Cells cells = table_.rows.CellsOf(lRow);
+  Rows::Cells cells = {nullptr, 0};
+  if (*p == '"') cells = table_.rows.CellsToFill(lRow);
   const char* pMember = p;
-  while (pEnd_ - p > kNameReach && *p == '"') {
+  while (p < pLimit && *p == '"') {
     if (pColumn != nullptr && pColumn->name.MatchesMember(p + 1, pEnd_)) {
       p += 3 + pColumn->name.Length();
-    } else if ((pColumn = ReadName(p)) == nullptr) {
-      break;
+    } else {
+      if (pLast != nullptr) table_.columns.Found(*std::exchange(pLast, nullptr));
+      pColumn = ReadName(p);
+      if (pColumn == nullptr) break;
     }
-    p = SkipSpace(p);
+    if (JSON::IsSpace(*p)) p = SkipSpace(p);
     Value value;
-    if (pEnd_ - p <= kValueReach || (p = ReadValue(p, value)) == nullptr) break;
-    p = SkipSpace(p);
+    if (p >= pLimit || (p = ReadValue(p, value)) == nullptr) break;
+    if (*p != ',' && *p != '}') p = SkipSpace(p);
     if (*p != ',' && *p != '}') break;
-    if (pColumn->nPosition >= cells.nCount) {
-      table_.rows.EnsureCell(lRow, pColumn->nPosition + 1);
-      cells = table_.rows.CellsOf(lRow);
-      if (pColumn->nPosition >= cells.nCount) break;
-    }
+    if (pColumn->nPosition >= cells.nCount && !MakeRoom(lRow, *pColumn, cells)) break;
     Cell& cell = cells.pFirst[pColumn->nPosition];
     if (cell.Exists()) break;
     cell = {table_.texts.StoreReadable(value.pText, value.nLength),
             static_cast<std::uint32_t>(value.nLength), value.eType};
-    pColumn = table_.columns.Found(*pColumn);
-    if (*p == '}') return p + 1;
-    p = SkipSpace(p + 1);
-    pMember = p;
+    pLast = pColumn;
+    pColumn = pColumn->pNext;
+    pMember = p + 1;
+    if (*p == '}') break;
+    if (*++p != '"') pMember = p = SkipSpace(p);
   }
+  if (pLast != nullptr) table_.columns.Found(*pLast);
   return pMember;
 }
 

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <utility>
 
+#include "json/Digits.h"
 #include "recordset/Table.h"
 
 using recordset::Table;
@@ -19,8 +20,8 @@ namespace {
 // A cleared record set keeps the memory of a table up to this size for its next contents.
 constexpr std::size_t kKeptBytes = std::size_t{64} * 1024;
 
-// Room for the digits of a long, its sign and a NUL.
-constexpr int kLongBytes = 21;
+// Room for the digits of a long and its sign.
+constexpr std::size_t kLongBytes = JSON::kMaxDecimal<long>;
 
 }  // namespace
 
@@ -78,8 +79,10 @@ void CQXRecordSet::Clear() {
   strText.clear();
 }
 
-Table& CQXRecordSet::EnsureTable() {
-  if (pTable == nullptr) pTable = std::make_unique<Table>();
+Table& CQXRecordSet::EnsureTable() { return pTable != nullptr ? *pTable : NewTable(); }
+
+Table& CQXRecordSet::NewTable() {
+  pTable = std::make_unique<Table>();
   return *pTable;
 }
 
@@ -121,26 +124,30 @@ long CQXRecordSet::GetRowsCount() { return lRowsCount; }
 
 // ---- Writing cells -----------------------------------------------------------------------------
 
-void CQXRecordSet::SetValue(const char* name, const char* text, long row, QX_TYPE type) {
-  if (name == nullptr || text == nullptr) return;
+void CQXRecordSet::SetText(const char* name, std::string_view text, long row, QX_TYPE type) {
+  if (name == nullptr) return;
   Table& table = EnsureTable();
-  table.SetCell(row, table.columns.FindOrAdd(name), text, std::strlen(text), type);
+  table.SetCell(row, table.columns.FindOrAdd(name), text.data(), text.size(), type);
   lRowsCount = std::max(lRowsCount, row);
   bModified = true;
 }
 
+void CQXRecordSet::SetValue(const char* name, const char* text, long row, QX_TYPE type) {
+  if (text != nullptr) SetText(name, text, row, type);
+}
+
 void CQXRecordSet::SetValue(const char* name, const std::string& value, long row) {
-  SetValue(name, value.c_str(), row, QX_TEXT);
+  SetText(name, value.c_str(), row, QX_TEXT);
 }
 
 void CQXRecordSet::SetValue(const char* name, bool value, long row) {
-  SetValue(name, value ? "1" : "0", row, QX_BOOL);
+  SetText(name, value ? "1" : "0", row, QX_BOOL);
 }
 
 void CQXRecordSet::SetValue(const char* name, long value, long row) {
   char digits[kLongBytes];
-  LongToStr(value, digits, kLongBytes);
-  SetValue(name, digits, row, QX_LONG);
+  const char* const pEnd = JSON::WriteDecimal(value, digits);
+  SetText(name, {digits, static_cast<std::size_t>(pEnd - digits)}, row, QX_LONG);
 }
 
 void CQXRecordSet::SetValue(const char* name, int value, long row) {

@@ -31,6 +31,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "json/JSONSerialize.h"
 #include "json/JSONValue.h"
@@ -192,6 +193,9 @@ class QXRECORDSET_EXPORT CQXRecordSet {
 
  private:
   QXRECORDSET_NO_EXPORT recordset::Table& EnsureTable();
+  QXRECORDSET_NO_EXPORT recordset::Table& NewTable();
+  QXRECORDSET_NO_EXPORT void SetText(const char* name, std::string_view text, long row,
+                                     QX_TYPE type);
   QXRECORDSET_NO_EXPORT std::string BufferForText();
   QXRECORDSET_NO_EXPORT std::uint32_t FindColumn(const char* name);
   QXRECORDSET_NO_EXPORT const char* FindValue(const char* name, long row);

@@ -181,6 +181,13 @@ void Rows::BeginRow(long lRow, Row& row) {
 std::uint32_t Rows::FinishLatestRow() {
   if (!bHasLatest_) return 0;
   Row& row = *const_cast<Row*>(FindRow(lLatest_));
+  const std::uint32_t nSpan = row.nSpan;
+  const bool bUsual = !row.bHasFar && nSpan != 0 && nSpan <= kAlwaysWidened;
+  return bUsual && row.pCells[nSpan - 1].Exists() ? nSpan : FinishRow(row);
+}
+
+// The same for a row that is not short and full.
+std::uint32_t Rows::FinishRow(Row& row) {
   std::uint32_t nLast = row.nSpan;
   while (nLast != 0 && !row.pCells[nLast - 1].Exists())
     --nLast;

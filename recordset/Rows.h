@@ -86,6 +86,16 @@ class Rows {
     return pRow != nullptr ? Cells{pRow->pCells, pRow->nSpan} : Cells{nullptr, 0};
   }
 
+  // The same for a row that is going to have cells: if it is new, it may get its array at once.
+  Cells CellsToFill(long lRow) {
+    const unsigned long nIndex = IndexOf(lRow);
+    if (nIndex < nSlots_ && mapOdd_.empty() && Slot(nIndex).IsUnused()) {
+      ++nGridRows_;
+      BeginRow(lRow, Slot(nIndex));
+    }
+    return CellsOf(lRow);
+  }
+
   // The cell, or null when it does not exist.
   const Cell* FindCell(long lRow, std::uint32_t nColumn) const {
     const Row* const pRow = FindRow(lRow);
@@ -170,6 +180,7 @@ class Rows {
   // Cells of one row.
   void BeginRow(long lRow, Row& row);
   std::uint32_t FinishLatestRow();
+  std::uint32_t FinishRow(Row& row);
   static std::uint32_t CountCells(const Row& row);
   bool Widen(long lRow, Row& row, std::uint32_t nColumn);
   bool WidenInPlace(Row& row, std::uint32_t nColumn);

@@ -12,13 +12,6 @@ namespace recordset {
 // "", "0" and "1", each at twice the value of its digit: nulls, booleans and many numbers.
 const char TextStore::aConstants[kConstantBytes] = {'0', '\0', '1', '\0'};
 
-// The constant equal to a text of up to one byte, or null.
-const char* TextStore::Constant(const char* text, std::size_t length) {
-  if (length == 0) return aConstants + 1;
-  if (*text == '0') return aConstants;
-  return *text == '1' ? aConstants + 2 : nullptr;
-}
-
 bool TextStore::IsConstant(const char* pText) {
   const std::less<> before;
   return !before(pText, aConstants) && before(pText, aConstants + sizeof aConstants);

@@ -64,12 +64,16 @@ class TextStore {
     return pText;
   }
 
-  // The same, where a whole block may be read at a text of 2 bytes or more. What follows the text
-  // there is written behind its copy, where no text is stored yet.
+  // The same, where a whole block may be read at a text other than "", "0" and "1". What follows
+  // the text there is written behind its copy, where no text is stored yet.
   const char* StoreReadable(const char* text, std::size_t length) {
     constexpr std::size_t kBlock = JSON::Block16::kBytes;
     static_assert(kBlock <= BumpBlocks::kSlack);
-    if (length - 2 >= kBlock - 2 || pFree_ != nullptr) return Store(text, length);
+    if (length <= 1) {
+      const char* const pConstant = Constant(text, length);
+      if (pConstant != nullptr) return pConstant;
+    }
+    if (length - 1 >= kBlock - 1 || pFree_ != nullptr) return Store(text, length);
     char* const pText = blocks_.Allocate(BlockPieceSize(length));
     JSON::Block16::Load(text).Store(pText);
     pText[length] = '\0';
@@ -117,7 +121,12 @@ class TextStore {
   static constexpr std::size_t kConstantBytes = 4 + BumpBlocks::kSlack;
   static const char aConstants[kConstantBytes];
 
-  static const char* Constant(const char* text, std::size_t length);
+  // The constant equal to a text of up to one byte, or null.
+  static const char* Constant(const char* text, std::size_t length) {
+    if (length == 0) return aConstants + 1;
+    if (*text == '0') return aConstants;
+    return *text == '1' ? aConstants + 2 : nullptr;
+  }
   static bool IsConstant(const char* pText);
 
   // Bytes of the piece that holds a text of `length` bytes and its NUL.
