@@ -31,21 +31,6 @@ std::vector<std::string> NamesInOrder(Columns& columns) {
   return vNames;
 }
 
-TEST(Columns, CountFromOneInOrderOfAddition) {
-  TextStore texts;
-  Columns columns(texts);
-  EXPECT_EQ(columns.Find("a"), 0u);
-  EXPECT_EQ(columns.FindOrAdd("b"), 1u);
-  EXPECT_EQ(columns.FindOrAdd("a", 1), 2u);
-  EXPECT_EQ(columns.FindOrAdd(""), 3u);
-  EXPECT_EQ(columns.FindOrAdd("b", 1), 1u);
-  EXPECT_EQ(columns.Find("A"), 0u);
-  EXPECT_EQ(columns.Find("abc", 1), 2u);
-  EXPECT_EQ(columns.Find("bb"), 0u);
-  EXPECT_EQ(columns.Count(), 3u);
-  EXPECT_EQ(NamesInOrder(columns), (std::vector<std::string>{"", "a", "b"}));
-}
-
 // Names of every length around the word sizes, which differ in one byte only, found in any order.
 TEST(Columns, AreFoundWhateverWasGuessed) {
   TextStore texts;

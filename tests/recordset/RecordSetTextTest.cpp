@@ -113,20 +113,6 @@ TEST(RecordSetText, HasAFormForEachNumberOfRows) {
   EXPECT_EQ(second.GetString(), R"({"rows":[{},{"a":1}]})");
 }
 
-TEST(RecordSetText, CarriesEveryRowAndColumnOfALargeTable) {
-  CQXRecordSet set;
-  std::string strExpected = "{\"rows\":[";
-  for (long i = 1; i <= 2000; ++i) {
-    set.SetValue("name", std::string(static_cast<std::size_t>(i % 50), 'n'), i);
-    set.SetValue("id", i, i);
-    strExpected += std::string(i > 1 ? "," : "") + "{\"id\":" + std::to_string(i) + ",\"name\":\"" +
-                   std::string(static_cast<std::size_t>(i % 50), 'n') + "\"}";
-  }
-  strExpected += "]}";
-  EXPECT_EQ(set.GetString(), strExpected);
-  EXPECT_EQ(CQXRecordSet(strExpected).GetString(), strExpected);
-}
-
 TEST(WalkObject, WritesBracesOnlyWhenItIsOutermost) {
   JSON::Message message;
   ASSERT_TRUE(message.Parse(R"({"a":{"b":1},"":"x"})"));
@@ -262,15 +248,6 @@ TEST(RecordSetLoad, AddsToWhatIsThere) {
   EXPECT_EQ(set.GetRowsCount(), 4);
 }
 
-TEST(RecordSetLoad, CountsAsWrittenWhateverTheTextWas) {
-  for (const char* const text : {"{}", "[]", "nothing", "", "{\"a\""}) {
-    CQXRecordSet set;
-    EXPECT_TRUE(set.SetString(text));
-    EXPECT_EQ(set.GetString(), "{}") << text;
-  }
-  EXPECT_EQ(CQXRecordSet(static_cast<const char*>(nullptr)).GetString(), "{}");
-}
-
 // Objects within a cell, as deep as a parse goes and one level deeper.
 TEST(RecordSetLoad, KeepsNestedObjectsOfAnyDepth) {
   for (const int nDepth : {1, 30, 33, 70, JSON::kMaxNesting - 1}) {
@@ -280,18 +257,6 @@ TEST(RecordSetLoad, KeepsNestedObjectsOfAnyDepth) {
     EXPECT_EQ(set.GetValueAsString("o"), text.substr(5, text.size() - 6)) << nDepth;
   }
   EXPECT_EQ(CQXRecordSet(Nested(JSON::kMaxNesting, "{}")).GetString(), "{}");
-}
-
-TEST(RecordSetLoad, KeepsManyColumnsAndLongTexts) {
-  std::string text = "{";
-  for (int i = 10000; i < 13000; ++i) {
-    text += (i > 10000 ? ",\"c" : "\"c") + std::to_string(i) + "\":\"" +
-            std::string(static_cast<std::size_t>(i % 300), 'x') + "\"";
-  }
-  text += '}';
-  CQXRecordSet set(text);
-  EXPECT_EQ(set.GetColumnCount(), 3000);
-  EXPECT_EQ(set.GetString(), text);
 }
 
 }  // namespace

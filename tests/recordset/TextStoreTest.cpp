@@ -158,23 +158,6 @@ TEST(TextStore, TrimsWhatTheCallerWrote) {
   }
 }
 
-TEST(TextStore, UsesBoundedMemoryForEver) {
-  TextStore store;
-  Support::Random random(2);
-  std::vector<std::string> vTexts(50);
-  std::vector<const char*> vStored(vTexts.size(), store.Store("", 0));
-  std::size_t nFootprint = 0;
-  for (unsigned i = 0; i < 200000; ++i) {
-    if (i == 100000) nFootprint = store.Footprint();
-    const std::size_t n = random.Below(vTexts.size());
-    const std::string text(random.Below(300), 'x');
-    vStored[n] = store.Replace(vStored[n], vTexts[n].size(), text.data(), text.size());
-    vTexts[n] = text;
-  }
-  EXPECT_LE(store.Footprint(), nFootprint + nFootprint / 4);
-  EXPECT_LT(store.Footprint(), 300000u) << "50 texts of each of 64 sizes are 400 kB at most";
-}
-
 TEST(TextStore, RefusesLengthsBeyond32Bits) {
   TextStore store;
   EXPECT_THROW(store.Allocate(TextStore::kLongest + 1), std::bad_alloc);
