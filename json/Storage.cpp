@@ -22,6 +22,8 @@ constexpr std::size_t kMostItems = INT_MAX;
 // holds a pointer to itself, and none is destroyed one by one.
 template <typename T>
 void Storage::Grow(Sequence<T>& items, std::size_t nCapacity, Arena* pArena) {
+  // Where bytes have 64-bit counts, the second says nothing new.
+  // NOLINTNEXTLINE(misc-redundant-expression)
   if (nCapacity > kMostItems || nCapacity > (SIZE_MAX - kHeader) / sizeof(T)) {
     throw std::bad_alloc();
   }
@@ -39,6 +41,7 @@ void Storage::Grow(Sequence<T>& items, std::size_t nCapacity, Arena* pArena) {
   new (pRoom) Arena*(pArena);
   T* const pItems = reinterpret_cast<T*>(pRoom + kHeader);
   if (items.nSize != 0) {
+    // NOLINTNEXTLINE(bugprone-undefined-memory-manipulation): as said above
     std::memcpy(static_cast<void*>(pItems), items.pItems, items.nSize * sizeof(T));
   }
   const std::uint32_t nSize = items.nSize;

@@ -16,6 +16,7 @@ constexpr int kCloneReserve = 4;
 }  // namespace
 
 // The distance is between two buffers, so it is applied to addresses, not inside one array.
+// NOLINTBEGIN(performance-no-int-to-ptr)
 const char* TreeCopy::Moved(const char* pText) const {
   if (pText == nullptr) {
     return nullptr;
@@ -23,6 +24,7 @@ const char* TreeCopy::Moved(const char* pText) const {
   return reinterpret_cast<const char*>(reinterpret_cast<std::uintptr_t>(pText) +
                                        static_cast<std::uintptr_t>(nDelta_));
 }
+// NOLINTEND(performance-no-int-to-ptr)
 
 CompositeValue* TreeCopy::Clone(const CompositeValue& source) {
   if (const auto* const pObject = dynamic_cast<const ObjectValue*>(&source)) {

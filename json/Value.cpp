@@ -27,7 +27,8 @@ JSONValue::JSONValue(const JSONValue& other) noexcept
       bOwnsText(other.bOwnsText),
       nPlace(0) {}
 
-// An element that is assigned to stays where it is and keeps its place mark.
+// An element that is assigned to stays where it is and keeps its place mark. To
+// itself it may be assigned, too. NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
 JSONValue& JSONValue::operator=(const JSONValue& other) noexcept {
   BaseValue::operator=(other);
   pText = other.pText;

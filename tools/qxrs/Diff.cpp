@@ -75,6 +75,7 @@ class Comparison {
       return;
     }
     ++nDifferences;
+    // One of the two is there. NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker)
     const std::string_view strColumn = pA ? pA->strColumn : pB->strColumn;
     output.Write("row " + std::to_string(nRow) + ", " + MakeDisplayText(strColumn).strText + ": " +
                  Styled(Shown(pA), Style::Red, bColor) + " -> " +

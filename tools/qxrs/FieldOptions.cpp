@@ -34,7 +34,8 @@ void AddDelimiterOption(CLI::App& command, char& chDelimiter) {
       ->type_name("CHARACTER")
       ->capture_default_str()
       ->check([](const std::string& strText) {
-        const bool bUsable = strText.size() == 1 && strText.find_first_of("\"\r\n") == strText.npos;
+        const bool bUsable =
+            strText.size() == 1 && strText.find_first_of("\"\r\n") == std::string::npos;
         return bUsable ? std::string() : "not one character that can stand between fields";
       });
 }

@@ -18,7 +18,7 @@ struct Options {
 
 std::string ResultText(const JSON::JSONValue& value, bool bJson) {
   if (value.eType == JSON::jtString && !bJson) {
-    return std::string(value.pText, static_cast<std::size_t>(value.nLength));
+    return {value.pText, static_cast<std::size_t>(value.nLength)};
   }
   std::string strText;
   value.Serialize(strText);

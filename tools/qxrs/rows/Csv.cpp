@@ -171,7 +171,8 @@ void CsvSink::WriteCells(const std::vector<Cell>& vCells) {
 
 // Quotes tell the empty text, and a text that reads like a null, from a null.
 std::string CsvSink::Quoted(std::string_view strText) const {
-  const bool bPlain = !strText.empty() && strText.find_first_of(strSpecial) == strText.npos &&
+  const bool bPlain = !strText.empty() &&
+                      strText.find_first_of(strSpecial) == std::string_view::npos &&
                       strText.front() != ' ' && strText.back() != ' ' && strText != strNull;
   if (bPlain) {
     return std::string(strText);

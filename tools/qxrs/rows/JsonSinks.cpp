@@ -21,8 +21,6 @@ void WriteValue(JSON::Serialize& writer, const Cell& cell) {
       writer.JS(cell.strText == "1" ? "true" : "false");
       return;
     case CQXRecordSet::QX_LONG:
-      writer.JS_N(cell.strText.data(), nLength);
-      return;
     case CQXRecordSet::QX_RECORDSET:
       writer.JS_N(cell.strText.data(), nLength);
       return;

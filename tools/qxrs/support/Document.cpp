@@ -52,7 +52,7 @@ CQXRecordSet LoadRecordSet(const std::string& strText, const std::string& strNam
       throw InputError(Complaint(strName, TextPosition(), kNoRecordSet));
     }
   }
-  return CQXRecordSet(strText);
+  return {strText};
 }
 
 }  // namespace qxrs
