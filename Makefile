@@ -88,11 +88,12 @@ tidy: ## clang-tidy over the library and the tool
 	run-clang-tidy-14 -clang-tidy-binary clang-tidy-14 -quiet -j $(JOBS) -p build/x64 \
 	  $(TIDY_FOLDERS:%='^$(CURDIR)/%/.*\.cpp$$')
 
-symbols: ## rewrite the checked-in lists of exported symbols
+symbols: ## rewrite the checked-in list of exported symbols
 	$(DEPS) build tests
 	$(foreach arch,x86 x64,$(call configure,$(arch)) \
-	  && cmake --build --preset $(arch) --parallel $(JOBS) --target qxrecordset \
-	  && tests/exports/symbols.sh write build/$(arch)/libQXRecordSet.so tests/exports/symbols-$(arch).txt &&) true
+	  && cmake --build --preset $(arch) --parallel $(JOBS) --target qxrecordset &&) true
+	tests/exports/symbols.sh write build/x86/libQXRecordSet.so build/x64/libQXRecordSet.so \
+	  tests/exports/symbols.txt
 
 coverage: ## line coverage of the library, also as build/coverage/report/
 	$(DEPS) build tests tools coverage

@@ -1,42 +1,36 @@
 #!/usr/bin/env bash
-# Compares the names a shared library exports with a checked-in list, or writes that list.
+# Compares what a shared library exports with the checked-in list, or writes that list. A name that
+# only one architecture has (std::ptrdiff_t is spelt differently there) stands behind "x86: " or
+# "x64: ".
 #
-#   symbols.sh compare LIBRARY LIST   status 1 and the difference when they are not the same
-#   symbols.sh write LIBRARY LIST
+#   symbols.sh compare x86|x64 LIBRARY LIST   status 1 and the difference when they are not the same
+#   symbols.sh write X86-LIBRARY X64-LIBRARY LIST
 set -euo pipefail
+export LC_ALL=C # one order everywhere
 
-# The exported names, one a line, in byte order whatever the locale. The names of symbol versions,
-# of which the library has none, would be the lines of type A.
+# The exported names as C++ writes them, one a line; variants of one constructor or destructor have
+# the same. The names of symbol versions, of which the library has none, would be those of type A.
 exported_names() {
-  nm -D --defined-only -P "$1" | awk '$2 != "A" { print $1 }' | LC_ALL=C sort -u
+  nm -D --defined-only -P "$1" | awk '$2 != "A" { print $1 }' | c++filt |
+    sed -E 's/std::__cxx11::basic_string<(w?)char(_t)?, [^>]*> *, [^>]*> *>/std::\1string/g' | sort -u
 }
-
-if (($# != 3)); then
-  echo "usage: symbols.sh compare|write LIBRARY LIST" >&2
-  exit 2
-fi
-library=$2
-list=$3
 
 case $1 in
   write)
-    exported_names "$library" > "$list"
-    echo "$list: $(wc -l < "$list") names"
+    {
+      comm -12 <(exported_names "$2") <(exported_names "$3")
+      comm -23 <(exported_names "$2") <(exported_names "$3") | sed 's/^/x86: /'
+      comm -13 <(exported_names "$2") <(exported_names "$3") | sed 's/^/x64: /'
+    } > "$4"
+    echo "$4: $(wc -l < "$4") names"
     ;;
   compare)
-    if [[ ! -s $list ]]; then
-      echo "$list is missing or empty: write it with 'make symbols'" >&2
-      exit 1
-    fi
-    if ! difference=$(diff --label "$list" --label "$library" -U0 "$list" <(exported_names "$library")); then
+    listed=$(sed -E "s/^$2: //; /^x[0-9]+: /d" "$4" | sort)
+    if ! difference=$(diff -U0 --label "$4" --label "$3" - <(exported_names "$3") <<< "$listed"); then
       echo "The exported symbols changed (- gone, + new). If that is wanted, run 'make symbols':" >&2
-      grep -E '^[-+][^-+]' <<< "$difference" | c++filt >&2
+      grep -E '^[-+][^-+]' <<< "$difference" >&2
       exit 1
     fi
-    echo "$(wc -l < "$list") exported names, as listed"
-    ;;
-  *)
-    echo "usage: symbols.sh compare|write LIBRARY LIST" >&2
-    exit 2
+    echo "$(wc -l <<< "$listed") exported names, as listed"
     ;;
 esac
