@@ -11,6 +11,7 @@
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "json/JSONMessage.h"
 #include "tests/support/GuardedBuffer.h"
@@ -26,151 +27,84 @@ using namespace std::string_view_literals;
 
 struct Case {
   std::string_view text;
-  std::string_view outline;     // the tree, as Plain::Outline shows it
-  std::size_t nCursor;          // where the parse stops
-  std::string_view serialized;  // the tree written again
+  std::string_view outline;  // the tree, as Plain::Outline shows it
+  std::size_t nCursor;       // where the parse stops
 };
 
-void CheckCases(const Case* pCases, std::size_t nCases, bool bAccepted) {
-  for (std::size_t i = 0; i < nCases; ++i) {
-    const Case& test = pCases[i];
+template <std::size_t nCases>
+void CheckCases(const Case (&cases)[nCases], bool bAccepted) {
+  for (const Case& test : cases) {
     SCOPED_TRACE(test.text);
     SideBySide parsers;
     EXPECT_EQ(parsers.Check(test.text), "");
     EXPECT_EQ(parsers.document.bAccepted, bAccepted);
     EXPECT_EQ(Plain::Outline(parsers.document), test.outline);
     EXPECT_EQ(parsers.document.nCursor, test.nCursor);
-    std::string strSerialized;
-    EXPECT_TRUE(parsers.copying.Serialize(strSerialized));
-    EXPECT_EQ(strSerialized, test.serialized);
   }
 }
 
 TEST(JsonParser, AcceptsJsonAndItsLeniencies) {
   static const Case kCases[] = {
-      {"[]", "[]", 2, "[]"},
-      {" [ ] tail", "[]", 4, "[]"},
-      {"{}", "{}~", 2, "{}"},
-      {" \t\f\n\r{ }}", "{}~", 8, "{}"},
-      {"[true,false,null]", "[b<true> b<false> n<null>]", 17, "[true,false,null]"},
-      {"{\"b\":1,\"aa\":[],\"a\":{}}", "{b:i<1> aa:[] a:{}~}", 22, "{\"b\":1,\"aa\":[],\"a\":{}}"},
-      {"\n{ \"a\" :\t1 , \"b\"\f:\r[ 2 ] } ", "{a:i<1> b:[i<2>]}", 26, "{\"a\":1,\"b\":[2]}"},
-      {"{\"a\":1,\"a\":\"2\",\"\":3}", "{a:i<1> a:s<2> :i<3>}", 20, "{\"a\":1,\"a\":\"2\",\"\":3}"},
-      {"[[[1]],{\"a\":{\"b\":2}}]x", "[[[i<1>]] {a:{b:i<2>}}]", 21, "[[[1]],{\"a\":{\"b\":2}}]"},
+      {" [ ] tail", "[]", 4},
+      {" \t\f\n\r{ }}", "{}~", 8},
+      {"\n{ \"a\" :\t1 , \"b\"\f:\r[ 2 ] } ", "{a:i<1> b:[i<2>]}", 26},
+      {"{\"a\":true,\"a\":\"2\",\"\":[null]}", "{a:b<true> a:s<2> :[n<null>]}", 28},
       // Missing elements.
-      {"[1,,2]", "[i<1> n i<2>]", 6, "[1,null,2]"},
-      {"[1,]", "[i<1> n]", 4, "[1,null]"},
-      {"[,]", "[n n]", 3, "[null,null]"},
-      {"[ ,1]", "[n i<1>]", 5, "[null,1]"},
-      {"[1 , ]", "[i<1> n]", 6, "[1,null]"},
+      {"[1,,2,]", "[i<1> n i<2> n]", 7},
+      {"[ , ]", "[n n]", 5},
       // Texts that break off where that counts as complete; a NUL ends a text as its end does.
-      {"{ ", "{}", 2, "{}"},
-      {"{\t\f\n\r \0}"sv, "{}", 6, "{}"},
-      {"[ ", "[]", 2, "[]"},
-      {"[\n\0]"sv, "[]", 2, "[]"},
-      {"[1,", "[i<1>]", 3, "[1]"},
-      {"[1,\0 2]"sv, "[i<1>]", 3, "[1]"},
-      {"{\"a\":1,", "{a:i<1>}", 7, "{\"a\":1}"},
-      {"{\"a\":1, ", "{a:i<1>}", 8, "{\"a\":1}"},
-      {"{\"a\":1, \0\"b\":2}"sv, "{a:i<1>}", 8, "{\"a\":1}"},
+      {"{\t\f\n\r \0}"sv, "{}", 6},
+      {"[\n\0]"sv, "[]", 2},
+      {"[1,\0 2]"sv, "[i<1>]", 3},
+      {"{\"a\":1, ", "{a:i<1>}", 8},
+      {"{\"a\":1, \0\"b\":2}"sv, "{a:i<1>}", 8},
       // Numbers: any run of their bytes that begins with a sign or a digit.
-      {"[12,-3,007]", "[i<12> i<-3> i<007>]", 11, "[12,-3,007]"},
-      {"[1.5,1e3,2E-1,0.]", "[d<1.5> d<1e3> d<2E-1> d<0.>]", 17, "[1.5,1e3,2E-1,0.]"},
-      {"[+-1,-,1-2,+]", "[i<+-1> i<-> i<1-2> i<+>]", 13, "[+-1,-,1-2,+]"},
-      {"[1e2e3,1.2.3,-.e]", "[d<1e2e3> d<1.2.3> d<-.e>]", 17, "[1e2e3,1.2.3,-.e]"},
+      {"[12,-3,007,+-1,-,1-2]", "[i<12> i<-3> i<007> i<+-1> i<-> i<1-2>]", 21},
+      {"[1.5,2E-1,0.,1e2e3,-.e]", "[d<1.5> d<2E-1> d<0.> d<1e2e3> d<-.e>]", 23},
       // Strings.
-      {R"(["\b\f\n\r\t\"\\\/\q"])", R"([s<\x08\x0C\x0A\x0D\x09"\/q>])", 22,
-       R"(["\b\f\n\r\t\"\\/q"])"},
-      {R"(["\u0041\u00e9\u20AC"])", R"([s<A\xC3\xA9\xE2\x82\xAC>])", 22,
-       "[\"A\xC3\xA9\xE2\x82\xAC\"]"},
-      {R"(["\uD83D\uDE00"])", R"([s<\xED\xA0\xBD\xED\xB8\x80>])", 16,
-       "[\"\xED\xA0\xBD\xED\xB8\x80\"]"},
-      {R"(["\u007f\u0080\u07FF\u0800\uffff"])",
-       R"([s<\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF>])", 34,
-       "[\"\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\"]"},
-      {R"(["\u0041\u0000B"])", R"([s<A\x00B>])", 17, R"(["A"])"},
-      {"[\"a\0b\x01\n\xFF\"]"sv, R"([s<a\x00b\x01\x0A\xFF>])", 10, R"(["a"])"},
+      {R"(["\b\f\n\r\t\"\\\/\q"])", R"([s<\x08\x0C\x0A\x0D\x09"\/q>])", 22},
+      {R"(["\u007f\u0080\u07FF\u0800\uffff\uD83D"])",
+       R"([s<\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xED\xA0\xBD>])", 40},
+      {"[\"a\0b\x01\n\xFF\"]"sv, R"([s<a\x00b\x01\x0A\xFF>])", 10},
+      {"{\"a\\u0000b\":1,\"\\\"\":2}", R"({a\x00b:i<1> ":i<2>})", 21},
       // The four bytes behind \u are consumed whatever they hold and read as strtoul reads them.
-      {R"(["\u 41x\u0x1g\u12"x","\u-001"])", R"([s<A\x01\x12> s<\xEF\xBF\xBF>])", 31,
-       "[\"A\\u0001\\u0012\",\"\xEF\xBF\xBF\"]"},
-      {"{\"a\\u0000b\":1,\"\\\"\":2}", R"({a\x00b:i<1> ":i<2>})", 21, R"({"a":1,"\"":2})"},
+      {R"(["\u 41x\u0x1g\u12"x","\u-001"])", R"([s<A\x01\x12> s<\xEF\xBF\xBF>])", 31},
   };
-  CheckCases(kCases, std::size(kCases), true);
+  CheckCases(kCases, true);
 }
 
 TEST(JsonParser, RefusesTheRestAndKeepsWhatItRead) {
   static const Case kCases[] = {
       // No container to begin with: no tree at all.
-      {" ", "", 1, "null"},
-      {"12", "", 0, "null"},
-      {" \"x\"", "", 1, "null"},
-      {"true", "", 0, "null"},
-      {"]", "", 0, "null"},
-      {"\v[]", "", 0, "null"},
-      {"\xEF\xBB\xBF[]", "", 0, "null"},
-      {"\0[]"sv, "", 0, "null"},
-      {" \0[]"sv, "", 1, "null"},
+      {" \"x\"", "", 1},
+      {"\v[]", "", 0},
+      {" \0[]"sv, "", 1},
       // Texts that break off.
-      {"[", "[]!", 1, "[]"},
-      {"[\0]"sv, "[]!", 1, "[]"},
-      {"{", "{}!~", 1, "{}"},
-      {"{\0}"sv, "{}!~", 1, "{}"},
-      {"[1, ", "[i<1>]!", 4, "[1]"},
-      {"[1,\n\0]"sv, "[i<1>]!", 4, "[1]"},
-      {"[1\0]"sv, "[i<1>]!", 2, "[1]"},
-      {"[true", "[b<true>]!", 5, "[true]"},
-      {"[fals", "[x]!", 1, "[null]"},
-      {"[nul", "[x]!", 1, "[null]"},
-      {"[\"ab", "[x]!", 2, "[null]"},
-      {"[\"ab\\", "[x]!", 2, "[null]"},
-      {"[\"ab\\\"", "[x]!", 2, "[null]"},
-      {"[\"\\u004", "[x]!", 2, "[null]"},
-      {"{\"a", "{}!~", 2, "{}"},
-      {"{\"a\"", "{a:}!~", 4, "{}"},
-      {"{\"a\":", "{a:}!~", 5, "{}"},
-      {"{\"b\":1,\"a\"", "{b:i<1> a:}!~", 10, "{\"b\":1}"},
+      {"[", "[]!", 1},
+      {"{\0}"sv, "{}!~", 1},
+      {"[1,\n\0]"sv, "[i<1>]!", 4},
+      {"[true", "[b<true>]!", 5},
+      {"[nul", "[x]!", 1},
+      {"[\"ab\\\"", "[x]!", 2},
+      {"[\"\\u004", "[x]!", 2},
+      {"{\"a", "{}!~", 2},
+      {"{\"b\":1,\"a\"", "{b:i<1> a:}!~", 10},
       // The last byte of the text never belongs to a number.
-      {"[12", "[i<1>]!", 2, "[1]"},
-      {"[1.", "[i<1>]!", 2, "[1]"},
-      {"[1", "[i<>]!", 1, "[]"},
-      {"{\"a\":-", "{a:i<>}!~", 5, "{\"a\":}"},
+      {"[12", "[i<1>]!", 2},
+      {"{\"a\":-", "{a:i<>}!~", 5},
       // Wrong bytes.
-      {"{\"a\":1,}", "{a:i<1>}!~", 7, "{\"a\":1}"},
-      {"{,}", "{}!~", 1, "{}"},
-      {"{a:1}", "{}!~", 1, "{}"},
-      {"{'a':1}", "{}!~", 1, "{}"},
-      {"{1:1}", "{}!~", 1, "{}"},
-      {"{\"a\" 1}", "{a:}!~", 5, "{}"},
-      {"{\"a\":}", "{a:}!~", 5, "{}"},
-      {"{\"a\":1 \"b\":2}", "{a:i<1>}!~", 7, "{\"a\":1}"},
-      {"{\"a\":1]", "{a:i<1>}!~", 6, "{\"a\":1}"},
-      {"[1}", "[i<1>]!", 2, "[1]"},
-      {"[1 2]", "[i<1>]!", 3, "[1]"},
-      {"[1;2]", "[i<1>]!", 2, "[1]"},
-      {"[1,\v2]", "[i<1>]!", 3, "[1]"},
-      {"[.5]", "[]!", 1, "[]"},
-      {"[e5]", "[]!", 1, "[]"},
-      {"[True]", "[]!", 1, "[]"},
-      {"[truex]", "[b<true>]!", 5, "[true]"},
-      {"[nulL]", "[x]!", 1, "[null]"},
-      {"[tru\0]"sv, "[x]!", 1, "[null]"},
+      {"{\"a\":1,}", "{a:i<1>}!~", 7},
+      {"{a:1}", "{}!~", 1},
+      {"{\"a\" 1}", "{a:}!~", 5},
+      {"{\"a\":}", "{a:}!~", 5},
+      {"[1 2]", "[i<1>]!", 3},
+      {"[.5]", "[]!", 1},
+      {"[truex]", "[b<true>]!", 5},
       // Every enclosing container fails too; what was complete before stays complete.
-      {"{\"b\":[1,{}],\"a\":[2,{\"c\":?}]}", "{b:[i<1> {}~] a:[i<2> {c:}!~]!}!~", 24,
-       "{\"b\":[1,{}],\"a\":[2,{}]}"},
-      {"{\"a\":{\"b\":{\"c\":tru}}}", "{a:{b:{c:x}!~}!~}!~", 15, "{\"a\":{\"b\":{\"c\":null}}}"},
+      {"{\"b\":[1,{}],\"a\":[2,{\"c\":?}]}", "{b:[i<1> {}~] a:[i<2> {c:}!~]!}!~", 24},
+      {"{\"a\":{\"b\":{\"c\":tru}}}", "{a:{b:{c:x}!~}!~}!~", 15},
   };
-  CheckCases(kCases, std::size(kCases), false);
-}
-
-TEST(JsonParser, LeavesUnescapedAndTerminatedStringsInTheBuffer) {
-  GuardedBuffer text(R"(["a\n\u0041b", {"k\\ey":"v"}, 12, "xy"])");
-  Message message(true);
-  ASSERT_TRUE(message.Parse(text.data(), text.size()));
-  // What lies between a shortened string's NUL and its closing quote belongs to nobody.
-  EXPECT_EQ(text.view().substr(0, 7), "[\"a\nAb\0"sv);
-  EXPECT_EQ(text.view().substr(12, 10), "\", {\"k\\ey\0"sv);
-  EXPECT_EQ(text.view().substr(22), "\":\"v\0}, 12, \"xy\0]"sv);
-  EXPECT_EQ(message[0].pText, text.data() + 2);
+  CheckCases(kCases, false);
 }
 
 TEST(JsonParser, ReadsNoMoreThanItsLength) {
@@ -200,23 +134,14 @@ TEST(JsonParser, ChangesNothingWithoutAText) {
 }
 
 TEST(JsonParser, BoundsTheNesting) {
-  static const struct {
-    std::string_view open, close;
-    int nLevels;  // that they stand for
-  } kCases[] = {{"[", "]", 1}, {"{\"a\":", "}", 1}, {" [ { \"\" : ", " } , 0 ] ", 2}};
-  for (const auto& test : kCases) {
-    for (int nDepth = 1022; nDepth <= 1026; nDepth += test.nLevels) {
-      for (const std::string_view inner : {"[]", "[[]]"}) {
-        std::string strText(inner);
-        for (int i = 0; i < nDepth; i += test.nLevels) {
-          strText.insert(0, test.open);
-          strText += test.close;
-        }
-        const int nTotal = nDepth + static_cast<int>(inner.size()) / 2;
-        SideBySide parsers;
-        EXPECT_EQ(parsers.Check(strText), "") << nTotal << " levels of " << test.open;
-        EXPECT_EQ(parsers.document.bAccepted, nTotal <= 1024) << nTotal << " of " << test.open;
-      }
+  for (const auto& [open, close] : {std::pair("[", "]"), std::pair("{\"a\":", "}")}) {
+    for (int nDepth = 1022; nDepth <= 1025; ++nDepth) {
+      std::string strText = "[]";
+      for (int i = 0; i < nDepth; ++i)
+        strText = open + strText + close;
+      SideBySide parsers;
+      EXPECT_EQ(parsers.Check(strText), "") << nDepth << " levels of " << open;
+      EXPECT_EQ(parsers.document.bAccepted, nDepth < 1024) << nDepth << " of " << open;
     }
   }
 }
@@ -231,22 +156,15 @@ TEST(JsonParser, OffersItsStepsToHosts) {
     std::string_view value;
     std::ptrdiff_t nCursor;
   } kCases[] = {
-      {Parser::ParseNumber, "12,", 3, "12", 2},
       {Parser::ParseNumber, "-1e5 ", 4, "-1e5", 4},
       {Parser::ParseNumber, "12", 3, "1", 1},
-      {Parser::ParseNumber, "1", 3, "", 0},
-      {Parser::ParseBoolean, "true", 2, "true", 4},
       {Parser::ParseBoolean, "truex", 2, "true", 4},
       {Parser::ParseBoolean, "false", 2, "false", 5},
       {Parser::ParseBoolean, "fals", -1, "", 0},
-      {Parser::ParseBoolean, "tru", -1, "", 0},
       {Parser::ParseNull, "null", 1, "null", 4},
-      {Parser::ParseNull, "nul", -1, "", 0},
       {Parser::ParseNull, "none", -1, "", 0},
-      {Parser::ParseString, "\"ab\"", 5, "ab", 4},
       {Parser::ParseString, "\"a\\tb\"", 5, "a\tb", 6},
       {Parser::ParseString, "\"ab", -1, "", 1},
-      {Parser::ParseString, "\"\"", 5, "", 2},
   };
   for (const auto& test : kCases) {
     SCOPED_TRACE(test.text);

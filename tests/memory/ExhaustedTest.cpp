@@ -20,7 +20,7 @@
 #include "json/JSONMessage.h"
 #include "params/CParamsX.h"
 #include "recordset/QXRecordSet.h"
-#include "tests/support/FailingAllocation.h"
+#include "tests/support/CountedMemory.h"
 
 namespace {
 
@@ -54,15 +54,16 @@ void ExpectSurvived(const std::vector<Operation<Object>>& operations, Make make,
     bool bDone = false;
     for (int nBefore = 0; !bDone; ++nBefore) {
       SCOPED_TRACE("allocation " + std::to_string(nBefore));
-      const std::size_t nLive = Support::LiveAllocations();
+      const std::size_t nLive = CountedMemory::Live();
       {
         const std::unique_ptr<Object> pObject = make();
         try {
-          const Support::FailingAllocation failure(nBefore);
+          CountedMemory::FailAfter(nBefore);
           operation.run(*pObject);
           bDone = true;
         } catch (const std::bad_alloc&) {
         }
+        CountedMemory::StopFailing();
         const std::string strLeft = picture(*pObject);
         if (operation.left != Left::kOther) {
           EXPECT_TRUE(strLeft == (bDone ? strAfter : strBefore) ||
@@ -72,15 +73,14 @@ void ExpectSurvived(const std::vector<Operation<Object>>& operations, Make make,
           EXPECT_EQ(picture(*pObject), strAfter);
         }
       }
-      EXPECT_EQ(Support::LiveAllocations(), nLive) << "something leaks";
+      EXPECT_EQ(CountedMemory::Live(), nLive) << "something leaks";
       if (testing::Test::HasFailure()) return;
       EXPECT_TRUE(!bDone || nBefore > 0) << "nothing was allocated";
     }
   }
 }
 
-// ---- Documents
-// -----------------------------------------------------------------------------------
+// ---- Documents ----------------------------------------------------------------------------------
 
 // Rows that share their names, texts that can be searched, and more names than are sorted in place.
 std::string Text(const std::string& mark) {
@@ -188,8 +188,7 @@ TEST(ExhaustedMemory, LeavesDocumentsWhole) {
   ExpectSurvived(operations, MakeDocument, PictureOf);
 }
 
-// ---- The flat interface
-// --------------------------------------------------------------------------
+// ---- The flat interface -------------------------------------------------------------------------
 
 struct Handle {
   Handle() = default;
@@ -222,8 +221,7 @@ TEST(ExhaustedMemory, LeavesHandlesWhole) {
   ExpectSurvived(operations, make, picture);
 }
 
-// ---- Texts
-// ---------------------------------------------------------------------------------------
+// ---- Texts --------------------------------------------------------------------------------------
 
 TEST(ExhaustedMemory, LeavesTextsAlone) {
   const std::string strControls(500, '\x01');
@@ -242,8 +240,7 @@ TEST(ExhaustedMemory, LeavesTextsAlone) {
       [](const std::string& s) { return s; });
 }
 
-// ---- Parameter strings
-// ---------------------------------------------------------------------------
+// ---- Parameter strings --------------------------------------------------------------------------
 
 TEST(ExhaustedMemory, LeavesParameterStringsWhole) {
   const std::string strHeader(100, 'H');
@@ -278,8 +275,7 @@ TEST(ExhaustedMemory, LeavesParameterStringsWhole) {
   ExpectSurvived(operations, make, picture);
 }
 
-// ---- Before and after, and what else a record set does
-// -------------------------------------------
+// ---- Before and after, and what else a record set does ------------------------------------------
 
 TEST(ExhaustedMemory, LeavesRecordsWhole) {
   using Record = CBeforeAfterRecord;

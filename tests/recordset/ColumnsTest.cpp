@@ -14,7 +14,7 @@
 #include "recordset/Columns.h"
 #include "recordset/NameHash.h"
 #include "recordset/TextStore.h"
-#include "tests/recordset/CountedMemory.h"
+#include "tests/support/CountedMemory.h"
 #include "tests/support/Random.h"
 
 namespace {

@@ -3,66 +3,16 @@
 // What a record set costs in memory, that it costs no more after long use, and that it survives
 // when there is none left.
 
-#include "tests/recordset/CountedMemory.h"
-
 #include <gtest/gtest.h>
-#include <malloc.h>
 
-#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <new>
 #include <string>
-#include <utility>
 
 #include "recordset/QXRecordSet.h"
+#include "tests/support/CountedMemory.h"
 #include "tests/support/Random.h"
-
-namespace {
-
-std::size_t nLive = 0;
-long nAllowed = -1;  // allocations that may still succeed; negative: all
-bool bFailed = false;
-
-void* Allocate(std::size_t nBytes) {
-  if (nAllowed == 0) {
-    bFailed = true;
-    return nullptr;
-  }
-  void* const p = std::malloc(nBytes);
-  if (p != nullptr) nLive += malloc_usable_size(p);
-  if (nAllowed > 0) --nAllowed;
-  return p;
-}
-
-void Release(void* p) noexcept {
-  nLive -= malloc_usable_size(p);
-  std::free(p);
-}
-
-}  // namespace
-
-void* operator new(std::size_t nBytes) {
-  void* const p = Allocate(nBytes);
-  if (p == nullptr) throw std::bad_alloc();
-  return p;
-}
-void* operator new(std::size_t nBytes, const std::nothrow_t&) noexcept { return Allocate(nBytes); }
-void* operator new[](std::size_t nBytes) { return operator new(nBytes); }
-void* operator new[](std::size_t nBytes, const std::nothrow_t&) noexcept {
-  return Allocate(nBytes);
-}
-void operator delete(void* p) noexcept { Release(p); }
-void operator delete(void* p, std::size_t) noexcept { Release(p); }
-void operator delete[](void* p) noexcept { Release(p); }
-void operator delete[](void* p, std::size_t) noexcept { Release(p); }
-
-std::size_t CountedMemory::Live() { return nLive; }
-void CountedMemory::FailAfter(long nMore) { nAllowed = nMore; }
-bool CountedMemory::StopFailing() {
-  nAllowed = -1;
-  return std::exchange(bFailed, false);
-}
 
 namespace {
 

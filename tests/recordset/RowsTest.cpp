@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "recordset/Rows.h"
-#include "tests/recordset/CountedMemory.h"
+#include "tests/support/CountedMemory.h"
 #include "tests/support/Random.h"
 
 namespace {
