@@ -15,7 +15,7 @@ BENCH ?=
 SECONDS ?= 60
 FUZZ ?=
 
-.PHONY: help build demo check bench bench-report asan tsan fuzz fmt fmt-check tidy symbols coverage \
+.PHONY: help build demo check bench bench-report asan tsan fuzz fmt fmt-check tidy cppcheck symbols coverage \
   docs packages packages-check
 
 help: ## list these commands
@@ -87,6 +87,14 @@ tidy: ## clang-tidy over the library and the tool
 	$(call configure,x64)
 	run-clang-tidy-14 -clang-tidy-binary clang-tidy-14 -quiet -j $(JOBS) -p build/x64 \
 	  $(TIDY_FOLDERS:%='^$(CURDIR)/%/.*\.cpp$$')
+
+cppcheck: ## cppcheck over the library and the tool
+	$(DEPS) build tests tools cppcheck
+	$(call configure,x64)
+	cppcheck --quiet --error-exitcode=1 --std=c++17 --language=c++ --inline-suppr -j $(JOBS) \
+	  --enable=warning,style,performance,portability --suppressions-list=.cppcheck \
+	  --template='{file}:{line}: {severity}: {message} [{id}]' \
+	  -I. -Ibuild/x64/generated/include $(TIDY_FOLDERS)
 
 symbols: ## rewrite the checked-in list of exported symbols
 	$(DEPS) build tests

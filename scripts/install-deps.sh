@@ -17,6 +17,7 @@ packages_of() {
     tools) echo libcli11-dev libcsv-dev libsqlite3-dev ;;
     fmt) echo git clang-format-14 ;;
     tidy) echo clang-tidy-14 ;;
+    cppcheck) echo cppcheck ;;
     bench) echo libbenchmark-dev libsimdjson-dev rapidjson-dev nlohmann-json3-dev python3 ;;
     report) echo python3-matplotlib ;;
     coverage) echo gcovr ;;

@@ -99,7 +99,7 @@ std::string CheckIndex(const std::string& strText) {
 // Where the length field stands that `params` could not read: it is the last one counted.
 std::size_t MalformedAt(const CParamsRS& params) {
   const std::string& strText = params.paramListRef();
-  const bool bHeader = strText[0] < '0' || strText[0] > '9';
+  const bool bHeader = strText.find_first_of("0123456789") != 0;
   const std::size_t nSeparator = strText.find(';');
   long lOffset = bHeader && nSeparator != std::string::npos ? static_cast<long>(nSeparator) + 1 : 0;
   for (int i = 0; i + 1 < params.count(); ++i) {
