@@ -92,7 +92,7 @@ class ExpectedName {
 
   const char* pName_;
   std::uint32_t nLength_;
-  std::uint32_t nMask_;                // which bytes of aStart_ are name and quote
+  std::uint32_t nMask_;           // which bytes of aStart_ are name and quote
   char aStart_[Block16::kBytes];  // the first bytes of the name, its closing quote and a colon
 };
 

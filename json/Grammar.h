@@ -10,10 +10,14 @@
 //                 sink.Complete()       the members are all there
 //   array sink:   p = sink.Element(p)   reads an element; white space before it is skipped
 //                 sink.Missing()        a comma or bracket stands where an element should begin
+//   both:         sink.Shortcut(p)      p where a member or an element is due: the sink may read as
+//                                       many as it likes itself, as long as a comma or the closing
+//                                       bracket follows. It moves p behind the last of these; the
+//                                       result is true for the bracket.
 //
-// All functions take the position to read and return the position behind what they read, or null
-// for a failure; Text::pStop then holds the position where it was found. Where a text may break
-// off, or an element be missing, is decided here and nowhere else.
+// All other functions take the position to read and return the position behind what they read, or
+// null for a failure; Text::pStop then holds the position where it was found. Where a text may
+// break off, or an element be missing, is decided here and nowhere else.
 
 #ifndef QXRECORDSET_JSON_GRAMMAR_H
 #define QXRECORDSET_JSON_GRAMMAR_H
@@ -72,10 +76,15 @@ class Nesting {
   Text& text_;
 };
 
-// Members up to the closing brace. p stands where the first of them begins.
+// Members up to the closing brace. p stands where the first of them is due.
 template <typename Text, typename Sink>
 typename Text::Char* ReadMembers(Text& text, typename Text::Char* p, Sink& sink) {
   for (;;) {
+    if (sink.Shortcut(p)) {
+      sink.Complete();
+      return p;
+    }
+    p = text.SkipSpace(p);
     if (text.AtEnd(p)) {
       sink.Complete();
       return p;
@@ -104,7 +113,7 @@ typename Text::Char* ReadMembers(Text& text, typename Text::Char* p, Sink& sink)
       sink.Complete();
       return p + 1;
     }
-    p = text.SkipSpace(p + 1);
+    ++p;
   }
 }
 
@@ -142,6 +151,13 @@ typename Text::Char* ReadArray(Text& text, typename Text::Char* p, Sink& sink) {
     return p + 1;
   }
   for (;;) {
+    const typename Text::Char* const pDue = p;
+    if (sink.Shortcut(p)) {
+      return p;
+    }
+    if (p != pDue && text.AtEnd(p)) {
+      return p;
+    }
     p = text.SkipSpace(p);
     if (text.Peek(p) == ',' || text.Peek(p) == ']') {
       sink.Missing();

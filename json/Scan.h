@@ -80,16 +80,16 @@ inline bool IsNumberMark(char c, bool& bReal) {
 
 // The end of the number token that begins at p: the first byte outside "+-0123456789.eE". The last
 // byte of the text is never part of a token. `bReal` tells whether the token holds one of ".eE".
-// Digits are passed sixteen at a time; the few other bytes of a token are looked at one by one.
 template <typename Char>
 inline Char* ScanNumber(Char* p, Char* pEnd, bool& bReal) {
   bReal = false;
   while (pEnd - p > Block16::kBytes) {
-    for (std::uint32_t other = Block16::Load(p).NonDigits(); other != 0; other &= other - 1) {
-      Char* const pOther = p + LowestBit(other);
-      if (!IsNumberMark(*pOther, bReal)) {
-        return pOther;
-      }
+    const Block16 block = Block16::Load(p);
+    const std::uint32_t other = block.NonNumber();
+    const std::uint32_t token = other != 0 ? (other & (0 - other)) - 1 : 0xFFFFu;
+    bReal = bReal || (block.RealMarks() & token) != 0;
+    if (other != 0) {
+      return p + LowestBit(other);
     }
     p += Block16::kBytes;
   }

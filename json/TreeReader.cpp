@@ -7,6 +7,7 @@
 #include "json/TreeReader.h"
 
 #include <algorithm>
+#include <cstring>
 #include <type_traits>
 
 #include "json/Storage.h"
@@ -119,6 +120,114 @@ char* TreeReader::ReadContainer(char* p, ArrayValue& parent, Place& place) {
   return pNext;
 }
 
+// ---- Shortcuts ----------------------------------------------------------------------------------
+//
+// Most members and elements are plain scalars, and the text goes on far enough to be looked at in
+// blocks. They are read in loops of their own that look first and change the text only when all is
+// well; whatever is special in any way is left to the grammar.
+
+namespace {
+
+// Bytes that must be there where a name or a value is looked at: a block behind a quote, and the
+// byte behind it.
+constexpr std::ptrdiff_t kReach = 2 + Block16::kBytes;
+
+// Whether the four bytes at p are those of `szWord`.
+bool IsWord(const char* p, const char (&szWord)[5]) { return std::memcmp(p, szWord, 4) == 0; }
+
+}  // namespace
+
+// The scalar at p; the result is the position behind it, or null when it is not a plain one.
+// REQUIRES: kReach bytes at p.
+QXRECORDSET_HOT char* TreeReader::FindScalar(char* p, Scalar& scalar) const {
+  if (*p == '"') {
+    char* const pClosing = FindQuoteOrBackslash(p + 1, text_.pEnd);
+    scalar = {jtString, p + 1, pClosing, pClosing};
+    return pClosing != text_.pEnd && *pClosing == '"' ? pClosing + 1 : nullptr;
+  }
+  if (BeginsNumber(*p)) return FindNumber(p, scalar);
+  if (IsWord(p, "null")) {
+    scalar = {jtNull, p, p + 4, nullptr};
+  } else if (IsWord(p, "true")) {
+    scalar = {jtBoolean, p, p + 4, nullptr};
+  } else if (IsWord(p, "fals") && p[4] == 'e') {
+    scalar = {jtBoolean, p, p + 5, nullptr};
+  } else {
+    return nullptr;
+  }
+  return scalar.pEnd;
+}
+
+// A few digits, perhaps with a sign, are found in one step.
+QXRECORDSET_HOT char* TreeReader::FindNumber(char* p, Scalar& scalar) const {
+  const std::uint32_t nOther = Block16::Load(p).NonDigits() & ~1u;
+  bool bReal = false;
+  char* const pEnd = nOther != 0 && !IsNumberMark(p[LowestBit(nOther)], bReal)
+                         ? p + LowestBit(nOther)
+                         : ScanNumber(p, text_.pEnd, bReal);
+  scalar = {bReal ? jtDouble : jtInteger, p, pEnd, nullptr};
+  return pEnd;
+}
+
+QXRECORDSET_HOT void TreeReader::Take(const Scalar& scalar, ArrayValue& parent) {
+  AppendScalar(parent, scalar.type, scalar.pText, scalar.pEnd - scalar.pText);
+  if (scalar.pNul != nullptr) *scalar.pNul = '\0';
+}
+
+// The comma or closing bracket behind a scalar; null when there is none.
+QXRECORDSET_HOT char* TreeReader::FindSeparator(char* p, char cClosing) const {
+  if (p == text_.pEnd) return nullptr;
+  if (*p == ',' || *p == cClosing) return p;
+  p = text_.SkipSpace(p);
+  return p != text_.pEnd && (*p == ',' || *p == cClosing) ? p : nullptr;
+}
+
+bool TreeReader::ReadPlainMembers(char*& p, ArrayValue& values, Shape*& pShape, Shape*& pExpected) {
+  if (text_.pEnd - p <= kReach) return false;
+  char* const pLimit = text_.pEnd - kReach;
+  Shape* pNext = pExpected;
+  char* pDue = p;
+  bool bEnd = false;
+  while (!bEnd && pNext != nullptr && pDue < pLimit) {
+    char* const pQuote = text_.SkipSpace(pDue);
+    if (pQuote >= pLimit || *pQuote != '"' || !pNext->name.MatchesMember(pQuote + 1, text_.pEnd)) {
+      break;
+    }
+    char* const pNameEnd = pQuote + 1 + pNext->name.Length();
+    char* q = text_.SkipSpace(pNameEnd + 2);
+    Scalar scalar;
+    if (q >= pLimit || (q = FindScalar(q, scalar)) == nullptr) break;
+    if ((q = FindSeparator(q, '}')) == nullptr) break;
+    Take(scalar, values);
+    *pNameEnd = '\0';
+    pShape = pNext;
+    pNext = pNext->pLonger;
+    bEnd = *q == '}';
+    pDue = q + 1;
+  }
+  pExpected = pNext;
+  p = pDue;
+  return bEnd;
+}
+
+bool TreeReader::ReadPlainElements(char*& p, ArrayValue& array) {
+  if (text_.pEnd - p <= kReach) return false;
+  char* const pLimit = text_.pEnd - kReach;
+  char* pDue = p;
+  bool bEnd = false;
+  while (!bEnd && pDue < pLimit) {
+    char* q = text_.SkipSpace(pDue);
+    Scalar scalar;
+    if (q >= pLimit || (q = FindScalar(q, scalar)) == nullptr) break;
+    if ((q = FindSeparator(q, ']')) == nullptr) break;
+    Take(scalar, array);
+    bEnd = *q == ']';
+    pDue = q + 1;
+  }
+  p = pDue;
+  return bEnd;
+}
+
 // ---- Arrays -------------------------------------------------------------------------------------
 
 namespace {
@@ -129,6 +238,10 @@ class ArraySink {
       : reader_(reader), array_(array), place_(place) {}
 
   char* Element(char* p) { return reader_.ReadInline(p, array_, place_); }
+  bool Shortcut(char*& p) {
+    const bool bContainer = p != reader_.End() && (*p == '[' || *p == '{');
+    return !bContainer && reader_.ReadPlainElements(p, array_);
+  }
   void Missing() { AppendScalar(array_, jtNull, nullptr, 0); }
 
  private:
@@ -181,6 +294,11 @@ class ObjectSink {
     bShaped_ = pShape_ != nullptr;
     pExpected_ = bShaped_ ? pShape_->pLonger : nullptr;
     return step.pNext;
+  }
+
+  bool Shortcut(char*& p) {
+    return pExpected_ != nullptr &&
+           reader_.ReadPlainMembers(p, object_.avValues, pShape_, pExpected_);
   }
 
   char* Value(char* p) {

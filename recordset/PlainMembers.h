@@ -28,9 +28,10 @@ class PlainMembers {
   // Reads a text that ends at pEnd with a NUL.
   PlainMembers(Table& table, const char* pEnd) : table_(table), pEnd_(pEnd) {}
 
-  // Reads the members of a row from p, where the first one begins, and puts them into cells that do
-  // not exist yet. The result is the position behind the closing brace of the row, or where the
-  // first member begins that was left: IsRowEnd() tells which.
+  // Reads members of a row from p, where one is due, and puts them into cells that do not exist
+  // yet. The result is the position behind the closing brace of the row or behind the comma in
+  // front of the first member that was left (p, when that is the very first): IsRowEnd() tells
+  // which.
   const char* Read(const char* p, long lRow);
 
   static bool IsRowEnd(const char* p) { return p[-1] == '}'; }
@@ -128,9 +129,10 @@ inline const char* PlainMembers::Read(const char* p, long lRow) {
   const char* const pLimit = pEnd_ - kReach;
   const Columns::Column* pLast = nullptr;  // the column of the last member that was read
   const Columns::Column* pColumn = table_.columns.Expected();
+  const char* pMember = p;
+  if (JSON::IsSpace(*p)) p = SkipSpace(p);
   Rows::Cells cells = {nullptr, 0};
   if (*p == '"') cells = table_.rows.CellsToFill(lRow);
-  const char* pMember = p;
   while (p < pLimit && *p == '"') {
     if (pColumn != nullptr && pColumn->name.MatchesMember(p + 1, pEnd_)) {
       p += 3 + pColumn->name.Length();
@@ -153,7 +155,7 @@ inline const char* PlainMembers::Read(const char* p, long lRow) {
     pColumn = pColumn->pNext;
     pMember = p + 1;
     if (*p == '}') break;
-    if (*++p != '"') pMember = p = SkipSpace(p);
+    if (*++p != '"') p = SkipSpace(p);
   }
   if (pLast != nullptr) table_.columns.Found(*pLast);
   return pMember;

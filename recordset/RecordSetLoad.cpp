@@ -47,6 +47,7 @@ class Skipper {
   const char* Element(const char* p) { return Value(p); }
   void Complete() {}
   void Missing() {}
+  static bool Shortcut(const char*& /*p*/) { return false; }
 
   const char* Value(const char* p) {
     if (text_.AtEnd(p)) {
@@ -203,43 +204,26 @@ class CellLoader {
 // The members of one row.
 class RowSink {
  public:
-  RowSink(Text& text, Table& table, CellLoader& cells)
-      : text_(text), table_(table), cells_(cells), plain_(table, text.pEnd) {}
+  RowSink(const Text& text, Table& table, CellLoader& cells)
+      : table_(table), cells_(cells), plain_(table, text.pEnd) {}
 
-  // Reads a whole row; p stands on its '{'.
-  const char* ReadRow(const char* p, long lRow) {
-    lRow_ = lRow;
-    const char* const pLeft = ReadPlain(p + 1, lRow);
-    if (pLeft == p + 1) {
-      return ReadObject(text_, p, *this);
-    }
-    if (PlainMembers::IsRowEnd(pLeft)) {
-      return pLeft;
-    }
-    const JSON::Nesting<Text> nesting(text_);
-    return ReadMembers(text_, pLeft, *this);
-  }
-
-  // Reads what is plain at the beginning of a row; see PlainMembers.
-  const char* ReadPlain(const char* p, long lRow) {
-    const char* const pLeft = plain_.Read(p, lRow);
-    if (pLeft != p) {
-      lLastRow_ = lRow;
-    }
-    return pLeft;
-  }
-
+  void BeginRow(long lRow) { lRow_ = lRow; }
   void Complete() {}
 
-  const char* Name(const char* p) {
-    const JSON::ExpectedName* const pExpected =
-        table_.columns.MatchQuoted(p + 1, text_.pEnd, nColumn_);
-    if (pExpected != nullptr) {
-      return p + 1 + pExpected->Length() + 1;
+  bool Shortcut(const char*& p) {
+    const char* const pDue = p;
+    p = plain_.Read(p, lRow_);
+    if (p == pDue) {
+      return false;
     }
+    lLastRow_ = lRow_;
+    return PlainMembers::IsRowEnd(p);
+  }
+
+  const char* Name(const char* p) {
     const std::string_view name = cells_.ReadName(p);
     if (p != nullptr) {
-      nColumn_ = table_.columns.FindOrAdd(name.data(), name.size());
+      SetColumn(name);
     }
     return p;
   }
@@ -256,7 +240,6 @@ class RowSink {
   }
 
  private:
-  Text& text_;
   Table& table_;
   CellLoader& cells_;
   PlainMembers plain_;
@@ -271,6 +254,7 @@ class RowsSink {
  public:
   RowsSink(Text& text, RowSink& row) : text_(text), row_(row) {}
 
+  static bool Shortcut(const char*& /*p*/) { return false; }
   void Missing() { bEnded_ = true; }
   const char* Element(const char* p) {
     ++lRow_;
@@ -278,7 +262,8 @@ class RowsSink {
       bEnded_ = bEnded_ || *p == 'n';
       return Skipper(text_).Value(p);
     }
-    return row_.ReadRow(p, lRow_);
+    row_.BeginRow(lRow_);
+    return ReadObject(text_, p, row_);
   }
 
  private:
@@ -295,23 +280,18 @@ class DocumentSink {
   DocumentSink(Text& text, Table& table)
       : text_(text), table_(table), cells_(text, table), row_(text, table, cells_) {}
 
-  // Reads the document; p stands on its '{'.
-  const char* Read(const char* p) {
-    const char* const pLeft = row_.ReadPlain(p + 1, 1);
-    if (pLeft == p + 1) {
-      return ReadObject(text_, p, *this);
-    }
-    if (PlainMembers::IsRowEnd(pLeft)) {
-      return pLeft;
-    }
-    // A column of that name may also stem from the member that was left.
-    const std::uint32_t nRows = table_.columns.Find(szRows);
-    bRowsSeen_ = nRows != 0 && table_.rows.FindCell(1, nRows) != nullptr;
-    const JSON::Nesting<Text> nesting(text_);
-    return ReadMembers(text_, pLeft, *this);
-  }
-
   void Complete() {}
+
+  bool Shortcut(const char*& p) {
+    const char* const pDue = p;
+    const bool bEnd = !bRowsRead_ && row_.Shortcut(p);
+    if (p != pDue && !bEnd && !bRowsSeen_) {
+      // A column of that name may also stem from the member that was left.
+      const std::uint32_t nRows = table_.columns.Find(szRows);
+      bRowsSeen_ = nRows != 0 && table_.rows.FindCell(1, nRows) != nullptr;
+    }
+    return bEnd;
+  }
 
   const char* Name(const char* p) {
     name_ = cells_.ReadString(p);
@@ -359,7 +339,7 @@ bool LoadText(const std::string& strText, Table& table, long& lLastRow) {
     return false;
   }
   DocumentSink document(text, table);
-  const bool bLoaded = document.Read(p) != nullptr;
+  const bool bLoaded = ReadObject(text, p, document) != nullptr;
   lLastRow = document.LastRow();
   return bLoaded;
 }
