@@ -100,6 +100,7 @@ class QXRECORDSET_EXPORT CQXRecordSet {
   // call after columns were added sorts them.
   const char* GetColumnName(long position);
 
+  // Number of columns.
   long GetColumnCount();
 
   // The largest row number that SetValue() was given since the last Clear(); 0 when there was none
