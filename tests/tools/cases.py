@@ -40,6 +40,8 @@ CASES = [
     ("from-csv --null NA -d ;", "a;b\nNA;,\n", '{"a":null,"b":","}\n'),
     ("from-csv --names x,y", "1,2\n", '{"x":"1","y":"2"}\n'),
     ("from-csv", "é\n日本\n", '{"é":"日本"}\n'),
+    ("from-csv -d '\\t' --names '\"a,b\",c'", "1\t2\n", '{"a,b":"1","c":"2"}\n'),
+    ("from-csv", '"\ufeffa"\n1\n', '{"\ufeffa":"1"}\n'),
     # ---- from-csv: refusals ----
     ("from-csv", "", "", "standard input: line 1, column 1: the text is empty; the first line has "
      "to name the columns\n", 1),
@@ -66,6 +68,7 @@ CASES = [
      '"s":"é","t":true,"z":7}\n'),
     ("from-json", '[{"a":1,"b":2,"a":3}]', '{"a":3,"b":2}\n'),
     ("from-json", "[]", "{}\n"),
+    ("from-json", '\ufeff[{"a":1}]', '{"a":1}\n'),
     ("from-json", '[{"a":1},5]', "", "standard input: line 1, column 1: element 2 of the array is no "
      "object\n", 1),
     ("from-json", '{"a":1}', "", "standard input: line 1, column 1: expected an array of objects\n", 1),
@@ -103,6 +106,12 @@ CASES = [
      "     n  t\n------  ------\n123456  日本…\n"),
     ("table -w 30 -c s,t", '{"s":"aaaaaaaaaaaaaaaaaaaa","t":"bbbbbbbbbbbbbbbbbbbb"}',
      "s               t\n--------------  --------------\naaaaaaaaaaaaa…  bbbbbbbbbbbbb…\n"),
+    ("table -w 33", '{"a":"%s","b":"%s","c":"%s"}' % (("x" * 20,) * 3),
+     "a          b           c\n---------  ----------  ----------\n"
+     "xxxxxxxx…  xxxxxxxxx…  xxxxxxxxx…\n"),
+    ("table", '{"a":"x\u202ey"}', "a\n--------------\nx\\xe2\\x80\\xaey\n"),
+    ("table", '\ufeff{"a":1}', "", "standard input: line 1, column 1: a byte order mark stands in "
+     "front of the document, which a host refuses\n", 1),
     ("table --color always one.json", "", "\x1b[1mname  born\x1b[0m\n----  ----\nAda   1815\n"),
     ("table empty", "", "(no rows)\n"),
     ("table", "{}", "(no rows)\n"),
@@ -121,6 +130,12 @@ CASES = [
      'a,b,c,d,e,f,g\n"x,y","q""","",," s","l\nm","{""h"":1}"\n'),
     ("to-csv -d ; --null NA", '{"a":"x;","b":null,"c":"NA"}', 'a;b;c\n"x;";NA;"NA"\n'),
     ("to-csv", '{"rows":[{"a":null},{"a":1}]}', 'a\n""\n1\n'),
+    ("to-csv", "{}", ""),
+    ("to-tsv", "{}", ""),
+    ("to-csv", '{"\ufeffa":1}', '"\ufeffa"\n1\n'),
+    ("to-csv -c '\"a,\"\"b\",c' -c d", '{"d":4,"c":3,"a,\\"b":1}', '"a,""b",c,d\n1,3,4\n'),
+    ("to-csv -c '\"a'", "{}", "", "a name in quotes has no end " + USAGE.format("to-csv"), 2),
+    ("to-csv -c '\"a\"b'", "{}", "", "text behind a name in quotes " + USAGE.format("to-csv"), 2),
     ("to-csv -c c,a two.json", "", "c,a\n,1\ntrue,2\n"),
     ("to-csv -c a,a two.json", "", "", "the column name 'a' occurs more than once\n", 2),
     ("to-tsv --null '\\N'", '{"a":"x\\ty\\\\","b":null,"c":false}', "a\tb\tc\nx\\ty\\\\\t\\N\tfalse\n"),

@@ -81,21 +81,35 @@ std::size_t TableLayout::Total() const {
   return nTotal;
 }
 
-// Takes width from the widest columns, one step at a time, until the lines fit or no column is
-// wider than `nLeast`.
+// Cuts the widest columns down to one width, a few of them to one more, so that the lines just fit;
+// none to less than `nLeast`.
 void TableLayout::Shrink(std::size_t nLeast, bool bIntegersToo) {
-  for (std::size_t nTotal = Total(); nTotal > nWidth; --nTotal) {
-    Column* pWidest = nullptr;
-    for (Column& column : vColumns) {
-      const bool bMay = column.nWidth > nLeast && (bIntegersToo || !column.bIntegers);
-      if (bMay && (!pWidest || column.nWidth > pWidest->nWidth)) {
-        pWidest = &column;
-      }
+  const std::size_t nTotal = Total();
+  if (nTotal <= nWidth) {
+    return;
+  }
+  const auto Cut = [&](const Column& column, std::size_t nLevel) {
+    const bool bMay = column.nWidth > nLevel && (bIntegersToo || !column.bIntegers);
+    return bMay ? column.nWidth - nLevel : 0;
+  };
+  const auto TotalAt = [&](std::size_t nLevel) {
+    std::size_t nCut = 0;
+    for (const Column& column : vColumns) {
+      nCut += Cut(column, nLevel);
     }
-    if (!pWidest) {
-      return;
-    }
-    --pWidest->nWidth;
+    return nTotal - nCut;
+  };
+  std::size_t nLevel = nLeast;
+  for (std::size_t nTooWide = nTotal; nTooWide - nLevel > 1;) {
+    const std::size_t nMiddle = nLevel + (nTooWide - nLevel) / 2;
+    (TotalAt(nMiddle) <= nWidth ? nLevel : nTooWide) = nMiddle;
+  }
+  std::size_t nSpare = nWidth - std::min(TotalAt(nLevel), nWidth);
+  for (auto it = vColumns.rbegin(); it != vColumns.rend(); ++it) {
+    const std::size_t nCut = Cut(*it, nLevel);
+    const std::size_t nBack = nCut > 0 && nSpare > 0 ? 1 : 0;
+    it->nWidth -= nCut - nBack;
+    nSpare -= nBack;
   }
 }
 

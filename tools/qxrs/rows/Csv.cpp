@@ -7,6 +7,8 @@
 #include <new>
 #include <utility>
 
+#include "tools/qxrs/support/Document.h"
+
 namespace qxrs {
 
 namespace {
@@ -152,6 +154,9 @@ CsvSink::CsvSink(Output& outputText, char chFieldDelimiter, std::string strNullF
       strSpecial("\"\r\n" + strDelimiter) {}
 
 void CsvSink::BeginColumns() {
+  if (Names().empty()) {
+    return;
+  }
   std::string strLine;
   for (const std::string& strColumn : Names()) {
     strLine += &strColumn == &Names().front() ? "" : strDelimiter;
@@ -161,6 +166,9 @@ void CsvSink::BeginColumns() {
 }
 
 void CsvSink::WriteCells(const std::vector<Cell>& vCells) {
+  if (vCells.empty()) {
+    return;
+  }
   std::string strLine;
   for (const Cell& cell : vCells) {
     strLine += &cell == &vCells.front() ? "" : strDelimiter;
@@ -169,11 +177,13 @@ void CsvSink::WriteCells(const std::vector<Cell>& vCells) {
   WriteLine(strLine);
 }
 
-// Quotes tell the empty text, and a text that reads like a null, from a null.
+// Quotes tell the empty text, and a text that reads like a null, from a null, and a byte order mark
+// that belongs to a name from one that does not.
 std::string CsvSink::Quoted(std::string_view strText) const {
   const bool bPlain = !strText.empty() &&
                       strText.find_first_of(strSpecial) == std::string_view::npos &&
-                      strText.front() != ' ' && strText.back() != ' ' && strText != strNull;
+                      strText.front() != ' ' && strText.back() != ' ' && strText != strNull &&
+                      strText.substr(0, kByteOrderMark.size()) != kByteOrderMark;
   if (bPlain) {
     return std::string(strText);
   }

@@ -49,6 +49,11 @@ bool JsonBatches::Next() {
       ParseBatch(strPending.size(), true);
       return true;
     }
+    if (eForm == Form::Array && !bBegun &&
+        strPending.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0) {
+      strPending.erase(0, kByteOrderMark.size());
+    }
+    bBegun = true;
     Scan();
   }
   return false;
@@ -88,7 +93,11 @@ void JsonBatches::Scan() {
     const char c = strPending[nScanned++];
     if (bInString) {
       if (c == '\\') {
-        ++nScanned;
+        if (nScanned == strPending.size()) {
+          --nScanned;  // which escape it is, the next piece tells
+          return;
+        }
+        nScanned += EscapeLength(strPending[nScanned]);
       } else if (c == '"') {
         bInString = false;
       }

@@ -47,6 +47,7 @@ class JsonBatches {
   JSON::Message message;
   std::string strPending;  // text read and not yet parsed
   TextPosition position;   // where it begins in the input
+  bool bBegun = false;     // some of the input was read
   bool bInside = false;    // it begins between two elements
   bool bEnd = false;       // all is parsed
 

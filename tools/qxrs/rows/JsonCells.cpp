@@ -6,6 +6,8 @@
 
 #include <cstring>
 
+#include "tools/qxrs/rows/Columns.h"
+
 namespace qxrs {
 
 namespace {
@@ -34,18 +36,16 @@ bool HasRepeatedNames(const JSON::ObjectValue& object) {
   return false;
 }
 
-// Each column keeps its first place and takes its last cell. Rare and short: no need to be clever.
+// Each column keeps its first place and takes its last cell.
 void DropRepeatedColumns(Row& row) {
+  ColumnIndex columns;
   Row kept;
   for (const Cell& cell : row) {
-    Cell* pSame = nullptr;
-    for (Cell& other : kept) {
-      pSame = other.strColumn == cell.strColumn ? &other : pSame;
-    }
-    if (pSame) {
-      *pSame = cell;
-    } else {
+    const std::size_t nColumn = columns.FindOrAdd(cell.strColumn, kept.size());
+    if (nColumn == kept.size()) {
       kept.push_back(cell);
+    } else {
+      kept[nColumn] = cell;
     }
   }
   row = std::move(kept);

@@ -4,17 +4,11 @@
 
 #include "tools/qxrs/rows/LineReader.h"
 
+#include "tools/qxrs/support/Document.h"
 #include "tools/qxrs/support/Errors.h"
 #include "tools/qxrs/support/TextPosition.h"
 
 namespace qxrs {
-
-namespace {
-
-// Some programs put it in front of UTF-8 text.
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
-}  // namespace
 
 bool LineReader::Next(std::string_view& strLine) {
   std::size_t nSearched = nNext;

@@ -113,6 +113,9 @@ TsvSink::TsvSink(Output& outputText, std::string strNullField)
     : output(outputText), strNull(std::move(strNullField)) {}
 
 void TsvSink::BeginColumns() {
+  if (Names().empty()) {
+    return;
+  }
   std::string strLine;
   for (const std::string& strColumn : Names()) {
     strLine += &strColumn == &Names().front() ? "" : "\t";
@@ -122,6 +125,9 @@ void TsvSink::BeginColumns() {
 }
 
 void TsvSink::WriteCells(const std::vector<Cell>& vCells) {
+  if (vCells.empty()) {
+    return;
+  }
   std::string strLine;
   for (const Cell& cell : vCells) {
     strLine += &cell == &vCells.front() ? "" : "\t";

@@ -58,7 +58,8 @@ class AcceptedText {
   void PassString() {
     nString = nPosition++;
     while (nPosition < strText.size() && strText[nPosition] != '"') {
-      nPosition += strText[nPosition] == '\\' ? 2 : 1;
+      const bool bEscape = strText[nPosition++] == '\\';
+      nPosition += bEscape && nPosition < strText.size() ? EscapeLength(strText[nPosition]) : 0;
     }
     bInString = nPosition >= strText.size();
     ++nPosition;
@@ -116,7 +117,9 @@ std::string BadValue(std::string_view strRest) {
 std::string Unexpected(const AcceptedText& accepted, std::string_view strRest) {
   switch (accepted.eExpected) {
     case Expected::Document:
-      return "expected '{' or '['";
+      return strRest.substr(0, kByteOrderMark.size()) == kByteOrderMark
+                 ? "a byte order mark stands in front of the document, which a host refuses"
+                 : "expected '{' or '['";
     case Expected::FirstName:
       return "expected a name in double quotes or '}'";
     case Expected::Name:

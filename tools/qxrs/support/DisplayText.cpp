@@ -19,6 +19,12 @@ struct Character {
   int nWidth;
 };
 
+// The characters that turn the direction of what follows: a cell could reorder its whole line.
+bool IsDirection(wchar_t wide) {
+  return wide == 0x061C || wide == 0x200E || wide == 0x200F || (wide >= 0x202A && wide <= 0x202E) ||
+         (wide >= 0x2066 && wide <= 0x2069);
+}
+
 Character NextCharacter(std::string_view strText) {
   const char c = strText.front();
   if (c >= 0x20 && c < 0x7f) {
@@ -31,7 +37,7 @@ Character NextCharacter(std::string_view strText) {
   if (nBytes == 0 || nBytes > strText.size()) {
     return {1, -1};
   }
-  return {nBytes, wcwidth(wide)};
+  return {nBytes, IsDirection(wide) ? -1 : wcwidth(wide)};
 }
 
 std::string Escaped(std::string_view strBytes) {

@@ -15,6 +15,12 @@
 
 namespace qxrs {
 
+// Some programs put it in front of UTF-8 text.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+// The bytes of an escape behind its backslash, which `c` begins: \u takes any four more.
+constexpr std::size_t EscapeLength(char c) { return c == 'u' ? 5 : 1; }
+
 // What the library's parser takes for white space.
 constexpr std::string_view kWhiteSpace = " \t\n\r\f";
 

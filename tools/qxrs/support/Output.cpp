@@ -8,7 +8,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -24,6 +26,28 @@ constexpr std::size_t kPiece = 65536;
 
 // The modes a new file gets from open(); mkstemp() would give less.
 constexpr mode_t kNewFile = 0666;
+
+// The temporary file that is there, for the handler below. A process has one at most.
+std::atomic<const char*> szAbandoned = nullptr;
+
+// Ends the process as the signal would have, without leaving the temporary file.
+extern "C" void RemoveAndEnd(int nSignal) {
+  const char* const szPath = szAbandoned;
+  if (szPath) {
+    unlink(szPath);
+  }
+  std::signal(nSignal, SIG_DFL);
+  std::raise(nSignal);
+}
+
+void RemoveWhenInterrupted(const char* szPath) {
+  szAbandoned = szPath;
+  for (const int nSignal : {SIGINT, SIGTERM, SIGHUP}) {
+    if (std::signal(nSignal, RemoveAndEnd) == SIG_IGN) {
+      std::signal(nSignal, SIG_IGN);  // as nohup wants it
+    }
+  }
+}
 
 [[noreturn]] void Fail(const std::string& strName) {
   throw InputError("cannot write " + strName + ": " + std::strerror(errno));
@@ -86,16 +110,24 @@ Output::~Output() {
   }
   if (!strTemporary.empty()) {
     unlink(strTemporary.c_str());
+    szAbandoned = nullptr;
   }
 }
 
 void Output::OpenTemporary() {
-  std::string strPattern = strTarget + ".XXXXXX";
-  nFile = mkostemp(strPattern.data(), O_CLOEXEC);
+  // No signal comes between making the file and knowing its name.
+  sigset_t setAll;
+  sigset_t setBefore;
+  sigfillset(&setAll);
+  sigprocmask(SIG_SETMASK, &setAll, &setBefore);
+  strTemporary = strTarget + ".XXXXXX";
+  nFile = mkostemp(strTemporary.data(), O_CLOEXEC);
+  RemoveWhenInterrupted(nFile >= 0 ? strTemporary.c_str() : nullptr);
+  sigprocmask(SIG_SETMASK, &setBefore, nullptr);
   if (nFile < 0) {
+    strTemporary.clear();
     Fail(strName);
   }
-  strTemporary = strPattern;
   fchmod(nFile, CreationMode(strTarget));
 }
 
@@ -130,6 +162,7 @@ void Output::Commit() {
   if (fsync(nFile) != 0 || std::rename(strTemporary.c_str(), strTarget.c_str()) != 0) {
     Fail(strName);
   }
+  szAbandoned = nullptr;
   strTemporary.clear();
 }
 
