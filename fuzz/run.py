@@ -25,7 +25,7 @@ TARGETS = sorted(folder.parent.name for folder in (SOURCE / "fuzz").glob("*/corp
 JSON_TARGETS = {"parse", "roundtrip", "recordset", "flat", "pretty"}
 
 LONGEST_INPUT = 4096  # bytes
-SHORTER_INPUT = {"pretty": 512}  # where the work grows with the square of the input
+SHORTER_INPUT = {"pretty": 512, "recordset": 1024}  # where work grows with the square of the input
 LONGEST_RUN = 10  # seconds for one input; nothing that small may take as long
 MEMORY = 2048  # megabytes
 

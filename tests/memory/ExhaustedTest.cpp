@@ -5,6 +5,11 @@
 // succeeds. After each failure the object is as its header says, the operation can be done again
 // with the result of a first success, and in the end nothing is left allocated. (The cells of a
 // record set and the streaming writer have tests of their own beside their other tests.)
+//
+// What it found when it was new: a parse out of memory kept objects with members but without their
+// names, so that the next name set there led to another member's value; a message that could not be
+// copied to its end left its memory pool behind; a scalar that could not take a member had become
+// an empty object.
 
 #include <gtest/gtest.h>
 
