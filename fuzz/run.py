@@ -24,15 +24,17 @@ TARGETS = sorted(folder.parent.name for folder in (SOURCE / "fuzz").glob("*/corp
 # Those that read JSON text, with its dictionary and the documents that the tests use as more seeds.
 JSON_TARGETS = {"parse", "roundtrip", "recordset", "flat", "pretty"}
 
-LONGEST_INPUT = 4096  # bytes
-SHORTER_INPUT = {"pretty": 512, "recordset": 1024}  # where work grows with the square of the input
+# Bytes of an input. Where the work grows with the square of the input, shorter ones find more.
+LONGEST_INPUT = 4096
+SHORTER_INPUT = {"pretty": 512, "recordset": 1024, "cells": 1024, "update": 1024}
 LONGEST_RUN = 10  # seconds for one input; nothing that small may take as long
 MEMORY = 2048  # megabytes
 
 
 def options_of(target):
-    options = [f"-max_len={SHORTER_INPUT.get(target, LONGEST_INPUT)}", f"-timeout={LONGEST_RUN}", f"-rss_limit_mb={MEMORY}",
-               "-print_final_stats=1", "-verbosity=1"]
+    longest = SHORTER_INPUT.get(target, LONGEST_INPUT)
+    options = [f"-max_len={longest}", f"-timeout={LONGEST_RUN}", f"-rss_limit_mb={MEMORY}",
+               "-print_final_stats=1"]
     own = list((SOURCE / "fuzz" / target).glob("*.dict"))
     if target in JSON_TARGETS:
         own.append(SOURCE / "fuzz" / "json.dict")
@@ -83,7 +85,8 @@ def main():
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
         results = list(pool.map(lambda one: run(*one, options.seconds), work))
     failed = sum(broken for _, _, broken in results)
-    print(f"fuzz: {len(work)} runs of {options.seconds} s, {sum(n for n, _, _ in results):,} inputs, "
+    inputs = sum(count for count, _, _ in results)
+    print(f"fuzz: {len(work)} runs of {options.seconds} s, {inputs:,} inputs, "
           f"{failed} runs with findings"
           + (f", kept in {CRASHES.relative_to(SOURCE)}" if failed else ""))
     return 1 if failed else 0
