@@ -11,9 +11,8 @@
 //   array sink:   p = sink.Element(p)   reads an element; white space before it is skipped
 //                 sink.Missing()        a comma or bracket stands where an element should begin
 //   both:         sink.Shortcut(p)      p where a member or an element is due: the sink may read as
-//                                       many as it likes itself, as long as a comma or the closing
-//                                       bracket follows. It moves p behind the last of these; the
-//                                       result is true for the bracket.
+//                                       many as it likes itself, commas included. It moves p to
+//                                       where it stopped and tells what is due there.
 //
 // All other functions take the position to read and return the position behind what they read, or
 // null for a failure; Text::pStop then holds the position where it was found. Where a text may
@@ -76,31 +75,39 @@ class Nesting {
   Text& text_;
 };
 
+// What a shortcut leaves to be read: another member or element; the comma or bracket behind one
+// that was read (or nothing more, when that one failed and p is null); or nothing, since p stands
+// behind the closing bracket.
+enum class Due { kItem, kSeparator, kNothing };
+
 // Members up to the closing brace. p stands where the first of them is due.
 template <typename Text, typename Sink>
 typename Text::Char* ReadMembers(Text& text, typename Text::Char* p, Sink& sink) {
   for (;;) {
-    if (sink.Shortcut(p)) {
+    const Due due = sink.Shortcut(p);
+    if (due == Due::kNothing) {
       sink.Complete();
       return p;
     }
-    p = text.SkipSpace(p);
-    if (text.AtEnd(p)) {
-      sink.Complete();
-      return p;
+    if (due == Due::kItem) {
+      p = text.SkipSpace(p);
+      if (text.AtEnd(p)) {
+        sink.Complete();
+        return p;
+      }
+      if (*p != '"') {
+        return text.Fail(p);
+      }
+      p = sink.Name(p);
+      if (p == nullptr) {
+        return nullptr;
+      }
+      p = text.SkipSpace(p);
+      if (text.Peek(p) != ':') {
+        return text.Fail(p);
+      }
+      p = sink.Value(text.SkipSpace(p + 1));
     }
-    if (*p != '"') {
-      return text.Fail(p);
-    }
-    p = sink.Name(p);
-    if (p == nullptr) {
-      return nullptr;
-    }
-    p = text.SkipSpace(p);
-    if (text.Peek(p) != ':') {
-      return text.Fail(p);
-    }
-    p = sink.Value(text.SkipSpace(p + 1));
     if (p == nullptr) {
       return nullptr;
     }
@@ -152,22 +159,25 @@ typename Text::Char* ReadArray(Text& text, typename Text::Char* p, Sink& sink) {
   }
   for (;;) {
     const typename Text::Char* const pDue = p;
-    if (sink.Shortcut(p)) {
+    const Due due = sink.Shortcut(p);
+    if (due == Due::kNothing) {
       return p;
     }
-    if (p != pDue && text.AtEnd(p)) {
-      return p;
-    }
-    p = text.SkipSpace(p);
-    if (text.Peek(p) == ',' || text.Peek(p) == ']') {
-      sink.Missing();
-    } else {
-      p = sink.Element(p);
-      if (p == nullptr) {
-        return nullptr;
+    if (due == Due::kItem) {
+      if (p != pDue && text.AtEnd(p)) {
+        return p;
       }
       p = text.SkipSpace(p);
+      if (text.Peek(p) == ',' || text.Peek(p) == ']') {
+        sink.Missing();
+      } else {
+        p = sink.Element(p);
+      }
     }
+    if (p == nullptr) {
+      return nullptr;
+    }
+    p = text.SkipSpace(p);
     if (text.Peek(p) == ']') {
       return p + 1;
     }

@@ -22,15 +22,21 @@ inline bool IsSpace(char c) {
          (c == ' ' || c == '\n' || c == '\r' || c == '\t' || c == '\f');
 }
 
-// The first byte at or behind p that is no white space, or the end.
+// The first byte at or behind p that is no white space, or the end. A run of white space is mostly
+// a line break and many blanks, so it is blanks that are looked for.
 template <typename Char>
 Char* SkipSpaceRun(Char* p, Char* pEnd) {
   while (pEnd - p >= Block16::kBytes) {
-    const std::uint32_t other = ~Block16::Load(p).Space() & 0xFFFFu;
-    if (other != 0) {
-      return p + LowestBit(other);
+    const std::uint32_t other = ~Block16::Load(p).Equals(' ') & 0xFFFFu;
+    if (other == 0) {
+      p += Block16::kBytes;
+      continue;
     }
-    p += Block16::kBytes;
+    p += LowestBit(other);
+    if (!IsSpace(*p)) {
+      return p;
+    }
+    ++p;
   }
   while (p != pEnd && IsSpace(*p)) {
     ++p;

@@ -122,110 +122,153 @@ char* TreeReader::ReadContainer(char* p, ArrayValue& parent, Place& place) {
 
 // ---- Shortcuts ----------------------------------------------------------------------------------
 //
-// Most members and elements are plain scalars, and the text goes on far enough to be looked at in
-// blocks. They are read in loops of their own that look first and change the text only when all is
-// well; whatever is special in any way is left to the grammar.
+// Most members and elements are plain, and the text goes on far enough to be looked at in blocks.
+// They are read in loops of their own that look first and change the text only when all is well;
+// whatever is special in any way is left to the grammar.
 
 namespace {
 
-// Bytes that must be there where a name or a value is looked at: a block behind a quote, and the
-// byte behind it.
-constexpr std::ptrdiff_t kReach = 2 + Block16::kBytes;
+// Bytes that must be there where a name or a value is looked at: what stands around it, and a
+// block.
+constexpr std::ptrdiff_t kReach = 4 + Block16::kBytes;
+
+// A scalar that was found in the text.
+struct Scalar {
+  Type type;
+  char* pText;
+  char* pEnd;
+  char* pNul;  // the byte that becomes a NUL; some other such byte when the scalar needs none
+};
 
 // Whether the four bytes at p are those of `szWord`.
 bool IsWord(const char* p, const char (&szWord)[5]) { return std::memcmp(p, szWord, 4) == 0; }
 
-}  // namespace
+// A few digits, perhaps with a sign, are found in one step.
+QXRECORDSET_HOT char* FindNumber(char* p, char* pEnd, Scalar& scalar) {
+  const std::uint32_t nOther = Block16::Load(p).NonDigits() & ~1u;
+  bool bReal = false;
+  scalar.pText = p;
+  scalar.pEnd = nOther != 0 && !IsNumberMark(p[LowestBit(nOther)], bReal)
+                    ? p + LowestBit(nOther)
+                    : ScanNumber(p, pEnd, bReal);
+  scalar.type = bReal ? jtDouble : jtInteger;
+  return scalar.pEnd;
+}
 
-// The scalar at p; the result is the position behind it, or null when it is not a plain one.
+// The scalar at p; the result is the position behind it, or null when there is no plain one.
 // REQUIRES: kReach bytes at p.
-QXRECORDSET_HOT char* TreeReader::FindScalar(char* p, Scalar& scalar) const {
+QXRECORDSET_HOT char* FindScalar(char* p, char* pEnd, Scalar& scalar) {
   if (*p == '"') {
-    char* const pClosing = FindQuoteOrBackslash(p + 1, text_.pEnd);
+    char* const pClosing = FindQuoteOrBackslash(p + 1, pEnd);
     scalar = {jtString, p + 1, pClosing, pClosing};
-    return pClosing != text_.pEnd && *pClosing == '"' ? pClosing + 1 : nullptr;
+    return pClosing != pEnd && *pClosing == '"' ? pClosing + 1 : nullptr;
   }
-  if (BeginsNumber(*p)) return FindNumber(p, scalar);
+  if (BeginsNumber(*p)) return FindNumber(p, pEnd, scalar);
+  scalar.pText = p;
   if (IsWord(p, "null")) {
-    scalar = {jtNull, p, p + 4, nullptr};
+    scalar.type = jtNull;
+    scalar.pEnd = p + 4;
   } else if (IsWord(p, "true")) {
-    scalar = {jtBoolean, p, p + 4, nullptr};
+    scalar.type = jtBoolean;
+    scalar.pEnd = p + 4;
   } else if (IsWord(p, "fals") && p[4] == 'e') {
-    scalar = {jtBoolean, p, p + 5, nullptr};
+    scalar.type = jtBoolean;
+    scalar.pEnd = p + 5;
   } else {
     return nullptr;
   }
   return scalar.pEnd;
 }
 
-// A few digits, perhaps with a sign, are found in one step.
-QXRECORDSET_HOT char* TreeReader::FindNumber(char* p, Scalar& scalar) const {
-  const std::uint32_t nOther = Block16::Load(p).NonDigits() & ~1u;
-  bool bReal = false;
-  char* const pEnd = nOther != 0 && !IsNumberMark(p[LowestBit(nOther)], bReal)
-                         ? p + LowestBit(nOther)
-                         : ScanNumber(p, text_.pEnd, bReal);
-  scalar = {bReal ? jtDouble : jtInteger, p, pEnd, nullptr};
-  return pEnd;
-}
-
-QXRECORDSET_HOT void TreeReader::Take(const Scalar& scalar, ArrayValue& parent) {
-  AppendScalar(parent, scalar.type, scalar.pText, scalar.pEnd - scalar.pText);
-  if (scalar.pNul != nullptr) *scalar.pNul = '\0';
-}
-
-// The comma or closing bracket behind a scalar; null when there is none.
-QXRECORDSET_HOT char* TreeReader::FindSeparator(char* p, char cClosing) const {
-  if (p == text_.pEnd) return nullptr;
+// The comma or closing bracket behind a value that ends at p; null when there is none before
+// pLimit.
+QXRECORDSET_HOT char* FindSeparator(char* p, char* pLimit, char cClosing) {
+  if (p >= pLimit) return nullptr;
   if (*p == ',' || *p == cClosing) return p;
-  p = text_.SkipSpace(p);
-  return p != text_.pEnd && (*p == ',' || *p == cClosing) ? p : nullptr;
+  p = SkipSpaceRun(p, pLimit);
+  return p != pLimit && (*p == ',' || *p == cClosing) ? p : nullptr;
 }
 
-bool TreeReader::ReadPlainMembers(char*& p, ArrayValue& values, Shape*& pShape, Shape*& pExpected) {
-  if (text_.pEnd - p <= kReach) return false;
-  char* const pLimit = text_.pEnd - kReach;
+QXRECORDSET_HOT void Take(const Scalar& scalar, ArrayValue& parent) {
+  *scalar.pNul = '\0';
+  AppendScalar(parent, scalar.type, scalar.pText, scalar.pEnd - scalar.pText);
+}
+
+bool BeginsContainer(char c) { return c == '{' || c == '['; }
+
+}  // namespace
+
+Due TreeReader::ReadPlainMembers(char*& p, ArrayValue& values, Shape*& pShape, Shape*& pExpected) {
+  char* const pEnd = text_.pEnd;
+  if (pEnd - p <= kReach) return Due::kItem;
+  char* const pLimit = pEnd - kReach;
+  Due due = Due::kItem;
+  Shape* pLast = pShape;
   Shape* pNext = pExpected;
   char* pDue = p;
-  bool bEnd = false;
-  while (!bEnd && pNext != nullptr && pDue < pLimit) {
-    char* const pQuote = text_.SkipSpace(pDue);
-    if (pQuote >= pLimit || *pQuote != '"' || !pNext->name.MatchesMember(pQuote + 1, text_.pEnd)) {
+  while (due == Due::kItem && pNext != nullptr) {
+    char* const pQuote = *pDue == '"' ? pDue : SkipSpaceRun(pDue, pLimit);
+    if (*pQuote != '"' || !pNext->name.MatchesMember(pQuote + 1, pEnd)) break;
+    char* const pNameEnd = pQuote + 1 + pNext->name.Length();
+    char* const pValue = IsSpace(pNameEnd[2]) ? SkipSpaceRun(pNameEnd + 2, pEnd) : pNameEnd + 2;
+    if (pValue >= pLimit) break;
+    Scalar scalar;
+    scalar.pNul = pNameEnd;
+    char* pBehind = FindScalar(pValue, pEnd, scalar);
+    if (pBehind != nullptr) {
+      pBehind = FindSeparator(pBehind, pLimit, '}');
+      if (pBehind == nullptr) break;
+      Take(scalar, values);
+    } else if (!BeginsContainer(*pValue)) {
       break;
     }
-    char* const pNameEnd = pQuote + 1 + pNext->name.Length();
-    char* q = text_.SkipSpace(pNameEnd + 2);
-    Scalar scalar;
-    if (q >= pLimit || (q = FindScalar(q, scalar)) == nullptr) break;
-    if ((q = FindSeparator(q, '}')) == nullptr) break;
-    Take(scalar, values);
     *pNameEnd = '\0';
-    pShape = pNext;
+    pLast = pNext;
     pNext = pNext->pLonger;
-    bEnd = *q == '}';
-    pDue = q + 1;
+    if (pBehind == nullptr) {
+      pDue = ReadOther(pValue, values, *pLast->pPlace);
+      pBehind = pDue != nullptr ? FindSeparator(pDue, pLimit, '}') : nullptr;
+      due = Due::kSeparator;
+      if (pBehind == nullptr) break;
+    }
+    due = *pBehind == '}' ? Due::kNothing : Due::kItem;
+    pDue = pBehind + 1;
   }
+  pShape = pLast;
   pExpected = pNext;
   p = pDue;
-  return bEnd;
+  return due;
 }
 
-bool TreeReader::ReadPlainElements(char*& p, ArrayValue& array) {
-  if (text_.pEnd - p <= kReach) return false;
-  char* const pLimit = text_.pEnd - kReach;
+Due TreeReader::ReadPlainElements(char*& p, ArrayValue& array, Place& place) {
+  char* const pEnd = text_.pEnd;
+  if (pEnd - p <= kReach) return Due::kItem;
+  char* const pLimit = pEnd - kReach;
+  Due due = Due::kItem;
   char* pDue = p;
-  bool bEnd = false;
-  while (!bEnd && pDue < pLimit) {
-    char* q = text_.SkipSpace(pDue);
+  while (due == Due::kItem) {
+    char* const pValue = IsSpace(*pDue) ? SkipSpaceRun(pDue, pLimit) : pDue;
+    if (pValue >= pLimit) break;
+    char cIgnored = 0;
     Scalar scalar;
-    if (q >= pLimit || (q = FindScalar(q, scalar)) == nullptr) break;
-    if ((q = FindSeparator(q, ']')) == nullptr) break;
-    Take(scalar, array);
-    bEnd = *q == ']';
-    pDue = q + 1;
+    scalar.pNul = &cIgnored;
+    char* pBehind = nullptr;
+    if (BeginsContainer(*pValue)) {
+      pDue = ReadOther(pValue, array, place);
+      pBehind = pDue != nullptr ? FindSeparator(pDue, pLimit, ']') : nullptr;
+      due = Due::kSeparator;
+      if (pBehind == nullptr) break;
+    } else {
+      pBehind = FindScalar(pValue, pEnd, scalar);
+      if (pBehind != nullptr) pBehind = FindSeparator(pBehind, pLimit, ']');
+      if (pBehind == nullptr) break;
+      Take(scalar, array);
+    }
+    due = *pBehind == ']' ? Due::kNothing : Due::kItem;
+    pDue = pBehind + 1;
   }
   p = pDue;
-  return bEnd;
+  return due;
 }
 
 // ---- Arrays -------------------------------------------------------------------------------------
@@ -238,10 +281,7 @@ class ArraySink {
       : reader_(reader), array_(array), place_(place) {}
 
   char* Element(char* p) { return reader_.ReadInline(p, array_, place_); }
-  bool Shortcut(char*& p) {
-    const bool bContainer = p != reader_.End() && (*p == '[' || *p == '{');
-    return !bContainer && reader_.ReadPlainElements(p, array_);
-  }
+  Due Shortcut(char*& p) { return reader_.ReadPlainElements(p, array_, place_); }
   void Missing() { AppendScalar(array_, jtNull, nullptr, 0); }
 
  private:
@@ -296,9 +336,10 @@ class ObjectSink {
     return step.pNext;
   }
 
-  bool Shortcut(char*& p) {
-    return pExpected_ != nullptr &&
-           reader_.ReadPlainMembers(p, object_.avValues, pShape_, pExpected_);
+  Due Shortcut(char*& p) {
+    return pExpected_ != nullptr
+               ? reader_.ReadPlainMembers(p, object_.avValues, pShape_, pExpected_)
+               : Due::kItem;
   }
 
   char* Value(char* p) {

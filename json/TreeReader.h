@@ -30,9 +30,9 @@ class TreeReader {
   char* ReadInline(char* p, ArrayValue& parent, Place& place);
 
   // What the sinks read themselves; see json/Grammar.h. Members are read as long as their names are
-  // the expected ones, and both as long as the values are scalars without escapes.
-  bool ReadPlainMembers(char*& p, ArrayValue& values, Shape*& pShape, Shape*& pExpected);
-  bool ReadPlainElements(char*& p, ArrayValue& array);
+  // the expected ones, and both as long as the values are containers, or scalars without escapes.
+  Due ReadPlainMembers(char*& p, ArrayValue& values, Shape*& pShape, Shape*& pExpected);
+  Due ReadPlainElements(char*& p, ArrayValue& array, Place& place);
 
   // String content behind the opening quote at p: unescaped in place and NUL-terminated.
   struct Content {
@@ -58,19 +58,6 @@ class TreeReader {
   const char* End() const { return text_.pEnd; }
 
  private:
-  // A scalar that was found in the text, and the byte behind it that becomes a NUL, if any.
-  struct Scalar {
-    Type type;
-    char* pText;
-    char* pEnd;
-    char* pNul;
-  };
-
-  char* FindScalar(char* p, Scalar& scalar) const;
-  char* FindNumber(char* p, Scalar& scalar) const;
-  char* FindSeparator(char* p, char cClosing) const;
-  static void Take(const Scalar& scalar, ArrayValue& parent);
-
   template <typename Container>
   char* ReadContainer(char* p, ArrayValue& parent, Place& place);
   char* ReadOther(char* p, ArrayValue& parent, Place& place);

@@ -47,7 +47,7 @@ class Skipper {
   const char* Element(const char* p) { return Value(p); }
   void Complete() {}
   void Missing() {}
-  static bool Shortcut(const char*& /*p*/) { return false; }
+  static JSON::Due Shortcut(const char*& /*p*/) { return JSON::Due::kItem; }
 
   const char* Value(const char* p) {
     if (text_.AtEnd(p)) {
@@ -210,14 +210,14 @@ class RowSink {
   void BeginRow(long lRow) { lRow_ = lRow; }
   void Complete() {}
 
-  bool Shortcut(const char*& p) {
+  JSON::Due Shortcut(const char*& p) {
     const char* const pDue = p;
     p = plain_.Read(p, lRow_);
     if (p == pDue) {
-      return false;
+      return JSON::Due::kItem;
     }
     lLastRow_ = lRow_;
-    return PlainMembers::IsRowEnd(p);
+    return PlainMembers::IsRowEnd(p) ? JSON::Due::kNothing : JSON::Due::kItem;
   }
 
   const char* Name(const char* p) {
@@ -254,7 +254,7 @@ class RowsSink {
  public:
   RowsSink(Text& text, RowSink& row) : text_(text), row_(row) {}
 
-  static bool Shortcut(const char*& /*p*/) { return false; }
+  static JSON::Due Shortcut(const char*& /*p*/) { return JSON::Due::kItem; }
   void Missing() { bEnded_ = true; }
   const char* Element(const char* p) {
     ++lRow_;
@@ -282,15 +282,18 @@ class DocumentSink {
 
   void Complete() {}
 
-  bool Shortcut(const char*& p) {
+  JSON::Due Shortcut(const char*& p) {
+    if (bRowsRead_) {
+      return JSON::Due::kItem;
+    }
     const char* const pDue = p;
-    const bool bEnd = !bRowsRead_ && row_.Shortcut(p);
-    if (p != pDue && !bEnd && !bRowsSeen_) {
+    const JSON::Due due = row_.Shortcut(p);
+    if (p != pDue && due == JSON::Due::kItem && !bRowsSeen_) {
       // A column of that name may also stem from the member that was left.
       const std::uint32_t nRows = table_.columns.Find(szRows);
       bRowsSeen_ = nRows != 0 && table_.rows.FindCell(1, nRows) != nullptr;
     }
-    return bEnd;
+    return due;
   }
 
   const char* Name(const char* p) {
