@@ -25,6 +25,7 @@ void Columns::Reset() noexcept {
   vSorted_.clear();
   pLast_ = nullptr;
   pGuess_ = nullptr;
+  bAscending_ = true;
 }
 
 std::size_t Columns::Footprint() const {
@@ -38,6 +39,17 @@ std::uint32_t Columns::FindElsewhere(const char* name, std::size_t length) {
   const std::uint32_t nColumn = Search(name, length);
   if (nColumn != 0) Learn(nColumn - 1);
   return nColumn;
+}
+
+std::uint32_t Columns::FindOrAddElsewhere(const char* name, std::size_t length) {
+  const bool bBeyond = IsBeyond(name, length);
+  const std::uint32_t nColumn = bBeyond ? 0 : FindElsewhere(name, length);
+  return nColumn != 0 ? nColumn : Add(name, length, bBeyond);
+}
+
+// Whether the columns are in the order of their names, and the name comes behind all of them.
+bool Columns::IsBeyond(const char* name, std::size_t length) const {
+  return bAscending_ && (vColumns_.empty() || NameOf(Count()) < std::string_view(name, length));
 }
 
 std::uint32_t Columns::Search(const char* name, std::size_t length) const {
@@ -66,7 +78,7 @@ void Columns::Learn(std::uint32_t nPosition) {
 // ---- Adding ------------------------------------------------------------------------------------
 
 // What may fail for want of memory comes first.
-std::uint32_t Columns::Add(const char* name, std::size_t length) {
+std::uint32_t Columns::Add(const char* name, std::size_t length, bool bBeyond) {
   const std::size_t nCount = vColumns_.size() + 1;
   if (nCount > Rows::kLastColumn) throw std::bad_alloc();
   if (vColumns_.size() == vColumns_.capacity()) MakeRoom();
@@ -76,6 +88,7 @@ std::uint32_t Columns::Add(const char* name, std::size_t length) {
   vColumns_.emplace_back(JSON::ExpectedName::FromBlock(pName, length), nPosition + 1,
                          JSON::IsPlain({pName, length}));
   vColumns_.back().pNext = vColumns_.data();
+  bAscending_ = bBeyond;
   if (!vSlots_.empty()) Enter(nPosition);
   Learn(nPosition);
   return nPosition + 1;
@@ -125,7 +138,7 @@ const std::vector<std::uint32_t>& Columns::InNameOrder() {
   if (nSorted == vColumns_.size()) return vSorted_;
   const auto less = [this](std::uint32_t a, std::uint32_t b) { return NameOf(a) < NameOf(b); };
   const auto nNew = static_cast<std::uint32_t>(nSorted + 1);
-  if (nNew == vColumns_.size()) {
+  if (nNew == vColumns_.size() && !bAscending_) {
     // One name is inserted with few comparisons, in case names are added and listed by turns.
     vSorted_.insert(std::upper_bound(vSorted_.begin(), vSorted_.end(), nNew, less), nNew);
     return vSorted_;
@@ -133,9 +146,10 @@ const std::vector<std::uint32_t>& Columns::InNameOrder() {
   vSorted_.resize(vColumns_.size());
   const auto middle = vSorted_.begin() + static_cast<std::ptrdiff_t>(nSorted);
   std::iota(middle, vSorted_.end(), nNew);
-  // Names that come out of a text of this library are in order already.
-  if (!std::is_sorted(middle, vSorted_.end(), less)) std::sort(middle, vSorted_.end(), less);
-  std::inplace_merge(vSorted_.begin(), middle, vSorted_.end(), less);
+  if (!bAscending_) {
+    std::sort(middle, vSorted_.end(), less);
+    std::inplace_merge(vSorted_.begin(), middle, vSorted_.end(), less);
+  }
   return vSorted_;
 }
 

@@ -8,7 +8,9 @@
 // comparison in the usual case. Else a few columns are simply searched, and many are found by hash.
 //
 // The order by name is needed for writing and listing only. It is made when it is asked for: the
-// names added since the last time are sorted and merged with the others.
+// names added since the last time are sorted and merged with the others. A text that was written by
+// this library has its names in order: as long as every new name comes behind all others, nothing
+// has to be sorted, nor searched for a name that is behind the last.
 
 #ifndef QXRECORDSET_RECORDSET_COLUMNS_H
 #define QXRECORDSET_RECORDSET_COLUMNS_H
@@ -102,12 +104,12 @@ class Columns {
 
   // The same, but a new name becomes a column. When memory runs out, nothing has changed.
   std::uint32_t FindOrAdd(const char* name) {
-    const std::uint32_t nColumn = Find(name);
-    return nColumn != 0 ? nColumn : Add(name, std::strlen(name));
+    const Column* const pColumn = Expected(name);
+    return pColumn != nullptr ? pColumn->nPosition + 1
+                              : FindOrAddElsewhere(name, std::strlen(name));
   }
   std::uint32_t FindOrAdd(const char* name, std::size_t length) {
-    const std::uint32_t nColumn = Find(name, length);
-    return nColumn != 0 ? nColumn : Add(name, length);
+    return IsGuess(name, length) ? TakeGuess() : FindOrAddElsewhere(name, length);
   }
 
   // All column indices in the byte-wise order of their names.
@@ -139,8 +141,10 @@ class Columns {
   }
 
   std::uint32_t FindElsewhere(const char* name, std::size_t length);
+  std::uint32_t FindOrAddElsewhere(const char* name, std::size_t length);
+  bool IsBeyond(const char* name, std::size_t length) const;
   std::uint32_t Search(const char* name, std::size_t length) const;
-  std::uint32_t Add(const char* name, std::size_t length);
+  std::uint32_t Add(const char* name, std::size_t length, bool bBeyond);
   void Learn(std::uint32_t nPosition);
 
   void MakeRoom();
@@ -151,6 +155,7 @@ class Columns {
   std::vector<Column> vColumns_;    // by index - 1, the column's position
   const Column* pLast_ = nullptr;   // the column found last
   const Column* pGuess_ = nullptr;  // the column expected next, at pNext of that one
+  bool bAscending_ = true;          // the order of addition is the order by name
   std::optional<NameHash> hash_;
   std::vector<std::uint32_t> vSlots_;   // the hash table, at most half full: indices, or 0
   std::vector<std::uint32_t> vSorted_;  // indices by name, as far as they were sorted

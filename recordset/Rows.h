@@ -156,7 +156,7 @@ class Rows {
   static constexpr unsigned long kFirstRows = 4;
 
   // Enough for the first rows of a small table; the table stays a small allocation.
-  static constexpr std::size_t kOwnBytes = 40 * sizeof(void*);
+  static constexpr std::size_t kOwnBytes = 36 * sizeof(void*);
 
   using FarCells = std::map<std::pair<long, std::uint32_t>, Cell>;
 

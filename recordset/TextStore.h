@@ -113,7 +113,7 @@ class TextStore {
   };
 
   // Enough for the texts of a row or two; the table that holds it stays a small allocation.
-  static constexpr std::size_t kOwnBytes = 40 * sizeof(void*);
+  static constexpr std::size_t kOwnBytes = 36 * sizeof(void*);
 
   static constexpr std::size_t kSmallestPiece = sizeof(void*);
   static constexpr std::size_t kPieceSizes = (kLongestSmall + 1) / kGranule + 1;
