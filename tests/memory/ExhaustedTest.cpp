@@ -165,6 +165,20 @@ TEST(ExhaustedMemory, LeavesDocumentsWhole) {
          auto& names = dynamic_cast<JSON::ObjectValue*>(m["rows"][1].pComposite)->vNameMap;
          names[0].UpdateName("0");
        }},
+      {"replace a text", [](Message& m) { m["many"]["mark"].InternalUpdateValue(kLong.c_str()); }},
+      {"append by hand",
+       [](Message& m) {
+         JSON::UnsafeJSONValue name(JSON::jtString);
+         JSON::UnsafeJSONValue value(JSON::jtNull);
+         JSON::ObjectValue object;
+         JSON::ArrayValue array;
+         name.pText = "n";
+         name.nLength = 1;
+         object.AddName(name);
+         object.AddValue(value);
+         array.AddValue(value);
+         m.SetNull("appended");
+       }},
       {"look up among many names", [](Message& m) { m.Path("many.zzz.0"); }},
       {"look up by text", [](Message& m) { m["built"].pComposite->OrdinalOf("x", -1); }},
       {"write",
@@ -207,6 +221,7 @@ TEST(ExhaustedMemory, LeavesHandlesWhole) {
   const std::vector<Operation<Handle>> operations = {
       {"make", [](Handle&) { Handle(); }},
       {"parse", [](Handle& h) { JSON_ParseMessage(h.handle, kOther.c_str()); }, Left::kOrEmpty},
+      {"look up after an update", [](Handle& h) { JSON_GetPathAsInt(h.handle, "many.zzz"); }},
       {"escape",
        [](Handle&) {
          char buffer[100];
@@ -217,6 +232,7 @@ TEST(ExhaustedMemory, LeavesHandlesWhole) {
   const auto make = [] {
     auto pHandle = std::make_unique<Handle>();
     JSON_ParseMessage(pHandle->handle, Text("flat").c_str());
+    (*reinterpret_cast<Message*>(pHandle->handle))["many"].Set("zzz", 7);
     return pHandle;
   };
   const auto picture = [](const Handle& h) {
@@ -304,6 +320,11 @@ TEST(ExhaustedMemory, LeavesRecordsWhole) {
        }},
       {"nest in itself", [](Record& r) { r.SetValue("text", r); }},
       {"take out", [](Record& r) { r.GetValueAsRecordSet("nested").GetString(); }},
+      {"get a copy",
+       [&](Record& r) {
+         std::string strText;
+         r.GetValueAsStringUTF8(strText, "nested");
+       }},
       {"add a column", [](Record& r) { r.AddColumn(kLong.c_str()); }},
   };
   const auto make = [&] {
