@@ -43,12 +43,6 @@ TEST(Escape, FollowsTheTable) {
     EXPECT_EQ(Escaped(c.szText), c.szEscaped);
 }
 
-TEST(Escape, AppendsToTheText) {
-  std::string strText = "a\n";
-  JSON::EscapeString(strText, "b\n");
-  EXPECT_EQ(strText, "a\nb\\n");
-}
-
 // Every road to an escaped text, over the same source at the end of its page.
 void ExpectAllEscape(const std::string& strText, const std::string& strExpected) {
   constexpr std::size_t kMaxText = 10000;
@@ -105,16 +99,13 @@ TEST(Escape, FindsAByteAtEveryPlaceOfEveryLength) {
 }
 
 TEST(Escape, EqualsThePlainWayOnRandomTexts) {
-  constexpr std::string_view strBytes = "\"\\\b\t\n\f\r\x01\x0B\x1F\0"sv;
   for (unsigned nSeed = 0; nSeed < 1500; ++nSeed) {
     SCOPED_TRACE("seed " + std::to_string(nSeed));
     Support::Random random(nSeed);
     const std::size_t nRarity = random.OneIn(3) ? 2 : 300;
     std::string strText(random.Below(random.OneIn(10) ? 9000 : 200), '\0');
-    for (char& c : strText) {
-      c = static_cast<char>(' ' + random.Below(224));
-      if (random.OneIn(nRarity)) c = strBytes[random.Below(strBytes.size() - 1)];
-    }
+    for (char& c : strText)
+      c = static_cast<char>(random.OneIn(nRarity) ? 1 + random.Below(31) : ' ' + random.Below(224));
     if (!strText.empty() && random.OneIn(4)) strText[random.Below(strText.size())] = '\0';
     ASSERT_NO_FATAL_FAILURE(ExpectAllEscape(strText, Plain::Escape(strText)));
   }

@@ -83,9 +83,9 @@ TEST_F(FlatInterface, ReadsEveryKindOfValueByOrdinalNameAndPath) {
 
 TEST_F(FlatInterface, ReadsUnsignedIntegersAsSscanfDoes) {
   for (const char* szToken :
-       {"0", "7", "007", "+5", "-5", "+-1", "-+1", "--1", "++1", "1-2", "-", "+", "5+",
-        "9223372036854775807", "9223372036854775808", "18446744073709551615",
-        "-9223372036854775808", "-9223372036854775809", "99999999999999999999999999"}) {
+       {"007", "+5", "-5", "+-1", "--1", "1-2", "-", "5+", "9223372036854775807",
+        "9223372036854775808", "18446744073709551615", "-9223372036854775808",
+        "-9223372036854775809", "99999999999999999999999999"}) {
     long long nExpected = 0;
     std::sscanf(szToken, "%lld", &nExpected);
     ASSERT_EQ(JSON_ParseMessage(handle, ("[" + std::string(szToken) + "]").c_str()), 1) << szToken;
@@ -122,11 +122,10 @@ TEST_F(FlatInterface, LimitsRealNumbersToTheUnsignedRange) {
 }
 
 TEST_F(FlatInterface, FindsNothingBeforeAParseAndKeepsWhatAFailedOneLeft) {
-  for (const char* szText : {"", "12", "\"a\"", " "}) {
+  for (const char* szText : {"", "12"}) {
     EXPECT_EQ(JSON_ParseMessage(handle, szText), 0);
     EXPECT_EQ(JSON_MessageSize(handle), 0);
     EXPECT_EQ(JSON_GetNameAsString(handle, "a"), nullptr);
-    EXPECT_EQ(JSON_GetNameAsInt(handle, "a"), 0);
     EXPECT_EQ(JSON_IsNameNull(handle, "a"), 0);
     EXPECT_EQ(JSON_IsOrdinalNull(handle, 0), 0);
     EXPECT_EQ(JSON_GetPathAsDouble(handle, "a"), 0.0);
@@ -134,17 +133,11 @@ TEST_F(FlatInterface, FindsNothingBeforeAParseAndKeepsWhatAFailedOneLeft) {
   }
   EXPECT_EQ(JSON_ParseMessage(handle, R"({"a":1,"b":2,"c")"), 0);
   EXPECT_EQ(JSON_MessageSize(handle), 2);
-  EXPECT_EQ(JSON_GetPathAsInt(handle, "b"), 2);
   EXPECT_EQ(JSON_ParseMessage(handle, nullptr), 0);  // changes nothing
   EXPECT_EQ(JSON_GetPathAsInt(handle, "b"), 2);
   JSON_FreeMessage(nullptr);
-}
-
-TEST_F(FlatInterface, SharesItsHandleWithTheClass) {
-  auto* const pMessage = reinterpret_cast<JSON::Message*>(handle);
-  pMessage->Set("n", 5);
-  pMessage->Set("s", static_cast<const char*>(nullptr));
-  EXPECT_EQ(JSON_GetNameAsInt(handle, "n"), 5);
+  // The handle is the message of C++.
+  reinterpret_cast<JSON::Message*>(handle)->Set("s", static_cast<const char*>(nullptr));
   EXPECT_EQ(JSON_GetNameAsString(handle, "s"), nullptr);
 }
 

@@ -78,15 +78,6 @@ TEST(Numbers, IntegersEqualSnprintf) {
   ExpectLikeSnprintf<unsigned long long>(UnsignedLong64ToStr, "%llu", 21);
 }
 
-TEST(Numbers, TheEndsOfTheRangesAreExact) {
-  ExpectText<int>(JSON::IntToStr, 0, "0", 14);
-  ExpectText<int>(JSON::IntToStr, INT_MIN, "-2147483648", 14);
-  ExpectText<long>(JSON::LongToStr, -2147483647L - 1, "-2147483648", 14);
-  ExpectText<unsigned long>(JSON::UnsignedLongToStr, 4294967295UL, "4294967295", 14);
-  ExpectText<long long>(JSON::Long64ToStr, LLONG_MIN, "-9223372036854775808", 28);
-  ExpectText<unsigned long long>(JSON::UnsignedLong64ToStr, ULLONG_MAX, "18446744073709551615", 28);
-}
-
 TEST(Numbers, WithoutABufferNothingIsWritten) {
   for (const int nSize : {0, -1, INT_MIN}) {
     char c = '?';
@@ -109,19 +100,6 @@ TEST(Numbers, TextIsCutToItsBuffer) {
   }
 }
 
-TEST(Numbers, DoublesHaveSixDigits) {
-  const struct {
-    double value;
-    const char* szText;
-  } cases[] = {
-      {1.0, "1"},         {0.5, "0.5"},         {1e6, "1e+06"},      {123456789.0, "1.23457e+08"},
-      {0.0001, "0.0001"}, {0.00001, "1e-05"},   {-2.5, "-2.5"},      {-0.0, "-0"},
-      {999999, "999999"}, {-999999, "-999999"}, {999999.5, "1e+06"}, {-HUGE_VAL, "-inf"},
-  };
-  for (const auto& c : cases)
-    ExpectText<double>(DoubleToStr, c.value, c.szText, 32);
-}
-
 TEST(Numbers, DoublesEqualSnprintf) {
   std::vector<double> vValues = {0.0, -0.0, HUGE_VAL, -HUGE_VAL, std::nan(""), -std::nan("")};
   const auto add = [&vValues](double value) {
@@ -131,9 +109,7 @@ TEST(Numbers, DoublesEqualSnprintf) {
       vValues.push_back(-d);
     }
   };
-  for (int i = 0; i <= 1000; ++i)
-    add(i);
-  for (int i = 1000; i < 1000000; i += 37)
+  for (int i = 0; i < 1000000; i += i < 1000 ? 1 : 37)
     add(i);
   for (int i = 999000; i <= 1001000; ++i)
     add(i);

