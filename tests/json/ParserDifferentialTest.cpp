@@ -22,13 +22,6 @@ using Support::Random;
 using Support::SideBySide;
 using namespace std::string_view_literals;
 
-// Instrumented builds, being slower, take every fifth document.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || !defined(NDEBUG)
-constexpr int kStride = 5;
-#else
-constexpr int kStride = 1;
-#endif
-
 enum class Kind { kRows, kPrettyRows, kStrings, kMixed, kDeep };
 
 // Writes one random document.
@@ -217,7 +210,7 @@ TEST_P(JsonParserDifferential, AgreesWithThePlainParser) {
   std::unique_ptr<SideBySide> pParsers;
   int nAccepted = 0;
   int nChecked = 0;
-  for (int i = 0; i < nDocuments; i += kStride, ++nChecked) {
+  for (int i = 0; i < nDocuments; i += Support::kStride, ++nChecked) {
     // A message parses 200 documents, so what earlier ones left in it takes part in the test.
     if (nChecked % 200 == 0) pParsers = std::make_unique<SideBySide>();
     Author author(static_cast<std::uint64_t>(kind) << 32 | static_cast<unsigned>(i));

