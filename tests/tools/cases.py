@@ -101,7 +101,7 @@ CASES = [
     ("table two.json", "", "a  b  c\n-  -  ----\n1  x\n2     true\n"),
     ("table", '{"rows":[{"n":5,"名":"日本","t":"a\\tb\\u001b\\u0000c"},{"n":-10,"名":"é"}]}',
      "  n  名    t\n---  ----  --------\n  5  日本  a\\tb\\x1b\n-10  é\n"),
-    ("table -c b,a -n 1 two.json", "", "b  a\n-  -\nx  1\n... 1 more\n"),
+    ("table -c b,a -n 1 two.json", "", "b  a\n-  -\nx  1\n... 1 more row\n"),
     ("table -w 14", '{"rows":[{"n":123456,"t":"日本日本日本日本"}]}',
      "     n  t\n------  ------\n123456  日本…\n"),
     ("table -w 30 -c s,t", '{"s":"aaaaaaaaaaaaaaaaaaaa","t":"bbbbbbbbbbbbbbbbbbbb"}',
@@ -109,6 +109,9 @@ CASES = [
     ("table -w 33", '{"a":"%s","b":"%s","c":"%s"}' % (("x" * 20,) * 3),
      "a          b           c\n---------  ----------  ----------\n"
      "xxxxxxxx…  xxxxxxxxx…  xxxxxxxxx…\n"),
+    ("table -w 20 -n 1", '{"rows":[{"a":"xxxxxxxx","b":1,"c":"yyyyyyyy","d":"z","e":2},{},{"a":1}]}',
+     "a       b  c       d\n------  -  ------  -\nxxxxx…  1  yyyyy…  z\n... 1 more column\n"
+     "... 2 more rows\n"),
     ("table", '{"a":"x\u202ey"}', "a\n--------------\nx\\xe2\\x80\\xaey\n"),
     ("table", '\ufeff{"a":1}', "", "standard input: line 1, column 1: a byte order mark stands in "
      "front of the document, which a host refuses\n", 1),

@@ -67,7 +67,7 @@ int Run(const Options& options) {
   TableLayout layout(files.output, LineWidth(options, nFile), UseColor(options.eColor, nFile));
   Copy(rows, layout);
   if (pFirst && pFirst->Dropped() != 0) {
-    files.output.Write("... " + std::to_string(pFirst->Dropped()) + " more\n");
+    files.output.Write(MoreNote(pFirst->Dropped(), "row"));
   }
   files.output.Commit();
   return 0;
@@ -83,7 +83,8 @@ void AddTable(CLI::App& app, Action& action) {
        "  qxrs table planets.json\n"
        "  qxrs from-csv countries.csv | qxrs table --columns name,capital --max-rows 10 -",
        "Columns stand in the order in which the rows bring them. On a terminal long texts are\n"
-       "shortened so that the lines fit. Nulls, and cells that a row does not have, are blank."});
+       "shortened so that the lines fit, and columns that still have no room are left out at the\n"
+       "end. Nulls, and cells that a row does not have, are blank."});
   AddInputOption(*pCommand, pOptions->files, "the record set text");
   AddColumnsOption(*pCommand, pOptions->vColumns);
   pCommand->add_option("-n,--max-rows", pOptions->nMaxRows, "show the first COUNT rows only")
@@ -91,7 +92,7 @@ void AddTable(CLI::App& app, Action& action) {
       ->check(CheckCount);
   pCommand
       ->add_option("-w,--width", pOptions->nWidth,
-                   "shorten texts so that lines fit into COLUMNS; the default is the width of the "
+                   "cut the table to lines of COLUMNS; the default is the width of the "
                    "terminal, if there is one")
       ->type_name("COLUMNS")
       ->check(CheckCount);

@@ -18,12 +18,19 @@ constexpr std::size_t kGap = 2;  // columns between two columns of the table
 constexpr std::size_t kLeastForText = 8;
 constexpr std::size_t kLeast = 3;
 
+// A column that cannot have this width, or all that it needs, is rather left out.
+constexpr std::size_t kLeastShown = 6;
+
 std::string WithoutBlanksAtEnd(std::string strLine) {
   strLine.erase(strLine.find_last_not_of(' ') + 1);
   return strLine;
 }
 
 }  // namespace
+
+std::string MoreNote(unsigned long long nCount, const std::string& strWhat) {
+  return "... " + std::to_string(nCount) + " more " + strWhat + (nCount == 1 ? "\n" : "s\n");
+}
 
 TableLayout::TableLayout(Output& outputText, std::size_t nMaxWidth, bool bUseColor)
     : output(outputText), nWidth(nMaxWidth), bColor(bUseColor) {}
@@ -52,6 +59,9 @@ void TableLayout::End() {
     output.Write(nRows == 0 ? "(no rows)\n" : "(no columns)\n");
     return;
   }
+  const std::size_t nShown = FittingColumns();
+  const std::size_t nHidden = vColumns.size() - nShown;
+  vColumns.erase(vColumns.begin() + static_cast<std::ptrdiff_t>(nShown), vColumns.end());
   Shrink(kLeastForText, false);
   Shrink(kLeast, true);
 
@@ -71,6 +81,21 @@ void TableLayout::End() {
   for (std::size_t nRow = 0; nRow < nRows; ++nRow) {
     WriteLine([&](std::size_t i) { return &vColumns[i].vTexts[nRow]; }, false);
   }
+  if (nHidden != 0) {
+    output.Write(MoreNote(nHidden, "column"));
+  }
+}
+
+// How many columns fit into a line, at least one.
+std::size_t TableLayout::FittingColumns() const {
+  std::size_t nTotal = 0;
+  for (std::size_t i = 0; i < vColumns.size(); ++i) {
+    nTotal += (i == 0 ? 0 : kGap) + std::min(vColumns[i].nWidth, kLeastShown);
+    if (nTotal > nWidth) {
+      return std::max<std::size_t>(i, 1);
+    }
+  }
+  return vColumns.size();
 }
 
 std::size_t TableLayout::Total() const {

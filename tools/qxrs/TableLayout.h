@@ -15,11 +15,15 @@
 
 namespace qxrs {
 
+// The line that tells of rows or columns that are not shown.
+std::string MoreNote(unsigned long long nCount, const std::string& strWhat);
+
 class TableLayout : public ColumnSink {
  public:
   static constexpr std::size_t kAnyWidth = static_cast<std::size_t>(-1);
 
-  // Writes the table to `outputText` at the end, in lines of `nMaxWidth` columns where possible.
+  // Writes the table to `outputText` at the end, in lines of `nMaxWidth` columns: texts are cut,
+  // and columns for which that is not enough are left out.
   TableLayout(Output& outputText, std::size_t nMaxWidth, bool bUseColor);
 
   void End() override;
@@ -34,6 +38,7 @@ class TableLayout : public ColumnSink {
 
   void BeginColumns() override;
   void WriteCells(const std::vector<Cell>& vCells) override;
+  std::size_t FittingColumns() const;
   std::size_t Total() const;
   void Shrink(std::size_t nLeast, bool bIntegersToo);
   std::string Line(const std::vector<const DisplayText*>& vTexts) const;
