@@ -121,7 +121,7 @@ docs: ## build the reference with all pages: build/docs/index.html
 	{ cat docs/doxygen/Doxyfile; sed -nE 's/^ *VERSION ([0-9.]+)$$/PROJECT_NUMBER = \1/p' CMakeLists.txt; } \
 	  | doxygen -
 
-packages: export SOURCE_DATE_EPOCH ?= $(shell git log -1 --format=%ct)
+packages: export SOURCE_DATE_EPOCH ?= $(or $(shell git log -1 --format=%ct 2>/dev/null),$(shell date +%s))
 packages: ## make the Debian packages, amd64 and i386, in build/package-*/packages/
 	$(DEPS) build tests tools packages
 	rm -rf build/package-x86/packages build/package-x64/packages
