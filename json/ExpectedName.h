@@ -23,9 +23,27 @@ class ExpectedName {
   ExpectedName(const char* pName, std::size_t nLength)
       : ExpectedName(pName, nLength, FirstBytes(pName, nLength)) {}
 
-  // The same, where a whole block can be read at pName.
-  static ExpectedName FromBlock(const char* pName, std::size_t nLength) {
-    return ExpectedName(pName, nLength, Block16::Load(pName));
+  // The same, with the block that begins with the name's first bytes at hand.
+  ExpectedName(const char* pName, std::size_t nLength, Block16 start)
+      : pName_(pName), nLength_(static_cast<std::uint32_t>(nLength)) {
+    constexpr std::size_t kBlock = Block16::kBytes;
+    start.Store(aStart_);
+    if (nLength < kBlock) aStart_[nLength] = '"';
+    if (nLength < kBlock - 1) aStart_[nLength + 1] = ':';
+    nMask_ = (1u << std::min(nLength + 1, kBlock)) - 1;
+    const std::uint32_t nNameBytes = nLength < kBlock ? nMask_ >> 1 : nMask_;
+    const auto isEscaped = [](char c) { return c == '"' || c == '\\'; };
+    if ((start.QuoteOrBackslash() & nNameBytes) != 0 ||
+        (nLength > kBlock && std::any_of(pName + kBlock, pName + nLength, isEscaped))) {
+      nMask_ = kNever;
+    }
+  }
+
+  // The first bytes of a name that may end anywhere.
+  static Block16 FirstBytes(const char* pName, std::size_t nLength) {
+    char aStart[Block16::kBytes] = {};
+    std::memcpy(aStart, pName, std::min(nLength, std::size_t{Block16::kBytes}));
+    return Block16::Load(aStart);
   }
 
   const char* Text() const { return pName_; }
@@ -61,27 +79,6 @@ class ExpectedName {
 
  private:
   static constexpr std::uint32_t kNever = 1u << Block16::kBytes;  // no block has this bit
-
-  ExpectedName(const char* pName, std::size_t nLength, Block16 start)
-      : pName_(pName), nLength_(static_cast<std::uint32_t>(nLength)) {
-    constexpr std::size_t kBlock = Block16::kBytes;
-    start.Store(aStart_);
-    if (nLength < kBlock) aStart_[nLength] = '"';
-    if (nLength < kBlock - 1) aStart_[nLength + 1] = ':';
-    nMask_ = (1u << std::min(nLength + 1, kBlock)) - 1;
-    const std::uint32_t nNameBytes = nLength < kBlock ? nMask_ >> 1 : nMask_;
-    const auto isEscaped = [](char c) { return c == '"' || c == '\\'; };
-    if ((start.QuoteOrBackslash() & nNameBytes) != 0 ||
-        (nLength > kBlock && std::any_of(pName + kBlock, pName + nLength, isEscaped))) {
-      nMask_ = kNever;
-    }
-  }
-
-  static Block16 FirstBytes(const char* pName, std::size_t nLength) {
-    char aStart[Block16::kBytes] = {};
-    std::memcpy(aStart, pName, std::min(nLength, std::size_t{Block16::kBytes}));
-    return Block16::Load(aStart);
-  }
 
   bool MatchesRest(const char* p, const char* pEnd) const {
     if (static_cast<std::size_t>(pEnd - p) <= nLength_ || p[nLength_] != '"') {

@@ -17,6 +17,19 @@ namespace {
 // Room for columns that is made at first.
 constexpr std::size_t kFirstColumns = 16;
 
+// The byte-wise order. Names differ in their first bytes; memcmp would be a detour.
+bool IsBefore(std::string_view a, std::string_view b) {
+  const auto it = std::mismatch(a.begin(), a.begin() + std::min(a.size(), b.size()), b.begin());
+  if (it.first == a.end() || it.second == b.end()) return a.size() < b.size();
+  return static_cast<unsigned char>(*it.first) < static_cast<unsigned char>(*it.second);
+}
+
+// Whether nothing in a name has to be escaped.
+bool IsPlain(const char* name, std::size_t length, JSON::Block16 start) {
+  if (length >= JSON::Block16::kBytes) return JSON::IsPlain({name, length});
+  return (start.NeedsEscape() & ((1u << length) - 1)) == 0;
+}
+
 }  // namespace
 
 void Columns::Reset() noexcept {
@@ -41,15 +54,21 @@ std::uint32_t Columns::FindElsewhere(const char* name, std::size_t length) {
   return nColumn;
 }
 
-std::uint32_t Columns::FindOrAddElsewhere(const char* name, std::size_t length) {
+std::uint32_t Columns::FindOrAddAny(const char* name, std::size_t length) {
+  return FindOrAddElsewhere(name, length, JSON::ExpectedName::FirstBytes(name, length));
+}
+
+// `start` is a block that begins with the first bytes of the name.
+std::uint32_t Columns::FindOrAddElsewhere(const char* name, std::size_t length,
+                                          JSON::Block16 start) {
   const bool bBeyond = IsBeyond(name, length);
   const std::uint32_t nColumn = bBeyond ? 0 : FindElsewhere(name, length);
-  return nColumn != 0 ? nColumn : Add(name, length, bBeyond);
+  return nColumn != 0 ? nColumn : Add(name, length, start, bBeyond);
 }
 
 // Whether the columns are in the order of their names, and the name comes behind all of them.
 bool Columns::IsBeyond(const char* name, std::size_t length) const {
-  return bAscending_ && (vColumns_.empty() || NameOf(Count()) < std::string_view(name, length));
+  return bAscending_ && (vColumns_.empty() || IsBefore(NameOf(Count()), {name, length}));
 }
 
 std::uint32_t Columns::Search(const char* name, std::size_t length) const {
@@ -78,15 +97,15 @@ void Columns::Learn(std::uint32_t nPosition) {
 // ---- Adding ------------------------------------------------------------------------------------
 
 // What may fail for want of memory comes first.
-std::uint32_t Columns::Add(const char* name, std::size_t length, bool bBeyond) {
+std::uint32_t Columns::Add(const char* name, std::size_t length, JSON::Block16 start,
+                           bool bBeyond) {
   const std::size_t nCount = vColumns_.size() + 1;
   if (nCount > Rows::kLastColumn) throw std::bad_alloc();
   if (vColumns_.size() == vColumns_.capacity()) MakeRoom();
   if (nCount > kFewColumns && 2 * nCount > vSlots_.size()) MakeTable(4 * nCount);
   const auto nPosition = static_cast<std::uint32_t>(nCount - 1);
   const char* const pName = texts_.Store(name, length);
-  vColumns_.emplace_back(JSON::ExpectedName::FromBlock(pName, length), nPosition + 1,
-                         JSON::IsPlain({pName, length}));
+  vColumns_.emplace_back(pName, length, start, nPosition + 1, IsPlain(pName, length, start));
   vColumns_.back().pNext = vColumns_.data();
   bAscending_ = bBeyond;
   if (!vSlots_.empty()) Enter(nPosition);

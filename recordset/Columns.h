@@ -46,8 +46,12 @@ class Columns {
     // wait for from the lookup before as short as it can be.
     const Column* pNext = nullptr;
 
-    Column(const JSON::ExpectedName& columnName, std::uint32_t nColumn, bool bPlain)
-        : name(columnName), nPosition((nColumn - 1) & 0x7FFFFFFF), bPlainName(bPlain ? 1 : 0) {}
+    // Built in place: copying a name that was just written would have to wait for it.
+    Column(const char* pName, std::size_t nLength, JSON::Block16 start, std::uint32_t nColumn,
+           bool bPlain)
+        : name(pName, nLength, start),
+          nPosition((nColumn - 1) & 0x7FFFFFFF),
+          bPlainName(bPlain ? 1 : 0) {}
   };
 
   const Column& At(std::uint32_t nColumn) const { return vColumns_[nColumn - 1]; }
@@ -68,9 +72,13 @@ class Columns {
     return IsGuess(name, length) ? TakeGuess() : FindElsewhere(name, length);
   }
 
-  // The same for a name, which becomes a column when it is new.
+  // The same for a name, which becomes a column when it is new. A whole block can be read there.
   const Column& FoundOrAdded(const char* name, std::size_t length) {
-    FindOrAdd(name, length);
+    if (IsGuess(name, length)) {
+      TakeGuess();
+    } else {
+      FindOrAddElsewhere(name, length, JSON::Block16::Load(name));
+    }
     return *pLast_;
   }
 
@@ -105,11 +113,10 @@ class Columns {
   // The same, but a new name becomes a column. When memory runs out, nothing has changed.
   std::uint32_t FindOrAdd(const char* name) {
     const Column* const pColumn = Expected(name);
-    return pColumn != nullptr ? pColumn->nPosition + 1
-                              : FindOrAddElsewhere(name, std::strlen(name));
+    return pColumn != nullptr ? pColumn->nPosition + 1 : FindOrAddAny(name, std::strlen(name));
   }
   std::uint32_t FindOrAdd(const char* name, std::size_t length) {
-    return IsGuess(name, length) ? TakeGuess() : FindOrAddElsewhere(name, length);
+    return IsGuess(name, length) ? TakeGuess() : FindOrAddAny(name, length);
   }
 
   // All column indices in the byte-wise order of their names.
@@ -141,10 +148,11 @@ class Columns {
   }
 
   std::uint32_t FindElsewhere(const char* name, std::size_t length);
-  std::uint32_t FindOrAddElsewhere(const char* name, std::size_t length);
+  std::uint32_t FindOrAddAny(const char* name, std::size_t length);
+  std::uint32_t FindOrAddElsewhere(const char* name, std::size_t length, JSON::Block16 start);
   bool IsBeyond(const char* name, std::size_t length) const;
   std::uint32_t Search(const char* name, std::size_t length) const;
-  std::uint32_t Add(const char* name, std::size_t length, bool bBeyond);
+  std::uint32_t Add(const char* name, std::size_t length, JSON::Block16 start, bool bBeyond);
   void Learn(std::uint32_t nPosition);
 
   void MakeRoom();
