@@ -284,7 +284,7 @@ class Support::CellPlayer::Player {
     Expect(set_.GetRowsCount() == model_.lRowsCount, "GetRowsCount");
     Expect(set_.GetColumnCount() == static_cast<long>(model_.mapColumns.size()), "GetColumnCount");
     Expect(set_.GetString() == model_.Text(), "GetString");
-    if (random_.OneIn(4)) {
+    if (random_.OneIn(12)) {
       Expect(set_.Dump() == model_.Dump(), "Dump");
     }
     long position = 0;
