@@ -3,8 +3,8 @@
 // Memory that runs out, in every part of the library: each operation of the tables below is done on
 // a new object with the first allocation failing, then with the second, and so on until it
 // succeeds. After each failure the object is as its header says, the operation can be done again
-// with the result of a first success, and in the end nothing is left allocated. (The cells of a
-// record set and the streaming writer have tests of their own beside their other tests.)
+// with the result of a first success, and in the end nothing is left allocated. (The
+// streaming writer has such a test beside its other tests.)
 //
 // What it found when it was new: a parse out of memory kept objects with members but without their
 // names, so that the next name set there led to another member's value; a message that could not be
@@ -325,6 +325,17 @@ TEST(ExhaustedMemory, LeavesRecordsWhole) {
          std::string strText;
          r.GetValueAsStringUTF8(strText, "nested");
        }},
+      {"set far away", [](Record& r) { r.SetValue("text", kLong.c_str(), 3000); }},
+      {"set many",
+       [](Record& r) {
+         for (long i = 0; i < 40; ++i)
+           r.SetValue(std::to_string(i).c_str(), kLong.c_str(), 80 - 2 * i);
+       },
+       Left::kOther},
+      {"read a missing cell", [](Record& r) { r.GetValueAsString("text", -5); }},
+      {"load",
+       [](Record& r) { r.SetString(R"({"rows":[{"new":"of more than 15 bytes"},{"text":{}}]})"); },
+       Left::kOther},
       {"add a column", [](Record& r) { r.AddColumn(kLong.c_str()); }},
   };
   const auto make = [&] {

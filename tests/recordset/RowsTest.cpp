@@ -15,7 +15,6 @@
 
 #include "recordset/Rows.h"
 #include "tests/support/CountedMemory.h"
-#include "tests/support/Random.h"
 
 namespace {
 
@@ -58,20 +57,6 @@ const Filling kFillings[] = {
            put(i, c);
        }
      }},
-    {"wide rows from the last column to the first", 24,
-     [](const Put& put) {
-       for (long i = 1; i <= 30; ++i) {
-         for (std::uint32_t c = 1000; c >= 1; --c)
-           put(i, c);
-       }
-     }},
-    {"full and nearly empty rows by turns", 24,
-     [](const Put& put) {
-       for (long i = 1; i <= 2000; ++i) {
-         for (std::uint32_t c = 1; c <= (i % 2 == 0 ? 1 : 20); ++c)
-           put(i, c);
-       }
-     }},
     {"one cell at the end after a full row", 96,
      [](const Put& put) {
        for (std::uint32_t c = 1; c <= 10000; ++c)
@@ -111,17 +96,6 @@ const Filling kFillings[] = {
          for (std::uint32_t c = 1; c <= 10; ++c)
            put(i * 1000003, c);
        }
-     }},
-    {"every third row", 80,
-     [](const Put& put) {
-       for (long i = 3; i <= 30000; i += 3)
-         put(i, 1);
-     }},
-    {"rows at random", 64,
-     [](const Put& put) {
-       Support::Random random(1);
-       for (int i = 0; i < 30000; ++i)
-         put(random.Below(20000), 1 + random.Below(4));
      }},
     {"the ends of the ranges", 10000,
      [](const Put& put) {
