@@ -72,7 +72,16 @@ class Columns {
     return IsGuess(name, length) ? TakeGuess() : FindElsewhere(name, length);
   }
 
-  // The same for a name, which becomes a column when it is new. A whole block can be read there.
+  // The same, but a new name becomes a column. When memory runs out, nothing has changed.
+  std::uint32_t FindOrAdd(const char* name) {
+    const Column* const pColumn = Expected(name);
+    return pColumn != nullptr ? pColumn->nPosition + 1 : FindOrAddAny(name, std::strlen(name));
+  }
+  std::uint32_t FindOrAdd(const char* name, std::size_t length) {
+    return IsGuess(name, length) ? TakeGuess() : FindOrAddAny(name, length);
+  }
+
+  // The column itself. REQUIRES: a whole block can be read at `name`.
   const Column& FoundOrAdded(const char* name, std::size_t length) {
     if (IsGuess(name, length)) {
       TakeGuess();
@@ -98,25 +107,6 @@ class Columns {
   const Column* Found(const Column& column) {
     pLast_ = &column;
     return pGuess_ = column.pNext;
-  }
-
-  // The name of the expected column, when the text at p, behind an opening quote, is that name and
-  // a closing quote; nColumn is then its index. Null and 0 when the name has to be read.
-  const JSON::ExpectedName* MatchQuoted(const char* p, const char* pEnd, std::uint32_t& nColumn) {
-    nColumn = 0;
-    if (pGuess_ == nullptr || !pGuess_->name.Matches(p, pEnd)) return nullptr;
-    const JSON::ExpectedName* const pName = &pGuess_->name;
-    nColumn = TakeGuess();
-    return pName;
-  }
-
-  // The same, but a new name becomes a column. When memory runs out, nothing has changed.
-  std::uint32_t FindOrAdd(const char* name) {
-    const Column* const pColumn = Expected(name);
-    return pColumn != nullptr ? pColumn->nPosition + 1 : FindOrAddAny(name, std::strlen(name));
-  }
-  std::uint32_t FindOrAdd(const char* name, std::size_t length) {
-    return IsGuess(name, length) ? TakeGuess() : FindOrAddAny(name, length);
   }
 
   // All column indices in the byte-wise order of their names.

@@ -90,8 +90,8 @@ class Rows {
   Cells CellsToFill(long lRow) {
     const unsigned long nIndex = IndexOf(lRow);
     if (nIndex < nSlots_ && mapOdd_.empty() && Slot(nIndex).IsUnused()) {
-      ++nGridRows_;
       BeginRow(lRow, Slot(nIndex));
+      nGridRows_ += Slot(nIndex).IsUnused() ? 0 : 1;
     }
     return CellsOf(lRow);
   }
