@@ -65,13 +65,13 @@ class ExpectedName {
     return nLength_ < Block16::kBytes || MatchesRest(p, pEnd);
   }
 
-  // Whether the text at p is the name, a closing quote and a colon, and goes on behind them.
-  // REQUIRES: 17 bytes at p.
+  // Whether the text at p is the name, a closing quote and a colon, and goes on for two bytes
+  // behind them. REQUIRES: 18 bytes at p.
   bool MatchesMember(const char* p, const char* pEnd) const {
     const std::uint32_t nEqual = Block16::Load(p).Equals(Block16::Load(aStart_));
     if (nLength_ >= Block16::kBytes - 1) {
       return (nEqual & nMask_) == nMask_ && MatchesRest(p, pEnd) &&
-             static_cast<std::size_t>(pEnd - p) > nLength_ + 2 && p[nLength_ + 1] == ':';
+             static_cast<std::size_t>(pEnd - p) > nLength_ + 3 && p[nLength_ + 1] == ':';
     }
     const std::uint32_t nWithColon = 2 * nMask_ + 1;
     return (nEqual & nWithColon) == nWithColon;

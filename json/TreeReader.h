@@ -31,7 +31,8 @@ class TreeReader {
 
   // What the sinks read themselves; see json/Grammar.h. Members are read as long as their names are
   // the expected ones, and both as long as the values are containers, or scalars without escapes.
-  Due ReadPlainMembers(char*& p, ArrayValue& values, Shape*& pShape, Shape*& pExpected);
+  Due ReadPlainMembers(char*& p, ArrayValue& values, Place& place, Shape*& pShape,
+                       Shape*& pExpected);
   Due ReadPlainElements(char*& p, ArrayValue& array, Place& place);
 
   // String content behind the opening quote at p: unescaped in place and NUL-terminated.
