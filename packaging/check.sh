@@ -86,6 +86,13 @@ for build in "$@"; do
   [[ $depends == *"libqxrecordset1 (>= ${version%-*})"* ]]
 done
 
+# What a newcomer does who has installed the packages: the commands of the pages, the way to the first
+# own program among them.
+env SOURCE="$source" INSTALLED="$root/usr" LIBDIR=lib/x86_64-linux-gnu TOOLCHAIN= PYTHON_LOADS= \
+  QXRS="env LD_LIBRARY_PATH=$root/usr/lib/x86_64-linux-gnu $root/usr/bin/qxrs" \
+  CC="$(command -v cc)" CXX="$(command -v c++)" CFLAGS= CXXFLAGS= ONLY=commands \
+  python3 -B tests/docs/docs_test.py README.md docs/guide.md
+
 if [[ -x $root/usr/bin/qxrs ]]; then
   export LD_LIBRARY_PATH=$root/usr/lib/x86_64-linux-gnu
   "$root/usr/bin/qxrs" --version
