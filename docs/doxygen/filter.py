@@ -185,7 +185,8 @@ def filtered_page(page, lines):
             else:
                 line = re.sub(r"(?<!`)`([^`]+)`(?!`)",
                               lambda m: f"`{m[0]}`" if "'" in m[1] else m[0], line)
-                line = re.sub(r"\[([^\]]*)\]\(([^)\s]+)\)", lambda m: filtered_link(page, m), line)
+                line = re.sub(r"(!\[[^\]]*\]\()[^)\s]*/", r"\1", line)  # pictures are found by name
+                line = re.sub(r"(?<!!)\[([^\]]*)\]\(([^)\s]+)\)", lambda m: filtered_link(page, m), line)
         out.append(line)
     return "\n".join(out) + "\n"
 
