@@ -120,8 +120,8 @@ coverage: ## line coverage of the library by its own tests (98 % or it fails)
 docs: ## build the reference with all pages: build/docs/index.html
 	$(DEPS) docs
 	mkdir -p build/docs
-	{ cat docs/doxygen/Doxyfile; sed -nE 's/^ *VERSION ([0-9.]+)$$/PROJECT_NUMBER = \1/p' CMakeLists.txt; } \
-	  | doxygen -
+	{ cat docs/doxygen/Doxyfile; sed -nE 's/^ *VERSION ([0-9.]+)$$/PROJECT_NUMBER = \1/p' CMakeLists.txt; \
+	  printf 'IMAGE_PATH = %s\n' $(wildcard docs/plots); } | doxygen -
 
 packages: export SOURCE_DATE_EPOCH ?= $(or $(shell git log -1 --format=%ct 2>/dev/null),$(shell date +%s))
 packages: ## make the Debian packages, amd64 and i386, in build/package-*/packages/
