@@ -20,7 +20,7 @@ constexpr std::size_t kSmallestBlock = 1024;
 constexpr std::size_t kLargestBlock = (sizeof(void*) == 4 ? 384 * 1024 : 1024 * 1024) - 16;
 
 // A new block has this part of the size of all blocks so far: what may lie unused stays within it.
-constexpr std::size_t kGrowthDivisor = 4;
+constexpr std::size_t kGrowthDivisor = 8;
 
 }  // namespace
 
