@@ -129,7 +129,13 @@ class Columns {
     return column.name.Length() == length && SameBytes(column.name.Text(), name, length);
   }
   static bool IsText(const Column& column, const char* name) {
-    return std::strcmp(column.name.Text(), name) == 0;
+    const char* p = column.name.Text();
+    if constexpr (sizeof(void*) > 4) return std::strcmp(p, name) == 0;
+    // In 32-bit code a call out of the library costs more than the bytes of a short name.
+    for (; *p == *name; ++p, ++name) {
+      if (*p == '\0') return true;
+    }
+    return false;
   }
 
   std::uint32_t TakeGuess() {
