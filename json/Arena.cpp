@@ -80,12 +80,4 @@ void* Arena::AllocateElsewhere(std::size_t nBytes) {
   return pBlock + 1;
 }
 
-std::size_t Arena::Footprint() const noexcept {
-  std::size_t n = 0;
-  for (const Block* p = pFirst_; p != nullptr; p = p->pNext) {
-    n += p->nBytes;
-  }
-  return n;
-}
-
 }  // namespace JSON

@@ -54,9 +54,6 @@ class alignas(8) Arena {
   // nKept is 0, or the size of the first allocation and that one came from the first block.
   void Rewind(std::size_t nKept) noexcept;
 
-  // Bytes in all blocks.
-  std::size_t Footprint() const noexcept;
-
   // The tree in this pool may own memory outside of it.
   bool bOwnsHeap = false;
 

@@ -24,6 +24,7 @@ class ExpectedName {
       : ExpectedName(pName, nLength, FirstBytes(pName, nLength)) {}
 
   // The same, with the block that begins with the name's first bytes at hand.
+  // Store() fills aStart_. NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
   ExpectedName(const char* pName, std::size_t nLength, Block16 start)
       : pName_(pName), nLength_(static_cast<std::uint32_t>(nLength)) {
     constexpr std::size_t kBlock = Block16::kBytes;

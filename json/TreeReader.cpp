@@ -243,7 +243,7 @@ Due TreeReader::ReadPlainMembers(char*& p, ArrayValue& values, Place& place, Sha
     char* const pNameEnd = pQuote + 1 + pNext->name.Length();
     char* const pValue = SkipGap(pNameEnd + 2, pEnd);
     if (pValue >= pLimit) break;
-    Scalar scalar;
+    Scalar scalar;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled when it is found
     scalar.pNul = pNameEnd;
     char* pBehind = FindScalar(pValue, pEnd, scalar);
     if (pBehind != nullptr) {
@@ -281,7 +281,7 @@ Due TreeReader::ReadPlainElements(char*& p, ArrayValue& array, Place& place) {
     char* const pValue = SkipGap(pDue, pEnd);
     if (pValue >= pLimit) break;
     char cIgnored = 0;
-    Scalar scalar;
+    Scalar scalar;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled when it is found
     scalar.pNul = &cIgnored;
     char* pBehind = nullptr;
     if (BeginsContainer(*pValue)) {

@@ -142,7 +142,7 @@ inline const char* PlainMembers::Read(const char* p, long lRow) {
       if (pColumn == nullptr) break;
     }
     if (JSON::IsSpace(*p)) p = SkipSpace(p);
-    Value value;
+    Value value;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled when it is read
     if (p >= pLimit || (p = ReadValue(p, value)) == nullptr) break;
     if (*p != ',' && *p != '}') p = SkipSpace(p);
     if (*p != ',' && *p != '}') break;

@@ -181,7 +181,7 @@ QXRECORDSET_HOT char* RowWriter::Value(char* p, const Cell& cell) {
     case CQXRecordSet::QX_LONG:
       return Integer(p, cell);
     case CQXRecordSet::QX_NULL:
-      std::memcpy(p, "null", 4);
+      std::memcpy(p, "null", 4);  // NOLINT(bugprone-not-null-terminated-result): a piece of text
       return p + 4;
     case CQXRecordSet::QX_BOOL: {
       const bool bTrue = cell.nLength == 1 && *cell.pText == '1';

@@ -8,19 +8,6 @@
 
 namespace recordset {
 
-void Table::SetOwnText(long lRow, std::uint32_t nColumn, char* pText, std::size_t nRoom,
-                       std::size_t length, std::int32_t eType) {
-  try {
-    Cell& cell = rows.EnsureCell(lRow, nColumn);
-    const char* const pFinal = texts.Trim(pText, nRoom, length);
-    if (cell.Exists()) texts.Release(cell.pText, cell.nLength);
-    Assign(cell, pFinal, length, eType);
-  } catch (...) {
-    texts.Release(pText, nRoom);
-    throw;
-  }
-}
-
 // A cell that does not exist, or does not lie where most cells do.
 const Cell& Table::ReadOtherCell(long lRow, std::uint32_t nColumn) {
   Cell& cell = rows.EnsureCell(lRow, nColumn);

@@ -8,12 +8,6 @@
 //
 //   const std::uint32_t nColumn = table.columns.FindOrAdd(name, nNameLength);
 //   table.SetCell(lRow, nColumn, pText, nLength, CQXRecordSet::QX_TEXT);
-//
-// or, when the text is yet to be made (digits, escapes), into its final place:
-//
-//   char* const pText = table.texts.Allocate(nRoom);
-//   ... write up to nRoom bytes, nLength of them ...
-//   table.SetOwnText(lRow, nColumn, pText, nRoom, nLength, CQXRecordSet::QX_TEXT);
 
 #ifndef QXRECORDSET_RECORDSET_TABLE_H
 #define QXRECORDSET_RECORDSET_TABLE_H
@@ -44,12 +38,6 @@ class Table {
                          : texts.Store(text, length),
            length, eType);
   }
-
-  // Gives the cell the text that the caller has written to the `length` first bytes of `pText`,
-  // which texts.Allocate(nRoom) gave. When memory runs out, all cells are as before, and the text
-  // is taken back.
-  void SetOwnText(long lRow, std::uint32_t nColumn, char* pText, std::size_t nRoom,
-                  std::size_t length, std::int32_t eType);
 
   // The cell, which comes into being as a null cell when it does not exist.
   const Cell& ReadCell(long lRow, std::uint32_t nColumn) {

@@ -17,19 +17,6 @@ bool TextStore::IsConstant(const char* pText) {
   return !before(pText, aConstants) && before(pText, aConstants + sizeof aConstants);
 }
 
-const char* TextStore::Trim(char* pText, std::size_t nRoom, std::size_t length) {
-  const char* const pConstant = length <= 1 ? Constant(pText, length) : nullptr;
-  if (pConstant != nullptr) {
-    Release(pText, nRoom);
-    return pConstant;
-  }
-  pText[length] = '\0';
-  if (ResizePiece(pText, nRoom, length)) return pText;
-  const char* const pFinal = Store(pText, length);
-  Release(pText, nRoom);
-  return pFinal;
-}
-
 // Makes the piece of a text fit the length of a shorter text, if it need not move for that.
 bool TextStore::ResizePiece(const char* pText, std::size_t nOldLength, std::size_t length) {
   const std::size_t nOld = PieceSize(nOldLength);

@@ -87,10 +87,6 @@ class TextStore {
     return pText;
   }
 
-  // The text in `pText`, which Allocate(nRoom) gave, is only `length` bytes long. Gives the text in
-  // its final place.
-  const char* Trim(char* pText, std::size_t nRoom, std::size_t length);
-
   // Takes back a text that this store gave. `length` is the length it was stored with.
   void Release(const char* pText, std::size_t length) noexcept;
 

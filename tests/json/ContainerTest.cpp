@@ -155,9 +155,9 @@ TEST(JsonArray, IndexesItsStringsWhenAllAreStrings) {
   EXPECT_STREQ(array.NameAt(2), "x");
   EXPECT_EQ(array.NameAt(4), nullptr);
   EXPECT_EQ(array.NameAt(-1), nullptr);
-  const ArrayValue::OrdinalMap* pIndex = &array.vOrdinalMap[0];
-  for (const int nOrdinal : {3, 0, 2, 1})
-    EXPECT_EQ((pIndex++)->nOrdinal, nOrdinal);
+  EXPECT_EQ(array.vOrdinalMap.size(), 4u);
+  EXPECT_TRUE(std::is_sorted(array.vOrdinalMap.begin(), array.vOrdinalMap.end(),
+                             ArrayValue::OrdinalMap::Less));
   EXPECT_EQ(array.vValues[2].nNameIndex, 2);
 
   array.UpdateByOrdinal(0, "w", JSON::jtString);

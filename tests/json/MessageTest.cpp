@@ -120,6 +120,14 @@ TEST(JsonMessage, DropsANameWithoutValueAtTheNextUpdate) {
   }
 }
 
+TEST(JsonMessage, DropsANameWithoutValueThatWasChanged) {
+  Message message;
+  ASSERT_FALSE(message.Parse(R"({"lost":?)"));
+  dynamic_cast<ObjectValue&>(*message.pComposite).vNameMap[0].UpdateName("owned");
+  message.Set("a", 1);
+  EXPECT_EQ(Written(message), R"({"a":1})");
+}
+
 TEST(JsonMessage, CopiesHaveABufferOfTheirOwn) {
   static const char kText[] = R"({"b":["t\u0065xt",1.5],"a":{"c":null},"s":1})";
   for (const bool bInPlace : {false, true}) {

@@ -163,6 +163,7 @@ TEST(JsonParser, OffersItsStepsToHosts) {
       {Parser::ParseBoolean, "fals", -1, "", 0},
       {Parser::ParseNull, "null", 1, "null", 4},
       {Parser::ParseNull, "none", -1, "", 0},
+      {Parser::ParseNumber, "x", -1, "", 0},
       {Parser::ParseString, "\"a\\tb\"", 5, "a\tb", 6},
       {Parser::ParseString, "\"ab", -1, "", 1},
   };

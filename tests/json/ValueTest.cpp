@@ -64,7 +64,8 @@ constexpr Reading kReadings[] = {
     {JSON::jtDouble, "1e400", kMax, kInfinite, true},
     {JSON::jtDouble, "-1e400", kMin, -kInfinite, true},
     {JSON::jtDouble, "1e-400", 0, 0, false},
-    {JSON::jtDouble, "0.1000000000000000055511151231257827021181583404541015625", 0, 0.1, true},
+    {JSON::jtDouble, "0.1000000000000000055511151231257827021181583404541015625000000000", 0, 0.1,
+     true},
     {JSON::jtDouble, "1797693134862315700000000000000000000.0e272", kMax, 1.7976931348623157e308,
      true},
     {JSON::jtBoolean, "true", 1, 1, true},
@@ -126,6 +127,17 @@ TEST(JsonValue, AnswersLookupsInScalarsWithTheEmptyValues) {
   EXPECT_EQ(&constant[0], &JSONValue::None());
   EXPECT_EQ(&message[1][-1], &JSONValue::NonConstNone());
   EXPECT_EQ(&message[1][1], &JSONValue::NonConstNone());
+}
+
+TEST(JsonValue, IsAssignedFieldByField) {
+  UnsafeJSONValue source = MakeValue(JSON::jtInteger, "12", 2);
+  source.nNameIndex = 3;
+  source.bOwnsText = true;
+  UnsafeJSONValue value;
+  value = source;
+  CheckReading(value, {JSON::jtInteger, "12", 12, 12, true});
+  EXPECT_EQ(value.nNameIndex, 3);
+  EXPECT_TRUE(value.bOwnsText);
 }
 
 TEST(JsonValue, KeepsTheEmptyValuesEmpty) {

@@ -129,28 +129,4 @@ TEST(TextStore, SharesConstantsAndReusesPieces) {
   EXPECT_THROW(store.Allocate(TextStore::kLongest + 1), std::bad_alloc);
 }
 
-TEST(TextStore, TrimsWhatTheCallerWrote) {
-  TextStore store;
-  const std::size_t kRooms[] = {1, 2, 7, 8, 40, 255, 256, 1000};
-  for (const std::size_t nRoom : kRooms) {
-    for (const std::size_t length : {0, 1, 2, 6, 8, 39, 254, 255, 999}) {
-      for (const bool bLast : {true, false}) {
-        if (length > nRoom) continue;
-        SCOPED_TRACE(testing::Message() << length << " of " << nRoom);
-        const std::string text = length == 1 ? "1" : Pattern(length, 1);
-        char* const pRoom = store.Allocate(nRoom);
-        EXPECT_EQ(pRoom[nRoom], '\0');
-        std::memcpy(pRoom, text.data(), length);
-        if (!bLast) store.Store("in between", 10);
-        const char* const pText = store.Trim(pRoom, nRoom, length);
-        EXPECT_STREQ(pText, text.c_str());
-        if (length <= 1) {
-          EXPECT_EQ(pText, store.Store(text.data(), length)) << "a constant";
-        }
-        store.Release(pText, length);
-      }
-    }
-  }
-}
-
 }  // namespace
