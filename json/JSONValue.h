@@ -309,8 +309,8 @@ class QXRECORDSET_EXPORT ArrayValue : public CompositeValue {
  private:
   friend class Storage;
   friend class ObjectValue;
-  explicit ArrayValue(Arena* pPool, bool bInPool) noexcept
-      : CompositeValue(bInPool), pArena(pPool) {}
+  ArrayValue(Arena* pPool, bool bInPool, UnsafeJSONValue* pRoom, std::uint32_t nRoom) noexcept
+      : CompositeValue(bInPool), vValues(pRoom, nRoom), pArena(pPool) {}
 
   Arena* pArena = nullptr;  // where the elements live; null for the heap
 };
@@ -371,8 +371,8 @@ class QXRECORDSET_EXPORT ObjectValue : public CompositeValue {
 
  private:
   friend class Storage;
-  explicit ObjectValue(Arena* pPool, bool bInPool) noexcept
-      : CompositeValue(bInPool), avValues(pPool, false) {}
+  ObjectValue(Arena* pPool, bool bInPool, UnsafeJSONValue* pRoom, std::uint32_t nRoom) noexcept
+      : CompositeValue(bInPool), avValues(pPool, false, pRoom, nRoom) {}
 };
 
 }  // namespace JSON

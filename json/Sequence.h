@@ -68,6 +68,11 @@ class Sequence {
 
  private:
   friend class Storage;
+  friend class ArrayValue;
+
+  // Without elements, with room for nRoom at pRoom, which belongs to somebody else.
+  Sequence(T* pRoom, std::uint32_t nRoom) noexcept
+      : pItems(pRoom), nCapacity(nRoom & 0x7FFFFFFFu), bOnHeap(0) {}
 
   // The elements, as storage that this sequence alone may change.
   T* Own() {

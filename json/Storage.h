@@ -45,14 +45,13 @@ class Storage {
         (sizeof(Container) + Arena::kAlignment - 1) / Arena::kAlignment * Arena::kAlignment;
     const std::size_t nRoom = nReserve != 0 ? kHeader + nReserve * sizeof(UnsafeJSONValue) : 0;
     char* const p = static_cast<char*>(pArena->Allocate(nContainer + nRoom));
-    Container* const pContainer = new (p) Container(pArena, true);
+    UnsafeJSONValue* pItems = nullptr;
     if (nReserve != 0) {
       new (p + nContainer) Arena*(pArena);
-      Sequence<UnsafeJSONValue>& values = ElementsOf(*pContainer).vValues;
-      values.pItems = reinterpret_cast<UnsafeJSONValue*>(p + nContainer + kHeader);
-      values.nCapacity = nReserve & 0x7FFFFFFFu;
+      pItems =
+          reinterpret_cast<UnsafeJSONValue*>(p + nContainer + kHeader);  // nRoom bytes behind p
     }
-    return pContainer;
+    return new (p) Container(pArena, true, pItems, nReserve);
   }
 
   // Releases a container and everything it owns.
@@ -60,8 +59,6 @@ class Storage {
 
   static bool InArena(const CompositeValue& composite) { return composite.bInArena; }
   static Arena* ArenaOf(const ArrayValue& array) { return array.pArena; }
-  static ArrayValue& ElementsOf(ArrayValue& array) { return array; }
-  static ArrayValue& ElementsOf(ObjectValue& object) { return object.avValues; }
 
   // An empty container in a rewound pool has lost its storage.
   static void Forget(ArrayValue& array) noexcept {
