@@ -193,7 +193,7 @@ QXRECORDSET_HOT char* SkipGap(char* p, char* pEnd) {
 QXRECORDSET_HOT char* SkipIndent(char* p, char* pEnd, std::uint32_t& nBlanks) {
   constexpr std::uint32_t kBlock = Block16::kBytes;
   char* const pLine = p + 1;
-  if (pEnd - pLine > 2 * Block16::kBytes) {
+  if (pEnd - pLine > std::ptrdiff_t{2} * Block16::kBytes) {
     const std::uint32_t nFront = Block16::Load(pLine).Equals(' ');
     const std::uint32_t nBack = Block16::Load(pLine + kBlock).Equals(' ');
     const std::uint32_t nExpected = (std::uint32_t{1} << nBlanks) - 1;
@@ -208,7 +208,7 @@ QXRECORDSET_HOT char* SkipIndent(char* p, char* pEnd, std::uint32_t& nBlanks) {
 
 // The comma or closing bracket behind a value that ends at p; null when there is none before
 // pLimit.
-QXRECORDSET_HOT char* FindSeparator(char* p, char* pLimit, char* pEnd, char cClosing) {
+QXRECORDSET_HOT char* FindSeparator(char* p, const char* pLimit, char* pEnd, char cClosing) {
   if (p >= pLimit) return nullptr;
   if (*p == ',' || *p == cClosing) return p;
   p = SkipGap(p, pEnd);
