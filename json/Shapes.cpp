@@ -74,6 +74,7 @@ void Shape::GiveNames(Arena& arena, ObjectValue& object) {
     NameIndex* const pNew = new (arena.Allocate(sizeof(NameIndex))) NameIndex;
     pNew->pNames = Storage::Names(object);
     pNew->pPositions = static_cast<int*>(arena.Allocate(nNames * sizeof(int)));
+    // A complete object has as many values as names.
     for (std::size_t i = 0; i < nNames; ++i) {
       pNew->pPositions[i] = Storage::Values(object.avValues)[i].nNameIndex;
     }
@@ -84,6 +85,7 @@ void Shape::GiveNames(Arena& arena, ObjectValue& object) {
   Storage::BorrowNames(object, pIndex->pNames, static_cast<std::size_t>(nCount));
   const UnsafeJSONValue* const pValues = Storage::Values(object.avValues);
   const int* const pPositions = pIndex->pPositions;
+  // There are nCount positions, and as many values: the object is complete.
   for (int i = 0; i < nCount; ++i) {
     pValues[i].nNameIndex = pPositions[i];
   }

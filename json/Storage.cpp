@@ -38,6 +38,7 @@ void Storage::Grow(Sequence<T>& items, std::size_t nCapacity, Arena* pArena) {
   } else {
     pRoom = static_cast<char*>(pArena->Allocate(kHeader + nBytes));
   }
+  // The room is kHeader + nBytes long, and kHeader keeps the alignment.
   new (pRoom) Arena*(pArena);
   T* const pItems = reinterpret_cast<T*>(pRoom + kHeader);
   if (items.nSize != 0) {

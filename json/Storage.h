@@ -47,9 +47,9 @@ class Storage {
     char* const p = static_cast<char*>(pArena->Allocate(nContainer + nRoom));
     UnsafeJSONValue* pItems = nullptr;
     if (nReserve != 0) {
+      // The room that was just taken, behind the container; all its parts keep the alignment.
       new (p + nContainer) Arena*(pArena);
-      pItems =
-          reinterpret_cast<UnsafeJSONValue*>(p + nContainer + kHeader);  // nRoom bytes behind p
+      pItems = reinterpret_cast<UnsafeJSONValue*>(p + nContainer + kHeader);
     }
     return new (p) Container(pArena, true, pItems, nReserve);
   }
@@ -247,6 +247,7 @@ class Storage {
   template <typename T>
   static void FreeItems(Sequence<T>& items) noexcept {
     if (items.bOnHeap != 0) {
+      // Grow() allocated the items with kHeader bytes in front.
       ::operator delete(reinterpret_cast<char*>(items.pItems) - kHeader);
     }
     Forget(items);

@@ -52,7 +52,7 @@ char* BumpBlocks::AddBlock(std::size_t nSize) {
   pBlock->nSize = nBytes;
   pNewest_ = pBlock;
   nFootprint_ += nBytes;
-  return reinterpret_cast<char*>(pBlock + 1);
+  return reinterpret_cast<char*>(pBlock + 1);  // nSize bytes, then the slack
 }
 
 void BumpBlocks::Reset() noexcept {
@@ -67,6 +67,7 @@ void BumpBlocks::Reset() noexcept {
     ::operator delete(pOlder);
   }
   nFootprint_ = pNewest_->nSize;
+  // A block's size is that of its header, its room and its slack.
   pNext_ = reinterpret_cast<char*>(pNewest_ + 1);
   pLimit_ = reinterpret_cast<char*>(pNewest_) + pNewest_->nSize - kSlack;
 }

@@ -34,6 +34,7 @@ class PlainMembers {
   // which.
   const char* Read(const char* p, long lRow);
 
+  // `p` is what Read() gave: behind the byte in front of the first member, at least.
   static bool IsRowEnd(const char* p) { return p[-1] == '}'; }
 
  private:
@@ -112,7 +113,7 @@ QXRECORDSET_HOT const char* PlainMembers::ReadLiteral(const char* p, Value& valu
 inline const Columns::Column* PlainMembers::ReadName(const char*& p) {
   const char* const pName = p + 1;
   const char* const pStop = JSON::FindTextStop(pName, pEnd_);
-  if (*pStop != '"' || pStop[1] != ':') return nullptr;
+  if (*pStop != '"' || pStop[1] != ':') return nullptr;  // at pEnd_ stands a NUL
   p = pStop + 2;
   return &table_.columns.FoundOrAdded(pName, static_cast<std::size_t>(pStop - pName));
 }

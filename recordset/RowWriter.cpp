@@ -111,7 +111,7 @@ void RowWriter::Row(long lRow) {
       DenseRow(*pRow);
     }
   }
-  if (pNext_[-1] == ',') --pNext_;
+  if (pNext_[-1] == ',') --pNext_;  // the opening brace at least stands there
   Raw("}");
 }
 

@@ -120,6 +120,8 @@ void Rows::AddSlots() {
   TakeOverOddRows(nOldSlots);
 }
 
+// Everything in the blocks is a multiple of an address in size, so rows, cells and addresses lie
+// aligned; the sizes here are those of at most kPageRows rows, or of pages that exist.
 void Rows::GrowOnlyPage(unsigned long nRows) {
   Row* const pPage = reinterpret_cast<Row*>(blocks_.Allocate(nRows * sizeof(Row)));
   std::uninitialized_copy_n(pOnlyPage_, nSlots_, pPage);
@@ -204,6 +206,7 @@ std::uint32_t Rows::FinishRow(Row& row) {
       nLast = nLastFar;
     }
   }
+  // The end of the row's array, which has nSpan cells.
   const char* const pEnd = reinterpret_cast<const char*>(row.pCells + row.nSpan);
   if (nLast < row.nSpan && blocks_.ShrinkLast(pEnd, (row.nSpan - nLast) * sizeof(Cell))) {
     row.nSpan = nLast & kLastColumn;
@@ -233,7 +236,7 @@ bool Rows::Widen(long lRow, Row& row, std::uint32_t nColumn) {
 // The array of the row that is being filled is the last piece of memory that was handed out.
 bool Rows::WidenInPlace(Row& row, std::uint32_t nColumn) {
   const std::uint32_t nSpan = row.nSpan;
-  const char* const pEnd = reinterpret_cast<const char*>(row.pCells + nSpan);
+  const char* const pEnd = reinterpret_cast<const char*>(row.pCells + nSpan);  // of the array
   const std::uint32_t nMore = nColumn - nSpan + (nColumn < kLastColumn / 2 ? kSpareColumns : 0);
   if (!blocks_.ExtendLast(pEnd, nMore * sizeof(Cell))) return false;
   MakeEmpty(row.pCells + nSpan, nMore);

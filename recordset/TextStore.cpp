@@ -32,6 +32,7 @@ void TextStore::Release(const char* pText, std::size_t length) noexcept {
     ReleaseSmall(pPiece, PieceSize(length));
     return;
   }
+  // AllocateLarge() put a LargeText in front.
   LargeText* const pLarge = reinterpret_cast<LargeText*>(pPiece) - 1;
   (pLarge->pPrevious != nullptr ? pLarge->pPrevious->pNext : pLarge_) = pLarge->pNext;
   if (pLarge->pNext != nullptr) pLarge->pNext->pPrevious = pLarge->pPrevious;
