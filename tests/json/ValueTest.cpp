@@ -64,7 +64,7 @@ constexpr Reading kReadings[] = {
     {JSON::jtDouble, "1e400", kMax, kInfinite, true},
     {JSON::jtDouble, "-1e400", kMin, -kInfinite, true},
     {JSON::jtDouble, "1e-400", 0, 0, false},
-    {JSON::jtDouble, "0.1000000000000000055511151231257827021181583404541015625000000000", 0, 0.1,
+    {JSON::jtDouble, "0.10000000000000000555111512312578270211815834045410156250000000", 0, 0.1,
      true},
     {JSON::jtDouble, "1797693134862315700000000000000000000.0e272", kMax, 1.7976931348623157e308,
      true},
