@@ -1,8 +1,10 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Sorting names. A handful, the usual case, is sorted by insertion, where the names lie. More than
-// that are sorted through keys that hold what most comparisons need, so that they do not touch the
-// names; and by std::sort, so that no order of names makes the work grow with their square.
+// Sorting names. A handful, the usual case, is sorted by insertion, where the names lie; so are a
+// few new names behind sorted ones, which is what an object comes to that is built member by
+// member. More than that are sorted through keys that hold what most comparisons need, so that they
+// do not touch the names; and by std::sort, so that no order of names makes the work grow with
+// their square.
 
 #include "json/NameOrder.h"
 
@@ -27,6 +29,15 @@ void SortByInsertion(NameMap* pNames, std::size_t nCount) {
       --j;
     }
     pNames[j] = name;
+  }
+}
+
+// As many new names behind sorted ones are put where they belong one by one.
+constexpr std::size_t kMostNew = 4;
+
+void InsertNewNames(NameMap* pNames, NameMap* pNew, NameMap* pEnd) {
+  for (; pNew != pEnd; ++pNew) {
+    std::rotate(std::upper_bound(pNames, pNew, *pNew, NameMap::Less), pNew, pNew + 1);
   }
 }
 
@@ -75,6 +86,12 @@ void SortByKey(NameMap* pNames, std::size_t nCount) {
 void SortNames(NameMap* pNames, std::size_t nCount) {
   if (nCount <= kMostByInsertion) {
     SortByInsertion(pNames, nCount);
+    return;
+  }
+  NameMap* const pEnd = pNames + nCount;
+  NameMap* const pNew = std::is_sorted_until(pNames, pEnd, NameMap::Less);
+  if (static_cast<std::size_t>(pEnd - pNew) <= kMostNew) {
+    InsertNewNames(pNames, pNew, pEnd);
   } else {
     SortByKey(pNames, nCount);
   }
