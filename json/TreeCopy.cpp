@@ -5,13 +5,16 @@
 
 #include "json/TreeCopy.h"
 
+#include <algorithm>
+#include <typeinfo>
+
 #include "json/Storage.h"
 
 namespace JSON {
 namespace {
 
-// The containers of a copy start with room for this many items, or for what is known to come.
-constexpr int kCloneReserve = 4;
+// The containers of a copy have room for what is known to come, and for this many items at least.
+constexpr std::uint32_t kCloneReserve = 4;
 
 }  // namespace
 
@@ -27,18 +30,19 @@ const char* TreeCopy::Moved(const char* pText) const {
 // NOLINTEND(performance-no-int-to-ptr)
 
 CompositeValue* TreeCopy::Clone(const CompositeValue& source) {
-  if (const auto* const pObject = dynamic_cast<const ObjectValue*>(&source)) {
-    return CloneAs(*pObject);
+  if (typeid(source) == typeid(ObjectValue)) {
+    return CloneAs(static_cast<const ObjectValue&>(source));
   }
-  if (const auto* const pArray = dynamic_cast<const ArrayValue*>(&source)) {
-    return CloneAs(*pArray);
+  if (typeid(source) == typeid(ArrayValue)) {
+    return CloneAs(static_cast<const ArrayValue&>(source));
   }
   return source.Clone(nDelta_);  // a host's own kind of container
 }
 
 template <typename Container>
 CompositeValue* TreeCopy::CloneAs(const Container& source) {
-  Container* const pCopy = Storage::Make<Container>(pArena_, kCloneReserve);
+  const auto nCount = static_cast<std::uint32_t>(source.Size());
+  Container* const pCopy = Storage::Make<Container>(pArena_, std::max(nCount, kCloneReserve));
   try {
     Append(source, *pCopy);
   } catch (...) {
@@ -54,13 +58,12 @@ void TreeCopy::Append(const ArrayValue& source, ArrayValue& target) {
   const UnsafeJSONValue* const pValues = Storage::Values(source);
   for (std::size_t i = 0; i < nCount; ++i) {
     const UnsafeJSONValue& value = pValues[i];
+    const bool bOwnsText = value.bOwnsText;
     UnsafeJSONValue& copy =
-        Storage::Append(target, value.eType, nullptr, 0, value.nNameIndex, nullptr);
-    if (value.bOwnsText) {
+        Storage::Append(target, value.eType, bOwnsText ? nullptr : Moved(value.pText),
+                        bOwnsText ? 0 : value.nLength, value.nNameIndex, nullptr);
+    if (bOwnsText) {
       copy.InternalUpdateValue(value.pText);
-    } else {
-      copy.pText = Moved(value.pText);
-      copy.nLength = value.nLength;
     }
     if (value.pComposite != nullptr) {
       copy.pComposite = Clone(*value.pComposite);
