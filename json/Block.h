@@ -117,18 +117,6 @@ class Block16 {
     return Mask(_mm_or_si128(blank, _mm_andnot_si128(vertical_tab, control)));
   }
 
-  // Bytes that do not belong to a number token, "+-0123456789.eE"; bytes that make it a real one.
-  std::uint32_t NonNumber() const {
-    const __m128i shifted = _mm_sub_epi8(v_, _mm_set1_epi8('0'));
-    const __m128i digit = _mm_cmpeq_epi8(_mm_min_epu8(shifted, _mm_set1_epi8(9)), shifted);
-    const __m128i plus = _mm_cmpeq_epi8(v_, _mm_set1_epi8('+'));
-    const __m128i minus = _mm_cmpeq_epi8(v_, _mm_set1_epi8('-'));
-    const __m128i number =
-        _mm_or_si128(_mm_or_si128(digit, RealBytes()), _mm_or_si128(plus, minus));
-    return ~Mask(number) & 0xFFFFu;
-  }
-  std::uint32_t RealMarks() const { return Mask(RealBytes()); }
-
   // Bytes that are no decimal digits.
   std::uint32_t NonDigits() const {
     const __m128i shifted = _mm_sub_epi8(v_, _mm_set1_epi8('0'));
@@ -148,11 +136,6 @@ class Block16 {
   static void StoreQuarter(char* p, __m128i v) {
     const int n = _mm_cvtsi128_si32(v);
     std::memcpy(p, &n, sizeof n);
-  }
-  __m128i RealBytes() const {
-    const __m128i exponent =
-        _mm_cmpeq_epi8(_mm_or_si128(v_, _mm_set1_epi8(0x20)), _mm_set1_epi8('e'));
-    return _mm_or_si128(exponent, _mm_cmpeq_epi8(v_, _mm_set1_epi8('.')));
   }
   static std::uint32_t Mask(__m128i v) { return static_cast<std::uint32_t>(_mm_movemask_epi8(v)); }
   __m128i v_;
@@ -219,14 +202,6 @@ class Block16 {
   }
   std::uint32_t Space() const {
     return Mask([](unsigned char b) { return b == ' ' || (b >= 0x09 && b <= 0x0D && b != 0x0B); });
-  }
-  std::uint32_t NonNumber() const {
-    return Mask([](unsigned char b) {
-      return (b < '0' || b > '9') && b != '+' && b != '-' && b != '.' && b != 'e' && b != 'E';
-    });
-  }
-  std::uint32_t RealMarks() const {
-    return Mask([](unsigned char b) { return b == '.' || b == 'e' || b == 'E'; });
   }
   std::uint32_t NonDigits() const {
     return Mask([](unsigned char b) { return b < '0' || b > '9'; });

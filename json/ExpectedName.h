@@ -38,6 +38,7 @@ class ExpectedName {
         (nLength > kBlock && std::any_of(pName + kBlock, pName + nLength, isEscaped))) {
       nMask_ = kNever;
     }
+    nMemberMask_ = nLength < kShortName ? 2 * nMask_ + 1 : kNever;
   }
 
   // The first bytes of a name that may end anywhere.
@@ -66,16 +67,16 @@ class ExpectedName {
     return nLength_ < Block16::kBytes || MatchesRest(p, pEnd);
   }
 
-  // Whether the text at p is the name, a closing quote and a colon, and goes on for two bytes
-  // behind them. REQUIRES: 18 bytes at p.
+  // Whether the text at p is the name, a closing quote and a colon. REQUIRES: 16 bytes at p. Of a
+  // name that is not short the text has to go on for as many bytes behind the colon.
   bool MatchesMember(const char* p, const char* pEnd) const {
     const std::uint32_t nEqual = Block16::Load(p).Equals(Block16::Load(aStart_));
-    if (nLength_ >= Block16::kBytes - 1) {
-      return (nEqual & nMask_) == nMask_ && MatchesRest(p, pEnd) &&
-             static_cast<std::size_t>(pEnd - p) > nLength_ + 3 && p[nLength_ + 1] == ':';
+    if ((nEqual & nMemberMask_) == nMemberMask_) {
+      return true;
     }
-    const std::uint32_t nWithColon = 2 * nMask_ + 1;
-    return (nEqual & nWithColon) == nWithColon;
+    return nLength_ >= kShortName && (nEqual & nMask_) == nMask_ &&
+           static_cast<std::size_t>(pEnd - p) > nLength_ + 2 + Block16::kBytes &&
+           MatchesRest(p, pEnd) && p[nLength_ + 1] == ':';
   }
 
  private:
@@ -92,6 +93,7 @@ class ExpectedName {
   const char* pName_;
   std::uint32_t nLength_;
   std::uint32_t nMask_;           // which bytes of aStart_ are name and quote
+  std::uint32_t nMemberMask_;     // which are name, quote and colon, of a short name
   char aStart_[Block16::kBytes];  // the first bytes of the name, its closing quote and a colon
 };
 

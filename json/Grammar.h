@@ -82,7 +82,7 @@ enum class Due { kItem, kSeparator, kNothing };
 
 // Members up to the closing brace. p stands where the first of them is due.
 template <typename Text, typename Sink>
-typename Text::Char* ReadMembers(Text& text, typename Text::Char* p, Sink& sink) {
+QXRECORDSET_HOT typename Text::Char* ReadMembers(Text& text, typename Text::Char* p, Sink& sink) {
   for (;;) {
     const Due due = sink.Shortcut(p);
     if (due == Due::kNothing) {
@@ -126,7 +126,7 @@ typename Text::Char* ReadMembers(Text& text, typename Text::Char* p, Sink& sink)
 
 // An object. p stands on '{'.
 template <typename Text, typename Sink>
-typename Text::Char* ReadObject(Text& text, typename Text::Char* p, Sink& sink) {
+QXRECORDSET_HOT typename Text::Char* ReadObject(Text& text, typename Text::Char* p, Sink& sink) {
   const Nesting<Text> nesting(text);
   if (nesting.TooDeep()) {
     return text.Fail(p);
@@ -141,7 +141,7 @@ typename Text::Char* ReadObject(Text& text, typename Text::Char* p, Sink& sink) 
 
 // Elements up to the closing bracket. p stands on '['.
 template <typename Text, typename Sink>
-typename Text::Char* ReadArray(Text& text, typename Text::Char* p, Sink& sink) {
+QXRECORDSET_HOT typename Text::Char* ReadArray(Text& text, typename Text::Char* p, Sink& sink) {
   const Nesting<Text> nesting(text);
   if (nesting.TooDeep()) {
     return text.Fail(p);

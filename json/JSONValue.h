@@ -67,7 +67,7 @@ class QXRECORDSET_EXPORT BaseValue {
 class QXRECORDSET_EXPORT JSONValue : public BaseValue {
  public:
   // A value without text and without container.
-  explicit JSONValue(Type type = jtInvalid) noexcept : BaseValue(type), nPlace(0) {}
+  explicit JSONValue(Type type = jtInvalid) noexcept : BaseValue(type) {}
   ~JSONValue() override;
 
   // ---- Looking into a value ---------------------------------------------------------------------
@@ -175,22 +175,21 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
  private:
   friend class Storage;
 
-  // Where an element stands in its container: its ordinal + 1, or the largest number for ordinals
-  // that do not fit. 0 for a value that is no element. With it an element finds the memory pool of
-  // its container when it comes to own memory, without a pointer in every element.
-  std::uint32_t nPlace : 24;
+  // How an element finds the first one of its container, and with it the memory pool, when it comes
+  // to own memory; see Storage::WayBack. 0 for a value that is no element.
+  std::uint8_t nWayBack = 0;
 
  protected:
   JSONValue(const JSONValue& other) noexcept;
   JSONValue& operator=(const JSONValue& other) noexcept;
   JSONValue(Type type, const char* text, int length, int nameIndex, CompositeValue* composite,
-            std::uint32_t place) noexcept
+            std::uint8_t wayBack) noexcept
       : BaseValue(type),
         nLength(length),
         pText(text),
         pComposite(composite),
         nNameIndex(nameIndex),
-        nPlace(place & 0xFFFFFFu) {}
+        nWayBack(wayBack) {}
 };
 
 // The copyable form of a value, and the element type of the containers. A copy is shallow: both

@@ -10,7 +10,9 @@
 #ifndef QXRECORDSET_JSON_SCAN_H
 #define QXRECORDSET_JSON_SCAN_H
 
+#include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 #include "json/Block.h"
@@ -75,34 +77,54 @@ inline const char* FindTextStop(const char* p, const char* pEnd) {
   return p;
 }
 
-// Whether a byte that is no digit may belong to a number; one that makes it a real one is noted.
-inline bool IsNumberMark(char c, bool& bReal) {
-  if (c == '.' || c == 'e' || c == 'E') {
-    bReal = true;
-    return true;
+// What a byte that is no digit does in a number.
+enum class NumberMark : unsigned char { kNone, kSign, kReal };
+
+struct NumberMarks {
+  NumberMark aMarks[UCHAR_MAX + 1] = {};
+
+  constexpr NumberMarks() {
+    aMarks['+'] = aMarks['-'] = NumberMark::kSign;
+    aMarks['.'] = aMarks['e'] = aMarks['E'] = NumberMark::kReal;
   }
-  return c == '-' || c == '+';
+  NumberMark operator[](char c) const { return aMarks[static_cast<unsigned char>(c)]; }
+};
+inline constexpr NumberMarks kNumberMarks;
+
+// The end of the number token that goes on at p: the first byte outside "+-0123456789.eE". The last
+// byte of the text is never part of a token. `bReal` is set when one of ".eE" is passed. Digits
+// come in runs with few marks between them, so it is the runs that are skipped.
+template <typename Char>
+inline Char* ScanNumberRest(Char* p, Char* pEnd, bool& bReal) {
+  while (pEnd - p > Block16::kBytes) {
+    const std::uint32_t other = Block16::Load(p).NonDigits();
+    if (other == 0) {
+      p += Block16::kBytes;
+      continue;
+    }
+    p += LowestBit(other);
+    const NumberMark mark = kNumberMarks[*p];
+    if (mark == NumberMark::kNone) {
+      return p;
+    }
+    bReal = bReal || mark == NumberMark::kReal;
+    ++p;
+  }
+  for (; p < pEnd - 1; ++p) {
+    const NumberMark mark = kNumberMarks[*p];
+    if (mark == NumberMark::kNone && (*p < '0' || *p > '9')) {
+      break;
+    }
+    bReal = bReal || mark == NumberMark::kReal;
+  }
+  return p;
 }
 
-// The end of the number token that begins at p: the first byte outside "+-0123456789.eE". The last
-// byte of the text is never part of a token. `bReal` tells whether the token holds one of ".eE".
+// The same for a token that begins at p. REQUIRES: a digit or a sign at p.
 template <typename Char>
 inline Char* ScanNumber(Char* p, Char* pEnd, bool& bReal) {
   bReal = false;
-  while (pEnd - p > Block16::kBytes) {
-    const Block16 block = Block16::Load(p);
-    const std::uint32_t other = block.NonNumber();
-    const std::uint32_t token = other != 0 ? (other & (0 - other)) - 1 : 0xFFFFu;
-    bReal = bReal || (block.RealMarks() & token) != 0;
-    if (other != 0) {
-      return p + LowestBit(other);
-    }
-    p += Block16::kBytes;
-  }
-  while (p < pEnd - 1 && ((*p >= '0' && *p <= '9') || IsNumberMark(*p, bReal))) {
-    ++p;
-  }
-  return p;
+  return ScanNumberRest(pEnd - p > 1 ? p + 1 : p, pEnd, bReal);
 }
 
 // Reads string content from p, which stands on a '\', to the closing quote, and writes the

@@ -105,10 +105,10 @@ void Storage::TrimRoom(ArrayValue& array) noexcept {
 
 Arena* Storage::ArenaOfElement(const JSONValue& value) noexcept {
   const UnsafeJSONValue* pElement = static_cast<const UnsafeJSONValue*>(&value);
-  while (pElement->nPlace == kPlaceFar) {
-    --pElement;  // elements before it in the same array, down to one whose mark is exact
+  while (pElement->nWayBack != kFront) {
+    pElement -= std::size_t{1} << (pElement->nWayBack - 1);  // an element before it, item 0 at last
   }
-  return ArenaBefore(pElement - (pElement->nPlace - 1));  // item 0 of the array
+  return ArenaBefore(pElement);
 }
 
 }  // namespace JSON

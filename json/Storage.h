@@ -1,7 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // Where a tree lies in memory, and who releases it: the library's side of Sequence, of the
-// containers and of the place mark in a JSONValue.
+// containers and of the way back in a JSONValue.
 //
 // A container that the parser makes for a message lies in the message's pool (json/Arena.h) with
 // its elements; one made otherwise lies on the heap. Arrays in the pool carry the pool's address in
@@ -9,10 +9,10 @@
 //
 //   | Arena* | item 0 | item 1 | ... |
 //
-// An element in the pool knows its ordinal (JSONValue::nPlace), so it finds item 0 and with it the
-// pool: that is how a pool learns that its tree has come to own heap memory, without a pointer in
-// every element. The member names of a container in the pool are borrowed storage: sibling objects
-// may share them, so they are copied to the heap before anybody changes them.
+// An element finds item 0 (JSONValue::nWayBack) and with it the pool: that is how a pool learns
+// that its tree has come to own heap memory, without a pointer in every element. The member names
+// of a container in the pool are borrowed storage: sibling objects may share them, so they are
+// copied to the heap before anybody changes them.
 
 #ifndef QXRECORDSET_JSON_STORAGE_H
 #define QXRECORDSET_JSON_STORAGE_H
@@ -24,6 +24,7 @@
 #include <new>
 
 #include "json/Arena.h"
+#include "json/Block.h"
 #include "json/JSONValue.h"
 
 namespace JSON {
@@ -86,7 +87,7 @@ class Storage {
     }
     const std::uint32_t nOrdinal = values.nSize++;
     return *new (values.pItems + nOrdinal)
-        UnsafeJSONValue(type, pText, nLength, nNameIndex, pComposite, PlaceOf(nOrdinal));
+        UnsafeJSONValue(type, pText, nLength, nNameIndex, pComposite, WayBack(nOrdinal));
   }
 
   // Gives back the room beyond the elements when it lies at the end of the pool.
@@ -133,6 +134,7 @@ class Storage {
   // The names as they lie in memory, for readers and for the library's own index work.
   static NameMap* Names(const ObjectValue& object) { return object.vNameMap.pItems; }
   static std::size_t NameCount(const ObjectValue& object) { return object.vNameMap.nSize; }
+  static std::uint32_t Count(const ArrayValue& array) { return array.vValues.nSize; }
   static UnsafeJSONValue* Values(const ArrayValue& array) { return array.vValues.pItems; }
   static bool BorrowsNames(const ObjectValue& object) {
     return object.vNameMap.nCapacity < object.vNameMap.nSize;
@@ -201,7 +203,7 @@ class Storage {
   }
   // The value, wherever it lies, is about to own heap memory.
   static void NoteHeapAt(const JSONValue& value) noexcept {
-    if (value.nPlace != 0) {
+    if (value.nWayBack != 0) {
       NoteHeapIn(ArenaOfElement(value));
     }
   }
@@ -218,10 +220,11 @@ class Storage {
   template <typename T>
   friend class Sequence;
 
-  // Ordinals from here on share one mark; the way back from them goes element by element.
-  static constexpr std::uint32_t kPlaceFar = 0xFFFFFF;
-  static std::uint32_t PlaceOf(std::uint32_t nOrdinal) {
-    return nOrdinal < kPlaceFar - 1 ? nOrdinal + 1 : kPlaceFar;
+  // The way from an element to item 0 goes in steps: to the ordinal without its lowest one bit, and
+  // so on. An element keeps the number of that bit, plus one; item 0 keeps kFront.
+  static constexpr std::uint8_t kFront = 32;
+  static std::uint8_t WayBack(std::uint32_t nOrdinal) {
+    return static_cast<std::uint8_t>(1 + LowestBit(nOrdinal | 1u << (kFront - 1)));
   }
   static void TrimRoom(ArrayValue& array) noexcept;
   static Arena* ArenaOfElement(const JSONValue& value) noexcept;

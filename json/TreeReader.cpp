@@ -73,6 +73,11 @@ char* TreeReader::ReadValue(char* p, ArrayValue& parent, Place& place) {
   return ReadInline(p, parent, place);
 }
 
+QXRECORDSET_HOT char* TreeReader::ReadNested(char* p, ArrayValue& parent, Place& place) {
+  return *p == '{' ? ReadContainer<ObjectValue>(p, parent, place)
+                   : ReadContainer<ArrayValue>(p, parent, place);
+}
+
 char* TreeReader::ReadOther(char* p, ArrayValue& parent, Place& place) {
   char* pNext = nullptr;
   Type type = jtBoolean;
@@ -111,11 +116,7 @@ char* TreeReader::ReadContainer(char* p, ArrayValue& parent, Place& place) {
       Storage::Make<Container>(pArena_, pArena_ != nullptr ? nSeen : kHeapReserve);
   element.pComposite = pContainer;
   char* pNext = nullptr;
-  if constexpr (bObject) {
-    pNext = ReadObjectInto(p, *pContainer, place);
-  } else {
-    pNext = ReadArrayInto(p, *pContainer, place);
-  }
+  pNext = Fill(p, *pContainer, place);
   element.eType = pContainer->eType;
   return pNext;
 }
@@ -128,44 +129,50 @@ char* TreeReader::ReadContainer(char* p, ArrayValue& parent, Place& place) {
 
 namespace {
 
-// Bytes that must be there where a name or a value is looked at: what stands around it, and a
-// block.
-constexpr std::ptrdiff_t kReach = 4 + Block16::kBytes;
+// Bytes that are there where a value is looked at: a literal and what separates it.
+constexpr std::ptrdiff_t kLiteral = 8;
+
+// Bytes that are there where a member or an element is due: a short name as it is expected, with
+// two quotes, a colon and a blank, and a literal. What is longer looks for itself.
+constexpr std::ptrdiff_t kReach = 2 * Block16::kBytes;
+static_assert(kReach > static_cast<std::ptrdiff_t>(ExpectedName::kShortName) + 4 + kLiteral);
 
 // A scalar that was found in the text.
 struct Scalar {
   Type type;
   char* pText;
   char* pEnd;
-  char* pNul;  // the byte that becomes a NUL; some other such byte when the scalar needs none
 };
 
 // Whether the four bytes at p are those of `szWord`.
 bool IsWord(const char* p, const char (&szWord)[5]) { return std::memcmp(p, szWord, 4) == 0; }
 
-// A few digits, perhaps with a sign, are found in one step.
-QXRECORDSET_HOT char* FindNumber(char* p, char* pEnd, Scalar& scalar) {
-  const std::uint32_t nOther = Block16::Load(p).NonDigits() & ~1u;
-  bool bReal = false;
-  scalar.pText = p;
-  scalar.pEnd = nOther != 0 && !IsNumberMark(p[LowestBit(nOther)], bReal)
-                    ? p + LowestBit(nOther)
-                    : ScanNumber(p, pEnd, bReal);
-  scalar.type = bReal ? jtDouble : jtInteger;
-  return scalar.pEnd;
+// The quote that ends the content at p; null when an escape or the end of the text comes first.
+QXRECORDSET_HOT char* FindClosingQuote(char* p, const char* pEnd) {
+  while (pEnd - p >= Block16::kBytes) {
+    const std::uint32_t found = Block16::Load(p).QuoteOrBackslash();
+    if (found != 0) {
+      p += LowestBit(found);
+      return *p == '"' ? p : nullptr;
+    }
+    p += Block16::kBytes;
+  }
+  return nullptr;
 }
 
 // The scalar at p; the result is the position behind it, or null when there is no plain one.
-// REQUIRES: kReach bytes at p.
+// REQUIRES: kLiteral bytes at p.
 QXRECORDSET_HOT char* FindScalar(char* p, char* pEnd, Scalar& scalar) {
   if (*p == '"') {
-    char* const pClosing = FindQuoteOrBackslash(p + 1, pEnd);
-    scalar = {jtString, p + 1, pClosing, pClosing};
-    return pClosing != pEnd && *pClosing == '"' ? pClosing + 1 : nullptr;
+    scalar = {jtString, p + 1, FindClosingQuote(p + 1, pEnd)};
+    return scalar.pEnd != nullptr ? scalar.pEnd + 1 : nullptr;
   }
-  if (BeginsNumber(*p)) return FindNumber(p, pEnd, scalar);
   scalar.pText = p;
-  if (IsWord(p, "null")) {
+  if (BeginsNumber(*p)) {
+    bool bReal = false;
+    scalar.pEnd = ScanNumberRest(p + 1, pEnd, bReal);
+    scalar.type = bReal ? jtDouble : jtInteger;
+  } else if (IsWord(p, "null")) {
     scalar.type = jtNull;
     scalar.pEnd = p + 4;
   } else if (IsWord(p, "true")) {
@@ -178,6 +185,13 @@ QXRECORDSET_HOT char* FindScalar(char* p, char* pEnd, Scalar& scalar) {
     return nullptr;
   }
   return scalar.pEnd;
+}
+
+QXRECORDSET_HOT void Take(const Scalar& scalar, ArrayValue& parent) {
+  if (scalar.type == jtString) {
+    *scalar.pEnd = '\0';
+  }
+  AppendScalar(parent, scalar.type, scalar.pText, scalar.pEnd - scalar.pText);
 }
 
 // White space at p. A single blank, the usual case, is no work for a loop. REQUIRES: 2 bytes at p.
@@ -206,18 +220,13 @@ QXRECORDSET_HOT char* SkipIndent(char* p, char* pEnd, std::uint32_t& nBlanks) {
   return pToken;
 }
 
-// The comma or closing bracket behind a value that ends at p; null when there is none before
-// pLimit.
+// Where what follows a value stands, when it is a comma or the closing bracket and another item
+// may follow; null otherwise. p is where the value ends.
 QXRECORDSET_HOT char* FindSeparator(char* p, const char* pLimit, char* pEnd, char cClosing) {
   if (p >= pLimit) return nullptr;
   if (*p == ',' || *p == cClosing) return p;
   p = SkipGap(p, pEnd);
   return p < pLimit && (*p == ',' || *p == cClosing) ? p : nullptr;
-}
-
-QXRECORDSET_HOT void Take(const Scalar& scalar, ArrayValue& parent) {
-  *scalar.pNul = '\0';
-  AppendScalar(parent, scalar.type, scalar.pText, scalar.pEnd - scalar.pText);
 }
 
 bool BeginsContainer(char c) { return c == '{' || c == '['; }
@@ -233,18 +242,20 @@ Due TreeReader::ReadPlainMembers(char*& p, ArrayValue& values, Place& place, Sha
   Shape* pLast = pShape;
   Shape* pNext = pExpected;
   char* pDue = p;
-  while (due == Due::kItem && pNext != nullptr) {
-    char* const pQuote = *pDue == '"'    ? pDue
-                         : *pDue == '\n' ? SkipIndent(pDue, pEnd, place.nIndent)
-                                         : SkipGap(pDue, pEnd);
-    if (pQuote >= pLimit || *pQuote != '"' || !pNext->name.MatchesMember(pQuote + 1, pEnd)) {
-      break;
+  while (pNext != nullptr) {
+    char* pQuote = pDue;
+    if (*pDue != '"') {
+      pQuote = *pDue == '\n' ? SkipIndent(pDue, pEnd, place.nIndent) : SkipGap(pDue, pEnd);
+      if (pQuote >= pLimit || *pQuote != '"') break;
     }
+    if (!pNext->name.MatchesMember(pQuote + 1, pEnd)) break;
     char* const pNameEnd = pQuote + 1 + pNext->name.Length();
-    char* const pValue = SkipGap(pNameEnd + 2, pEnd);
-    if (pValue >= pLimit) break;
+    char* pValue = pNameEnd + 2;
+    if (IsSpace(*pValue)) {
+      pValue = SkipGap(pValue, pEnd);
+      if (pEnd - pValue <= kLiteral) break;
+    }
     Scalar scalar;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled when it is found
-    scalar.pNul = pNameEnd;
     char* pBehind = FindScalar(pValue, pEnd, scalar);
     if (pBehind != nullptr) {
       pBehind = FindSeparator(pBehind, pLimit, pEnd, '}');
@@ -257,13 +268,18 @@ Due TreeReader::ReadPlainMembers(char*& p, ArrayValue& values, Place& place, Sha
     pLast = pNext;
     pNext = pNext->pLonger;
     if (pBehind == nullptr) {
-      pDue = ReadOther(pValue, values, *pLast->pPlace);
+      pDue = ReadNested(pValue, values, *pLast->pPlace);
       pBehind = pDue != nullptr ? FindSeparator(pDue, pLimit, pEnd, '}') : nullptr;
-      due = Due::kSeparator;
-      if (pBehind == nullptr) break;
+      if (pBehind == nullptr) {
+        due = Due::kSeparator;
+        break;
+      }
     }
-    due = *pBehind == '}' ? Due::kNothing : Due::kItem;
     pDue = pBehind + 1;
+    if (*pBehind == '}') {
+      due = Due::kNothing;
+      break;
+    }
   }
   pShape = pLast;
   pExpected = pNext;
@@ -271,32 +287,38 @@ Due TreeReader::ReadPlainMembers(char*& p, ArrayValue& values, Place& place, Sha
   return due;
 }
 
-Due TreeReader::ReadPlainElements(char*& p, ArrayValue& array, Place& place) {
+QXRECORDSET_HOT Due TreeReader::ReadPlainElements(char*& p, ArrayValue& array, Place& place) {
   char* const pEnd = text_.pEnd;
   if (pEnd - p <= kReach) return Due::kItem;
   char* const pLimit = pEnd - kReach;
   Due due = Due::kItem;
   char* pDue = p;
-  while (due == Due::kItem) {
-    char* const pValue = SkipGap(pDue, pEnd);
-    if (pValue >= pLimit) break;
-    char cIgnored = 0;
-    Scalar scalar;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled when it is found
-    scalar.pNul = &cIgnored;
+  for (;;) {
+    char* pValue = pDue;
+    if (IsSpace(*pValue)) {
+      pValue = SkipGap(pValue, pEnd);
+      if (pEnd - pValue <= kLiteral) break;
+    }
     char* pBehind = nullptr;
     if (BeginsContainer(*pValue)) {
-      pDue = ReadOther(pValue, array, place);
+      pDue = ReadNested(pValue, array, place);
       pBehind = pDue != nullptr ? FindSeparator(pDue, pLimit, pEnd, ']') : nullptr;
-      due = Due::kSeparator;
-      if (pBehind == nullptr) break;
+      if (pBehind == nullptr) {
+        due = Due::kSeparator;
+        break;
+      }
     } else {
+      Scalar scalar;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled when it is found
       pBehind = FindScalar(pValue, pEnd, scalar);
       if (pBehind != nullptr) pBehind = FindSeparator(pBehind, pLimit, pEnd, ']');
       if (pBehind == nullptr) break;
       Take(scalar, array);
     }
-    due = *pBehind == ']' ? Due::kNothing : Due::kItem;
     pDue = pBehind + 1;
+    if (*pBehind == ']') {
+      due = Due::kNothing;
+      break;
+    }
   }
   p = pDue;
   return due;
@@ -312,7 +334,9 @@ class ArraySink {
       : reader_(reader), array_(array), place_(place) {}
 
   char* Element(char* p) { return reader_.ReadInline(p, array_, place_); }
-  Due Shortcut(char*& p) { return reader_.ReadPlainElements(p, array_, place_); }
+  [[gnu::always_inline]] Due Shortcut(char*& p) {
+    return reader_.ReadPlainElements(p, array_, place_);
+  }
   void Missing() { AppendScalar(array_, jtNull, nullptr, 0); }
 
  private:
@@ -323,7 +347,7 @@ class ArraySink {
 
 }  // namespace
 
-char* TreeReader::ReadArrayInto(char* p, ArrayValue& array, Place& place) {
+QXRECORDSET_HOT char* TreeReader::Fill(char* p, ArrayValue& array, Place& place) {
   array.eType = jtInvalid;
   ArraySink sink(*this, array, place);
   char* const pNext = ReadArray(text_, p, sink);
@@ -331,9 +355,13 @@ char* TreeReader::ReadArrayInto(char* p, ArrayValue& array, Place& place) {
     return nullptr;
   }
   array.eType = jtArray;
-  place.nElements = static_cast<std::uint32_t>(array.Size());
+  place.nElements = Storage::Count(array);
   Storage::Trim(array);
   return pNext;
+}
+
+char* TreeReader::ReadArrayInto(char* p, ArrayValue& array, Place& place) {
+  return Fill(p, array, place);
 }
 
 // ---- Objects ------------------------------------------------------------------------------------
@@ -406,7 +434,7 @@ class ObjectSink {
 
 }  // namespace
 
-char* TreeReader::ReadObjectInto(char* p, ObjectValue& object, Place& place) {
+QXRECORDSET_HOT char* TreeReader::Fill(char* p, ObjectValue& object, Place& place) {
   object.eType = jtInvalid;
   object.bSorted = false;
   ObjectSink sink(*this, object, place);
@@ -416,9 +444,13 @@ char* TreeReader::ReadObjectInto(char* p, ObjectValue& object, Place& place) {
     return nullptr;
   }
   object.eType = jtObject;
-  place.nMembers = static_cast<std::uint32_t>(object.Size());
+  place.nMembers = Storage::Count(object.avValues);
   Storage::Trim(object.avValues);
   return pNext;
+}
+
+char* TreeReader::ReadObjectInto(char* p, ObjectValue& object, Place& place) {
+  return Fill(p, object, place);
 }
 
 // The name may only follow names of the object's own.

@@ -61,6 +61,10 @@ class TreeReader {
  private:
   template <typename Container>
   char* ReadContainer(char* p, ArrayValue& parent, Place& place);
+  char* Fill(char* p, ArrayValue& array, Place& place);
+  char* Fill(char* p, ObjectValue& object, Place& place);
+
+  char* ReadNested(char* p, ArrayValue& parent, Place& place);
   char* ReadOther(char* p, ArrayValue& parent, Place& place);
   Content ReadEscaped(char* pContent, char* pBackslash);
 

@@ -17,17 +17,16 @@ JSONValue::~JSONValue() = default;
 UnsafeJSONValue::~UnsafeJSONValue() = default;
 CompositeValue::~CompositeValue() = default;
 
-// A copy lies somewhere else, so it does not take the place mark along.
+// A copy lies somewhere else, so it does not take the way back along.
 JSONValue::JSONValue(const JSONValue& other) noexcept
     : BaseValue(other),
       nLength(other.nLength),
       pText(other.pText),
       pComposite(other.pComposite),
       nNameIndex(other.nNameIndex),
-      bOwnsText(other.bOwnsText),
-      nPlace(0) {}
+      bOwnsText(other.bOwnsText) {}
 
-// An element that is assigned to stays where it is and keeps its place mark. To
+// An element that is assigned to stays where it is and keeps its way back. To
 // itself it may be assigned, too. NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
 JSONValue& JSONValue::operator=(const JSONValue& other) noexcept {
   BaseValue::operator=(other);
