@@ -113,7 +113,7 @@ class QXRECORDSET_EXPORT Parser {
   static int ParseJSONValue(ParseContext& context, CompositeValue& parent);
 
   // The cursor stands on '{' or '['. What is read is added to the container, whose eType becomes
-  // the result.
+  // the result. A host's own subclass is filled by its AddName and AddValue.
   static int ParseObject(ParseContext& context, ObjectValue& object);
   static int ParseArray(ParseContext& context, ArrayValue& array);
 

@@ -3,6 +3,9 @@
 // The parse functions for hosts that fill containers of their own: thin layers over TreeReader,
 // with containers from the heap.
 
+#include <algorithm>
+#include <typeinfo>
+
 #include "json/JSONMessage.h"
 #include "json/Storage.h"
 #include "json/TreeReader.h"
@@ -65,7 +68,59 @@ int Parser::ParseJSONValue(ParseContext& context, CompositeValue& parent) {
   return value.eType;
 }
 
+namespace {
+
+// The name of the member at `nOrdinal`; names that are not sorted are in the members' order.
+UnsafeJSONValue NameOf(const ObjectValue& object, std::size_t nOrdinal) {
+  const UnsafeJSONValue* const pValues = Storage::Values(object.avValues);
+  const std::size_t nAt =
+      object.bSorted ? static_cast<std::size_t>(pValues[nOrdinal].nNameIndex) : nOrdinal;
+  UnsafeJSONValue name(jtString);
+  name.pText = object.vNameMap[nAt].pName;
+  name.nLength = object.vNameMap[nAt].nLength;
+  return name;
+}
+
+void HandOver(ArrayValue& from, std::size_t nOrdinal, CompositeValue& to) {
+  UnsafeJSONValue& value = from.vValues[nOrdinal];
+  to.AddValue(value);
+  value.pComposite = nullptr;  // the new owner has it
+}
+
+// A host's own kinds of object and array are filled through what they override: the text is read
+// into containers of ours, and handed over.
+int ParseOwnKind(ParseContext& context, ObjectValue& object) {
+  ObjectValue read;
+  object.eType = jtInvalid;
+  object.bSorted = false;
+  const int nResult = Parser::ParseObject(context, read);
+  for (std::size_t i = 0; i < read.vNameMap.size(); ++i) {
+    UnsafeJSONValue name = NameOf(read, i);
+    object.AddName(name);
+    if (i < read.avValues.vValues.size()) HandOver(read.avValues, i, object);
+  }
+  if (read.bSorted) object.Sort();
+  object.eType = read.eType;
+  return nResult;
+}
+
+int ParseOwnKind(ParseContext& context, ArrayValue& array) {
+  ArrayValue read;
+  array.eType = jtInvalid;
+  const int nResult = Parser::ParseArray(context, read);
+  for (std::size_t i = 0; i < read.vValues.size(); ++i) {
+    HandOver(read, i, array);
+  }
+  array.eType = read.eType;
+  return nResult;
+}
+
+}  // namespace
+
 int Parser::ParseObject(ParseContext& context, ObjectValue& object) {
+  if (typeid(object) != typeid(ObjectValue)) {
+    return ParseOwnKind(context, object);
+  }
   Storage::NoteHeapIn(Storage::ArenaOf(object.avValues));  // nested containers come from the heap
   TreeReader reader(context.pEnd, nullptr);
   Place place;
@@ -74,6 +129,9 @@ int Parser::ParseObject(ParseContext& context, ObjectValue& object) {
 }
 
 int Parser::ParseArray(ParseContext& context, ArrayValue& array) {
+  if (typeid(array) != typeid(ArrayValue)) {
+    return ParseOwnKind(context, array);
+  }
   Storage::NoteHeapIn(Storage::ArenaOf(array));
   TreeReader reader(context.pEnd, nullptr);
   Place place;

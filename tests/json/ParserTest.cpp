@@ -214,6 +214,45 @@ TEST(JsonParser, AddsToContainersOfTheHost) {
   EXPECT_EQ(object.NameAt(3), nullptr);
 }
 
+// What a host's own containers are given, in the order in which they are given it.
+struct RecordingObject : JSON::ObjectValue {
+  void AddName(JSON::JSONValue& name) override {
+    strCalls += std::string(name.pText) + ':';
+    ObjectValue::AddName(name);
+  }
+  void AddValue(JSON::JSONValue& value) override {
+    strCalls += std::to_string(value.eType) + ' ';
+    ObjectValue::AddValue(value);
+  }
+  std::string strCalls;
+};
+struct RecordingArray : JSON::ArrayValue {
+  void AddValue(JSON::JSONValue& value) override {
+    strCalls += std::to_string(value.eType) + ' ';
+    ArrayValue::AddValue(value);
+  }
+  std::string strCalls;
+};
+
+TEST(JsonParser, FillsTheHostsOwnKindsThroughTheirOverrides) {
+  GuardedBuffer text(R"({"bb":[1],"a":"x"}["y",{"c":null}]{"b":1,"aa":)");
+  JSON::ParseContext context = {text.data(), text.data() + text.size(), text.data()};
+  std::string strSerialized;
+  RecordingObject object;
+  EXPECT_EQ(Parser::ParseObject(context, object), JSON::jtObject);
+  EXPECT_EQ(object.strCalls, "bb:6 a:5 ");
+  EXPECT_TRUE(object.bSorted);
+  RecordingArray array;
+  EXPECT_EQ(Parser::ParseArray(context, array), JSON::jtArray);
+  EXPECT_EQ(array.strCalls, "5 7 ");
+  EXPECT_TRUE(object.Serialize(strSerialized) && array.Serialize(strSerialized));
+  EXPECT_EQ(strSerialized, R"({"bb":[1],"a":"x"}["y",{"c":null}])");
+  RecordingObject failed;
+  EXPECT_EQ(Parser::ParseObject(context, failed), -1);
+  EXPECT_EQ(failed.strCalls, "b:3 aa:");
+  EXPECT_EQ(failed.eType, JSON::jtInvalid);
+}
+
 // tests/data: y_ is accepted JSON, l_ accepted though it is not strict JSON, n_ refused.
 TEST(JsonParser, JudgesTheCorpusAsItsFileNamesSay) {
   int nFiles = 0;
