@@ -40,7 +40,15 @@ CQXRecordSet::CQXRecordSet(const CQXRecordSet& other)
       strText(other.strText),
       pTable(CopyOf(other.pTable.get())) {}
 
-CQXRecordSet::CQXRecordSet(CQXRecordSet&& other) noexcept { *this = std::move(other); }
+CQXRecordSet::CQXRecordSet(CQXRecordSet&& other) noexcept
+    : lRowsCount(std::exchange(other.lRowsCount, 0)),
+      bModified(std::exchange(other.bModified, false)),
+      params(std::move(other.params)),
+      strText(std::move(other.strText)),
+      pTable(std::move(other.pTable)) {
+  other.params.clear();
+  other.strText.clear();
+}
 
 CQXRecordSet::~CQXRecordSet() = default;
 
@@ -55,14 +63,16 @@ void CQXRecordSet::operator=(const CQXRecordSet& other) {
 }
 
 void CQXRecordSet::operator=(CQXRecordSet&& other) noexcept {
-  if (this == &other) return;
-  lRowsCount = std::exchange(other.lRowsCount, 0);
-  bModified = std::exchange(other.bModified, false);
-  params = std::move(other.params);
-  strText = std::move(other.strText);
-  pTable = std::move(other.pTable);
-  other.params.clear();
-  other.strText.clear();
+  if (this != &other) {
+    lRowsCount = std::exchange(other.lRowsCount, 0);
+    pTable = std::move(other.pTable);
+    other.bModified = false;
+    other.params.clear();
+    other.strText.clear();
+  }
+  bModified = true;
+  params.clear();
+  strText.clear();
 }
 
 bool CQXRecordSet::operator=(const char* text) { return SetString(text); }

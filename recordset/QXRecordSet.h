@@ -75,7 +75,7 @@ class QXRECORDSET_EXPORT CQXRecordSet {
   // and the record set counts as written. Assigning a record set to itself keeps its cells.
   void operator=(const CQXRecordSet& other);
 
-  // Takes everything from `other`, its state and last text included, and leaves it cleared.
+  // The same, but takes the cells away from `other` and leaves it cleared.
   void operator=(CQXRecordSet&& other) noexcept;
 
   // The same as SetString(text); it adds to what is there. Always true.

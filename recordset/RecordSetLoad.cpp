@@ -283,7 +283,7 @@ class DocumentSink {
   void Complete() {}
 
   JSON::Due Shortcut(const char*& p) {
-    if (bRowsRead_) {
+    if (bRowsRead_ || (bRowsCut_ && !bRowsSeen_)) {
       return JSON::Due::kItem;
     }
     const char* const pDue = p;
@@ -314,7 +314,9 @@ class DocumentSink {
       RowsSink rows(text_, row_);
       return ReadArray(text_, p, rows);
     }
-    row_.SetColumn(UpToNul(name_));
+    const std::string_view column = UpToNul(name_);
+    bRowsCut_ = bRowsCut_ || (column == szRows && name_ != szRows);
+    row_.SetColumn(column);
     return row_.Value(p);
   }
 
@@ -328,6 +330,7 @@ class DocumentSink {
   std::string_view name_;   // of the member whose value comes next
   bool bRowsSeen_ = false;  // a member "rows" was there
   bool bRowsRead_ = false;  // and it was an array
+  bool bRowsCut_ = false;   // a member of another name was cut to "rows" by a NUL
 };
 
 // Loads the text into an empty table. False when it is no JSON object; the table is then of no use.

@@ -27,9 +27,12 @@ TEST(RecordSetLoad, AgreesWithTheTree) {
                                                Support::Kind::kMixed};
     std::string text = author.Document(random.Of(kKinds));
     if (text[0] == '[' && !random.OneIn(20)) {
-      static const char* const kOpenings[] = {
-          "{\"rows\":", "{\"rows\":", "{ \"before\":[1], \"rows\":", "{\"r\\u006fws\":",
-          "{\"rows\":5,\"rows\":"};
+      static const char* const kOpenings[] = {"{\"rows\":",
+                                              "{\"rows\":",
+                                              "{ \"before\":[1], \"rows\":",
+                                              "{\"r\\u006fws\":",
+                                              "{\"rows\":5,\"rows\":",
+                                              "{\"rows\\u0000\":1,\"b\":2,\"rows\":"};
       static const char* const kEndings[] = {"}", "}", ",\"behind\":{}}", ",\"rows\":5}"};
       text = random.Of(kOpenings) + text + random.Of(kEndings);
     }

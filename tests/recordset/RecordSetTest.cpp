@@ -172,6 +172,7 @@ TEST(RecordSet, IsCopiedMovedAndAssigned) {
   copy = std::move(moved);
   ExpectCleared(moved);  // NOLINT
   EXPECT_EQ(copy.GetValueAsString("a", 1), pText);
+  EXPECT_EQ(copy.GetStringRef(), "") << "a text goes along only into a new record set";
   copy = std::move(*&copy);
   EXPECT_EQ(copy.GetString(), szExample);
 
@@ -179,6 +180,8 @@ TEST(RecordSet, IsCopiedMovedAndAssigned) {
   EXPECT_EQ(CQXRecordSet(cleared).GetString(), "") << "a copy has the state of the source";
   copy = cleared;
   EXPECT_EQ(copy.GetString(), "{}") << "an assigned one counts as written";
+  copy = CQXRecordSet();
+  EXPECT_EQ(copy.GetString(), "{}");
   static_assert(std::is_nothrow_move_constructible_v<CQXRecordSet>);
   static_assert(std::is_nothrow_move_assignable_v<CQXRecordSet>);
   static_assert(std::has_virtual_destructor_v<CQXRecordSet>);

@@ -180,6 +180,11 @@ TEST(RecordSetLoad, TakesEachShapeOfText) {
       {R"({"x":2,"rows":[{"a":1}]})", 1, {"a"}, R"({"a":1})"},
       {R"({"rows":[{"a":1}],"rows":5})", 1, {"a"}, R"({"a":1})"},
       {R"({"rows":5,"rows":[{"a":1}]})", 1, {"rows"}, R"({"rows":""})"},
+      // A name that a NUL cuts to "rows" is another name.
+      {R"({"rows\u0000":1,"b":2,"rows":[{"a":1}], "behind":"text enough"})",
+       1,
+       {"a"},
+       R"({"a":1})"},
       {R"({"rows":[]})", 0, {}, "{}"},
       {R"({"r":1.5,"l":[1,{"z":2}]})", 1, {"r", "l"}, R"({"l":"","r":""})"},
       {R"({"n":007,"m":-0,"o":-12})", 1, {"n", "m", "o"}, R"({"m":0,"n":7,"o":-12})"},
