@@ -41,12 +41,13 @@ void ArrayValue::Clear() {
 }
 
 void ArrayValue::AddValue(JSONValue& value) {
-  UnsafeJSONValue& added = Storage::Append(*this, value.eType, value.pText, value.nLength,
-                                           value.nNameIndex, value.pComposite);
-  added.bOwnsText = value.bOwnsText;
-  if (value.bOwnsText || value.pComposite != nullptr) {
+  const bool bOwnsText = value.bOwnsText;  // `value` may be an element, which is going to move
+  if (bOwnsText || value.pComposite != nullptr) {
     Storage::NoteHeapIn(pArena);
   }
+  Storage::Append(*this, value.eType, value.pText, value.nLength, value.nNameIndex,
+                  value.pComposite)
+      .bOwnsText = bOwnsText;
 }
 
 JSONValue* ArrayValue::GetByOrdinal(int ordinal) const {

@@ -70,10 +70,10 @@ QXRECORDSET_EXPORT JSON_HANDLE JSON_AllocMessage(void);
 QXRECORDSET_EXPORT void JSON_FreeMessage(JSON_HANDLE handle);
 
 /* Parses a copy of `text`, in place of what the message held. 1 when the text begins with a
- * complete object or array; what follows it is ignored. 0 for a NULL text and for any other: then
- * the message holds no document, or what was read before the fault (a NULL or empty text changes
- * nothing). Linear in the text; nesting is limited to 1024 containers. docs/json-accepted.md lists
- * what is accepted beyond strict JSON. */
+ * complete object or array; what follows it is ignored. 0 for a NULL text, which changes nothing,
+ * and for any other: then the message holds no document, or what was read before the fault. Linear
+ * in the text; nesting is limited to 1024 containers. docs/json-accepted.md lists what is accepted
+ * beyond strict JSON. */
 QXRECORDSET_EXPORT int JSON_ParseMessage(JSON_HANDLE handle, const char* text);
 
 /* Number of members or elements at the top level; 0 when nothing has been parsed. */

@@ -76,15 +76,15 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
   virtual int Size() const;
 
   // The element or member at 0-based position `ordinal` (members count in document order), or null
-  // when there is none. Constant time.
-  virtual const JSONValue* GetByOrdinal(int ordinal) const;
+  // when there is none. Constant time. Looking changes nothing, but what is found may be changed.
+  virtual JSONValue* GetByOrdinal(int ordinal) const;
 
   // The member of that name, or null. `length` is the number of bytes of `name` to use; a negative
   // one means up to its NUL. An array reads the name as a decimal ordinal, from its first byte and
   // whatever `length` says; a name that does not begin with a number means element 0. When several
   // members share the name, the first in document order is found. The first lookup after a change
   // sorts the member names (n log n); every further one is a binary search.
-  virtual const JSONValue* GetByName(const char* name, int length) const;
+  virtual JSONValue* GetByName(const char* name, int length) const;
 
   // The same by index. They give None() or, where the result can be changed, NonConstNone() when
   // there is no such element or member.
@@ -260,7 +260,8 @@ class QXRECORDSET_EXPORT CompositeValue : public BaseValue {
   virtual bool Serialize(std::string& output) const = 0;
 
  protected:
-  explicit CompositeValue(bool bInPool) noexcept : bInArena(bInPool) {}
+  // A host's own kind of container has no argument to give.
+  explicit CompositeValue(bool bInPool = false) noexcept : bInArena(bInPool) {}
 
  private:
   friend class Storage;
@@ -277,7 +278,7 @@ class QXRECORDSET_EXPORT ArrayValue : public CompositeValue {
   ArrayValue& operator=(const ArrayValue&) = delete;
   ~ArrayValue() override;
 
-  CompositeValue* Clone(std::ptrdiff_t nDelta) const override;
+  ArrayValue* Clone(std::ptrdiff_t nDelta) const override;
   int Size() const override;
   void Clear() override;
   void AddValue(JSONValue& value) override;
@@ -325,7 +326,7 @@ class QXRECORDSET_EXPORT ObjectValue : public CompositeValue {
   ObjectValue& operator=(const ObjectValue&) = delete;
   ~ObjectValue() override;
 
-  CompositeValue* Clone(std::ptrdiff_t nDelta) const override;
+  ObjectValue* Clone(std::ptrdiff_t nDelta) const override;
   int Size() const override;
   void Clear() override;
   void AddValue(JSONValue& value) override;

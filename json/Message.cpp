@@ -112,8 +112,8 @@ bool Message::Parse(const char* text, int length) {
   }
   char* const pBufferEnd = pBuffer + nText;
   const bool bEmpty = nText == 0 || *pBuffer == '\0';
-  char* const pFirst = bEmpty ? pBufferEnd : Text<char>(pBufferEnd).SkipSpace(pBuffer);
-  if (pFirst == pBufferEnd || (*pFirst != '{' && *pFirst != '[')) {
+  char* const pFirst = bEmpty ? pBuffer : Text<char>(pBufferEnd).SkipSpace(pBuffer);
+  if (bEmpty || pFirst == pBufferEnd || (*pFirst != '{' && *pFirst != '[')) {
     RefuseText(pBuffer, pBufferEnd, pFirst);
     return false;
   }
@@ -151,7 +151,7 @@ bool Message::ReadTree() {
 // A text that holds no document. The tree of a copying message points into a text that is gone; the
 // tree of an in-place message is as good as before, and keeps the context that belongs to it.
 void Message::RefuseText(char* pBuffer, char* pBufferEnd, char* pStop) noexcept {
-  if (bInPlace) {
+  if (bInPlace && pComposite != nullptr) {
     return;
   }
   ReleaseRoot();

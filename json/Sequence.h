@@ -15,6 +15,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
+#include <stdexcept>
 
 #include "qxrecordset_export.h"
 
@@ -33,6 +35,8 @@ class Sequence {
   using const_reference = const T&;
   using iterator = T*;
   using const_iterator = const T*;
+  using reverse_iterator = std::reverse_iterator<iterator>;
+  using const_reverse_iterator = std::reverse_iterator<const_iterator>;
 
   Sequence() noexcept : nCapacity(0), bOnHeap(0) {}
   Sequence(const Sequence&) = delete;
@@ -47,6 +51,10 @@ class Sequence {
   // Element `i`. REQUIRES: i < size().
   T& operator[](size_type i) { return Own()[i]; }
   const T& operator[](size_type i) const noexcept { return pItems[i]; }
+
+  // The same with a check: std::out_of_range for an index that is too large.
+  T& at(size_type i) { return Own()[Checked(i)]; }
+  const T& at(size_type i) const { return pItems[Checked(i)]; }
 
   // First and last element. REQUIRES: not empty.
   T& front() { return Own()[0]; }
@@ -66,6 +74,12 @@ class Sequence {
   const_iterator cbegin() const noexcept { return pItems; }
   const_iterator cend() const noexcept { return pItems + nSize; }
 
+  // From the last element to before the first one.
+  reverse_iterator rbegin() { return reverse_iterator(end()); }
+  reverse_iterator rend() { return reverse_iterator(begin()); }
+  const_reverse_iterator rbegin() const noexcept { return const_reverse_iterator(end()); }
+  const_reverse_iterator rend() const noexcept { return const_reverse_iterator(begin()); }
+
  private:
   friend class Storage;
   friend class ArrayValue;
@@ -73,6 +87,11 @@ class Sequence {
   // Without elements, with room for nRoom at pRoom, which belongs to somebody else.
   Sequence(T* pRoom, std::uint32_t nRoom) noexcept
       : pItems(pRoom), nCapacity(nRoom & 0x7FFFFFFFu), bOnHeap(0) {}
+
+  size_type Checked(size_type i) const {
+    if (i >= nSize) throw std::out_of_range("JSON::Sequence::at");
+    return i;
+  }
 
   // The elements, as storage that this sequence alone may change.
   T* Own() {

@@ -135,6 +135,7 @@ class Storage {
   static NameMap* Names(const ObjectValue& object) { return object.vNameMap.pItems; }
   static std::size_t NameCount(const ObjectValue& object) { return object.vNameMap.nSize; }
   static std::uint32_t Count(const ArrayValue& array) { return array.vValues.nSize; }
+  static std::uint32_t Count(const ObjectValue& object) { return object.avValues.vValues.nSize; }
   static UnsafeJSONValue* Values(const ArrayValue& array) { return array.vValues.pItems; }
   static bool BorrowsNames(const ObjectValue& object) {
     return object.vNameMap.nCapacity < object.vNameMap.nSize;

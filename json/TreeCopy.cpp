@@ -40,8 +40,8 @@ CompositeValue* TreeCopy::Clone(const CompositeValue& source) {
 }
 
 template <typename Container>
-CompositeValue* TreeCopy::CloneAs(const Container& source) {
-  const auto nCount = static_cast<std::uint32_t>(source.Size());
+Container* TreeCopy::CloneAs(const Container& source) {
+  const std::uint32_t nCount = Storage::Count(source);
   Container* const pCopy = Storage::Make<Container>(pArena_, std::max(nCount, kCloneReserve));
   try {
     Append(source, *pCopy);
@@ -109,11 +109,11 @@ void TreeCopy::AppendNames(const ObjectValue& source, ObjectValue& target) {
   }
 }
 
-CompositeValue* ArrayValue::Clone(std::ptrdiff_t nDelta) const {
-  return TreeCopy(nDelta, nullptr).Clone(*this);
+ArrayValue* ArrayValue::Clone(std::ptrdiff_t nDelta) const {
+  return TreeCopy(nDelta, nullptr).CloneAs(*this);
 }
-CompositeValue* ObjectValue::Clone(std::ptrdiff_t nDelta) const {
-  return TreeCopy(nDelta, nullptr).Clone(*this);
+ObjectValue* ObjectValue::Clone(std::ptrdiff_t nDelta) const {
+  return TreeCopy(nDelta, nullptr).CloneAs(*this);
 }
 void ArrayValue::CopyTo(ArrayValue& target, std::ptrdiff_t nDelta) const {
   TreeCopy(nDelta, nullptr).Append(*this, target);

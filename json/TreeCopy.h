@@ -17,16 +17,18 @@ class TreeCopy {
   // The copy's containers are taken from `pTarget`, or from the heap when it is null.
   TreeCopy(std::ptrdiff_t nDelta, Arena* pTarget) : nDelta_(nDelta), pArena_(pTarget) {}
 
-  // A new container with copies of everything in `source`.
+  // A new container with copies of everything in `source`, which a host's own kind makes itself.
   CompositeValue* Clone(const CompositeValue& source);
+
+  // The same for one of the two kinds there are, or of its subclasses: a Container it will be.
+  template <typename Container>
+  Container* CloneAs(const Container& source);
 
   // Appends copies to a container that is there already.
   void Append(const ArrayValue& source, ArrayValue& target);
   void Append(const ObjectValue& source, ObjectValue& target);
 
  private:
-  template <typename Container>
-  CompositeValue* CloneAs(const Container& source);
   void AppendNames(const ObjectValue& source, ObjectValue& target);
 
   const char* Moved(const char* pText) const;

@@ -115,8 +115,7 @@ char* TreeReader::ReadContainer(char* p, ArrayValue& parent, Place& place) {
   Container* const pContainer =
       Storage::Make<Container>(pArena_, pArena_ != nullptr ? nSeen : kHeapReserve);
   element.pComposite = pContainer;
-  char* pNext = nullptr;
-  pNext = Fill(p, *pContainer, place);
+  char* const pNext = Fill(p, *pContainer, place);
   element.eType = pContainer->eType;
   return pNext;
 }
@@ -444,7 +443,7 @@ QXRECORDSET_HOT char* TreeReader::Fill(char* p, ObjectValue& object, Place& plac
     return nullptr;
   }
   object.eType = jtObject;
-  place.nMembers = Storage::Count(object.avValues);
+  place.nMembers = Storage::Count(object);
   Storage::Trim(object.avValues);
   return pNext;
 }

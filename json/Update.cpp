@@ -50,6 +50,9 @@ bool IsEmptyValue(const JSONValue* pValue) {
 }  // namespace
 
 void JSONValue::InternalUpdateValue(const char* text) {
+  if (IsEmptyValue(this)) {
+    return;
+  }
   PrivateText copy(text);
   TakeText(*this, copy);
 }
@@ -123,10 +126,10 @@ void DropNamesWithoutValue(ObjectValue& object) {
 }  // namespace
 
 JSONValue* ObjectValue::UpdateByOrdinal(int ordinal, const char* text, Type type) {
-  DropNamesWithoutValue(*this);
   if (ordinal < 0 || ordinal >= Size()) {
     return nullptr;
   }
+  DropNamesWithoutValue(*this);
   return avValues.UpdateByOrdinal(ordinal, text, type);
 }
 

@@ -53,11 +53,11 @@ JSONValue& JSONValue::NonConstNone() {
 
 int JSONValue::Size() const { return pComposite != nullptr ? pComposite->Size() : 0; }
 
-const JSONValue* JSONValue::GetByOrdinal(int ordinal) const {
+JSONValue* JSONValue::GetByOrdinal(int ordinal) const {
   return pComposite != nullptr ? pComposite->GetByOrdinal(ordinal) : nullptr;
 }
 
-const JSONValue* JSONValue::GetByName(const char* name, int length) const {
+JSONValue* JSONValue::GetByName(const char* name, int length) const {
   return pComposite != nullptr ? pComposite->GetByName(name, length) : nullptr;
 }
 
@@ -67,7 +67,7 @@ const JSONValue& JSONValue::operator[](int ordinal) const {
 }
 
 JSONValue& JSONValue::operator[](int ordinal) {
-  JSONValue* const pFound = pComposite != nullptr ? pComposite->GetByOrdinal(ordinal) : nullptr;
+  JSONValue* const pFound = GetByOrdinal(ordinal);
   return pFound != nullptr ? *pFound : NonConstNone();
 }
 
@@ -77,7 +77,7 @@ const JSONValue& JSONValue::operator[](const char* name) const {
 }
 
 JSONValue& JSONValue::operator[](const char* name) {
-  JSONValue* const pFound = pComposite != nullptr ? pComposite->GetByName(name, -1) : nullptr;
+  JSONValue* const pFound = GetByName(name, -1);
   return pFound != nullptr ? *pFound : NonConstNone();
 }
 

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <utility>
 
 #include "json/Digits.h"
@@ -88,7 +89,10 @@ class Serialize::Pen {
 };
 
 Serialize::Serialize(int nReserve) {
-  if (nReserve > 0) strOutput.reserve(static_cast<std::size_t>(nReserve));
+  if (nReserve <= 0) return;
+  const auto nBytes = static_cast<std::size_t>(nReserve);
+  if (nBytes > strOutput.max_size()) throw std::bad_alloc();  // on 32 bits there is less than 2 GB
+  strOutput.reserve(nBytes);
 }
 
 Serialize& Serialize::operator=(const Serialize& other) {

@@ -9,6 +9,7 @@
 #include <climits>
 #include <cstring>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -179,6 +180,43 @@ TEST(JsonArray, IndexesItsStringsWhenAllAreStrings) {
   Add(array, Text("y"));
   EXPECT_EQ(array.OrdinalOf("y", -1), 0);
   EXPECT_EQ(array.UpdateByName("0", "1", JSON::jtInteger), nullptr);
+}
+
+TEST(JsonContainer, TakesOneOfItsOwnElementsOnceMore) {
+  Message message;
+  ASSERT_TRUE(message.Parse(R"([["a","b"]])"));
+  auto& array = dynamic_cast<ArrayValue&>(*message[0].pComposite);
+  for (int i = 0; i < 30; ++i)
+    array.AddValue(*array.GetByOrdinal(i));
+  EXPECT_EQ(array.GetByOrdinal(31)->AsBoolean(), true);
+  EXPECT_EQ(array.vValues.at(31).pText, array.vValues.at(1).pText);
+  EXPECT_EQ(array.vValues.rbegin()->pText, array.vValues.at(31).pText);
+  EXPECT_THROW(array.vValues.at(32), std::out_of_range);
+}
+
+// A subclass without a Clone of its own is copied as what it is derived from, another by its Clone.
+struct Plain : ArrayValue {};
+struct Counting : ArrayValue {
+  ArrayValue* Clone(std::ptrdiff_t nDelta) const override {
+    ++nClones;
+    return ArrayValue::Clone(nDelta);
+  }
+  mutable int nClones = 0;
+};
+
+TEST(JsonContainer, CopiesTheHostsOwnKinds) {
+  ArrayValue source;
+  auto* const pCounting = new Counting;
+  for (ArrayValue* pChild :
+       {static_cast<ArrayValue*>(new Plain), static_cast<ArrayValue*>(pCounting)}) {
+    Add(*pChild, Text("x"));
+    UnsafeJSONValue child(JSON::jtArray);
+    child.pComposite = pChild;
+    Add(source, child);
+  }
+  const std::unique_ptr<ArrayValue> pClone(source.Clone(0));
+  EXPECT_EQ(Written(*pClone), R"([["x"],["x"]])");
+  EXPECT_EQ(pCounting->nClones, 1);
 }
 
 TEST(JsonContainer, MovesForeignTextsWhenItIsCopied) {

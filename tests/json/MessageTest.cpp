@@ -123,7 +123,10 @@ TEST(JsonMessage, DropsANameWithoutValueAtTheNextUpdate) {
 TEST(JsonMessage, DropsANameWithoutValueThatWasChanged) {
   Message message;
   ASSERT_FALSE(message.Parse(R"({"lost":?)"));
-  dynamic_cast<ObjectValue&>(*message.pComposite).vNameMap[0].UpdateName("owned");
+  auto& root = dynamic_cast<ObjectValue&>(*message.pComposite);
+  root.vNameMap[0].UpdateName("owned");
+  EXPECT_EQ(root.UpdateByOrdinal(0, "1", JSON::jtInteger), nullptr);  // which changes nothing
+  EXPECT_STREQ(root.vNameMap.at(0).pName, "owned");
   message.Set("a", 1);
   EXPECT_EQ(Written(message), R"({"a":1})");
 }
@@ -173,7 +176,7 @@ TEST(JsonMessage, UsesTheRootOfTheSameKindAgain) {
 }
 
 TEST(JsonMessage, ARefusedTextEmptiesACopyingMessageAndLeavesAnotherAlone) {
-  for (const char* refused : {" 12", "", " ", "x[1]"}) {
+  for (const auto& [refused, nStop] : {std::pair{" 12", 1}, {"", 0}, {" ", 1}, {"x[1]", 0}}) {
     std::string strFirst = R"({"a":"t\u0065xt"})";
     std::string strRefused = refused;
     Message copying;
@@ -186,6 +189,7 @@ TEST(JsonMessage, ARefusedTextEmptiesACopyingMessageAndLeavesAnotherAlone) {
     EXPECT_EQ(copying.eType, JSON::jtInvalid);
     EXPECT_EQ(copying.pComposite, nullptr);
     EXPECT_EQ(copying.strText, refused);
+    EXPECT_EQ(copying.pCursor, copying.pStart + nStop);
     EXPECT_EQ(Written(copying), "null");
     EXPECT_EQ(&copying.Path("a"), &JSONValue::None());
     EXPECT_EQ(Written(Message(copying)), "null");
@@ -195,7 +199,13 @@ TEST(JsonMessage, ARefusedTextEmptiesACopyingMessageAndLeavesAnotherAlone) {
     EXPECT_EQ(Written(Message(inPlace)), R"({"a":"text"})");
     copying.Set("n", 1);
     EXPECT_EQ(Written(copying), R"({"n":1})");
+    Message empty(true);
+    EXPECT_FALSE(empty.Parse(strRefused.c_str()));
+    EXPECT_EQ(empty.pCursor, strRefused.c_str() + nStop);
   }
+  Message message;
+  EXPECT_FALSE(message.Parse("\0[1]", 4));
+  EXPECT_EQ(message.pCursor, message.pStart);
 }
 
 }  // namespace

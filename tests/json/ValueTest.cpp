@@ -142,6 +142,8 @@ TEST(JsonValue, IsAssignedFieldByField) {
 
 TEST(JsonValue, KeepsTheEmptyValuesEmpty) {
   JSONValue& none = JSONValue::NonConstNone();
+  none.InternalUpdateValue("x");
+  EXPECT_EQ(none.pText, nullptr);
   EXPECT_NE(&JSONValue::None(), &none);
   EXPECT_EQ(&none.Set("a", 1), &JSONValue::None());
   EXPECT_EQ(&none["b"].Set(0, "text"), &JSONValue::None());

@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <memory>
@@ -97,11 +98,18 @@ std::string Text(const std::string& mark) {
   return strText + "}}";
 }
 
+// A new name, and all names in an order that the next lookup has to sort anew.
+void AddName(JSONValue& value) {
+  value.Set("zzz", true);
+  auto& object = dynamic_cast<JSON::ObjectValue&>(*value.pComposite);
+  std::reverse(object.vNameMap.begin(), object.vNameMap.end());
+}
+
 std::unique_ptr<Message> MakeDocument() {
   auto pMessage = std::make_unique<Message>();
   pMessage->Parse(Text("first").c_str());
   (*pMessage)["rows"][0].Set("new", "a text of its own");
-  (*pMessage)["many"].Set("zzz", true);  // its names are sorted by the next lookup
+  AddName((*pMessage)["many"]);
   pMessage->Set("built", 1);
   for (const int i : {0, 1, 2})
     (*pMessage)["built"].Set(i, "in an array made by updates");
@@ -232,7 +240,7 @@ TEST(ExhaustedMemory, LeavesHandlesWhole) {
   const auto make = [] {
     auto pHandle = std::make_unique<Handle>();
     JSON_ParseMessage(pHandle->handle, Text("flat").c_str());
-    (*reinterpret_cast<Message*>(pHandle->handle))["many"].Set("zzz", 7);
+    AddName((*reinterpret_cast<Message*>(pHandle->handle))["many"]);
     return pHandle;
   };
   const auto picture = [](const Handle& h) {

@@ -393,7 +393,7 @@ Document Parse(std::string_view text) {
   Document document;
   document.strBuffer = text;
   Reader reader(document.strBuffer);
-  reader.SkipSpace();
+  if (!text.empty() && text[0] != '\0') reader.SkipSpace();
   if (!reader.Ended() && IsIn(reader.Byte(), "[{")) {
     document.bRoot = true;
     document.bAccepted = reader.Container(document.root) >= 0;

@@ -20,7 +20,7 @@ namespace Support {
 
 class SideBySide {
  public:
-  // The first difference, or "" when all three agree. REQUIRES: text is not empty.
+  // The first difference, or "" when all three agree.
   std::string Check(std::string_view text) {
     if (text.size() > nCapacity) {
       nCapacity = 2 * text.size();
@@ -47,10 +47,11 @@ class SideBySide {
 
   std::string CheckInPlace(const char* pText, std::string_view text) {
     const JSON::CompositeValue* pOldRoot = inPlace.pComposite;
-    const char* pOldCursor = inPlace.pCursor;
+    const bool bKept = pOldRoot != nullptr || text.empty();
+    const char* pCursor = bKept ? inPlace.pCursor : pText + document.nCursor;
     if (inPlace.Parse(pText, static_cast<int>(text.size())) != document.bAccepted) return "result";
     if (document.bRoot) return CheckTree(inPlace, pBuffer->view());
-    const bool bSame = inPlace.pComposite == pOldRoot && inPlace.pCursor == pOldCursor;
+    const bool bSame = inPlace.pComposite == pOldRoot && inPlace.pCursor == pCursor;
     return bSame && pBuffer->view() == text ? "" : "refused text changed something";
   }
 
