@@ -84,10 +84,11 @@ struct NumberMarks {
   NumberMark aMarks[UCHAR_MAX + 1] = {};
 
   constexpr NumberMarks() {
-    aMarks['+'] = aMarks['-'] = NumberMark::kSign;
-    aMarks['.'] = aMarks['e'] = aMarks['E'] = NumberMark::kReal;
+    Of('+') = Of('-') = NumberMark::kSign;
+    Of('.') = Of('e') = Of('E') = NumberMark::kReal;
   }
-  NumberMark operator[](char c) const { return aMarks[static_cast<unsigned char>(c)]; }
+  constexpr NumberMark& Of(char c) { return aMarks[static_cast<unsigned char>(c)]; }
+  constexpr NumberMark operator[](char c) const { return aMarks[static_cast<unsigned char>(c)]; }
 };
 inline constexpr NumberMarks kNumberMarks;
 

@@ -43,7 +43,8 @@ void Storage::Grow(Sequence<T>& items, std::size_t nCapacity, Arena* pArena) {
   T* const pItems = reinterpret_cast<T*>(pRoom + kHeader);
   if (items.nSize != 0) {
     // NOLINTNEXTLINE(bugprone-undefined-memory-manipulation): as said above
-    std::memcpy(static_cast<void*>(pItems), items.pItems, items.nSize * sizeof(T));
+    std::memcpy(static_cast<void*>(pItems), static_cast<const void*>(items.pItems),
+                items.nSize * sizeof(T));
   }
   const std::uint32_t nSize = items.nSize;
   FreeItems(items);

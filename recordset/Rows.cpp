@@ -253,7 +253,7 @@ void Rows::Relocate(Row& row, std::uint32_t nSpan) {
 }
 
 Cell* Rows::AllocateCells(std::uint32_t nCells) {
-  if (nCells > SIZE_MAX / sizeof(Cell)) throw std::bad_alloc();
+  if (std::uint64_t{nCells} * sizeof(Cell) > SIZE_MAX) throw std::bad_alloc();
   return reinterpret_cast<Cell*>(blocks_.Allocate(nCells * sizeof(Cell)));
 }
 

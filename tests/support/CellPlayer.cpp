@@ -251,6 +251,7 @@ class Support::CellPlayer::Player {
       case 0: {
         CQXRecordSet copy(set_);
         Expect(copy.GetStringRef() == set_.GetStringRef(), "GetStringRef of a copy");
+        model_.bModified = true;
         ForgetAddresses();
         set_ = std::move(copy);
         return;
@@ -259,6 +260,7 @@ class Support::CellPlayer::Player {
         CQXRecordSet moved(std::move(set_));
         Expect(set_.GetString().empty(), "moved from is cleared");  // NOLINT: moved-from
         Expect(set_.GetColumnCount() == 0, "moved from has no columns");
+        model_.bModified = true;
         set_ = std::move(moved);
         return;
       }

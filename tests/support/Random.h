@@ -46,7 +46,7 @@ class Random {
   // Any element of an array or container.
   template <typename Choices>
   auto& Of(Choices& choices) {
-    return *(std::begin(choices) + Below(std::size(choices)));
+    return std::begin(choices)[static_cast<std::ptrdiff_t>(Below(std::size(choices)))];
   }
 
  private:
