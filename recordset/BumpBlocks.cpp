@@ -20,7 +20,11 @@ constexpr std::size_t kSmallestBlock = 1024;
 constexpr std::size_t kLargestBlock = (sizeof(void*) == 4 ? 384 * 1024 : 1024 * 1024) - 16;
 
 // A new block has this part of the size of all blocks so far: what may lie unused stays within it.
+// When the same part of a known amount of work is done, the rest can be foretold.
 constexpr std::size_t kGrowthDivisor = 8;
+
+// What is foretold is made larger by this part: another block would cost more.
+constexpr std::size_t kSpareDivisor = 64;
 
 }  // namespace
 
@@ -32,10 +36,22 @@ BumpBlocks::~BumpBlocks() {
   }
 }
 
+// What is to come is foretold twice, since a work's beginning may not be like the rest of it: the
+// first time half of it is taken.
+std::size_t BumpBlocks::NextBlock() const {
+  if (pProgress_ == nullptr || pProgress_->nDone <= pProgress_->nAll / kGrowthDivisor) {
+    return nFootprint_ / kGrowthDivisor;
+  }
+  const std::size_t nDone = pProgress_->nDone;
+  const std::size_t nToDo = pProgress_->nAll - nDone;
+  const auto nRest = static_cast<std::size_t>(
+      static_cast<double>(nFootprint_) * static_cast<double>(nToDo) / static_cast<double>(nDone));
+  return nToDo > nDone ? nRest / 2 : nRest + nRest / kSpareDivisor;
+}
+
 // A piece that is larger than a block gets one of its own, and the current block stays in use.
 char* BumpBlocks::AllocateElsewhere(std::size_t nSize) {
-  const std::size_t nBlock =
-      std::clamp(nFootprint_ / kGrowthDivisor, kSmallestBlock, kLargestBlock) - kOverhead;
+  const std::size_t nBlock = std::clamp(NextBlock(), kSmallestBlock, kLargestBlock) - kOverhead;
   if (nSize > nBlock) return AddBlock(nSize);
   char* const p = AddBlock(nBlock);
   pNext_ = p + nSize;

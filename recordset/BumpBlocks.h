@@ -61,6 +61,14 @@ class BumpBlocks {
   // Takes back everything. The newest block is kept for the next pieces, the others are released.
   void Reset() noexcept;
 
+  // How much is done of the work that pieces are taken for, in any unit. As long as somebody tells,
+  // a new block becomes as large as what is going to be needed.
+  struct Progress {
+    std::size_t nDone;
+    std::size_t nAll;
+  };
+  void Follow(const Progress* pProgress) noexcept { pProgress_ = pProgress; }
+
   // Bytes in all allocated blocks.
   std::size_t Footprint() const { return nFootprint_; }
 
@@ -73,6 +81,7 @@ class BumpBlocks {
   // Bytes of a block beside its pieces.
   static constexpr std::size_t kOverhead = sizeof(Block) + kSlack;
 
+  std::size_t NextBlock() const;
   char* AllocateElsewhere(std::size_t nSize);
   char* AddBlock(std::size_t nSize);
 
@@ -80,6 +89,7 @@ class BumpBlocks {
   char* pLimit_;  // and its end
   Block* pNewest_ = nullptr;
   std::size_t nFootprint_ = 0;
+  const Progress* pProgress_ = nullptr;
   char* const pOwn_;
   const std::size_t nOwn_;
 };

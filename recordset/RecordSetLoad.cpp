@@ -252,7 +252,18 @@ class RowSink {
 // number.
 class RowsSink {
  public:
-  RowsSink(Text& text, RowSink& row) : text_(text), row_(row) {}
+  // The array begins at pBegin.
+  RowsSink(Text& text, const char* pBegin, RowSink& row, Table& table)
+      : text_(text),
+        pBegin_(pBegin),
+        row_(row),
+        table_(table),
+        progress_{0, static_cast<std::size_t>(text.pEnd - pBegin)} {
+    table_.Follow(&progress_);
+  }
+  ~RowsSink() { table_.Follow(nullptr); }
+  RowsSink(const RowsSink&) = delete;
+  RowsSink& operator=(const RowsSink&) = delete;
 
   static JSON::Due Shortcut(const char*& /*p*/) { return JSON::Due::kItem; }
   void Missing() { bEnded_ = true; }
@@ -262,13 +273,17 @@ class RowsSink {
       bEnded_ = bEnded_ || *p == 'n';
       return Skipper(text_).Value(p);
     }
+    progress_.nDone = static_cast<std::size_t>(p - pBegin_);
     row_.BeginRow(lRow_);
     return ReadObject(text_, p, row_);
   }
 
  private:
   Text& text_;
+  const char* const pBegin_;
   RowSink& row_;
+  Table& table_;
+  recordset::BumpBlocks::Progress progress_;
   long lRow_ = 0;
   bool bEnded_ = false;
 };
@@ -311,7 +326,7 @@ class DocumentSink {
       bRowsRead_ = true;
       table_.Reset();
       row_.Forget();
-      RowsSink rows(text_, row_);
+      RowsSink rows(text_, p, row_, table_);
       return ReadArray(text_, p, rows);
     }
     const std::string_view column = UpToNul(name_);

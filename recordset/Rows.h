@@ -144,6 +144,8 @@ class Rows {
   // Removes all rows. Some memory is kept; see BumpBlocks::Reset.
   void Reset() noexcept;
 
+  void Follow(const BumpBlocks::Progress* pProgress) noexcept { blocks_.Follow(pProgress); }
+
   // Bytes of memory that Reset() may keep.
   std::size_t Footprint() const { return blocks_.Footprint(); }
 
@@ -152,7 +154,7 @@ class Rows {
 
  private:
   // Rows of a page; the first page begins smaller and grows to this size.
-  static constexpr unsigned long kPageRows = 512;
+  static constexpr unsigned long kPageRows = 64;
   static constexpr unsigned long kFirstRows = 4;
 
   // Enough for the first rows of a small table; the table stays a small allocation.

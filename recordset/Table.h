@@ -49,6 +49,12 @@ class Table {
   // REQUIRES: `other` is another table. When memory runs out, some of them may have been set.
   void Merge(const Table& other);
 
+  // What is going to be set comes from somebody who tells how far they have come; null: no longer.
+  void Follow(const BumpBlocks::Progress* pProgress) noexcept {
+    texts.Follow(pProgress);
+    rows.Follow(pProgress);
+  }
+
   // Removes everything. Some memory is kept for the next contents, at most Footprint().
   void Reset() noexcept;
   std::size_t Footprint() const;

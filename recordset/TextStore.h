@@ -98,6 +98,8 @@ class TextStore {
   // Takes back all texts. Some memory is kept; see BumpBlocks::Reset.
   void Reset() noexcept;
 
+  void Follow(const BumpBlocks::Progress* pProgress) noexcept { blocks_.Follow(pProgress); }
+
   // Bytes of memory that Reset() may keep.
   std::size_t Footprint() const { return blocks_.Footprint(); }
 
