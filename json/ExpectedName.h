@@ -49,6 +49,8 @@ class ExpectedName {
   }
 
   const char* Text() const { return pName_; }
+  // The same name, or another one that nobody is going to look for.
+  void SetText(const char* pName) { pName_ = pName; }
   std::size_t Length() const { return nLength_; }
 
   // Of a name shorter than kShortName bytes: the name, a quote and a colon, as they are looked for.

@@ -32,13 +32,19 @@ bool IsPlain(const char* name, std::size_t length, JSON::Block16 start) {
 
 }  // namespace
 
+// The names are gone with their texts. The first bytes, which a short name is all of, are still
+// there; by its text no column is found, or one whose cells do not exist.
 void Columns::Reset() noexcept {
-  vColumns_.clear();
+  for (std::uint32_t i = 0; i < nRemembered_; ++i) {
+    vColumns_[i].name.SetText("");
+  }
+  nCount_ = 0;
+  for (Chain& chain : chains_) {
+    chain = {};
+  }
+  bAscending_ = true;
   vSlots_.clear();
   vSorted_.clear();
-  pLast_ = nullptr;
-  pGuess_ = nullptr;
-  bAscending_ = true;
 }
 
 std::size_t Columns::Footprint() const {
@@ -48,36 +54,38 @@ std::size_t Columns::Footprint() const {
 
 // ---- Lookup ------------------------------------------------------------------------------------
 
-std::uint32_t Columns::FindElsewhere(const char* name, std::size_t length) {
+std::uint32_t Columns::FindElsewhere(Use use, const char* name, std::size_t length) {
   const std::uint32_t nColumn = Search(name, length);
-  if (nColumn != 0) Learn(nColumn - 1);
+  if (nColumn != 0) Learn(use, nColumn - 1);
   return nColumn;
 }
 
-std::uint32_t Columns::FindOrAddAny(const char* name, std::size_t length) {
-  return FindOrAddElsewhere(name, length, JSON::ExpectedName::FirstBytes(name, length));
+std::uint32_t Columns::FindOrAddAny(Use use, const char* name, std::size_t length) {
+  return FindOrAddElsewhere(use, name, length, JSON::ExpectedName::FirstBytes(name, length));
 }
 
 // `start` is a block that begins with the first bytes of the name.
-std::uint32_t Columns::FindOrAddElsewhere(const char* name, std::size_t length,
+std::uint32_t Columns::FindOrAddElsewhere(Use use, const char* name, std::size_t length,
                                           JSON::Block16 start) {
   const bool bBeyond = IsBeyond(name, length);
-  const std::uint32_t nColumn = bBeyond ? 0 : FindElsewhere(name, length);
-  return nColumn != 0 ? nColumn : Add(name, length, start, bBeyond);
+  const std::uint32_t nColumn = bBeyond ? 0 : FindElsewhere(use, name, length);
+  return nColumn != 0 ? nColumn : Add(use, name, length, start, bBeyond);
 }
 
 // Whether the columns are in the order of their names, and the name comes behind all of them.
 bool Columns::IsBeyond(const char* name, std::size_t length) const {
-  return bAscending_ && (vColumns_.empty() || IsBefore(NameOf(Count()), {name, length}));
+  return bAscending_ && (nCount_ == 0 || IsBefore(NameOf(nCount_), {name, length}));
 }
 
 std::uint32_t Columns::Search(const char* name, std::size_t length) const {
-  if (vSlots_.empty()) {
-    const auto it = std::find_if(vColumns_.begin(), vColumns_.end(), [=](const Column& column) {
-      return IsName(column, name, length);
-    });
-    return it != vColumns_.end() ? static_cast<std::uint32_t>(it - vColumns_.begin()) + 1 : 0;
+  if (!vSlots_.empty()) return SearchTable(name, length);
+  for (std::uint32_t i = 0; i < nCount_; ++i) {
+    if (IsName(vColumns_[i], name, length)) return i + 1;
   }
+  return 0;
+}
+
+std::uint32_t Columns::SearchTable(const char* name, std::size_t length) const {
   const std::uint32_t nHash = (*hash_)(name, length);
   const std::size_t nMask = vSlots_.size() - 1;
   for (std::size_t i = nHash & nMask; vSlots_[i] != 0; i = (i + 1) & nMask) {
@@ -88,29 +96,63 @@ std::uint32_t Columns::Search(const char* name, std::size_t length) const {
 }
 
 // The column at nPosition follows the one found before; remember that.
-void Columns::Learn(std::uint32_t nPosition) {
+QXRECORDSET_HOT void Columns::Learn(Use use, std::uint32_t nPosition) {
   const Column& column = vColumns_[nPosition];
-  if (pLast_ != nullptr && pLast_ != &column) vColumns_[pLast_->nPosition].pNext = &column;
-  Found(column);
+  const Column* const pLast = chains_[use].pLast;
+  if (pLast != nullptr && pLast != &column) vColumns_[pLast->nPosition].apNext[use] = &column;
+  Found(use, column);
 }
 
 // ---- Adding ------------------------------------------------------------------------------------
 
-// What may fail for want of memory comes first.
-std::uint32_t Columns::Add(const char* name, std::size_t length, JSON::Block16 start,
+// A new column takes the place of one that is remembered; what is behind that one will not come
+// again in this order.
+std::uint32_t Columns::Add(Use use, const char* name, std::size_t length, JSON::Block16 start,
                            bool bBeyond) {
-  const std::size_t nCount = vColumns_.size() + 1;
-  if (nCount > Rows::kLastColumn) throw std::bad_alloc();
-  if (vColumns_.size() == vColumns_.capacity()) MakeRoom();
-  if (nCount > kFewColumns && 2 * nCount > vSlots_.size()) MakeTable(4 * nCount);
-  const auto nPosition = static_cast<std::uint32_t>(nCount - 1);
-  const char* const pName = texts_.Store(name, length);
-  vColumns_.emplace_back(pName, length, start, nPosition + 1, IsPlain(pName, length, start));
-  vColumns_.back().pNext = vColumns_.data();
-  bAscending_ = bBeyond;
-  if (!vSlots_.empty()) Enter(nPosition);
-  Learn(nPosition);
+  PrepareToAdd();
+  const std::uint32_t nPosition = nCount_;
+  const char* const pName = length < JSON::Block16::kBytes ? texts_.StoreStart(start, length)
+                                                           : texts_.Store(name, length);
+  const bool bPlain = IsPlain(pName, length, start);
+  if (nPosition < vColumns_.size()) {
+    new (&vColumns_[nPosition]) Column(pName, length, start, nPosition, bPlain, bBeyond);
+  } else {
+    vColumns_.emplace_back(pName, length, start, nPosition, bPlain, bBeyond);
+  }
+  nRemembered_ = nPosition + 1;
+  for (const Column*& pNext : vColumns_[nPosition].apNext) {
+    pNext = vColumns_.data();
+  }
+  Enlist(nPosition);
+  Learn(use, nPosition);
   return nPosition + 1;
+}
+
+// The column behind the last one is there again. Its name stands at `name`.
+const Columns::Column& Columns::Restore(const char* name) {
+  PrepareToAdd();
+  const std::uint32_t nPosition = nCount_;
+  Column& column = vColumns_[nPosition];
+  column.name.SetText(texts_.StoreStart(JSON::Block16::Load(name), column.name.Length()));
+  column.apNext[kInText] = vColumns_.data();
+  Enlist(nPosition);
+  Learn(kInText, nPosition);
+  return column;
+}
+
+// Whatever may fail for want of memory.
+QXRECORDSET_HOT void Columns::PrepareToAdd() {
+  const std::size_t nCount = std::size_t{nCount_} + 1;
+  if (nCount > kLastColumn) throw std::bad_alloc();
+  if (nCount > vColumns_.capacity()) MakeRoom();
+  if (nCount > kFewColumns && 2 * nCount > vSlots_.size()) MakeTable(4 * nCount);
+}
+
+// The column at nPosition is there from now on.
+QXRECORDSET_HOT void Columns::Enlist(std::uint32_t nPosition) noexcept {
+  nCount_ = nPosition + 1;
+  bAscending_ = vColumns_[nPosition].bBeyond != 0;
+  if (!vSlots_.empty()) Enter(nPosition);
 }
 
 // Room for as many columns again. They move, and what they expect moves with them.
@@ -118,11 +160,17 @@ void Columns::MakeRoom() {
   std::vector<Column> vMoved;
   vMoved.reserve(std::max(kFirstColumns, 2 * vColumns_.size()));
   vMoved = vColumns_;
-  const auto moved = [&vMoved](const Column* p) { return &vMoved[p->nPosition]; };
+  const auto moved = [&vMoved](const Column* p) {
+    return p != nullptr ? &vMoved[p->nPosition] : nullptr;
+  };
   for (Column& column : vMoved) {
-    column.pNext = moved(column.pNext);
+    for (const Column*& pNext : column.apNext) {
+      pNext = moved(pNext);
+    }
   }
-  if (pLast_ != nullptr) Found(*moved(pLast_));
+  for (Chain& chain : chains_) {
+    chain = {moved(chain.pLast), moved(chain.pGuess)};
+  }
   vColumns_.swap(vMoved);
 }
 
@@ -134,7 +182,7 @@ void Columns::MakeTable(std::size_t nSlots) {
   }
   std::vector<std::uint32_t>(nSize).swap(vSlots_);
   if (!hash_) hash_.emplace();
-  for (std::uint32_t i = 0; i < vColumns_.size(); ++i) {
+  for (std::uint32_t i = 0; i < nCount_; ++i) {
     Enter(i);
   }
 }
@@ -154,15 +202,15 @@ void Columns::Enter(std::uint32_t nPosition) noexcept {
 
 const std::vector<std::uint32_t>& Columns::InNameOrder() {
   const std::size_t nSorted = vSorted_.size();
-  if (nSorted == vColumns_.size()) return vSorted_;
+  if (nSorted == nCount_) return vSorted_;
   const auto less = [this](std::uint32_t a, std::uint32_t b) { return NameOf(a) < NameOf(b); };
   const auto nNew = static_cast<std::uint32_t>(nSorted + 1);
-  if (nNew == vColumns_.size() && !bAscending_) {
+  if (nNew == nCount_ && !bAscending_) {
     // One name is inserted with few comparisons, in case names are added and listed by turns.
     vSorted_.insert(std::upper_bound(vSorted_.begin(), vSorted_.end(), nNew, less), nNew);
     return vSorted_;
   }
-  vSorted_.resize(vColumns_.size());
+  vSorted_.resize(nCount_);
   const auto middle = vSorted_.begin() + static_cast<std::ptrdiff_t>(nSorted);
   std::iota(middle, vSorted_.end(), nNew);
   if (!bAscending_) {

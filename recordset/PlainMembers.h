@@ -108,12 +108,18 @@ QXRECORDSET_HOT const char* PlainMembers::ReadLiteral(const char* p, Value& valu
   return word == ReadWord<std::uint32_t>("fals") && p[4] == 'e' ? p + 5 : nullptr;
 }
 
-// A name that is not the one expected. It has no escapes, and its colon follows at once. Moves p
-// behind the colon; null when it is no such name. REQUIRES: *p is a '"'.
+// A name that is not the one expected. It has no escapes, its colon follows at once, and no array
+// or object behind that. Moves p behind the colon; null when it is no such name. REQUIRES: *p is a
+// '"', and a block can be read behind it.
 inline const Columns::Column* PlainMembers::ReadName(const char*& p) {
   const char* const pName = p + 1;
+  if (const Columns::Column* const pColumn = table_.columns.AddAgain(pName, pEnd_)) {
+    p = pName + pColumn->name.Length() + 2;
+    return pColumn;
+  }
   const char* const pStop = JSON::FindTextStop(pName, pEnd_);
   if (*pStop != '"' || pStop[1] != ':') return nullptr;  // at pEnd_ stands a NUL
+  if (pStop[2] == '[' || pStop[2] == '{') return nullptr;
   p = pStop + 2;
   return &table_.columns.FoundOrAdded(pName, static_cast<std::size_t>(pStop - pName));
 }
@@ -153,7 +159,7 @@ inline const char* PlainMembers::Read(const char* p, long lRow) {
     cell = {table_.texts.StoreReadable(value.pText, value.nLength),
             static_cast<std::uint32_t>(value.nLength), value.eType};
     pLast = pColumn;
-    pColumn = pColumn->pNext;
+    pColumn = pColumn->apNext[Columns::kInText];
     pMember = p + 1;
     if (*p == '}') break;
     if (*++p != '"') p = SkipSpace(p);

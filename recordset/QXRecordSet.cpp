@@ -178,14 +178,16 @@ void CQXRecordSet::SetValue(const char* name, CQXRecordSet& value, long row) {
 // case comes first and makes no call but the comparison of names.
 const char* CQXRecordSet::GetValueAsString(const char* name, long row) {
   if (name == nullptr || pTable == nullptr) return "";
-  const auto* const pColumn = pTable->columns.Expected(name);
-  if (pColumn == nullptr) return FindValue(name, row);
-  return pTable->ReadCell(row, pColumn->nPosition + 1).pText;
+  if (const auto* const pColumn = pTable->columns.Expected(name)) {
+    const recordset::Cell* const pCell = pTable->rows.FindInGrid(row, pColumn->nPosition + 1);
+    if (pCell != nullptr && pCell->Exists()) return pCell->pText;
+  }
+  return FindValue(name, row);
 }
 
-// The same for a column that is not the one expected.
+// The same for a column that is not the one expected, or a cell that is not where most cells are.
 const char* CQXRecordSet::FindValue(const char* name, long row) {
-  const std::uint32_t nColumn = pTable->columns.Find(name);
+  const std::uint32_t nColumn = pTable->columns.FindUnexpected(name);
   return nColumn != 0 ? pTable->ReadCell(row, nColumn).pText : "";
 }
 

@@ -74,8 +74,13 @@ class TextStore {
       if (pConstant != nullptr) return pConstant;
     }
     if (length - 1 >= kBlock - 1 || pFree_ != nullptr) return Store(text, length);
+    return StoreStart(JSON::Block16::Load(text), length);
+  }
+
+  // The first `length` bytes of a block, which are fewer than it has.
+  const char* StoreStart(JSON::Block16 block, std::size_t length) {
     char* const pText = blocks_.Allocate(BlockPieceSize(length));
-    JSON::Block16::Load(text).Store(pText);
+    block.Store(pText);
     pText[length] = '\0';
     return pText;
   }

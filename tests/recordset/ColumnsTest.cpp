@@ -49,7 +49,7 @@ TEST(Columns, AreFoundWhateverWasGuessed) {
     n = random.OneIn(3) ? random.Below(vNames.size()) : (n + 1) % vNames.size();
     ASSERT_EQ(columns.Find(vNames[n].c_str()), n + 1);
     ASSERT_EQ(columns.Find((vNames[n] + "x").c_str()), 0u);
-    ASSERT_EQ(columns.Find(vNames[n].data(), vNames[n].size()), n + 1);
+    ASSERT_EQ(columns.FindOrAdd(vNames[n].data(), vNames[n].size()), n + 1);
   }
 }
 

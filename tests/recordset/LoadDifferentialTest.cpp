@@ -6,10 +6,12 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "recordset/QXRecordSet.h"
 #include "tests/support/Author.h"
 #include "tests/support/PlainLoad.h"
+#include "tests/support/Random.h"
 
 namespace {
 
@@ -44,6 +46,39 @@ TEST(RecordSetLoad, AgreesWithTheTree) {
     if (walked.GetString().empty()) walked.SetString("");  // written, whatever the text was
     ASSERT_EQ(Plain::Picture(loaded), Plain::Picture(walked)) << "text " << i << ": " << text;
     ASSERT_EQ(text, strBefore);
+  }
+}
+
+// Rows over and over in one record set, of a few names that come again, mostly in the same order.
+TEST(RecordSetLoad, OwesNothingToWhatWasCleared) {
+  const std::vector<std::string> vNames = {"a",  "bb",    "ccc", "a name that is not short",
+                                           "dd", "e\x01", "f",   "another name that is not short"};
+  Support::Random random(1);
+  CQXRecordSet reused;
+  for (int i = 0; i < 20000; i += Support::kStride) {
+    std::string text;
+    std::size_t nName = random.Below(3);
+    while (text.empty() || !random.OneIn(7)) {
+      nName = (random.OneIn(5) ? random.Below(vNames.size()) : nName + 1) % vNames.size();
+      text += (text.empty() ? "{\"" : ",\"") + vNames[nName] + "\":" + std::to_string(nName);
+    }
+    text += random.OneIn(2) ? "}" : ",\"last\":\"so that all before it are far from the end\"}";
+    if (random.OneIn(3)) text = "{\"rows\":[" + text + ',' + text + "]}";
+    reused.Clear();
+    reused.SetString(text);
+    CQXRecordSet fresh(text);
+    const std::string& asked = random.Of(vNames);
+    ASSERT_STREQ(reused.GetValueAsString(asked.c_str()), fresh.GetValueAsString(asked.c_str()));
+    ASSERT_EQ(Plain::Picture(reused), Plain::Picture(fresh)) << "text " << i << ": " << text;
+    for (const std::string& name : vNames) {
+      ASSERT_EQ(reused.GetColumnIndex(name.c_str()), fresh.GetColumnIndex(name.c_str())) << text;
+    }
+    if (random.OneIn(4)) {
+      reused.Clear();
+      reused.SetValue(asked.c_str(), 1L);
+      ASSERT_EQ(reused.GetColumnIndex(asked.c_str()), 1) << asked;
+      ASSERT_EQ(reused.GetColumnCount(), 1) << asked;
+    }
   }
 }
 
