@@ -39,6 +39,11 @@ class ExpectedName {
       nMask_ = kNever;
     }
     nMemberMask_ = nLength < kShortName ? 2 * nMask_ + 1 : kNever;
+    if (nLength >= kShortName) {
+      std::memcpy(aEnd_, pName + nLength - (kBlock - 2), kBlock - 2);
+      aEnd_[kBlock - 2] = '"';
+      aEnd_[kBlock - 1] = ':';
+    }
   }
 
   // The first bytes of a name that may end anywhere.
@@ -76,9 +81,14 @@ class ExpectedName {
     if ((nEqual & nMemberMask_) == nMemberMask_) {
       return true;
     }
-    return nLength_ >= kShortName && (nEqual & nMask_) == nMask_ &&
-           static_cast<std::size_t>(pEnd - p) > nLength_ + 2 + Block16::kBytes &&
-           MatchesRest(p, pEnd) && p[nLength_ + 1] == ':';
+    constexpr std::size_t kBlock = Block16::kBytes;
+    if (nLength_ < kShortName || (nEqual & nMask_) != nMask_ ||
+        static_cast<std::size_t>(pEnd - p) <= nLength_ + 2 + kBlock) {
+      return false;
+    }
+    const Block16 last = Block16::Load(p + nLength_ + 2 - kBlock);
+    return last.Equals(Block16::Load(aEnd_)) == 0xFFFFu &&
+           (nLength_ <= 2 * kBlock - 2 || std::memcmp(p, pName_, nLength_) == 0);
   }
 
  private:
@@ -97,6 +107,7 @@ class ExpectedName {
   std::uint32_t nMask_;           // which bytes of aStart_ are name and quote
   std::uint32_t nMemberMask_;     // which are name, quote and colon, of a short name
   char aStart_[Block16::kBytes];  // the first bytes of the name, its closing quote and a colon
+  char aEnd_[Block16::kBytes];    // the last ones, of a name that is not short
 };
 
 }  // namespace JSON

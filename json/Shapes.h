@@ -35,7 +35,9 @@ struct Place {
   Shape* pShapes = nullptr;     // the objects' first names
   std::uint32_t nElements = 0;  // elements of the last array
   std::uint32_t nMembers = 0;   // members of the last object
-  std::uint32_t nIndent = 0;    // blanks in front of the last of them that began a line
+  // Blanks in front of the last member and of the last element that began a line.
+  std::uint32_t nMemberIndent = 0;
+  std::uint32_t nElementIndent = 0;
 };
 
 // The sorted names of all objects of one shape.

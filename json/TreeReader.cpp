@@ -200,17 +200,19 @@ QXRECORDSET_HOT char* SkipGap(char* p, char* pEnd) {
   return IsSpace(*p) ? SkipSpaceRun(p, pEnd) : p;
 }
 
-// A line break at p and the blanks behind it. The members of an object are indented alike: that as
-// many blanks follow as last time is checked rather than counted, so that nothing has to wait for
-// their number.
-QXRECORDSET_HOT char* SkipIndent(char* p, char* pEnd, std::uint32_t& nBlanks) {
+// White space at p where a member or an element is due, which may be a line break and blanks. What
+// stands in one container is indented alike: that as many blanks follow as last time is checked
+// rather than counted, so that nothing has to wait for their number. The result may be anywhere up
+// to the end, but then it is not before pLimit. REQUIRES: kReach bytes at p.
+QXRECORDSET_HOT char* SkipIndent(char* p, const char* pLimit, char* pEnd, std::uint32_t& nBlanks) {
+  if (*p != '\n') return SkipGap(p, pEnd);
   constexpr std::uint32_t kBlock = Block16::kBytes;
   char* const pLine = p + 1;
-  if (pEnd - pLine > std::ptrdiff_t{2} * Block16::kBytes) {
+  if (pLimit - pLine > static_cast<std::ptrdiff_t>(nBlanks)) {
     const std::uint32_t nFront = Block16::Load(pLine).Equals(' ');
     const std::uint32_t nBack = Block16::Load(pLine + kBlock).Equals(' ');
     const std::uint32_t nExpected = (std::uint32_t{1} << nBlanks) - 1;
-    if (((nFront | nBack << kBlock) & nExpected) == nExpected && !IsSpace(pLine[nBlanks])) {
+    if (((nFront | nBack << kBlock) & nExpected) == nExpected && pLine[nBlanks] > ' ') {
       return pLine + nBlanks;
     }
   }
@@ -244,7 +246,7 @@ Due TreeReader::ReadPlainMembers(char*& p, ArrayValue& values, Place& place, Sha
   while (pNext != nullptr) {
     char* pQuote = pDue;
     if (*pDue != '"') {
-      pQuote = *pDue == '\n' ? SkipIndent(pDue, pEnd, place.nIndent) : SkipGap(pDue, pEnd);
+      pQuote = SkipIndent(pDue, pLimit, pEnd, place.nMemberIndent);
       if (pQuote >= pLimit || *pQuote != '"') break;
     }
     if (!pNext->name.MatchesMember(pQuote + 1, pEnd)) break;
@@ -295,8 +297,8 @@ QXRECORDSET_HOT Due TreeReader::ReadPlainElements(char*& p, ArrayValue& array, P
   for (;;) {
     char* pValue = pDue;
     if (IsSpace(*pValue)) {
-      pValue = SkipGap(pValue, pEnd);
-      if (pEnd - pValue <= kLiteral) break;
+      pValue = SkipIndent(pValue, pLimit, pEnd, place.nElementIndent);
+      if (pValue >= pLimit) break;
     }
     char* pBehind = nullptr;
     if (BeginsContainer(*pValue)) {

@@ -253,6 +253,24 @@ TEST(JsonParser, FillsTheHostsOwnKindsThroughTheirOverrides) {
   EXPECT_EQ(failed.eType, JSON::jtInvalid);
 }
 
+// Names of all lengths around those of a block, and one that differs in a single byte where the
+// first one is expected.
+TEST(JsonParser, TellsAnExpectedNameFromAnyOther) {
+  for (std::size_t length = 1; length < 40; ++length) {
+    for (std::size_t i = 0; i < length; ++i) {
+      const std::string strName(length, 'n');
+      std::string strOther = strName;
+      strOther[i] = 'N';
+      std::string strText = "[{\"" + strName + "\":1},{\"" + strName + "\":2},{\"" + strOther +
+                            "\":3,\"behind\":\"so that the end of the text is far from here\"}]";
+      JSON::Message message(true);
+      ASSERT_TRUE(message.Parse(strText.data(), static_cast<int>(strText.size())));
+      ASSERT_EQ(message[1].pComposite->NameAt(0), strName);
+      ASSERT_EQ(message[2].pComposite->NameAt(0), strOther);
+    }
+  }
+}
+
 // tests/data: y_ is accepted JSON, l_ accepted though it is not strict JSON, n_ refused.
 TEST(JsonParser, JudgesTheCorpusAsItsFileNamesSay) {
   int nFiles = 0;
