@@ -133,7 +133,7 @@ constexpr std::ptrdiff_t kLiteral = 8;
 
 // Bytes that are there where a member or an element is due: a short name as it is expected, with
 // two quotes, a colon and a blank, and a literal. What is longer looks for itself.
-constexpr std::ptrdiff_t kReach = 2 * Block16::kBytes;
+constexpr std::ptrdiff_t kReach = std::ptrdiff_t{2} * Block16::kBytes;
 static_assert(kReach > static_cast<std::ptrdiff_t>(ExpectedName::kShortName) + 4 + kLiteral);
 
 // A scalar that was found in the text.
