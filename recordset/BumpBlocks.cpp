@@ -29,7 +29,13 @@ constexpr std::size_t kSpareDivisor = 64;
 }  // namespace
 
 BumpBlocks::~BumpBlocks() {
-  for (Block* pBlock = pNewest_; pBlock != nullptr;) {
+  Release(pNewest_);
+  Release(pKept_);
+}
+
+// Releases a block and all older ones.
+void BumpBlocks::Release(Block* pBlock) noexcept {
+  while (pBlock != nullptr) {
     Block* const pOlder = pBlock->pOlder;
     ::operator delete(pBlock);
     pBlock = pOlder;
@@ -51,6 +57,14 @@ std::size_t BumpBlocks::NextBlock() const {
 
 // A piece that is larger than a block gets one of its own, and the current block stays in use.
 char* BumpBlocks::AllocateElsewhere(std::size_t nSize) {
+  if (pKept_ != nullptr && nSize <= pKept_->nSize - kOverhead) {
+    Block* const pBlock = pKept_;
+    pKept_ = pBlock->pOlder;
+    char* const p = Use(pBlock);
+    pNext_ = p + nSize;
+    pLimit_ = p + pBlock->nSize - kOverhead;
+    return p;
+  }
   const std::size_t nBlock = std::clamp(NextBlock(), kSmallestBlock, kLargestBlock) - kOverhead;
   if (nSize > nBlock) return AddBlock(nSize);
   char* const p = AddBlock(nBlock);
@@ -64,28 +78,25 @@ char* BumpBlocks::AddBlock(std::size_t nSize) {
   const std::size_t nBytes = nSize + kOverhead;
   if (nBytes < nSize) throw std::bad_alloc();
   Block* const pBlock = static_cast<Block*>(::operator new(nBytes));
-  pBlock->pOlder = pNewest_;
   pBlock->nSize = nBytes;
+  return Use(pBlock);
+}
+
+// A block's size is that of its header, its room, whose start is the result, and its slack.
+char* BumpBlocks::Use(Block* pBlock) noexcept {
+  pBlock->pOlder = pNewest_;
   pNewest_ = pBlock;
-  nFootprint_ += nBytes;
-  return reinterpret_cast<char*>(pBlock + 1);  // nSize bytes, then the slack
+  nFootprint_ += pBlock->nSize;
+  return reinterpret_cast<char*>(pBlock + 1);
 }
 
 void BumpBlocks::Reset() noexcept {
-  if (pNewest_ == nullptr) {
-    pNext_ = pOwn_;
-    pLimit_ = pOwn_ + nOwn_;
-    return;
-  }
-  while (pNewest_->pOlder != nullptr) {
-    Block* const pOlder = pNewest_->pOlder;
-    pNewest_->pOlder = pOlder->pOlder;
-    ::operator delete(pOlder);
-  }
-  nFootprint_ = pNewest_->nSize;
-  // A block's size is that of its header, its room and its slack.
-  pNext_ = reinterpret_cast<char*>(pNewest_ + 1);
-  pLimit_ = reinterpret_cast<char*>(pNewest_) + pNewest_->nSize - kSlack;
+  Release(pKept_);
+  pKept_ = pNewest_;
+  pNewest_ = nullptr;
+  nFootprint_ = 0;
+  pNext_ = pOwn_;
+  pLimit_ = pOwn_ + nOwn_;
 }
 
 }  // namespace recordset

@@ -58,7 +58,8 @@ class BumpBlocks {
     return true;
   }
 
-  // Takes back everything. The newest block is kept for the next pieces, the others are released.
+  // Takes back everything. The blocks that were in use are kept for the next pieces; those that the
+  // time before left and nobody needed are released.
   void Reset() noexcept;
 
   // How much is done of the work that pieces are taken for, in any unit. As long as somebody tells,
@@ -69,7 +70,7 @@ class BumpBlocks {
   };
   void Follow(const Progress* pProgress) noexcept { pProgress_ = pProgress; }
 
-  // Bytes in all allocated blocks.
+  // Bytes in all blocks in use.
   std::size_t Footprint() const { return nFootprint_; }
 
  private:
@@ -84,10 +85,13 @@ class BumpBlocks {
   std::size_t NextBlock() const;
   char* AllocateElsewhere(std::size_t nSize);
   char* AddBlock(std::size_t nSize);
+  char* Use(Block* pBlock) noexcept;
+  static void Release(Block* pBlock) noexcept;
 
-  char* pNext_;   // the free rest of the current block,
-  char* pLimit_;  // and its end
-  Block* pNewest_ = nullptr;
+  char* pNext_;               // the free rest of the current block,
+  char* pLimit_;              // and its end
+  Block* pNewest_ = nullptr;  // the blocks in use
+  Block* pKept_ = nullptr;    // blocks that Reset() kept, the newest first
   std::size_t nFootprint_ = 0;
   const Progress* pProgress_ = nullptr;
   char* const pOwn_;

@@ -133,7 +133,7 @@ class Columns {
   // Removes all columns, and remembers them. REQUIRES: the text store is reset as well.
   void Reset() noexcept;
 
-  // Bytes of memory that Reset() keeps.
+  // Bytes of memory in use.
   std::size_t Footprint() const;
 
  private:

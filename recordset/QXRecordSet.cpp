@@ -17,9 +17,6 @@ using recordset::Table;
 
 namespace {
 
-// A cleared record set keeps the memory of a table up to this size for its next contents.
-constexpr std::size_t kKeptBytes = std::size_t{64} * 1024;
-
 // Room for the digits of a long and its sign.
 constexpr std::size_t kLongBytes = JSON::kMaxDecimal<long>;
 
@@ -79,11 +76,7 @@ bool CQXRecordSet::operator=(const char* text) { return SetString(text); }
 
 void CQXRecordSet::Clear() {
   lRowsCount = 0;
-  if (pTable != nullptr && pTable->Footprint() <= kKeptBytes) {
-    pTable->Reset();
-  } else {
-    pTable.reset();
-  }
+  if (pTable != nullptr) pTable->Reset();
   bModified = false;
   params.clear();
   strText.clear();

@@ -81,7 +81,9 @@ class QXRECORDSET_EXPORT CQXRecordSet {
   // The same as SetString(text); it adds to what is there. Always true.
   bool operator=(const char* text);
 
-  // Back to the cleared state. Up to 64 kB of memory are kept for the next contents.
+  // Back to the cleared state. The memory of the contents is kept for the next ones; what they turn
+  // out not to need is released when they are cleared in turn. Assigning CQXRecordSet() releases
+  // all of it at once.
   void Clear();
 
   // ---- Columns and counts -----------------------------------------------------------------------

@@ -324,7 +324,7 @@ class DocumentSink {
     bRowsSeen_ = bRowsSeen_ || bFirstRows;
     if (bFirstRows && *p == '[') {
       bRowsRead_ = true;
-      table_.Reset();
+      if (table_.columns.Count() != 0) table_.Reset();
       row_.Forget();
       RowsSink rows(text_, p, row_, table_);
       return ReadArray(text_, p, rows);

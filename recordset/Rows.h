@@ -141,12 +141,12 @@ class Rows {
       f(it->first, it->second);
   }
 
-  // Removes all rows. Some memory is kept; see BumpBlocks::Reset.
+  // Removes all rows. Memory is kept; see BumpBlocks::Reset.
   void Reset() noexcept;
 
   void Follow(const BumpBlocks::Progress* pProgress) noexcept { blocks_.Follow(pProgress); }
 
-  // Bytes of memory that Reset() may keep.
+  // Bytes of memory in use.
   std::size_t Footprint() const { return blocks_.Footprint(); }
 
   // A column index is kept in 31 bits.

@@ -55,8 +55,10 @@ class Table {
     rows.Follow(pProgress);
   }
 
-  // Removes everything. Some memory is kept for the next contents, at most Footprint().
+  // Removes everything. Memory is kept for the next contents; see BumpBlocks::Reset.
   void Reset() noexcept;
+
+  // Bytes of memory in use.
   std::size_t Footprint() const;
 
   TextStore texts;

@@ -100,12 +100,12 @@ class TextStore {
   const char* Replace(const char* pOld, std::size_t nOldLength, const char* text,
                       std::size_t length);
 
-  // Takes back all texts. Some memory is kept; see BumpBlocks::Reset.
+  // Takes back all texts. Memory is kept; see BumpBlocks::Reset.
   void Reset() noexcept;
 
   void Follow(const BumpBlocks::Progress* pProgress) noexcept { blocks_.Follow(pProgress); }
 
-  // Bytes of memory that Reset() may keep.
+  // Bytes of memory in use.
   std::size_t Footprint() const { return blocks_.Footprint(); }
 
  private:

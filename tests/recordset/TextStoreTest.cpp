@@ -74,8 +74,10 @@ TEST(BumpBlocks, ResizesTheLastPieceAndNoOther) {
   EXPECT_LT(blocks.Footprint(), 130000u);
   std::memset(pSmall, 'y', 8);
   blocks.Reset();
-  EXPECT_LT(blocks.Footprint(), 30000u) << "only the newest block is kept";
-  EXPECT_EQ(blocks.Allocate(8), pSmall);
+  EXPECT_EQ(blocks.Footprint(), 0u);
+  EXPECT_EQ(blocks.Allocate(8), own);
+  EXPECT_EQ(blocks.Allocate(60), pSmall) << "the newest block is kept and comes first";
+  EXPECT_EQ(blocks.Allocate(100000), pLarge) << "then the one before it";
 }
 
 // Stores, replaces and releases texts of all sizes; none may disturb another or move.
