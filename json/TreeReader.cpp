@@ -335,9 +335,7 @@ class ArraySink {
       : reader_(reader), array_(array), place_(place) {}
 
   char* Element(char* p) { return reader_.ReadInline(p, array_, place_); }
-  [[gnu::always_inline]] Due Shortcut(char*& p) {
-    return reader_.ReadPlainElements(p, array_, place_);
-  }
+  QXRECORDSET_HOT Due Shortcut(char*& p) { return reader_.ReadPlainElements(p, array_, place_); }
   void Missing() { AppendScalar(array_, jtNull, nullptr, 0); }
 
  private:

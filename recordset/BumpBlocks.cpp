@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace recordset {
 namespace {
@@ -57,19 +58,16 @@ std::size_t BumpBlocks::NextBlock() const {
 
 // A piece that is larger than a block gets one of its own, and the current block stays in use.
 char* BumpBlocks::AllocateElsewhere(std::size_t nSize) {
+  char* p = nullptr;
   if (pKept_ != nullptr && nSize <= pKept_->nSize - kOverhead) {
-    Block* const pBlock = pKept_;
-    pKept_ = pBlock->pOlder;
-    char* const p = Use(pBlock);
-    pNext_ = p + nSize;
-    pLimit_ = p + pBlock->nSize - kOverhead;
-    return p;
+    p = Use(std::exchange(pKept_, pKept_->pOlder));
+  } else {
+    const std::size_t nBlock = std::clamp(NextBlock(), kSmallestBlock, kLargestBlock) - kOverhead;
+    if (nSize > nBlock) return AddBlock(nSize);
+    p = AddBlock(nBlock);
   }
-  const std::size_t nBlock = std::clamp(NextBlock(), kSmallestBlock, kLargestBlock) - kOverhead;
-  if (nSize > nBlock) return AddBlock(nSize);
-  char* const p = AddBlock(nBlock);
   pNext_ = p + nSize;
-  pLimit_ = p + nBlock;
+  pLimit_ = p + pNewest_->nSize - kOverhead;
   return p;
 }
 

@@ -9,7 +9,6 @@
 #include <numeric>
 
 #include "json/Escape.h"
-#include "recordset/Rows.h"
 
 namespace recordset {
 namespace {
