@@ -108,15 +108,6 @@ class Block16 {
     return Mask(_mm_or_si128(control, _mm_or_si128(quote, backslash)));
   }
 
-  // Bytes that are JSON white space: 0x20, 0x09, 0x0A, 0x0C, 0x0D (0x0B is not).
-  std::uint32_t Space() const {
-    const __m128i shifted = _mm_sub_epi8(v_, _mm_set1_epi8(0x09));
-    const __m128i control = _mm_cmpeq_epi8(_mm_min_epu8(shifted, _mm_set1_epi8(0x04)), shifted);
-    const __m128i vertical_tab = _mm_cmpeq_epi8(v_, _mm_set1_epi8(0x0B));
-    const __m128i blank = _mm_cmpeq_epi8(v_, _mm_set1_epi8(' '));
-    return Mask(_mm_or_si128(blank, _mm_andnot_si128(vertical_tab, control)));
-  }
-
   // Bytes that are no decimal digits.
   std::uint32_t NonDigits() const {
     const __m128i shifted = _mm_sub_epi8(v_, _mm_set1_epi8('0'));
@@ -199,9 +190,6 @@ class Block16 {
   }
   std::uint32_t NeedsEscape() const {
     return Mask([](unsigned char b) { return b < 0x20 || b == '"' || b == '\\'; });
-  }
-  std::uint32_t Space() const {
-    return Mask([](unsigned char b) { return b == ' ' || (b >= 0x09 && b <= 0x0D && b != 0x0B); });
   }
   std::uint32_t NonDigits() const {
     return Mask([](unsigned char b) { return b < '0' || b > '9'; });
