@@ -34,7 +34,7 @@ class alignas(8) Arena {
       return AllocateElsewhere(nBytes);
     }
     char* p = pNext_;
-    pNext_ += nBytes;
+    pNext_ += nBytes;  // up to pLimit_ at most
     return p;
   }
 
@@ -46,7 +46,7 @@ class alignas(8) Arena {
         RoundUp(nNew) > static_cast<std::size_t>(pLimit_ - pEnd) + RoundUp(nOld)) {
       return false;
     }
-    pNext_ = pNext_ - RoundUp(nOld) + RoundUp(nNew);
+    pNext_ = pNext_ - RoundUp(nOld) + RoundUp(nNew);  // from the item's start, up to pLimit_
     return true;
   }
 

@@ -68,8 +68,7 @@ JSONValue* ArrayValue::GetByName(const char* name, int /*length*/) const {
   return Storage::Values(*this) + lOrdinal;
 }
 
-// ---- The string index
-// ----------------------------------------------------------------------------
+// ---- The string index ---------------------------------------------------------------------------
 
 namespace {
 

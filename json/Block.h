@@ -116,6 +116,7 @@ class Block16 {
 
  private:
   explicit Block16(__m128i v) : v_(v) {}
+  // The type of the pointer says 16 bytes, the instruction reads 8; the stores of halves likewise.
   static __m128i LoadHalf(const char* p) {
     return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
   }

@@ -13,6 +13,7 @@ namespace {
 // enough for the stack.
 constexpr std::size_t kPieceBytes = 64;
 
+// Writes two or six bytes. REQUIRES: `c` has an escape.
 char* WriteEscape(char c, char* out) {
   static constexpr char kHexDigits[] = "0123456789abcdef";
   const char escape = EscapeOf(c);
@@ -29,6 +30,8 @@ char* WriteEscape(char c, char* out) {
 
 }  // namespace
 
+// A byte read becomes six bytes at most, so a block may always be stored: EscapedRoom() is as many
+// and a block.
 char* EscapeBytes(std::string_view text, char* out) {
   const char* p = text.data();
   const char* const end = p + text.size();

@@ -64,8 +64,7 @@ unsigned long long AsUnsignedLong64(const JSONValue& value) {
 
 }  // namespace
 
-// ---- The message
-// ----------------------------------------------------------------------------------
+// ---- The message --------------------------------------------------------------------------------
 
 JSON_HANDLE JSON_AllocMessage(void) { return HandleOf(new Message()); }
 
@@ -81,8 +80,7 @@ int JSON_ParseMessage(JSON_HANDLE handle, const char* text) {
 
 int JSON_MessageSize(JSON_HANDLE handle) { return MessageOf(handle).Size(); }
 
-// ---- Reading values
-// -------------------------------------------------------------------------------
+// ---- Reading values -----------------------------------------------------------------------------
 
 int JSON_IsOrdinalNull(JSON_HANDLE handle, int ordinal) {
   return IsNull(AtOrdinal(handle, ordinal));
@@ -123,8 +121,7 @@ unsigned long long JSON_GetNameAsUnsignedLong64(JSON_HANDLE handle, const char* 
   return AsUnsignedLong64(AtName(handle, name));
 }
 
-// ---- Writing strings
-// ------------------------------------------------------------------------------
+// ---- Writing strings ----------------------------------------------------------------------------
 
 // NOLINTNEXTLINE(readability-non-const-parameter): the signature is given
 int JSON_EscapeString(char** ppDest, char* pDestEnd, const char* pszText) {

@@ -17,6 +17,9 @@
 // All other functions take the position to read and return the position behind what they read, or
 // null for a failure; Text::pStop then holds the position where it was found. Where a text may
 // break off, or an element be missing, is decided here and nowhere else.
+//
+// A position is never beyond the end of the text: it moves by one only over a byte that was looked
+// at and is no NUL, and Text::Peek gives a NUL at the end.
 
 #ifndef QXRECORDSET_JSON_GRAMMAR_H
 #define QXRECORDSET_JSON_GRAMMAR_H

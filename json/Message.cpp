@@ -60,8 +60,7 @@ void Message::ReleaseRoot() noexcept {
   }
 }
 
-// ---- Parsing
-// -------------------------------------------------------------------------------------
+// ---- Parsing ------------------------------------------------------------------------------------
 
 namespace {
 
@@ -160,8 +159,7 @@ void Message::RefuseText(char* pBuffer, char* pBufferEnd, char* pStop) noexcept 
   pCursor = pStop;
 }
 
-// ---- Copying
-// -------------------------------------------------------------------------------------
+// ---- Copying ------------------------------------------------------------------------------------
 
 void Message::CopyTo(Message& target) const {
   if (&target == this) {
@@ -189,8 +187,7 @@ void Message::CopyTo(Message& target) const {
   target.eType = eType;
 }
 
-// ---- Paths
-// ---------------------------------------------------------------------------------------
+// ---- Paths --------------------------------------------------------------------------------------
 
 const JSONValue& Message::Path(const char* path) const {
   if (path == nullptr || *path == '\0') {
@@ -198,7 +195,9 @@ const JSONValue& Message::Path(const char* path) const {
   }
   const JSONValue* pValue = this;
   const char* pSegment = path;
-  const char* pSegmentEnd = path + 1 + std::strcspn(path + 1, ".");  // a leading '.' is content
+  // A leading '.' is content. The path has a byte, so its NUL is at path + 1 or behind it; a
+  // segment ends at a '.' or at the NUL, and only behind a '.' is there another one.
+  const char* pSegmentEnd = path + 1 + std::strcspn(path + 1, ".");
   for (;;) {
     pValue = pValue->GetByName(pSegment, static_cast<int>(pSegmentEnd - pSegment));
     if (pValue == nullptr) {

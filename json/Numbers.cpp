@@ -13,7 +13,7 @@
 
 namespace {
 
-// Text that does not fit is cut.
+// Text that does not fit is cut. REQUIRES: size is 1 or more.
 char* CopyText(std::string_view text, char* buffer, int size) {
   const std::size_t nLength = std::min(text.size(), static_cast<std::size_t>(size) - 1);
   std::memcpy(buffer, text.data(), nLength);

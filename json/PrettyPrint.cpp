@@ -31,7 +31,7 @@ class PrettyPrinter {
   std::string Print(const char* p) {
     for (;;) {
       const char* const pRun = p;
-      while (!kStops[static_cast<unsigned char>(*p)]) {
+      while (!kStops[static_cast<unsigned char>(*p)]) {  // the NUL is a stop
         ++p;
       }
       strOutput.append(pRun, p);

@@ -33,6 +33,7 @@ std::uint32_t CodePoint(const char* p) {
   return static_cast<std::uint32_t>(std::strtoul(szDigits, nullptr, 16));
 }
 
+// Writes one to three bytes, fewer than the escape has that is read.
 char* WriteUtf8(std::uint32_t nCode, char* pWrite) {
   const auto put = [&pWrite](std::uint32_t nByte) { *pWrite++ = static_cast<char>(nByte); };
   if (nCode <= 0x7F) {

@@ -194,8 +194,7 @@ class Storage {
     FreeItems(array.vOrdinalMap);
   }
 
-  // ---- Heap memory owned from within a pool
-  // ------------------------------------------------------
+  // ---- Heap memory owned from within a pool -----------------------------------------------------
 
   static void NoteHeapIn(Arena* pArena) noexcept {
     if (pArena != nullptr) {

@@ -125,6 +125,11 @@ char* TreeReader::ReadContainer(char* p, ArrayValue& parent, Place& place) {
 // Most members and elements are plain, and the text goes on far enough to be looked at in blocks.
 // They are read in loops of their own that look first and change the text only when all is well;
 // whatever is special in any way is left to the grammar.
+//
+// Positions stay within the text: where an item is due kReach bytes are left, of which a short name
+// and a literal take fewer; what may be longer (another name, white space, a string, a number) is
+// measured against pEnd by whoever reads it, and pLimit, kReach bytes before the end, is asked
+// again before the next item.
 
 namespace {
 

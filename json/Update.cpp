@@ -67,8 +67,7 @@ void ObjectValue::NameMap::UpdateName(const char* name) {
   bOwnsName = true;
 }
 
-// ---- Containers
-// ----------------------------------------------------------------------------------
+// ---- Containers ---------------------------------------------------------------------------------
 
 JSONValue* ArrayValue::UpdateByOrdinal(int ordinal, const char* text, Type type) {
   if (ordinal < 0) {
@@ -156,8 +155,7 @@ JSONValue* ObjectValue::UpdateByName(const char* name, const char* text, Type ty
   return pAdded;
 }
 
-// ---- Values
-// --------------------------------------------------------------------------------------
+// ---- Values -------------------------------------------------------------------------------------
 
 namespace {
 

@@ -95,7 +95,7 @@ bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 // What strtol reads in base 10, limited to the range of int.
 int ReadInt(const char* p, int nLength) {
-  const char* const pEnd = p + nLength;
+  const char* const pEnd = p + nLength;  // nothing at or behind it is read
   while (p != pEnd && IsCSpace(*p)) {
     ++p;
   }

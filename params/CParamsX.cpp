@@ -166,8 +166,7 @@ void CParamsRS::clear() {
   paramOffsets.clear();
 }
 
-// ---- Building
-// -------------------------------------------------------------------------------------
+// ---- Building -----------------------------------------------------------------------------------
 
 void CParamsRS::addHeader(const std::string& header) {
   if (header.empty()) {
@@ -248,8 +247,7 @@ void CParamsRS::append(const std::string& segments) {
   indexFrom(lStart);
 }
 
-// ---- Taking in a text
-// -----------------------------------------------------------------------------
+// ---- Taking in a text ---------------------------------------------------------------------------
 
 void CParamsRS::SetParams(const std::string& text) { constructor(text); }
 
@@ -285,8 +283,7 @@ void CParamsRS::indexFrom(long offset) {
   }
 }
 
-// ---- Reading
-// --------------------------------------------------------------------------------------
+// ---- Reading ------------------------------------------------------------------------------------
 
 int CParamsRS::count() const { return static_cast<int>(paramOffsets.size()); }
 
@@ -359,8 +356,7 @@ long CParamsRS::getHRESULT(const std::string& text) {
   return ReadResult(UpToNul(segment.substr(nField + 1, kResultTextLength)));
 }
 
-// ---- The whole text
-// -------------------------------------------------------------------------------
+// ---- The whole text -----------------------------------------------------------------------------
 
 long CParamsRS::length() const { return static_cast<long>(paramText.size()); }
 

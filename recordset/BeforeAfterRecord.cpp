@@ -22,7 +22,7 @@ void CBeforeAfterRecord::operator=(const CBeforeAfterRecord& other) {
   CQXRecordSet::operator=(other);
 }
 
-// ---- Writing -----------------------------------------------------------------------------------
+// ---- Writing ------------------------------------------------------------------------------------
 
 void CBeforeAfterRecord::SetFieldValues(const char* name, bool /*before*/, bool after) {
   SetValue(name, after, kRecordRow);
@@ -37,7 +37,7 @@ void CBeforeAfterRecord::SetFieldValues(const char* name, std::string& /*before*
   SetValue(name, after, kRecordRow);
 }
 
-// ---- Reading -----------------------------------------------------------------------------------
+// ---- Reading ------------------------------------------------------------------------------------
 
 void CBeforeAfterRecord::GetFieldValues(const char* name, std::string& /*before*/,
                                         std::string& after) {
@@ -57,7 +57,7 @@ void CBeforeAfterRecord::GetFieldValues(const char* name, bool& /*before*/, bool
   after = GetValueAsBool(name, kRecordRow);
 }
 
-// ---- Changes -----------------------------------------------------------------------------------
+// ---- Changes ------------------------------------------------------------------------------------
 
 bool CBeforeAfterRecord::IsChanged(const char* /*name*/) { return true; }
 

@@ -35,7 +35,7 @@ class BumpBlocks {
   char* Allocate(std::size_t nSize) {
     if (nSize > Room()) return AllocateElsewhere(nSize);
     char* const p = pNext_;
-    pNext_ += nSize;
+    pNext_ += nSize;  // up to pLimit_ at most
     return p;
   }
 

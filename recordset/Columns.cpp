@@ -51,7 +51,7 @@ std::size_t Columns::Footprint() const {
          (vSlots_.capacity() + vSorted_.capacity()) * sizeof(std::uint32_t);
 }
 
-// ---- Lookup ------------------------------------------------------------------------------------
+// ---- Lookup -------------------------------------------------------------------------------------
 
 std::uint32_t Columns::FindElsewhere(Use use, const char* name, std::size_t length) {
   const std::uint32_t nColumn = Search(name, length);
@@ -102,7 +102,7 @@ QXRECORDSET_HOT void Columns::Learn(Use use, std::uint32_t nPosition) {
   Found(use, column);
 }
 
-// ---- Adding ------------------------------------------------------------------------------------
+// ---- Adding -------------------------------------------------------------------------------------
 
 // A new column takes the place of one that is remembered; what is behind that one will not come
 // again in this order.
@@ -197,7 +197,7 @@ void Columns::Enter(std::uint32_t nPosition) noexcept {
   vSlots_[i] = nPosition + 1;
 }
 
-// ---- Order by name -----------------------------------------------------------------------------
+// ---- Order by name ------------------------------------------------------------------------------
 
 const std::vector<std::uint32_t>& Columns::InNameOrder() {
   const std::size_t nSorted = vSorted_.size();

@@ -131,6 +131,8 @@ inline bool PlainMembers::MakeRoom(long lRow, const Columns::Column& column, Row
   return column.nPosition < cells.nCount;
 }
 
+// Positions stay within the text: before a name or a value is looked at, kReach bytes are left or p
+// is on the NUL at pEnd_, which is neither white space nor any byte that goes on.
 inline const char* PlainMembers::Read(const char* p, long lRow) {
   if (pEnd_ - p <= kReach) return p;
   const char* const pLimit = pEnd_ - kReach;

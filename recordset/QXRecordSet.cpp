@@ -22,7 +22,7 @@ constexpr std::size_t kLongBytes = JSON::kMaxDecimal<long>;
 
 }  // namespace
 
-// ---- Making, copying, clearing -----------------------------------------------------------------
+// ---- Making, copying, clearing ------------------------------------------------------------------
 
 CQXRecordSet::CQXRecordSet() = default;
 
@@ -96,7 +96,7 @@ std::unique_ptr<Table> CQXRecordSet::CopyOf(const Table* pSource) {
   return pCopy;
 }
 
-// ---- Columns and counts ------------------------------------------------------------------------
+// ---- Columns and counts -------------------------------------------------------------------------
 
 // The index of a column, or 0.
 std::uint32_t CQXRecordSet::FindColumn(const char* name) {
@@ -125,7 +125,7 @@ long CQXRecordSet::GetColumnCount() {
 
 long CQXRecordSet::GetRowsCount() { return lRowsCount; }
 
-// ---- Writing cells -----------------------------------------------------------------------------
+// ---- Writing cells ------------------------------------------------------------------------------
 
 void CQXRecordSet::SetText(const char* name, std::string_view text, long row, QX_TYPE type) {
   if (name == nullptr) return;
@@ -165,7 +165,7 @@ void CQXRecordSet::SetValue(const char* name, CQXRecordSet& value, long row) {
   SetValue(name, &value, row);
 }
 
-// ---- Reading cells -----------------------------------------------------------------------------
+// ---- Reading cells ------------------------------------------------------------------------------
 
 // Hosts ask for one cell after the other, mostly in the order of columns that is expected: that
 // case comes first and makes no call but the comparison of names.

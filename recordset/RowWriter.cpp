@@ -98,7 +98,7 @@ char* RowWriter::Reserve(std::size_t nBytes) {
   return pNext_;
 }
 
-// ---- Rows --------------------------------------------------------------------------------------
+// ---- Rows ---------------------------------------------------------------------------------------
 
 // A comma is written behind every member; the last one becomes the closing brace.
 void RowWriter::Row(long lRow) {
@@ -143,7 +143,7 @@ void RowWriter::RankColumns() {
   }
 }
 
-// ---- Members -----------------------------------------------------------------------------------
+// ---- Members ------------------------------------------------------------------------------------
 
 QXRECORDSET_HOT void RowWriter::Member(const Columns::Column& column, const Cell& cell) {
   if (MayBeObject(cell.pText) && LooksLikeObject({cell.pText, cell.nLength})) {

@@ -78,7 +78,7 @@ Cell& Rows::MakeCell(long lRow, std::uint32_t nColumn) {
   return cell;
 }
 
-// ---- Rows --------------------------------------------------------------------------------------
+// ---- Rows ---------------------------------------------------------------------------------------
 
 Row& Rows::EnsureRow(long lRow) {
   const unsigned long nIndex = IndexOf(lRow);
@@ -166,7 +166,7 @@ void Rows::ReachForOddRows() {
   }
 }
 
-// ---- Cells of one row --------------------------------------------------------------------------
+// ---- Cells of one row ---------------------------------------------------------------------------
 
 // Gives a row that has no cells yet room for as many as the row before it has.
 void Rows::BeginRow(long lRow, Row& row) {
@@ -206,7 +206,7 @@ std::uint32_t Rows::FinishRow(Row& row) {
       nLast = nLastFar;
     }
   }
-  // The end of the row's array, which has nSpan cells.
+  // The end of the row's array, which has nSpan cells; of these nLast are kept.
   const char* const pEnd = reinterpret_cast<const char*>(row.pCells + row.nSpan);
   if (nLast < row.nSpan && blocks_.ShrinkLast(pEnd, (row.nSpan - nLast) * sizeof(Cell))) {
     row.nSpan = nLast & kLastColumn;
@@ -257,7 +257,7 @@ Cell* Rows::AllocateCells(std::uint32_t nCells) {
   return reinterpret_cast<Cell*>(blocks_.Allocate(nCells * sizeof(Cell)));
 }
 
-// ---- Far cells ---------------------------------------------------------------------------------
+// ---- Far cells ----------------------------------------------------------------------------------
 
 const Cell* Rows::FindFar(long lRow, std::uint32_t nColumn) const {
   const auto it = mapFar_.find({lRow, nColumn});

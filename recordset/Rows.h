@@ -72,7 +72,7 @@ class Rows {
     const unsigned long nIndex = IndexOf(lRow);
     if (nIndex >= nSlots_) return nullptr;
     const Row& row = Slot(nIndex);
-    return nColumn <= row.nSpan ? row.pCells + nColumn - 1 : nullptr;
+    return nColumn <= row.nSpan ? row.pCells + nColumn - 1 : nullptr;  // nSpan cells are there
   }
 
   // The cells of a row's array, those that do not exist included. Valid until the next call of

@@ -2,7 +2,8 @@
 //
 // Comparing and copying short runs of bytes. Column names and cell texts are mostly a few bytes
 // long, where the call to memcmp or memmove costs more than its work. Up to 16 bytes are therefore
-// covered by two words read from both ends, which may overlap; nothing outside the run is touched.
+// covered by two words read from both ends, which may overlap; nothing outside the run is touched,
+// since a word is read or written only where the run is as long as the word.
 
 #ifndef QXRECORDSET_RECORDSET_SHORTBYTES_H
 #define QXRECORDSET_RECORDSET_SHORTBYTES_H

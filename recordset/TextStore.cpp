@@ -60,7 +60,7 @@ void TextStore::Reset() noexcept {
   blocks_.Reset();
 }
 
-// ---- Small texts -------------------------------------------------------------------------------
+// ---- Small texts --------------------------------------------------------------------------------
 
 char* TextStore::TakeFree(std::size_t nSize) {
   char*& pFirst = pFree_[nSize / kGranule];
@@ -79,7 +79,7 @@ void TextStore::ReleaseSmall(char* pPiece, std::size_t nSize) noexcept {
   pFirst = pPiece;
 }
 
-// ---- Large texts -------------------------------------------------------------------------------
+// ---- Large texts --------------------------------------------------------------------------------
 
 char* TextStore::AllocateLarge(std::size_t length) {
   if (length > kLongest) throw std::bad_alloc();
@@ -88,7 +88,7 @@ char* TextStore::AllocateLarge(std::size_t length) {
   LargeText* const pText = new (pMemory) LargeText{nullptr, pLarge_};
   if (pLarge_ != nullptr) pLarge_->pPrevious = pText;
   pLarge_ = pText;
-  return reinterpret_cast<char*>(pText + 1);
+  return reinterpret_cast<char*>(pText + 1);  // behind the header: the piece, and the slack
 }
 
 void TextStore::ReleaseLarge() noexcept {

@@ -80,7 +80,7 @@ class TextStore {
   // The first `length` bytes of a block, which are fewer than it has.
   const char* StoreStart(JSON::Block16 block, std::size_t length) {
     char* const pText = blocks_.Allocate(BlockPieceSize(length));
-    block.Store(pText);
+    block.Store(pText);  // the last piece and the slack behind it have room for a block
     pText[length] = '\0';
     return pText;
   }

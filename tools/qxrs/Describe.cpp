@@ -23,8 +23,7 @@ int WriteText(const std::string& strText) {
   return 0;
 }
 
-// ---- Completion
-// -----------------------------------------------------------------------------------
+// ---- Completion ---------------------------------------------------------------------------------
 
 // What may follow the words of a command: its subcommands and its options.
 std::string Words(const CLI::App& app) {
@@ -79,8 +78,7 @@ complete -o filenames -F _qxrs qxrs
 )";
 }
 
-// ---- Manual
-// ---------------------------------------------------------------------------------------
+// ---- Manual -------------------------------------------------------------------------------------
 
 // Text for troff: hyphens that are to be typed, and no line that reads as a request.
 std::string Troff(const std::string& strText) {

@@ -26,8 +26,7 @@ std::string ResultText(long lCode) {
   return szText;
 }
 
-// ---- Building
-// -------------------------------------------------------------------------------------
+// ---- Building -----------------------------------------------------------------------------------
 
 struct BuildOptions {
   FileOptions files;
@@ -81,8 +80,7 @@ int Build(const BuildOptions& options) {
   return kExitDone;
 }
 
-// ---- Reading
-// --------------------------------------------------------------------------------------
+// ---- Reading ------------------------------------------------------------------------------------
 
 struct ReadOptions {
   FileOptions files;

@@ -11,8 +11,7 @@
 
 namespace qxrs {
 
-// ---- ColumnIndex
-// ----------------------------------------------------------------------------------
+// ---- ColumnIndex --------------------------------------------------------------------------------
 
 ColumnIndex::ColumnIndex(std::vector<std::string> vNames) : vColumns(std::move(vNames)) {
   for (std::size_t i = 0; i < vColumns.size(); ++i) {
@@ -38,8 +37,7 @@ std::size_t ColumnIndex::FindOrAdd(std::string_view strName, std::size_t nGuess)
   return vColumns.size() - 1;
 }
 
-// ---- ColumnSink
-// -----------------------------------------------------------------------------------
+// ---- ColumnSink ---------------------------------------------------------------------------------
 
 void ColumnSink::Begin(const std::vector<std::string>* pColumns) {
   columns = ColumnIndex(*pColumns);
@@ -57,8 +55,7 @@ void ColumnSink::Write(const Row& row) {
   WriteCells(vAligned);
 }
 
-// ---- GatheredRows
-// ---------------------------------------------------------------------------------
+// ---- GatheredRows -------------------------------------------------------------------------------
 
 GatheredRows::GatheredRows(RowSource& source) {
   if (const std::vector<std::string>* pKnown = source.Columns()) {
@@ -101,8 +98,7 @@ void GatheredRows::Rewind() {
 
 namespace {
 
-// ---- Selecting
-// ------------------------------------------------------------------------------------
+// ---- Selecting ----------------------------------------------------------------------------------
 
 class SelectedColumns : public RowSource {
  public:

@@ -24,8 +24,7 @@ bool IsBlank(std::string_view strLine) {
 
 }  // namespace
 
-// ---- Reading
-// --------------------------------------------------------------------------------------
+// ---- Reading ------------------------------------------------------------------------------------
 
 CsvSource::CsvSource(Input& input, char chDelimiter, FieldTypes fieldTypes)
     : lines(input), types(std::move(fieldTypes)), vColumns(types.vColumnNames) {
@@ -144,8 +143,7 @@ void CsvSource::OnRecord(int, void* pSource) {
   source.Guard([&] { source.TakeRecord(); });
 }
 
-// ---- Writing
-// --------------------------------------------------------------------------------------
+// ---- Writing ------------------------------------------------------------------------------------
 
 CsvSink::CsvSink(Output& outputText, char chFieldDelimiter, std::string strNullField)
     : output(outputText),

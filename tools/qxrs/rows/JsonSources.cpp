@@ -10,8 +10,7 @@
 
 namespace qxrs {
 
-// ---- Record set text
-// ------------------------------------------------------------------------------
+// ---- Record set text ----------------------------------------------------------------------------
 
 RecordSetSource::RecordSetSource(Input& input)
     : batches(input, JsonBatches::Form::RecordSet), cells(JsonCells::Reading::RecordSet) {}
@@ -75,8 +74,7 @@ bool RecordSetSource::NextBatch() {
   return true;
 }
 
-// ---- Array of objects
-// -----------------------------------------------------------------------------
+// ---- Array of objects ---------------------------------------------------------------------------
 
 JsonArraySource::JsonArraySource(Input& input, LongSize eLong)
     : batches(input, JsonBatches::Form::Array), cells(JsonCells::Reading::Foreign, eLong) {}
@@ -113,8 +111,7 @@ const JSON::JSONValue* JsonArraySource::NextElement() {
   }
 }
 
-// ---- JSON Lines
-// -----------------------------------------------------------------------------------
+// ---- JSON Lines ---------------------------------------------------------------------------------
 
 JsonLinesSource::JsonLinesSource(Input& input, LongSize eLong)
     : lines(input), cells(JsonCells::Reading::Foreign, eLong) {}
