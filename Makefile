@@ -17,8 +17,13 @@ FUZZ ?=
 # OFF leaves the tool and its tests out of `make asan`, which halves its time.
 ASAN_TOOLS ?= ON
 
-.PHONY: help build demo check bench bench-report asan tsan fuzz fmt fmt-check tidy cppcheck symbols coverage \
-  docs packages packages-check
+# What `make memcheck` runs: the tests of the library that take no programs of their own. The option
+# leaves it to the tests to count allocations, and to let them fail.
+MEMCHECK_TESTS := json memory params portable recordset
+MEMCHECK := valgrind --quiet --error-exitcode=1 --soname-synonyms=somalloc=nouserintercepts
+
+.PHONY: help build demo check bench bench-report asan tsan memcheck fuzz fmt fmt-check tidy cppcheck \
+  symbols coverage docs packages packages-check
 
 help: ## list these commands
 	@sed -nE 's/^([a-z-]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 20
@@ -68,6 +73,13 @@ tsan: ## the tests with more than one thread, under the thread sanitizer
 	$(call configure,x64-tsan)
 	cmake --build --preset x64-tsan --parallel $(JOBS) --target test_threads
 	$(call test,x64-tsan) --label-regex threads
+
+memcheck: ## the library's tests under valgrind: nothing depends on memory never written (64-bit)
+	$(DEPS) build tests memcheck
+	$(call configure,x64)
+	cmake --build --preset x64 --parallel $(JOBS) --target $(MEMCHECK_TESTS:%=test_%)
+	printf '%s\n' $(MEMCHECK_TESTS) \
+	  | xargs -P $(JOBS) -I{} $(MEMCHECK) build/x64/tests/test_{} --gtest_brief=1
 
 fuzz: ## run every fuzz target for SECONDS=60, both architectures (FUZZ="--jobs 2 --targets parse")
 	$(DEPS) build tests fuzz

@@ -21,6 +21,7 @@ packages_of() {
     bench) echo libbenchmark-dev libsimdjson-dev rapidjson-dev nlohmann-json3-dev python3 ;;
     report) echo python3-matplotlib ;;
     coverage) echo gcovr ;;
+    memcheck) echo valgrind ;;
     docs) echo doxygen doxygen-awesome-css python3 ;;
     packages) echo dpkg-dev file gzip lintian man-db pkg-config ;;
     # The compiler, and its fuzzer and sanitizers for both architectures.
