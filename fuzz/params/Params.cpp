@@ -11,45 +11,15 @@
 #include <vector>
 
 #include "fuzz/common/Fuzz.h"
+#include "tests/support/PlainParams.h"
 #include "tests/support/Random.h"
 
 namespace {
 
-// What a parameter string holds.
-struct Content {
-  std::string strHeader;
-  std::vector<std::string> vTexts;
-  bool bRefused = false;  // the last text has a malformed length field
-};
-
-Content PlainScan(const std::string& text) {
-  Content content;
-  if (text.empty()) return content;
-  std::size_t nAt = 0;
-  const std::size_t nHeader = text.find(';');
-  if ((text[0] < '0' || text[0] > '9') && nHeader != std::string::npos) {
-    content.strHeader = text.substr(0, nHeader);
-    nAt = nHeader + 1;
-  }
-  while (nAt < text.size()) {
-    const std::size_t nField = text.find(';', nAt);
-    const long lLength = std::strtol(text.c_str() + nAt, nullptr, 10);
-    content.bRefused = nField == std::string::npos || nField == nAt || lLength < 0;
-    content.vTexts.emplace_back();
-    if (content.bRefused) break;
-    const std::size_t nLeft = text.size() - nField - 1;
-    const auto nLength = static_cast<std::size_t>(lLength);
-    content.vTexts.back() = text.substr(nField + 1, nLength);
-    if (nLength >= nLeft) break;
-    nAt = nField + 1 + nLength + 1;
-  }
-  return content;
-}
-
-void ExpectHolds(const CParamsRS& params, const Content& content) {
+void ExpectHolds(const CParamsRS& params, const Plain::Params& content) {
   Fuzz::Expect(params.count() == static_cast<int>(content.vTexts.size()), "the count");
   Fuzz::ExpectEqual(params.getHeader(), content.strHeader, "the header");
-  for (int i = 0; i < params.count() - (content.bRefused ? 1 : 0); ++i) {
+  for (int i = 0; i < params.count() - (content.bUnreadable ? 1 : 0); ++i) {
     const std::string& text = content.vTexts[static_cast<std::size_t>(i)];
     Fuzz::ExpectEqual(params.getStringParamAt(i), text, "the text of a parameter");
     Fuzz::Expect(params.getLongParamAt(i) == std::strtol(text.c_str(), nullptr, 10), "the number");
@@ -57,7 +27,7 @@ void ExpectHolds(const CParamsRS& params, const Content& content) {
 }
 
 void ReadText(const std::string& text) {
-  const Content content = PlainScan(text);
+  const Plain::Params content = Plain::ScanParams(text);
   CParamsRS params;
   bool bRefused = false;
   try {
@@ -141,7 +111,7 @@ class Builder {
 
   Support::Random random;
   CParamsRS params;
-  Content content;
+  Plain::Params content;
 };
 
 }  // namespace
