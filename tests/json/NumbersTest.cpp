@@ -4,12 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -18,21 +18,6 @@
 #include "tests/support/Random.h"
 
 namespace {
-
-template <typename Value>
-using ToStr = char* (*)(Value, char*, int);
-
-// What a call leaves behind: the text, cut where it does not fit, the address of its NUL, and a NUL
-// as the buffer's last byte; nothing is written beyond the buffer.
-template <typename Value>
-void ExpectText(ToStr<Value> toStr, Value value, const std::string& strText, int nSize) {
-  static Support::GuardedBuffer buffer(64);
-  buffer.Place(std::string(static_cast<std::size_t>(nSize), '?'));
-  char* const pEnd = toStr(value, buffer.data(), nSize);
-  ASSERT_EQ(buffer.data(), strText.substr(0, static_cast<std::size_t>(nSize) - 1));
-  ASSERT_EQ(pEnd, buffer.data() + std::strlen(buffer.data())) << strText << " into " << nSize;
-  ASSERT_EQ(buffer.data()[nSize - 1], '\0') << strText << " into " << nSize;
-}
 
 // Powers of two and ten with their neighbours, and random numbers of every length, all of them
 // positive and negative.
@@ -56,18 +41,36 @@ std::vector<std::uint64_t> Magnitudes() {
   return v;
 }
 
-// `szFormat` is snprintf's for the type. Each value goes into a buffer that just holds it, into one
-// of the size that holds every value, and into a large one.
-template <typename Integer>
-void ExpectLikeSnprintf(ToStr<Integer> toStr, const char* szFormat, int nHoldsAll) {
-  for (const std::uint64_t n : Magnitudes()) {
-    const auto value = static_cast<Integer>(n);
-    char szText[32];
+// `szFormat` is snprintf's for the type, and nHoldsAll the size that holds every value. What a call
+// leaves behind: the text, cut where it does not fit, the address of its NUL, and a NUL as the
+// buffer's last byte. Nothing is written beyond the buffer, and nothing at all without one.
+template <typename Number>
+void ExpectLikeSnprintf(char* (*toStr)(Number, char*, int), const char* szFormat, int nHoldsAll,
+                        const std::vector<Number>& vValues) {
+  Support::GuardedBuffer buffer(64);
+  for (const Number value : vValues) {
+    char szText[40];
     const int nLength = std::snprintf(szText, sizeof szText, szFormat, value);
-    for (const int nSize : {nLength + 1, nHoldsAll, 40}) {
-      ASSERT_NO_FATAL_FAILURE(ExpectText<Integer>(toStr, value, szText, nSize));
+    for (const int nSize : {1, nLength, nLength + 1, nHoldsAll, 40}) {
+      const auto nBytes = static_cast<std::size_t>(nSize);
+      char* const pText = buffer.Place(std::string(nBytes, '?'));
+      ASSERT_EQ(toStr(value, pText, nSize), pText + std::min(nLength, nSize - 1)) << szText;
+      ASSERT_EQ(pText, std::string(szText).substr(0, nBytes - 1)) << szText;
+      ASSERT_EQ(pText[nSize - 1], '\0') << szText;
     }
   }
+  for (const int nSize : {0, -1, INT_MIN}) {
+    EXPECT_EQ(toStr(1, buffer.Place("?"), nSize), nullptr);
+    EXPECT_EQ(buffer.view(), "?");
+  }
+}
+
+template <typename Integer>
+void ExpectLikeSnprintf(char* (*toStr)(Integer, char*, int), const char* szFormat, int nHoldsAll) {
+  std::vector<Integer> vValues;
+  for (const std::uint64_t n : Magnitudes())
+    vValues.push_back(static_cast<Integer>(n));
+  ExpectLikeSnprintf(toStr, szFormat, nHoldsAll, vValues);
 }
 
 TEST(Numbers, IntegersEqualSnprintf) {
@@ -78,58 +81,18 @@ TEST(Numbers, IntegersEqualSnprintf) {
   ExpectLikeSnprintf<unsigned long long>(UnsignedLong64ToStr, "%llu", 21);
 }
 
-TEST(Numbers, WithoutABufferNothingIsWritten) {
-  for (const int nSize : {0, -1, INT_MIN}) {
-    char c = '?';
-    EXPECT_EQ(IntToStr(1, &c, nSize), nullptr);
-    EXPECT_EQ(LongToStr(1, &c, nSize), nullptr);
-    EXPECT_EQ(UnsignedLongToStr(1, &c, nSize), nullptr);
-    EXPECT_EQ(Long64ToStr(1, &c, nSize), nullptr);
-    EXPECT_EQ(UnsignedLong64ToStr(1, &c, nSize), nullptr);
-    EXPECT_EQ(DoubleToStr(1, &c, nSize), nullptr);
-    EXPECT_EQ(c, '?');
-  }
-}
-
-TEST(Numbers, TextIsCutToItsBuffer) {
-  for (int nSize = 1; nSize <= 32; ++nSize) {
-    ExpectText<int>(IntToStr, -1234567890, "-1234567890", nSize);
-    ExpectText<unsigned long long>(UnsignedLong64ToStr, ULLONG_MAX, "18446744073709551615", nSize);
-    ExpectText<double>(DoubleToStr, -1.23456e-300, "-1.23456e-300", nSize);
-    ExpectText<double>(DoubleToStr, -654321, "-654321", nSize);
-  }
-}
-
 TEST(Numbers, DoublesEqualSnprintf) {
   std::vector<double> vValues = {0.0, -0.0, HUGE_VAL, -HUGE_VAL, std::nan(""), -std::nan("")};
-  const auto add = [&vValues](double value) {
-    for (const double d : {value, std::nextafter(value, HUGE_VAL), std::nextafter(value, -HUGE_VAL),
-                           value + 0.5, value / 8}) {
-      vValues.push_back(d);
-      vValues.push_back(-d);
+  for (const std::uint64_t n : Magnitudes()) {
+    double dSameBits = 0;
+    std::memcpy(&dSameBits, &n, sizeof n);
+    const auto dWhole = static_cast<double>(static_cast<std::int64_t>(n));
+    for (const double d : {dSameBits, dWhole, dWhole / 8, dWhole / 100}) {
+      for (const double dTo : {d, HUGE_VAL, -HUGE_VAL})
+        vValues.push_back(std::nextafter(d, dTo));
     }
-  };
-  for (int i = 0; i < 1000000; i += i < 1000 ? 1 : 37)
-    add(i);
-  for (int i = 999000; i <= 1001000; ++i)
-    add(i);
-  for (int i = -310; i <= 308; ++i)
-    add(std::pow(10.0, i));
-  Support::Random random(2);
-  for (int i = 0; i < 5000; ++i) {
-    const std::uint64_t n = std::uint64_t{random.Below(UINT_MAX)} << 32 | random.Below(UINT_MAX);
-    double value = 0;
-    std::memcpy(&value, &n, sizeof value);
-    add(value);
-    add(static_cast<double>(random.Below(100000000)) / 100);
   }
-  char szBuffer[32];
-  for (const double value : vValues) {
-    char szText[40];
-    const int nLength = std::snprintf(szText, sizeof szText, "%g", value);
-    ASSERT_EQ(DoubleToStr(value, szBuffer, sizeof szBuffer), szBuffer + nLength) << szText;
-    ASSERT_STREQ(szBuffer, szText);
-  }
+  ExpectLikeSnprintf<double>(DoubleToStr, "%g", 32, vValues);
 }
 
 }  // namespace

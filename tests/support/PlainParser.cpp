@@ -1,6 +1,6 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The plain parser, and the comparison of its documents with the library's.
+// The plain parser, and the comparison of its values with the library's.
 
 #include "tests/support/PlainParser.h"
 
@@ -10,6 +10,8 @@
 #include <cstring>
 #include <numeric>
 #include <utility>
+
+#include "tests/support/PlainEscape.h"
 
 namespace Plain {
 namespace {
@@ -53,7 +55,7 @@ class Reader {
     while (!Ended()) {
       Value name;
       if (Byte() != '"' || String(name) < 0) return -1;
-      object.vNames.push_back(name.text);
+      object.vNames.push_back(*name.text);
       SkipSpace();
       if (Ended() || Byte() != ':') return -1;
       ++nCursor;
@@ -179,9 +181,9 @@ class Reader {
     strBuffer[nWrite++] = static_cast<char>(static_cast<unsigned char>(byte));
   }
 
-  static void Take(Value& value, std::size_t nFrom, std::size_t nTo) {
-    value.bHasText = true;
-    value.text = {nFrom, static_cast<int>(nTo - nFrom)};
+  void Take(Value& value, std::size_t nFrom, std::size_t nTo) {
+    value.text = strBuffer.substr(nFrom, nTo - nFrom);
+    value.nAt = nFrom;
   }
 
   std::string& strBuffer;
@@ -190,192 +192,114 @@ class Reader {
   int nDepth = 0;  // containers open
 };
 
-std::string OutlineOf(const Document& document, const Value& value) {
-  const auto Text = [&](Slice slice) {
-    return Printable(
-        {document.strBuffer.data() + slice.nStart, static_cast<std::size_t>(slice.nLength)});
-  };
-  if (!value.bContainer) {
-    return "x?nbids"[value.eType + 1] + (value.bHasText ? '<' + Text(value.text) + '>' : "");
-  }
-  std::string strOutput = value.bObject ? "{" : "[";
-  for (std::size_t i = 0; i < std::max(value.vValues.size(), value.vNames.size()); ++i) {
-    if (i > 0) strOutput += ' ';
-    if (value.bObject) strOutput += Text(value.vNames[i]) + ':';
-    if (i < value.vValues.size()) strOutput += OutlineOf(document, value.vValues[i]);
-  }
-  strOutput += value.bObject ? "}" : "]";
-  if (value.eContainerType == JSON::jtInvalid) strOutput += '!';
-  if (value.bObject && !value.bSorted) strOutput += '~';
-  return strOutput;
+// The two outlines show the same of a value. Of a parsed one: its letter (x invalid, ? none, n
+// null, b boolean, i integer, d double, s string), where its text lies, and of a container the
+// index of its names, its values with their name indexes, and its own type. Of any other: letter,
+// text, names and values.
+constexpr char kLetters[] = "x?nbids[{";
+
+std::string Place(std::size_t nAt, std::size_t nLength) {
+  return '<' + std::to_string(nAt) + '+' + std::to_string(nLength) + '>';
+}
+std::string Entry(const std::string& name, std::size_t nOrdinal) {
+  return name + '=' + std::to_string(nOrdinal) + ' ';
+}
+std::string End(bool bObject, int eContainerType, bool bSorted) {
+  return (bObject ? "}" : "]") + std::to_string(eContainerType) + (bSorted ? "sorted" : "");
 }
 
-// Compares one document with one message; keeps the first difference and the path to it.
-class Comparison {
- public:
-  Comparison(const Document& document, const JSON::Message& got)
-      : expected(document), message(got) {}
+// The members in the order of a sorted name index: equal names in document order.
+std::vector<std::size_t> NameOrder(const Value& object) {
+  std::vector<std::size_t> vOrder(object.vNames.size());
+  std::iota(vOrder.begin(), vOrder.end(), std::size_t(0));
+  if (!object.bSorted) return vOrder;
+  std::stable_sort(vOrder.begin(), vOrder.end(), [&](std::size_t i, std::size_t k) {
+    const std::string& a = object.vNames[i];
+    const std::string& b = object.vNames[k];
+    if (a.size() != b.size()) return a.size() < b.size();
+    return std::strncmp(a.data(), b.data(), a.size()) < 0;
+  });
+  return vOrder;
+}
 
-  std::string Trees() {
-    if (message.eType != (expected.bRoot ? expected.root.eType : JSON::jtInvalid)) {
-      Differ("type of the message", expected.root.eType, message.eType);
-    } else if (Same("text of the message", 0, message.pText != nullptr) &&
-               Same("root", expected.bRoot, message.pComposite != nullptr) && expected.bRoot) {
-      SameContainer(*message.pComposite, expected.root);
-      if (strDifference.empty()) Same("cursor", expected.nCursor, message.pCursor - message.pStart);
-      if (strDifference.empty())
-        Same("end", expected.strBuffer.size(), message.pEnd - message.pStart);
+void Outline(const Value& value, bool bParsed, std::string& strOutput) {
+  strOutput += kLetters[value.eType + 1];
+  if (value.text) {
+    strOutput += bParsed ? Place(value.nAt, value.text->size()) : '<' + *value.text + '>';
+  }
+  if (!value.bContainer) return;
+  strOutput += value.bObject ? '{' : '[';
+  std::vector<std::size_t> vNameIndexes(value.vValues.size() + 1, 0);
+  if (bParsed && value.bObject) {
+    std::size_t nIndex = 0;
+    for (const std::size_t n : NameOrder(value)) {
+      strOutput += Entry(value.vNames[n] + '\0', n);
+      if (value.bSorted) vNameIndexes[n] = nIndex++;
     }
-    return strDifference;
   }
+  for (std::size_t i = 0; i < value.vValues.size(); ++i) {
+    if (bParsed) strOutput += std::to_string(vNameIndexes[i]);
+    if (!bParsed && value.bObject) strOutput += value.vNames[i].c_str() + std::string(":");
+    Outline(value.vValues[i], bParsed, strOutput);
+  }
+  strOutput += bParsed ? End(value.bObject, value.eContainerType, value.bSorted) : "]";
+}
 
-  std::string Lookups() {
-    if (expected.bRoot) SameLookups(*message.pComposite, expected.root);
-    return strDifference;
+// `pStart` is the buffer of a parsed value, and null for any other.
+void Outline(const JSON::JSONValue& value, const char* pStart, std::string& strOutput) {
+  const bool bParsed = pStart != nullptr;
+  const auto nLength = static_cast<std::size_t>(value.nLength);
+  strOutput += kLetters[value.eType + 1];
+  if (value.pText != nullptr) {
+    strOutput += bParsed ? Place(static_cast<std::size_t>(value.pText - pStart), nLength)
+                         : '<' + std::string(value.pText, nLength) + '>';
   }
-
- private:
-  template <typename Wanted, typename Got>
-  bool Same(const char* what, Wanted want, Got got) {
-    return static_cast<long long>(want) == static_cast<long long>(got) ||
-           Differ(what, static_cast<long long>(want), static_cast<long long>(got));
-  }
-  bool Differ(const std::string& what, long long nWant, long long nGot) {
-    strDifference =
-        ": " + what + " should be " + std::to_string(nWant) + ", is " + std::to_string(nGot);
-    return false;
-  }
-  bool At(std::size_t i, bool bSame) {
-    if (!bSame) strDifference = "/" + std::to_string(i) + strDifference;
-    return bSame;
-  }
-
-  const char* Bytes(Slice slice) const { return expected.strBuffer.data() + slice.nStart; }
-
-  bool SameValue(const JSON::JSONValue& got, const Value& want, std::size_t nNameIndex) {
-    return Same("type", want.eType, got.eType) &&
-           Same("presence of text", want.bHasText, got.pText != nullptr) &&
-           (!want.bHasText || Same("text offset", want.text.nStart, got.pText - message.pStart)) &&
-           Same("length", want.text.nLength, got.nLength) &&
-           Same("ownership of text", false, got.bOwnsText) &&
-           Same("name index", nNameIndex, got.nNameIndex) &&
-           Same("presence of a container", want.bContainer, got.pComposite != nullptr) &&
-           (!want.bContainer || SameContainer(*got.pComposite, want));
-  }
-
-  bool SameContainer(const JSON::CompositeValue& got, const Value& want) {
-    if (!Same("container type", want.eContainerType, got.eType)) return false;
-    const auto* pObject = dynamic_cast<const JSON::ObjectValue*>(&got);
-    if (!Same("being an object", want.bObject, pObject != nullptr)) return false;
-    const auto& array =
-        want.bObject ? pObject->avValues : dynamic_cast<const JSON::ArrayValue&>(got);
-    if (!Same("size", want.vValues.size(), array.vValues.size()) ||
-        !Same("Size()", want.vValues.size(), got.Size()) ||
-        !Same("string index", 0, array.vOrdinalMap.size())) {
-      return false;
-    }
-    std::vector<std::size_t> vNameIndexes(want.vValues.size(), 0);
-    if (want.bObject && !SameNames(*pObject, want, vNameIndexes)) return false;
-    for (std::size_t i = 0; i < want.vValues.size(); ++i) {
-      if (!At(i, SameValue(array.vValues[i], want.vValues[i], vNameIndexes[i]))) return false;
-    }
-    return true;
-  }
-
-  // The name index: sorted, equal names in document order, or as read. Fills in where each member's
-  // name stands in a sorted one.
-  bool SameNames(const JSON::ObjectValue& got, const Value& want,
-                 std::vector<std::size_t>& vNameIndexes) {
+  if (bParsed && value.bOwnsText) strOutput += "owned";
+  if (value.pComposite == nullptr) return;
+  const auto* pObject = dynamic_cast<const JSON::ObjectValue*>(value.pComposite);
+  strOutput += pObject != nullptr ? '{' : '[';
+  if (bParsed && pObject != nullptr) {
     // Read as a constant, the index stays where it is, be it shared with other objects.
-    const auto& vNameMap = std::as_const(got.vNameMap);
-    if (!Same("number of names", want.vNames.size(), vNameMap.size()) ||
-        !Same("being sorted", want.bSorted, got.bSorted)) {
-      return false;
+    for (const JSON::ObjectValue::NameMap& entry : std::as_const(pObject->vNameMap)) {
+      strOutput += Entry({entry.pName, static_cast<std::size_t>(entry.nLength) + 1},
+                         static_cast<std::size_t>(entry.nOrdinal));
+      if (entry.bOwnsName) strOutput += "owned";
     }
-    std::vector<std::size_t> vOrder(want.vNames.size());
-    std::iota(vOrder.begin(), vOrder.end(), std::size_t(0));
-    if (want.bSorted) {
-      std::stable_sort(vOrder.begin(), vOrder.end(), [&](std::size_t a, std::size_t b) {
-        return Compare(want.vNames[a], want.vNames[b]) < 0;
-      });
-    }
-    for (std::size_t i = 0; i < vOrder.size(); ++i) {
-      const Slice name = want.vNames[vOrder[i]];
-      const JSON::ObjectValue::NameMap& entry = vNameMap[i];
-      const auto nLength = static_cast<std::size_t>(name.nLength);
-      if (!Same("ordinal of a name", vOrder[i], entry.nOrdinal) ||
-          !Same("length of a name", name.nLength, entry.nLength) ||
-          !Same("ownership of a name", false, entry.bOwnsName) ||
-          !Same("bytes of a name", 0, std::memcmp(entry.pName, Bytes(name), nLength + 1))) {
-        return At(vOrder[i], false);
-      }
-      if (want.bSorted) vNameIndexes[vOrder[i]] = i;
-    }
-    return true;
   }
-
-  int Compare(Slice a, Slice b) const {
-    if (a.nLength != b.nLength) return a.nLength < b.nLength ? -1 : 1;
-    return std::strncmp(Bytes(a), Bytes(b), static_cast<std::size_t>(a.nLength));
+  for (int i = 0; i < value.Size(); ++i) {
+    const JSON::JSONValue& child = *value.GetByOrdinal(i);
+    if (bParsed) strOutput += std::to_string(child.nNameIndex);
+    if (!bParsed && pObject != nullptr) strOutput += pObject->NameAt(i) + std::string(":");
+    Outline(child, pStart, strOutput);
   }
+  const JSON::CompositeValue& container = *value.pComposite;
+  const bool bSorted = pObject != nullptr && pObject->bSorted;
+  strOutput += bParsed ? End(pObject != nullptr, container.eType, bSorted) : "]";
+}
 
-  bool SameLookups(const JSON::CompositeValue& got, const Value& want) {
-    if (want.bObject && !SameLookupsOfObject(dynamic_cast<const JSON::ObjectValue&>(got), want)) {
-      return false;
-    }
-    for (std::size_t i = 0; i < want.vValues.size(); ++i) {
-      const Value& child = want.vValues[i];
-      const JSON::JSONValue* pGot = got.GetByOrdinal(static_cast<int>(i));
-      if (child.bContainer && !At(i, SameLookups(*pGot->pComposite, child))) return false;
-    }
-    return true;
-  }
+std::string FirstDifference(const std::string& wanted, const std::string& got) {
+  if (wanted == got) return "";
+  const auto differing = std::mismatch(wanted.begin(), wanted.end(), got.begin(), got.end());
+  const auto nAt = static_cast<std::size_t>(differing.first - wanted.begin());
+  const std::size_t nFrom = nAt - std::min<std::size_t>(nAt, 40);
+  return Printable(got.substr(nFrom, 80)) + " instead of " + Printable(wanted.substr(nFrom, 80));
+}
 
-  bool SameLookupsOfObject(const JSON::ObjectValue& got, const Value& want) {
-    // With many members a sample will do: every lookup here goes through all of them.
-    const std::size_t nStep = want.vNames.size() / 4 + 1;
-    for (std::size_t i = 0; i < want.vNames.size(); i += nStep) {
-      const Slice name = want.vNames[i];
-      std::string strName(Bytes(name), static_cast<std::size_t>(name.nLength));
-      const char* pName = got.NameAt(static_cast<int>(i));
-      const bool bMember = i < want.vValues.size();
-      if (!Same("presence of NameAt", bMember, pName != nullptr) ||
-          (bMember &&
-           !Same("NameAt", 0, std::memcmp(pName, strName.c_str(), strName.size() + 1))) ||
-          !SameLookup(got, want, strName) || !SameLookup(got, want, strName + 'x')) {
-        return At(i, false);
-      }
-      if (strName.empty()) continue;
-      if (!SameLookup(got, want, strName.substr(1))) return At(i, false);
-      strName.back() = static_cast<char>(strName.back() ^ 1);
-      if (!SameLookup(got, want, strName)) return At(i, false);
-    }
-    return true;
-  }
-
-  // Looks `key` up by its length, with more text behind it, and by its NUL where it has no other.
-  bool SameLookup(const JSON::ObjectValue& got, const Value& want, const std::string& key) {
-    int nOrdinal = -1;
-    for (std::size_t i = 0; i < want.vNames.size() && nOrdinal < 0; ++i) {
-      const Slice name = want.vNames[i];
-      if (static_cast<std::size_t>(name.nLength) == key.size() &&
-          std::strncmp(Bytes(name), key.data(), key.size()) == 0) {
-        nOrdinal = static_cast<int>(i);
-      }
-    }
-    const auto nLength = static_cast<int>(key.size());
-    const JSON::JSONValue* pFound = got.GetByName((key + "tail").c_str(), nLength);
-    return Same("OrdinalOf", nOrdinal, got.OrdinalOf((key + "tail").c_str(), nLength)) &&
-           Same("GetByName finding the member of OrdinalOf", true,
-                pFound == got.GetByOrdinal(nOrdinal)) &&
-           (key.find('\0') != std::string::npos ||
-            Same("OrdinalOf without length", nOrdinal, got.OrdinalOf(key.c_str(), -1)));
-  }
-
-  const Document& expected;
-  const JSON::Message& message;
-  std::string strDifference;
-};
+// Whether `key` is found by its length, with more text behind it, and by its NUL where it has no
+// other; that is, the first of the keys with its length and its bytes, the latter up to a NUL.
+bool FindsFirst(const JSON::CompositeValue& got, bool bSearched,
+                const std::vector<std::string>& vKeys, const std::string& key, bool bObject) {
+  const auto first = std::find_if(vKeys.begin(), vKeys.end(), [&](const std::string& other) {
+    return other.size() == key.size() && std::strncmp(other.data(), key.data(), key.size()) == 0;
+  });
+  const bool bFound = bSearched && first != vKeys.end();
+  const int nOrdinal = bFound ? static_cast<int>(first - vKeys.begin()) : -1;
+  const std::string strMore = key + "tail";
+  const auto nLength = static_cast<int>(key.size());
+  return got.OrdinalOf(strMore.c_str(), nLength) == nOrdinal &&
+         (key.find('\0') != std::string::npos || got.OrdinalOf(key.c_str(), -1) == nOrdinal) &&
+         (!bObject || got.GetByName(strMore.c_str(), nLength) == got.GetByOrdinal(nOrdinal));
+}
 
 }  // namespace
 
@@ -400,19 +324,88 @@ Document Parse(std::string_view text) {
     document.root.eType = document.root.bObject ? JSON::jtObject : JSON::jtArray;
   }
   document.nCursor = reader.Cursor();
+  document.strOutline = Place(document.nCursor, text.size());
+  Outline(document.root, true, document.strOutline);
   return document;
 }
 
-std::string Outline(const Document& document) {
-  return document.bRoot ? OutlineOf(document, document.root) : "";
+bool Write(const Value& value, std::string& strOutput) {
+  if (value.eType == JSON::jtNone) return false;
+  const std::string strText = value.text.value_or("");
+  if (value.bContainer) {
+    strOutput += value.bObject ? '{' : '[';
+    for (std::size_t i = 0; i < value.vValues.size(); ++i) {
+      if (i > 0) strOutput += ',';
+      if (value.bObject) strOutput += '"' + Plain::Escape(value.vNames[i]) + "\":";
+      if (!Write(value.vValues[i], strOutput)) return false;
+    }
+    strOutput += value.bObject ? '}' : ']';
+  } else if (value.eType == JSON::jtString) {
+    strOutput += '"' + Plain::Escape(strText) + '"';
+  } else if (value.eType == JSON::jtInteger || value.eType == JSON::jtDouble) {
+    const char* kBytes = value.eType == JSON::jtInteger ? "+-0123456789" : "+-0123456789.eE";
+    strOutput += strText.substr(0, strText.find_first_not_of(kBytes));
+  } else if (value.eType == JSON::jtBoolean) {
+    strOutput += strText[0] == 't' ? "true" : "false";
+  } else {
+    strOutput += "null";
+  }
+  return true;
 }
 
 std::string Difference(const Document& expected, const JSON::Message& message) {
-  return Comparison(expected, message).Trees();
+  std::string strGot = Place(static_cast<std::size_t>(message.pCursor - message.pStart),
+                             static_cast<std::size_t>(message.pEnd - message.pStart));
+  Outline(message, message.pStart, strGot);
+  return FirstDifference(expected.strOutline, strGot);
 }
 
-std::string LookupDifference(const Document& expected, const JSON::Message& message) {
-  return Comparison(expected, message).Lookups();
+std::string Difference(const Value& expected, const JSON::JSONValue& value) {
+  std::string strWanted;
+  std::string strGot;
+  Outline(expected, false, strWanted);
+  Outline(value, nullptr, strGot);
+  return FirstDifference(strWanted, strGot);
+}
+
+std::string LookupDifference(const Value& expected, const JSON::JSONValue& value) {
+  if (!expected.bContainer) return "";
+  const JSON::CompositeValue& container = *value.pComposite;
+  // What is looked for: the names of an object, the texts of an array, which are C strings there,
+  // and only found when all elements have one.
+  std::vector<std::string> vKeys = expected.vNames;
+  bool bSearched = true;
+  for (const Value& element : expected.vValues) {
+    if (expected.bObject) break;
+    vKeys.emplace_back(element.text.value_or("").c_str());
+    bSearched = bSearched && element.eType == JSON::jtString;
+  }
+  // With many members a sample will do: every lookup here goes through all of them.
+  for (std::size_t i = 0; i < vKeys.size(); i += vKeys.size() / 4 + 1) {
+    const std::string& key = vKeys[i];
+    const bool bNamed = i < expected.vValues.size() && bSearched &&
+                        (expected.bObject || expected.vValues[i].text.has_value());
+    const char* pName = container.NameAt(static_cast<int>(i));
+    if ((pName != nullptr) != bNamed ||
+        (bNamed && std::memcmp(pName, key.c_str(), key.size() + 1) != 0)) {
+      return "NameAt " + std::to_string(i);
+    }
+    std::string strOther = 'x' + key;
+    strOther.back() = static_cast<char>(strOther.back() ^ 1);
+    for (std::string sought :
+         {key, key + 'x', strOther, strOther.substr(1), key.substr(0, key.size() / 2)}) {
+      if (!expected.bObject) sought = sought.c_str();
+      if (!FindsFirst(container, bSearched, vKeys, sought, expected.bObject)) {
+        return "lookup of " + Printable(sought);
+      }
+    }
+  }
+  for (std::size_t i = 0; i < expected.vValues.size(); ++i) {
+    const JSON::JSONValue& child = *container.GetByOrdinal(static_cast<int>(i));
+    const std::string strDifference = LookupDifference(expected.vValues[i], child);
+    if (!strDifference.empty()) return std::to_string(i) + '/' + strDifference;
+  }
+  return "";
 }
 
 }  // namespace Plain

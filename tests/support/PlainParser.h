@@ -1,14 +1,15 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // The accepted grammar once more, as plainly as it can be written: one byte at a time, into
-// standard containers, over a private copy of the text that it rewrites as the library does. Tests
-// hold the library's parser against it. Nothing is shared with the library but the numbers of
-// JSON::Type.
+// standard containers, over a private copy of the text that it rewrites as the library does; and
+// what a tree has to show. Tests hold the library's parser and its trees against it. Nothing is
+// shared with the library but the numbers of JSON::Type.
 
 #ifndef QXRECORDSET_TESTS_SUPPORT_PLAINPARSER_H
 #define QXRECORDSET_TESTS_SUPPORT_PLAINPARSER_H
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,23 +18,17 @@
 
 namespace Plain {
 
-// A text within the buffer of its document.
-struct Slice {
-  std::size_t nStart = 0;  // bytes from the start of the buffer
-  int nLength = 0;         // bytes
-};
-
 // A value, and its container where it has one.
 struct Value {
   int eType = JSON::jtInvalid;
-  bool bHasText = false;
-  Slice text;
+  std::optional<std::string> text;
+  std::size_t nAt = 0;  // where a text that was parsed begins in the buffer, in bytes
 
   bool bContainer = false;
   bool bObject = false;                  // the container is an object
   int eContainerType = JSON::jtInvalid;  // the eType of the container itself
   std::vector<Value> vValues;            // elements or members
-  std::vector<Slice> vNames;             // of the members; one too many when a value is missing
+  std::vector<std::string> vNames;       // of the members; one too many when a value is missing
   bool bSorted = false;                  // the parse ended with a sorted name index
 };
 
@@ -43,6 +38,7 @@ struct Document {
   Value root;
   std::size_t nCursor = 0;  // where the parse stopped
   std::string strBuffer;    // the text after the parse
+  std::string strOutline;   // all of that but the buffer, as Difference compares it
 };
 
 // Parses as JSON::Message::Parse does when the length is given.
@@ -51,19 +47,21 @@ Document Parse(std::string_view text);
 // The text with its unprintable bytes written as \xHH.
 std::string Printable(std::string_view text);
 
-// One line that shows a value: its letter (x invalid, n null, b boolean, i integer, d double,
-// s string) and <text>, containers as [a b] and {name:a name:b}. '!' marks a container whose own
-// type is jtInvalid, '~' an object that is not sorted.
-std::string Outline(const Document& document);
+// Appends a value as JSON text, or what comes before an empty value: then the result is false.
+bool Write(const Value& value, std::string& strOutput);
 
-// The first difference between a parsed document and what the library made of the same text, or ""
-// when there is none: result tree with types, texts, lengths, name indexes and failures, and
-// cursor. Changes nothing in the message; call it before anything looks up a name there.
+// Each gives the first difference between what is expected and what the library has, or "".
+//
+// The whole result of a parse: types, places of texts, name indexes, failures, cursor. Changes
+// nothing in the message; call it before anything looks up a name there.
 std::string Difference(const Document& expected, const JSON::Message& message);
 
-// The same for what name lookups answer, in every object of the document, for names that are there
-// and for some that are not. Lookups may sort the indexes of the message.
-std::string LookupDifference(const Document& expected, const JSON::Message& message);
+// What a tree holds, whatever was done to it: types, texts, names.
+std::string Difference(const Value& expected, const JSON::JSONValue& value);
+
+// What lookups answer in every container of the tree, for names and texts that are there and for
+// some that are not. They may sort the indexes of the tree.
+std::string LookupDifference(const Value& expected, const JSON::JSONValue& value);
 
 }  // namespace Plain
 

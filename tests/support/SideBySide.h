@@ -7,7 +7,6 @@
 #ifndef QXRECORDSET_TESTS_SUPPORT_SIDEBYSIDE_H
 #define QXRECORDSET_TESTS_SUPPORT_SIDEBYSIDE_H
 
-#include <algorithm>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -28,10 +27,18 @@ class SideBySide {
     }
     document = Plain::Parse(text);
     const char* pText = pBuffer->Place(text);
-    const std::string strCopying = CheckCopying(pText, text);
-    if (!strCopying.empty()) return "copying: " + strCopying;
-    const std::string strInPlace = CheckInPlace(pText, text);
-    return strInPlace.empty() ? "" : "in place: " + strInPlace;
+    const int nLength = pBuffer->size();
+    if (copying.Parse(pText, nLength) != document.bAccepted) return "copying: result";
+    if (pBuffer->view() != text) return "copying: the text was written to";
+    const std::string strDifference = CheckTree(copying, copying.strText);
+    if (!strDifference.empty()) return "copying: " + strDifference;
+
+    const JSON::CompositeValue* const pOldRoot = inPlace.pComposite;
+    const char* const pOldCursor = inPlace.pCursor;
+    if (inPlace.Parse(pText, nLength) != document.bAccepted) return "in place: result";
+    if (document.bRoot || pOldRoot == nullptr) return CheckTree(inPlace, pBuffer->view());
+    const bool bSame = inPlace.pComposite == pOldRoot && inPlace.pCursor == pOldCursor;
+    return bSame && pBuffer->view() == text ? "" : "in place: refused text changed something";
   }
 
   Plain::Document document;     // what the plain parser read
@@ -39,30 +46,15 @@ class SideBySide {
   JSON::Message inPlace{true};  // unchanged since an earlier text when the last one has no root
 
  private:
-  std::string CheckCopying(const char* pText, std::string_view text) {
-    if (copying.Parse(pText, static_cast<int>(text.size())) != document.bAccepted) return "result";
-    if (pBuffer->view() != text) return "the text was written to";
-    return CheckTree(copying, copying.strText);
-  }
-
-  std::string CheckInPlace(const char* pText, std::string_view text) {
-    const JSON::CompositeValue* pOldRoot = inPlace.pComposite;
-    const bool bKept = pOldRoot != nullptr || text.empty();
-    const char* pCursor = bKept ? inPlace.pCursor : pText + document.nCursor;
-    if (inPlace.Parse(pText, static_cast<int>(text.size())) != document.bAccepted) return "result";
-    if (document.bRoot) return CheckTree(inPlace, pBuffer->view());
-    const bool bSame = inPlace.pComposite == pOldRoot && inPlace.pCursor == pCursor;
-    return bSame && pBuffer->view() == text ? "" : "refused text changed something";
-  }
-
   std::string CheckTree(const JSON::Message& message, std::string_view buffer) {
-    std::string strDifference = Plain::Difference(document, message);
-    const auto differing = std::mismatch(buffer.begin(), buffer.end(), document.strBuffer.begin(),
-                                         document.strBuffer.end());
-    if (strDifference.empty() && differing.first != buffer.end()) {
-      return "buffer at byte " + std::to_string(differing.first - buffer.begin());
-    }
-    return strDifference.empty() ? Plain::LookupDifference(document, message) : strDifference;
+    const std::string strDifference = Plain::Difference(document, message);
+    if (!strDifference.empty()) return strDifference;
+    if (buffer != document.strBuffer) return "buffer: " + Plain::Printable(buffer);
+    std::string strWritten;
+    std::string strExpected;
+    Plain::Write(document.root, strExpected);
+    if (!message.Serialize(strWritten) || strWritten != strExpected) return "written " + strWritten;
+    return Plain::LookupDifference(document.root, message);
   }
 
   std::size_t nCapacity = 1 << 14;  // bytes
