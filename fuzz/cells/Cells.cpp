@@ -10,8 +10,8 @@
 void Fuzz::Run(std::string_view input) {
   if (input.empty()) return;
   const auto nProfile = static_cast<unsigned char>(input[0]);
-  Support::CellPlayer player(nProfile, Support::Random(input.substr(1)));
-  while (!player.UsedUp())
-    ExpectNone(player.Step());
-  ExpectNone(player.CheckAll());
+  const auto pPlayer = Support::CellPlayer::Make(nProfile, Support::Random(input.substr(1)));
+  while (!pPlayer->UsedUp())
+    ExpectNone(pPlayer->Step());
+  ExpectNone(pPlayer->CheckAll());
 }

@@ -27,6 +27,7 @@
 #include "params/CParamsX.h"
 #include "recordset/QXRecordSet.h"
 #include "tests/support/CountedMemory.h"
+#include "tests/support/PlainLoad.h"
 
 namespace {
 
@@ -244,8 +245,7 @@ TEST(ExhaustedMemory, LeavesHandlesWhole) {
     return pHandle;
   };
   const auto picture = [](const Handle& h) {
-    const char* const szMark = JSON_GetPathAsString(h.handle, "many.mark");
-    return std::to_string(JSON_MessageSize(h.handle)) + (szMark != nullptr ? szMark : "");
+    return PictureOf(*reinterpret_cast<Message*>(h.handle));
   };
   ExpectSurvived(operations, make, picture);
 }
@@ -345,16 +345,21 @@ TEST(ExhaustedMemory, LeavesRecordsWhole) {
        [](Record& r) { r.SetString(R"({"rows":[{"new":"of more than 15 bytes"},{"text":{}}]})"); },
        Left::kOther},
       {"add a column", [](Record& r) { r.AddColumn(kLong.c_str()); }},
+      {"list the columns", [](Record& r) { r.GetColumnName(0); }},
+      {"write", [](Record& r) { r.GetString(); }},
+      {"dump", [](Record& r) { r.Dump(); }},
   };
   const auto make = [&] {
     auto pRecord = std::make_unique<Record>();
     pRecord->SetValue("nested", nested);
     pRecord->SetValue("text", "a text of more than 15 bytes");
     pRecord->SetValue("number", 5);
+    // Another column needs room, a hash table and its name.
+    for (char c = 'm'; c >= 'a'; --c)
+      pRecord->AddColumn(std::string(1, c).c_str());
     return pRecord;
   };
-  const auto picture = [](Record& r) { return r.Dump() + r.GetString(); };
-  ExpectSurvived(operations, make, picture);
+  ExpectSurvived(operations, make, Plain::Picture);
 }
 
 }  // namespace

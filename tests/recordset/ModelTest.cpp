@@ -13,10 +13,10 @@ TEST(RecordSet, DoesWhatNestedMapsWouldDo) {
   for (unsigned nSeed = 0; nSeed < 30 / Support::kStride; ++nSeed) {
     for (std::size_t nProfile = 0; nProfile < Support::CellPlayer::kProfileCount; ++nProfile) {
       SCOPED_TRACE("profile " + std::to_string(nProfile) + ", seed " + std::to_string(nSeed));
-      Support::CellPlayer player(nProfile, Support::Random(nSeed));
+      const auto pPlayer = Support::CellPlayer::Make(nProfile, Support::Random(nSeed));
       for (int i = 0; i < 1200; ++i)
-        ASSERT_EQ(player.Step(), "") << "step " << i;
-      ASSERT_EQ(player.CheckAll(), "");
+        ASSERT_EQ(pPlayer->Step(), "") << "step " << i;
+      ASSERT_EQ(pPlayer->CheckAll(), "");
     }
   }
 }

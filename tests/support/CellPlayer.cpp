@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <map>
 #include <utility>
@@ -20,20 +21,51 @@ namespace {
 using Support::Random;
 
 struct Item {
-  int eType = CQXRecordSet::QX_NULL;
   std::string strValue;
+  std::string strWritten = "null";   // in the JSON text; "" for a member that is left out
   const char* pHandedOut = nullptr;  // where the record set said the text is, if it was asked
 };
 
-// What a text that looks like an object is written as; "" for one that is left out.
+// Texts that look like objects, and what they are written as; "" for one that is left out.
 struct ObjectText {
   const char* szText;
   const char* szWritten;
 };
-const ObjectText kObjects[] = {{R"({"k":[1,2],"s":"v"})", R"({"k":null,"s":"v"})"},
-                               {R"(  {"o":{"i":7,"t":true}} )", R"({"o":{"i":7,"t":true}})"},
-                               {"{oops}", ""},
-                               {"{}", "{}"}};
+const ObjectText kObjects[] = {
+    {R"({"k":[1,2],"m":1.5,"n":null,"s":"v\n","f":false,"i":-0,"s":""})",
+     R"({"k":null,"m":null,"n":null,"s":"v\n","f":false,"i":0,"s":""})"},
+    {R"(  {"o":{"i":007,"t":true,"k":{}}} )", R"({"o":{"i":7,"t":true,"k":{}}})"},
+    {"{ \n \"a\" : 1 } {oops}", R"({"a":1})"},
+    {"{oops}", ""},
+    {"{}", "{}"}};
+
+// Texts that do not, or mean something as a number or a boolean.
+const char* const kTexts[] = {"",
+                              "0",
+                              "1",
+                              "01",
+                              "x",
+                              "true",
+                              "-",
+                              "007",
+                              "-0",
+                              "-12",
+                              "+-3",
+                              "1-2",
+                              "0x1",
+                              "{",
+                              " {",
+                              "   ",
+                              "} {",
+                              "{}x",
+                              "\t{}",
+                              "{}\n",
+                              "[1]",
+                              " \t\n\v\f\r+12x",
+                              "99999999999999999999",
+                              "-9999999999999999999"};
+
+const char* const kNested[] = {"", R"({"y":"z","x":-5})", R"({"rows":[{"y":1},{"y":2}]})"};
 
 std::string Quoted(const std::string& text) {
   std::string strEscaped;
@@ -41,11 +73,36 @@ std::string Quoted(const std::string& text) {
   return '"' + strEscaped + '"';
 }
 
+std::string WrittenOf(int eType, const std::string& text) {
+  for (const ObjectText& object : kObjects) {
+    if (text == object.szText) return object.szWritten;
+  }
+  if (text.compare(0, 9, "{\"rows\":[") == 0) return R"({"rows":null})";
+  if (text.compare(0, 2, "{\"") == 0) return text;  // a record set's
+  switch (eType) {
+    case CQXRecordSet::QX_NULL:
+      return "null";
+    case CQXRecordSet::QX_LONG:
+      return std::to_string(std::strtol(text.c_str(), nullptr, 10));
+    case CQXRecordSet::QX_BOOL:
+      return text == "1" ? "true" : "false";
+    default:
+      return Quoted(text);
+  }
+}
+
+// Every other name is of any length and differs from others in one byte.
+std::string NameOf(std::uint32_t n) {
+  if (n % 2 != 0) return 'c' + std::to_string(n);
+  std::string name(n * 7 % 41, 'n');
+  if (!name.empty()) name[n % name.size()] = "AZ\"\x01\x7F\x80\xFF"[n % 7];
+  return name;
+}
+
 class Model {
  public:
   void Set(const std::string& name, long row, int eType, const std::string& text) {
-    Item& item = mapRows[row][AddColumn(name)];
-    item = {eType, text, nullptr};
+    mapRows[row][AddColumn(name)] = {text, WrittenOf(eType, text), nullptr};
     lRowsCount = std::max(lRowsCount, row);
     bModified = true;
   }
@@ -89,6 +146,7 @@ class Model {
 
   long lRowsCount = 0;
   bool bModified = false;
+  std::string strBuilt;  // the text last built
   std::map<std::string, long> mapColumns;
   std::map<long, std::map<long, Item>> mapRows;
 
@@ -100,26 +158,10 @@ class Model {
     for (const auto& [name, index] : mapColumns) {
       const auto cell = cells->second.find(index);
       if (cell == cells->second.end()) continue;
-      const std::string strValue = ValueText(cell->second);
-      if (!strValue.empty()) strText += ',' + Quoted(name) + ':' + strValue;
+      const std::string& strWritten = cell->second.strWritten;
+      if (!strWritten.empty()) strText += ',' + Quoted(name) + ':' + strWritten;
     }
     return '{' + (strText.empty() ? strText : strText.substr(1)) + '}';
-  }
-
-  static std::string ValueText(const Item& item) {
-    for (const ObjectText& object : kObjects) {
-      if (item.strValue == object.szText) return object.szWritten;
-    }
-    switch (item.eType) {
-      case CQXRecordSet::QX_NULL:
-        return "null";
-      case CQXRecordSet::QX_LONG:
-        return std::to_string(std::strtol(item.strValue.c_str(), nullptr, 10));
-      case CQXRecordSet::QX_BOOL:
-        return item.strValue == "1" ? "true" : "false";
-      default:
-        return Quoted(item.strValue);
-    }
   }
 };
 
@@ -143,93 +185,145 @@ const Profile kProfiles[] = {
     {"one row", {1}, 0, 0, 30, true},
 };
 
-}  // namespace
-
-class Support::CellPlayer::Player {
+class Player : public Support::CellPlayer {
  public:
   Player(const Profile& profile, const Random& choices)
       : profile_(profile), random_(choices), lRow_(profile.lFirstRow) {}
 
-  std::string Play() {
-    Step();
+  const std::string& Step() override {
+    const std::uint32_t nWhat = random_.Below(16);
+    if (nWhat > 5) {
+      Write();
+    } else if (nWhat > 3) {
+      Read();
+    } else if (nWhat == 3) {
+      ReadOtherwise();
+    } else if (nWhat == 2) {
+      AddColumn();
+    } else if (nWhat == 1) {
+      random_.OneIn(40) ? Replace() : Load();
+    } else if (random_.OneIn(20)) {
+      CheckAll();
+    }
     return strFault_;
   }
-  std::string CheckEverything() {
-    CheckAll();
+
+  const std::string& CheckAll() override {
+    CheckString();
+    CheckNulls();
+    if (random_.OneIn(12)) Expect(set_.Dump() == model_.Dump(), "Dump");
+    const long lColumns = static_cast<long>(model_.mapColumns.size());
+    Expect(set_.GetRowsCount() == model_.lRowsCount, "GetRowsCount");
+    Expect(set_.GetColumnCount() == lColumns, "GetColumnCount");
+    for (const long lBeyond : {lColumns, LONG_MAX, -1L, LONG_MIN}) {
+      Expect(*set_.GetColumnName(lBeyond) == '\0', "the name at no position");
+    }
+    long position = 0;
+    std::map<long, const char*> mapNames;
+    for (const auto& [name, index] : model_.mapColumns) {
+      Expect(set_.GetColumnName(position++) == name, "GetColumnName");
+      Expect(set_.GetColumnIndex(name.c_str()) == index, "GetColumnIndex");
+      mapNames[index] = name.c_str();
+    }
+    for (auto& [row, cells] : model_.mapRows) {
+      for (auto& [index, item] : cells)
+        CheckText(set_.GetValueAsString(mapNames[index], row), &item);
+    }
     return strFault_;
   }
-  bool UsedUp() const { return random_.UsedUp(); }
+
+  bool UsedUp() const override { return random_.UsedUp(); }
 
  private:
   void Expect(bool bHolds, const char* what) {
     if (!bHolds && strFault_.empty()) strFault_ = what;
   }
 
-  void Step() {
-    switch (random_.Below(16)) {
-      case 0:
-      case 1:
-        return Read();
-      case 2:
-        return ReadLong();
-      case 3:
-        Name();
-        Expect(set_.AddColumn(strName_.c_str()) == model_.AddColumn(strName_), "AddColumn");
-        return;
-      case 4:
-        return random_.OneIn(20) ? CheckAll() : Read();
-      case 5:
-        return random_.OneIn(40) ? Replace() : Load();
-      default:
-        return Write();
-    }
-  }
-
   void Write() {
+    // A text of the record set itself, or the end of one, is as good as any.
+    const bool bOwnText = random_.OneIn(20);
+    const char* pText = bOwnText ? Read() : "";
+    if (std::strchr(pText, '{') == nullptr) pText += random_.Below(std::strlen(pText) + 1);
     const long row = NextRow();
     const char* const name = NextName();
-    switch (random_.Below(6)) {
-      case 0: {
-        const bool bValue = random_.OneIn(2);
-        set_.SetValue(name, bValue, row);
-        return model_.Set(strName_, row, CQXRecordSet::QX_BOOL, bValue ? "1" : "0");
-      }
-      case 1: {
-        const long lValue = static_cast<long>(random_.Below(100000)) - 50000;
-        set_.SetValue(name, lValue, row);
-        return model_.Set(strName_, row, CQXRecordSet::QX_LONG, std::to_string(lValue));
-      }
-      case 2: {
-        const char* const szText = random_.Of(kObjects).szText;
-        set_.SetValue(name, szText, row, CQXRecordSet::QX_RECORDSET);
-        return model_.Set(strName_, row, CQXRecordSet::QX_RECORDSET, szText);
-      }
-      default: {
-        const int eType = static_cast<int>(random_.Below(8)) - 1;
-        const std::string text = Text();
-        set_.SetValue(name, text.c_str(), row, static_cast<CQXRecordSet::QX_TYPE>(eType));
-        return model_.Set(strName_, row, eType, text);
-      }
+    std::string text = bOwnText ? pText : Text();
+    int eType = CQXRecordSet::QX_TEXT;
+    const std::uint32_t nHow = bOwnText ? 9 : random_.Below(10);
+    if (nHow == 0) {
+      eType = CQXRecordSet::QX_BOOL;
+      text = random_.OneIn(2) ? "1" : "0";
+      set_.SetValue(name, text == "1", row);
+    } else if (nHow == 1) {
+      eType = CQXRecordSet::QX_LONG;
+      const int nValue = static_cast<int>(random_.Below(100000)) - 50000;
+      set_.SetValue(name, nValue, row);
+      text = std::to_string(nValue);
+    } else if (nHow == 2) {
+      eType = CQXRecordSet::QX_LONG;
+      const long lValue = random_.OneIn(2) ? LONG_MIN : LONG_MAX;
+      set_.SetValue(name, lValue, row);
+      text = std::to_string(lValue);
+    } else if (nHow == 3) {
+      set_.SetValue(name, text + '\0' + text, row);
+    } else if (nHow == 4) {
+      eType = CQXRecordSet::QX_RECORDSET;
+      text = random_.Of(kObjects).szText;
+      set_.SetValue(name, text.c_str(), row, CQXRecordSet::QX_RECORDSET);
+    } else if (nHow == 5) {
+      eType = CQXRecordSet::QX_RECORDSET;
+      text = Nest(name, row);
+    } else {
+      eType = static_cast<int>(random_.Below(8)) - 1;
+      set_.SetValue(name, bOwnText ? pText : text.c_str(), row,
+                    static_cast<CQXRecordSet::QX_TYPE>(eType));
     }
+    model_.Set(strName_, row, eType, text);
   }
 
-  void Read() {
+  // Another record set as a cell, or this one in itself; its text.
+  std::string Nest(const char* name, long row) {
+    CQXRecordSet inner;
+    if (!random_.OneIn(4)) inner = random_.Of(kNested);
+    const bool bSelf = random_.OneIn(10) && model_.Text().size() < 2000;
+    if (bSelf) CheckString();
+    set_.SetValue(name, bSelf ? set_ : inner, row);
+    return bSelf ? model_.strBuilt : inner.GetStringRef();
+  }
+
+  void AddColumn() {
+    const char* const name = random_.OneIn(8) ? Read() : Name().c_str();
+    const long lExpected = model_.AddColumn(name);
+    Expect(set_.AddColumn(name) == lExpected, "AddColumn");
+    if (!model_.bModified) CheckString();
+  }
+
+  const char* Read() {
+    const long row = NextRow();
+    const char* const text = set_.GetValueAsString(NextName(), row);
+    CheckText(text, model_.Get(strName_, row));
+    return text;
+  }
+
+  void ReadOtherwise() {
     const long row = NextRow();
     const char* const name = NextName();
-    CheckText(set_.GetValueAsString(name, row), model_.Get(strName_, row));
-  }
-
-  void ReadLong() {
-    const long row = NextRow();
-    const long lValue = set_.GetValueAsLong(NextName(), row);
     const Item* const pItem = model_.Get(strName_, row);
-    Expect(lValue == (pItem == nullptr ? 0 : std::strtol(pItem->strValue.c_str(), nullptr, 10)),
-           "GetValueAsLong");
-    Expect(set_.GetValueAsBool(strName_.c_str(), row) == (lValue != 0), "GetValueAsBool");
+    const std::string text = pItem != nullptr ? pItem->strValue : "";
+    const long lExpected = std::strtol(text.c_str(), nullptr, 10);
+    Expect(set_.GetValueAsLong(name, row) == lExpected, "GetValueAsLong");
+    Expect(set_.GetValueAsBool(name, row) == (lExpected != 0), "GetValueAsBool");
+    std::string strCopy = "old";
+    set_.GetValueAsStringUTF8(strCopy, name, row);
+    Expect(strCopy == text, "GetValueAsStringUTF8");
+    Expect(set_.GetValueAsRecordSet(name, row).GetString() == CQXRecordSet(text).GetString(),
+           "GetValueAsRecordSet");
   }
 
-  // Loads rows of texts, which also tells where the last one lies.
+  // Loads rows of texts, which also tells where the last one lies, or what cannot be loaded.
   void Load() {
+    static const char* const kRefused[] = {"", "{\"c1\":7", "[{\"c1\":7}]", nullptr};
+    model_.bModified = true;
+    if (random_.OneIn(10)) return Expect(set_.SetString(random_.Of(kRefused)), "SetString");
     const std::uint32_t nRows = 1 + random_.Below(4);
     std::string strText;
     for (std::uint32_t i = 0; i < nRows; ++i) {
@@ -241,85 +335,92 @@ class Support::CellPlayer::Player {
       }
       strText += '}';
     }
-    model_.bModified = true;
-    Expect(set_.SetString("{\"rows\":[" + strText + "]}"), "SetString");
+    Expect(set_.SetUTF8String("{\"rows\":[" + strText + "]}"), "SetUTF8String");
   }
 
-  // Copies, moves, assigns or clears the whole record set.
+  // Copies, moves, assigns or clears the whole record set. Only a new one takes over the state and
+  // the last text.
   void Replace() {
     switch (random_.Below(5)) {
       case 0: {
         CQXRecordSet copy(set_);
-        Expect(copy.GetStringRef() == set_.GetStringRef(), "GetStringRef of a copy");
-        model_.bModified = true;
+        Expect(copy.GetStringRef() == model_.strBuilt, "GetStringRef of a copy");
+        Expect(CQXRecordSet(copy).GetString() == model_.Text(), "GetString of a copy");
         ForgetAddresses();
         set_ = std::move(copy);
-        return;
+        ExpectCleared(copy);  // NOLINT: moved-from
+        break;
       }
       case 1: {
         CQXRecordSet moved(std::move(set_));
-        Expect(set_.GetString().empty(), "moved from is cleared");  // NOLINT: moved-from
-        Expect(set_.GetColumnCount() == 0, "moved from has no columns");
-        model_.bModified = true;
+        ExpectCleared(set_);  // NOLINT: moved-from
+        Expect(moved.GetStringRef() == model_.strBuilt, "GetStringRef of what was moved");
         set_ = std::move(moved);
-        return;
+        break;
       }
       case 2: {
         CQXRecordSet assigned("{\"gone\":1}");
+        assigned.GetString();
         assigned = set_;
-        model_.bModified = true;
+        Expect(assigned.GetStringRef().empty(), "GetStringRef of what was assigned");
         ForgetAddresses();
         set_ = std::move(assigned);
-        return;
+        break;
       }
       case 3:
+        if (random_.OneIn(2)) set_ = *&set_;
+        if (random_.OneIn(2)) set_ = std::move(*&set_);
         set_ = *&set_;
-        model_.bModified = true;
-        return;
-      default:
+        break;
+      default: {
         set_.Clear();
+        CQXRecordSet copy(set_);
+        ExpectCleared(copy);
+        ExpectCleared(set_);
+        copy = set_;
+        Expect(copy.GetString() == "{}", "what was assigned counts as written");
         model_ = Model();
-    }
-  }
-
-  void CheckAll() {
-    Expect(set_.GetRowsCount() == model_.lRowsCount, "GetRowsCount");
-    Expect(set_.GetColumnCount() == static_cast<long>(model_.mapColumns.size()), "GetColumnCount");
-    Expect(set_.GetString() == model_.Text(), "GetString");
-    if (random_.OneIn(12)) {
-      Expect(set_.Dump() == model_.Dump(), "Dump");
-    }
-    long position = 0;
-    std::map<long, const char*> mapNames;
-    for (const auto& [name, index] : model_.mapColumns) {
-      Expect(set_.GetColumnName(position++) == name, "GetColumnName");
-      Expect(set_.GetColumnIndex(name.c_str()) == index, "GetColumnIndex");
-      mapNames[index] = name.c_str();
-    }
-    for (auto& [row, cells] : model_.mapRows) {
-      for (auto& [index, item] : cells) {
-        CheckText(set_.GetValueAsString(mapNames[index], row), &item);
+        return;
       }
     }
+    model_.bModified = true;
+    model_.strBuilt.clear();
+  }
+
+  void ExpectCleared(CQXRecordSet& set) {
+    Expect(set.GetRowsCount() == 0 && set.GetColumnCount() == 0, "counts when cleared");
+    Expect(set.GetStringRef().empty() && set.GetString().empty(), "the text when cleared");
+    Expect(set.Dump().empty(), "Dump when cleared");
+  }
+
+  // Null pointers and unknown names change nothing.
+  void CheckNulls() {
+    set_.SetValue("none", static_cast<const char*>(nullptr));
+    set_.SetValue("none", static_cast<CQXRecordSet*>(nullptr));
+    set_.SetValue(nullptr, "none");
+    Expect(set_.AddColumn(nullptr) == -1 && set_.GetColumnIndex(nullptr) == -1, "null as a name");
+    Expect(set_.GetColumnIndex("none") == -1, "GetColumnIndex of no column");
+    Expect(*set_.GetValueAsString(nullptr) == '\0', "the text of a null name");
+  }
+
+  void CheckString() {
+    Expect(set_.GetStringRef() == model_.strBuilt, "GetStringRef");
+    model_.strBuilt = model_.Text();
+    Expect(set_.GetString() == model_.strBuilt, "GetString");
   }
 
   void CheckText(const char* text, Item* pItem) {
-    if (pItem == nullptr) {
-      Expect(*text == '\0', "the text of an unknown column");
-      return;
-    }
+    if (pItem == nullptr) return Expect(*text == '\0', "the text of an unknown column");
     Expect(text == pItem->strValue, "GetValueAsString");
-    if (pItem->pHandedOut != nullptr) {
-      Expect(text == pItem->pHandedOut, "a text stays where it is");
-    }
+    const bool bStays = pItem->pHandedOut == nullptr || text == pItem->pHandedOut;
+    Expect(bStays, "a text stays where it is");
     pItem->pHandedOut = text;
   }
 
   void ForgetAddresses() {
     for (auto& [row, cells] : model_.mapRows) {
-      for (auto& [index, item] : cells) {
+      for (auto& [index, item] : cells)
         item.pHandedOut = nullptr;
-      }
     }
   }
 
@@ -329,23 +430,16 @@ class Support::CellPlayer::Player {
     return random_.OneIn(10) ? profile_.lFirstRow : lRow_;
   }
 
-  const std::string& Name() {
-    strName_ = "c" + std::to_string(random_.Below(profile_.nColumns));
-    if (random_.OneIn(200)) strName_ = "a name that is longer than sixteen bytes " + strName_;
-    if (random_.OneIn(200)) strName_ = "";
-    return strName_;
-  }
+  const std::string& Name() { return strName_ = NameOf(random_.Below(profile_.nColumns)); }
 
   const char* NextName() {
     if (!profile_.bColumnsInOrder || random_.OneIn(8)) return Name().c_str();
     nColumn_ = (nColumn_ + 1) % profile_.nColumns;
-    strName_ = "c" + std::to_string(nColumn_);
+    strName_ = NameOf(nColumn_);
     return strName_.c_str();
   }
 
   std::string Text() {
-    static const char* const kTexts[] = {"",  "0",   "1",   "x",  "true",
-                                         "-", "007", "-12", " {", "\t{}"};
     if (random_.OneIn(3)) return random_.Of(kTexts);
     std::string text(random_.OneIn(30) ? random_.Below(700) : random_.Below(24), 'a');
     for (char& c : text) {
@@ -364,11 +458,10 @@ class Support::CellPlayer::Player {
   std::string strName_;
 };
 
-Support::CellPlayer::CellPlayer(std::size_t nProfile, const Random& choices)
-    : pPlayer(std::make_unique<Player>(kProfiles[nProfile % kProfileCount], choices)) {
+}  // namespace
+
+std::unique_ptr<Support::CellPlayer> Support::CellPlayer::Make(std::size_t nProfile,
+                                                               const Random& choices) {
   static_assert(std::size(kProfiles) == kProfileCount);
+  return std::make_unique<Player>(kProfiles[nProfile % kProfileCount], choices);
 }
-Support::CellPlayer::~CellPlayer() = default;
-std::string Support::CellPlayer::Step() { return pPlayer->Play(); }
-std::string Support::CellPlayer::CheckAll() { return pPlayer->CheckEverything(); }
-bool Support::CellPlayer::UsedUp() const { return pPlayer->UsedUp(); }

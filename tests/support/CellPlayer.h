@@ -19,20 +19,16 @@ class CellPlayer {
  public:
   static constexpr std::size_t kProfileCount = 8;
 
-  CellPlayer(std::size_t nProfile, const Random& choices);
-  ~CellPlayer();
+  static std::unique_ptr<CellPlayer> Make(std::size_t nProfile, const Random& choices);
+  virtual ~CellPlayer() = default;
 
   // Takes one step, and compares what it reads, or everything: cells, columns, text and dump. The
   // first thing that ever differed, or "".
-  std::string Step();
-  std::string CheckAll();
+  virtual const std::string& Step() = 0;
+  virtual const std::string& CheckAll() = 0;
 
   // See Random::UsedUp.
-  bool UsedUp() const;
-
- private:
-  class Player;
-  std::unique_ptr<Player> pPlayer;
+  virtual bool UsedUp() const = 0;
 };
 
 }  // namespace Support

@@ -49,6 +49,7 @@ inline void SetRow(CQXRecordSet& set, const JSON::JSONValue& object, long row) {
 }
 
 inline void Load(CQXRecordSet& set, const std::string& text) {
+  set.SetString("");  // written, whatever the text is
   JSON::Message message;
   const bool bParsed = message.Parse(text.data(), static_cast<int>(text.size()));
   if (!bParsed || message.eType != JSON::jtObject) return;
