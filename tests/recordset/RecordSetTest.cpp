@@ -28,7 +28,11 @@ TEST(RecordSet, HoldsNumbersWithinTheBoundsOfLong) {
     const std::string text = "{\"a\":" + beyond + ",\"b\":-" + beyond + ",\"c\":" + strMin + "}";
     const std::string strBounds =
         "{\"a\":" + strMax + ",\"b\":" + strMin + ",\"c\":" + strMin + "}";
-    EXPECT_EQ(CQXRecordSet(text).GetString(), strBounds);
+    CQXRecordSet set(text);
+    EXPECT_EQ(set.GetString(), strBounds);
+    set.SetValue("a", beyond.c_str(), 1, CQXRecordSet::QX_LONG);
+    EXPECT_EQ(set.GetValueAsLong("a"), LONG_MAX);
+    EXPECT_EQ(set.GetString(), strBounds);
     EXPECT_EQ(CQXRecordSet("{\"o\":" + text + "}").GetString(), "{\"o\":" + strBounds + "}");
   }
 }
@@ -111,9 +115,10 @@ TEST(WalkObject, GoesAsDeepAsTheTreeAndTakesUpdatedValues) {
   }
   pValue->Set("s", static_cast<const char*>(nullptr));
   pValue->Set("b", true);
+  pValue->InternalUpdateByName("i", "12:", JSON::jtInteger);
   JSON::Serialize writer(0);
   json_walk_obj(writer, &message, 0);
-  strExpected += "{\"x\":0,\"s\":null,\"b\":true" + std::string(kDeep + 1, '}');
+  strExpected += "{\"x\":0,\"s\":null,\"b\":true,\"i\":12" + std::string(kDeep + 1, '}');
   EXPECT_EQ(writer.String(), strExpected);
 }
 
