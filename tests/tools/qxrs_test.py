@@ -5,7 +5,6 @@
 
 import json
 import os
-import pty
 import random
 import re
 import shlex
@@ -17,7 +16,7 @@ import sys
 import tempfile
 import time
 
-from cases import ACCEPTED, CASES, FILES, REFUSED, WORLD
+from cases import CASES, FILES, REFUSED, WORLD
 
 QXRS = os.environ["QXRS"]
 DATA = os.environ["DATA"]
@@ -54,9 +53,8 @@ def read(name):
 
 def test_cases():
     for args, stdin, stdout, *rest in CASES:
-        stderr, status = (rest + ["", 0])[:2] if len(rest) != 1 else (rest[0], 0)
-        complaint = "qxrs: " + stderr if stderr else ""
-        expect(args, run(args, stdin), (stdout, complaint, status))
+        stderr, status = rest + ["", 0][len(rest):]
+        expect(args, run(args, stdin), (stdout, stderr and "qxrs: " + stderr, status))
     # An integer that fits the tool's long stays one, whatever the architecture.
     big = 2 ** (int(os.environ["LONG_BITS"]) - 1)
     expect("largest long", run("from-csv -i", f"a,b\n{big - 1},{big}\n")[0],
@@ -64,38 +62,27 @@ def test_cases():
 
 
 def test_check():
-    for text, message in ACCEPTED:
-        expect(text, run("check", text), (f"standard input: accepted: {message}\n", "", 0))
-        expect(text, run("check --quiet", text), ("", "", 0))
     for text, message, shown, caret in REFUSED:
         complaint = f"qxrs: standard input: {message}\n  {shown}\n  {' ' * caret}^\n"
         expect(text, run("check", text), ("", complaint, 1))
-    expect("several files", run("check one.json bad.json two.json"),
-           ("one.json: accepted: an object of 2 members\ntwo.json: accepted: an object of 1 member\n",
-            'qxrs: bad.json: line 3, column 7: expected \':\' behind the name\n    "b" 2\n        ^\n', 1))
 
 
 # ---- Files and round trips ----
 
 
 def test_output_file():
-    expect("-o", run("table -o t.txt one.json"), ("", "", 0))
-    expect("-o writes", read("t.txt"), "name  born\n----  ----\nAda   1815\n")
+    write("t.txt", "old")
     os.chmod("t.txt", 0o640)
-    run("to-csv -o t.txt one.json")
+    os.symlink("t.txt", "link")
+    expect("a failure", run("table -o link bad.json")[2], 1)
+    expect("a failure keeps the file", read("t.txt"), "old")
+    expect("-o", run("to-csv -o link one.json"), ("", "", 0))
+    expect("-o writes", (os.path.islink("link"), read("t.txt")), (True, "name,born\nAda,1815\n"))
     expect("-o keeps the mode", stat.S_IMODE(os.stat("t.txt").st_mode), 0o640)
-    expect("a failure", run("table -o t.txt bad.json")[2], 1)
-    expect("a failure keeps the file", read("t.txt"), "name,born\nAda,1815\n")
-
-    write("same.json", '{ "b":1, "a":2 }')
-    os.symlink("same.json", "link.json")
-    run("normalize -o link.json same.json")
-    expect("input and output may be the same", read("same.json"), '{"a":2,"b":1}\n')
-    expect("a link stays", os.path.islink("link.json"), True)
+    run("from-csv -o t.txt t.txt")
+    expect("input and output may be the same", read("t.txt"), '{"born":"1815","name":"Ada"}\n')
     expect("nothing is left behind", [f for f in os.listdir() if f.count(".") > 1], [])
 
-    expect("no folder", run("table -o no/where one.json"),
-           ("", "qxrs: cannot write no/where: No such file or directory\n", 1))
     with open("/dev/full", "wb") as full:
         done = subprocess.run([QXRS, "table", "one.json"], stdout=full, stderr=subprocess.PIPE)
     expect("full disk", (done.stderr, done.returncode),
@@ -127,66 +114,28 @@ def test_round_trips():
             expect(name + " sql", run(f"from-sql trip.db 'SELECT * FROM {name}'")[0], records)
 
 
-def test_sql_tables():
-    run("to-sql out.db t", '{"rows":[{"i":1,"b":true,"t":"x","m":1},{"i":-5,"b":false,"m":"y","o":{"k":1},'
-        '"big":99999999999999999999,"\\"q":null}]}')
-    database = sqlite3.connect("out.db")
-    types = database.execute("SELECT name || ' ' || type FROM pragma_table_info('t')").fetchall()
-    expect("types", [row[0] for row in types], ["i INTEGER", "b BOOLEAN", "t TEXT", "m TEXT", "o TEXT",
-                                                "big TEXT", '"q TEXT'])
-    expect("rows", database.execute("SELECT * FROM t").fetchall(),
-           [(1, 1, "x", "1", None, None, None),
-            (-5, 0, None, "y", '{"k":1}', "99999999999999999999", None)])
-    expect("existing", run("to-sql out.db t one.json"),
-           ("", 'qxrs: out.db: table "t" already exists\n', 1))
-    expect("append", run("to-sql --append out.db t", '{"i":9}'), ("", "", 0))
-    expect("append fails whole", run("to-sql --append out.db t", '{"rows":[{"i":10},{"no":1}]}')[2], 1)
-    expect("rows", database.execute("SELECT i FROM t").fetchall(), [(1,), (-5,), (9,)])
-    expect("replace", run("to-sql --replace out.db t one.json"), ("", "", 0))
-    expect("rows", database.execute("SELECT * FROM t").fetchall(), [("Ada", 1815)])
-    expect("no columns", run("to-sql out.db u", "{}"),
-           ("", "qxrs: there are no columns to make a table of\n", 1))
-
-
 # ---- Terminals ----
 
 
-def run_on_terminal(args, stdin, width=40, stdout=None, **environment):
-    """Runs the tool with a terminal as standard error and, unless given, as standard output. Returns
-    what the terminal got and the exit status."""
-    leader, follower = pty.openpty()
-    os.set_blocking(leader, True)
-    subprocess.run(["stty", "cols", str(width), "-onlcr"], stdin=follower, check=True)
-    variables = {"PATH": os.environ["PATH"], "TERM": "xterm", **environment}
-    with subprocess.Popen([QXRS, *shlex.split(args)], stdin=subprocess.PIPE, stdout=stdout or follower,
-                          stderr=follower, env=variables) as process:
-        os.close(follower)
-        process.stdin.write(stdin.encode())
-        process.stdin.close()
-        got = b""
-        while True:
-            try:
-                piece = os.read(leader, 65536)
-            except OSError:  # the last writer is gone
-                break
-            if not piece:
-                break
-            got += piece
-    os.close(leader)
-    return got.decode(), process.returncode
+def run_on_terminal(command, **environment):
+    """What a terminal of 40 columns gets from a shell command."""
+    done = subprocess.run(["script", "-qec", "stty cols 40 -onlcr; " + command, "/dev/null"],
+                          stdin=subprocess.DEVNULL, capture_output=True, check=False,
+                          env={"PATH": os.environ["PATH"], "QXRS": QXRS, "TERM": "xterm", **environment})
+    return done.stdout.decode()
 
 
 def test_terminal():
-    wide = json.dumps({"a": "x" * 30, "b": "y" * 30})
+    write("wide.json", json.dumps({"a": "x" * 30, "b": "y" * 30}))
     head = "a" + " " * 20 + "b"
     table = head + "\n" + "-" * 19 + "  " + "-" * 19 + "\n" + "x" * 18 + "…  " + "y" * 18 + "…\n"
     bold = table.replace(head, "\x1b[1m" + head + "\x1b[0m")
-    expect("fits and is bold", run_on_terminal("table", wide), (bold, 0))
-    expect("NO_COLOR", run_on_terminal("table", wide, NO_COLOR="1"), (table, 0))
-    expect("empty NO_COLOR", run_on_terminal("table", wide, NO_COLOR=""), (bold, 0))
-    expect("--color wins", run_on_terminal("table --color always", wide, NO_COLOR="1"), (bold, 0))
-    expect("dumb", run_on_terminal("table", wide, TERM="dumb"), (table, 0))
-    expect("--color never", run_on_terminal("table --color never", wide), (table, 0))
+    for options, environment, expected in (
+            ("", {}, bold), ("", {"NO_COLOR": "1"}, table), ("", {"NO_COLOR": ""}, bold),
+            ("--color always", {"NO_COLOR": "1"}, bold), ("", {"TERM": "dumb"}, table),
+            ("--color never", {}, table)):
+        expect(f"table {options} {environment}",
+               run_on_terminal(f"$QXRS table {options} wide.json", **environment), expected)
 
 
 def test_progress():
@@ -199,16 +148,14 @@ def test_progress():
     expect("no share of an unknown total", re.match(r"\r0\.\d MB\x1b\[K", errors) is not None, True)
     _, errors, _ = run("from-sql --progress world.db 'SELECT * FROM t'")
     expect("rows", errors, "\r1 rows\x1b[K\r\x1b[K")
-    expect("short work on a terminal", run_on_terminal("stats -o s.txt", "{}"), ("", 0))
+    expect("short work on a terminal", run_on_terminal("$QXRS stats -o s.txt one.json"), "")
     # Nothing when piped, and nothing when not wanted, however long the work: the input waits.
-    slow = f"(cat long.json; sleep 0.7; cat long.json) | {QXRS} "
-    done = subprocess.run(["sh", "-c", slow + "get rows.1.a"], capture_output=True, check=False)
+    slow = "(cat long.json; sleep 0.7; cat long.json) | $QXRS get rows.1.a"
+    shown = run_on_terminal(slow)
+    expect("on a terminal " + shown,
+           re.fullmatch(r"(\r0\.\d MB\x1b\[K)+\r\x1b\[K1\n", shown) is not None, True)
+    done = subprocess.run(["sh", "-c", slow], capture_output=True, check=False)
     expect("piped", (done.stdout, done.stderr), (b"1\n", b""))
-    leader, follower = pty.openpty()
-    subprocess.run(["sh", "-c", slow + "get rows.1.a"], stdout=subprocess.PIPE, stderr=follower, check=False)
-    os.close(follower)
-    expect("on a terminal", os.read(leader, 4096).startswith(b"\r0."), True)
-    os.close(leader)
 
 
 # ---- Long input ----
@@ -226,12 +173,10 @@ def test_batches():
     """A text of many batches gives the same rows as its parser in one piece would."""
     for seed, indent in ((1, None), (2, 1)):
         rows = tricky_rows(seed, 20000)
-        for command, document in (("to-jsonl", {"rows": rows, "more": [1]}), ("from-json", rows)):
-            text = json.dumps(document, indent=indent, ensure_ascii=False)
-            lines = run(command, text)[0]
-            if command == "from-json":
-                lines = run("to-jsonl", lines)[0]
-            expect(f"{command} {seed}", [json.loads(line) for line in lines.splitlines()] == rows, True)
+        records = run("from-json", json.dumps(rows, indent=indent, ensure_ascii=False))[0]
+        for text in (records, json.dumps({"rows": rows, "more": [1]}, indent=indent, ensure_ascii=False)):
+            lines = run("to-jsonl", text)[0].splitlines()
+            expect(f"rows {seed}", [json.loads(line) for line in lines] == rows, True)
     # The parser takes four bytes behind \u, a quote among them; so do those who look for a cut.
     odd = ",".join(['{"a":"\\u12"},{","b":1}', '{"a":"x","b":2}'] * 15000)
     lines, errors, _ = run("to-jsonl", '{"rows":[' + odd + "]}")
@@ -239,9 +184,8 @@ def test_batches():
     rows = ",".join(['{"a":1}'] * 60000)
     for end, count in ((",null,{},x]}", None), (",null" + ("," + rows) + "]}", 60000),
                        (",," + rows + "]}", 60000), (',{"b":2}],"rows":5} tail', 60001)):
-        lines, errors, status = run("to-jsonl", '{"rows" : [' + rows + end)
-        expect("end " + end[:20], (status, lines.count("\n") if status == 0 else None),
-               (0, count) if count else (1, None))
+        lines, _, status = run("to-jsonl", '{"rows" : [' + rows + end)
+        expect("end " + end[:20], None if status else lines.count("\n"), count)
 
 
 def test_positions():
@@ -261,23 +205,6 @@ def test_positions():
     expect("some were refused", refused > 10, True)
 
 
-# A process begins with the memory peak of the one that started it, so a small one does.
-MEASURE = """import os, subprocess, sys
-process = subprocess.Popen(sys.argv[1:], stdout=subprocess.DEVNULL)
-_, status, usage = os.wait4(process.pid, 0)
-print(status, usage.ru_maxrss * 1024)"""
-
-
-def peak_memory(args, stdin_file):
-    """The largest memory of one run, in bytes."""
-    with open(stdin_file, "rb") as file:
-        done = subprocess.run([sys.executable, "-c", MEASURE, QXRS, *args.split()], stdin=file,
-                              capture_output=True, check=True)
-    status, peak = map(int, done.stdout.split())
-    expect("status of " + args, status, 0)
-    return peak
-
-
 def test_memory():
     """Where rows stream, memory does not grow with the input."""
     if os.environ.get("SANITIZED"):
@@ -290,8 +217,9 @@ def test_memory():
     for args, file in (("from-csv", "long.csv"), ("from-tsv", "long.csv"), ("to-csv --columns a,b", "long.json"),
                        ("to-json", "long.json"), ("stats", "long.json"), ("from-jsonl", "long.jsonl"),
                        ("from-json", "array.json"), ("diff long.json -", "long.json")):
-        peak = peak_memory(args, file)
-        expect(f"{args}: {peak} bytes for an input of {size}", peak < size * 3 / 4, True)
+        limited = f"ulimit -d {size * 3 // 4096}; {QXRS} {args} < {file} > /dev/null"
+        done = subprocess.run(["bash", "-c", limited], stderr=subprocess.PIPE, check=False)
+        expect(limited, (done.stderr, done.returncode), (b"", 0))
 
 
 # ---- Help ----
@@ -351,7 +279,7 @@ def test_self_description():
 
 GROUPS = {
     "cases": [test_cases, test_check],
-    "files": [test_output_file, test_interrupted, test_round_trips, test_sql_tables],
+    "files": [test_output_file, test_interrupted, test_round_trips],
     "terminal": [test_terminal, test_progress],
     "streaming": [test_batches, test_positions, test_memory],
     "help": [test_help, test_self_description],
