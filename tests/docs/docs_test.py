@@ -111,6 +111,15 @@ def read_page(path):
     return blocks, prose
 
 
+def run(line, command, **options):
+    """What a command for that line of the page writes."""
+    done = subprocess.run(command, capture_output=True, timeout=120, check=False, **options)
+    if done.returncode != 0:
+        raise Failure(f"line {line}: exit status {done.returncode} of {command[0]}\n"
+                      f"{done.stdout.decode()}{done.stderr.decode()}")
+    return done.stdout.decode("utf-8", "backslashreplace")
+
+
 class Compiler:
     """Compiles and runs programs against the built library."""
 
@@ -118,34 +127,23 @@ class Compiler:
         self.page = page
         self.folder = folder
 
-    def command(self, language):
+    def compile(self, text, line, language, *options):
         c = language == "c"
         sanitize = os.environ["SANITIZE"]
-        return [
-            os.environ["CC" if c else "CXX"],
-            *shlex.split(os.environ["CFLAGS" if c else "CXXFLAGS"]),
-            *([f"-fsanitize={sanitize}", "-fno-sanitize-recover=all"] if sanitize else []),
-            "-std=c99" if c else "-std=c++17", *WARNINGS,
-            f"-I{SOURCE}", f"-I{os.environ['GENERATED']}",
-        ]
-
-    def compile(self, text, line, language, *options):
         source = self.folder / f"line{line}.{language}"
         source.write_text(text, encoding="utf-8")
-        done = subprocess.run([*self.command(language), str(source), *options],
-                              capture_output=True, text=True, check=False)
-        if done.returncode != 0:
-            raise Failure(f"line {line}: does not compile\n{done.stderr}")
+        run(line, [os.environ["CC" if c else "CXX"],
+                   *shlex.split(os.environ["CFLAGS" if c else "CXXFLAGS"]),
+                   *([f"-fsanitize={sanitize}", "-fno-sanitize-recover=all"] if sanitize else []),
+                   "-std=c99" if c else "-std=c++17", *WARNINGS,
+                   f"-I{SOURCE}", f"-I{os.environ['GENERATED']}", str(source), *options])
 
     def output_of(self, text, line, language):
         program = self.folder / f"line{line}"
         library = os.environ["LIBRARY"]
         self.compile(text, line, language, "-o", str(program), library,
                      f"-Wl,-rpath,{os.path.dirname(library)}")
-        done = subprocess.run([str(program)], capture_output=True, timeout=120, check=False)
-        if done.returncode != 0:
-            raise Failure(f"line {line}: exit status {done.returncode}\n{done.stderr.decode()}")
-        return done.stdout.decode("utf-8", "backslashreplace")
+        return run(line, [str(program)])
 
     def located(self, line, text):
         return f'#line {line} "{self.page}"\n{text}'
@@ -180,12 +178,7 @@ class Installation:
         path.chmod(0o755)
 
     def run(self, line, *command, folder=None):
-        done = subprocess.run(command, cwd=folder or self.folder, env=self.environment, timeout=120,
-                              capture_output=True, check=False)
-        if done.returncode != 0:
-            raise Failure(f"line {line}: exit status {done.returncode}\n"
-                          f"{done.stdout.decode()}{done.stderr.decode()}")
-        return done.stdout.decode("utf-8", "backslashreplace")
+        return run(line, command, cwd=folder or self.folder, env=self.environment)
 
 
 def check_project(installation, block):
@@ -199,12 +192,12 @@ def check_project(installation, block):
     installation.run(block.line, "cmake", "-B", "build", *toolchain, folder=folder)
 
 
-def is_build_command(line, words, installation):
+def is_build_command(line, words):
     """Whether the line is for make or cmake; then its target or preset is looked for."""
     if words[:1] == ["make"]:
-        installation.run(line, "make", "--dry-run", "--silent", *words[1:], folder=SOURCE)
+        run(line, ["make", "--dry-run", "--silent", *words[1:]], cwd=SOURCE)
     elif words[:1] == ["cmake"]:
-        presets = re.findall(r'"([^"]+)"', installation.run(line, "cmake", "--list-presets", folder=SOURCE))
+        presets = re.findall(r'"([^"]+)"', run(line, ["cmake", "--list-presets"], cwd=SOURCE))
         named = [word.removeprefix("build/") for before, word in zip(words, words[1:])
                  if before == "--preset" or word.startswith("build/")]
         if not named or not set(named) <= set(presets):
@@ -218,11 +211,8 @@ def check_shell(installation, block, program):
     if program is not None:
         name = "host.c" if program.language == "c" else "host.cpp"
         (installation.folder / name).write_text(program.text, encoding="utf-8")
-    commands = []
-    for line, text in enumerate(block.lines, block.line):
-        words = shlex.split(text, comments=True)
-        if not is_build_command(line, words, installation):
-            commands.append(text)
+    commands = [text for line, text in enumerate(block.lines, block.line)
+                if not is_build_command(line, shlex.split(text, comments=True))]
     if commands and (os.environ["QXRS"] or "qxrs " not in block.text):
         output = installation.run(block.line, "bash", "-euo", "pipefail", "-c", "\n".join(commands))
         if block.follower is not None and block.follower.language == "text":
@@ -235,12 +225,9 @@ def check_python(folder, block):
     library = folder / "libQXRecordSet.so.1"
     if not library.exists():
         library.symlink_to(os.environ["LIBRARY"])
-    done = subprocess.run([sys.executable, "-B", str(script)], cwd=folder, timeout=120, check=False,
-                          env={**os.environ, "LD_LIBRARY_PATH": str(folder), "PYTHONUTF8": "1"},
-                          capture_output=True)
-    if done.returncode != 0:
-        raise Failure(f"line {block.line}: exit status {done.returncode}\n{done.stderr.decode()}")
-    compare(block.line, block.follower.text, done.stdout.decode())
+    environment = {**os.environ, "LD_LIBRARY_PATH": str(folder), "PYTHONUTF8": "1"}
+    output = run(block.line, [sys.executable, "-B", str(script)], cwd=folder, env=environment)
+    compare(block.line, block.follower.text, output)
 
 
 def compare(line, wanted, actual):
@@ -251,11 +238,8 @@ def compare(line, wanted, actual):
 def check_program(compiler, block):
     follower = block.follower
     wanted = follower.text if follower is not None and follower.language == "text" else ""
-    text = compiler.located(block.line, block.text)
-    actual = compiler.output_of(text, block.line, block.language)
-    if actual and not actual.endswith("\n"):
-        actual += "\n"
-    compare(block.line, wanted, actual)
+    actual = compiler.output_of(compiler.located(block.line, block.text), block.line, block.language)
+    compare(block.line, wanted, actual + "\n" * (actual[-1:] not in ("", "\n")))
 
 
 def check_fragments(compiler, fragments):
