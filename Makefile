@@ -5,7 +5,7 @@ JOBS ?= $(shell nproc)
 
 DEPS := scripts/install-deps.sh
 SOURCES = $(shell git ls-files --cached --others --exclude-standard -- '*.h' '*.cpp' '*.c')
-LIBRARY_FOLDERS := params json portable recordset
+LIBRARY_FOLDERS := text params json portable recordset
 TIDY_FOLDERS := $(LIBRARY_FOLDERS) tools
 
 .DEFAULT_GOAL := help
@@ -19,7 +19,7 @@ ASAN_TOOLS ?= ON
 
 # What `make memcheck` runs: the tests of the library that take no programs of their own. The option
 # leaves it to the tests to count allocations, and to let them fail.
-MEMCHECK_TESTS := json memory params portable recordset
+MEMCHECK_TESTS := json memory params portable recordset text
 MEMCHECK := valgrind --quiet --error-exitcode=1 --soname-synonyms=somalloc=nouserintercepts
 
 .PHONY: help build demo check bench bench-report asan tsan memcheck fuzz fmt fmt-check tidy cppcheck \

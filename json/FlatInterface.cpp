@@ -12,7 +12,7 @@
 #include "json/JSON.h"
 #include "json/JSONMessage.h"
 #include "json/JSONSerialize.h"
-#include "json/ReadDecimal.h"
+#include "text/ReadDecimal.h"
 
 namespace {
 

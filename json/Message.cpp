@@ -111,7 +111,7 @@ bool Message::Parse(const char* text, int length) {
   }
   char* const pBufferEnd = pBuffer + nText;
   const bool bEmpty = nText == 0 || *pBuffer == '\0';
-  char* const pFirst = bEmpty ? pBuffer : Text<char>(pBufferEnd).SkipSpace(pBuffer);
+  char* const pFirst = bEmpty ? pBuffer : Text<char>(pBufferEnd, kMaxNesting).SkipSpace(pBuffer);
   if (bEmpty || pFirst == pBufferEnd || (*pFirst != '{' && *pFirst != '[')) {
     RefuseText(pBuffer, pBufferEnd, pFirst);
     return false;

@@ -8,8 +8,8 @@
 #include <cstring>
 #include <string_view>
 
-#include "json/Digits.h"
 #include "json/JSONSerialize.h"
+#include "text/Digits.h"
 
 namespace {
 

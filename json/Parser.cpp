@@ -54,7 +54,7 @@ int Refuse(UnsafeJSONValue& value) {
 }  // namespace
 
 int Parser::ParseJSONValue(ParseContext& context, CompositeValue& parent) {
-  context.pCursor = Text<char>(context.pEnd).SkipSpace(context.pCursor);
+  context.pCursor = Text<char>(context.pEnd, kMaxNesting).SkipSpace(context.pCursor);
   TreeReader reader(context.pEnd, nullptr);
   ArrayValue holder(1);
   Place place;

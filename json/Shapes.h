@@ -22,8 +22,8 @@
 #include <cstdint>
 
 #include "json/Arena.h"
-#include "json/ExpectedName.h"
 #include "json/JSONValue.h"
+#include "text/ExpectedName.h"
 
 namespace JSON {
 

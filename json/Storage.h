@@ -24,8 +24,8 @@
 #include <new>
 
 #include "json/Arena.h"
-#include "json/Block.h"
 #include "json/JSONValue.h"
+#include "text/Block.h"
 
 namespace JSON {
 

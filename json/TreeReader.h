@@ -1,22 +1,23 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The parser proper: reads text by the grammar (json/Grammar.h) and builds the tree, rewriting the
+// The parser proper: reads text by the grammar (text/Grammar.h) and builds the tree, rewriting the
 // text in place. Elements are written straight into their final place. One TreeReader serves one
 // parse.
 
 #ifndef QXRECORDSET_JSON_TREEREADER_H
 #define QXRECORDSET_JSON_TREEREADER_H
 
-#include "json/Grammar.h"
+#include "json/JSONMessage.h"
 #include "json/JSONValue.h"
 #include "json/Shapes.h"
+#include "text/Grammar.h"
 
 namespace JSON {
 
 class TreeReader {
  public:
   // Reads up to pEnd. Containers are taken from the pool, or from the heap when there is none.
-  TreeReader(char* pEnd, Arena* pArena) : text_(pEnd), pArena_(pArena) {}
+  TreeReader(char* pEnd, Arena* pArena) : text_(pEnd, kMaxNesting), pArena_(pArena) {}
 
   // Each reads what stands at p and returns the position behind it, or null; StoppedAt() is then
   // where the failure was found. The containers are filled, and their eType is set.
@@ -29,7 +30,7 @@ class TreeReader {
   // The same for this file's loops.
   char* ReadInline(char* p, ArrayValue& parent, Place& place);
 
-  // What the sinks read themselves; see json/Grammar.h. Members are read as long as their names are
+  // What the sinks read themselves; see text/Grammar.h. Members are read as long as their names are
   // the expected ones, and both as long as the values are containers, or scalars without escapes.
   Due ReadPlainMembers(char*& p, ArrayValue& values, Place& place, Shape*& pShape,
                        Shape*& pExpected);

@@ -9,6 +9,7 @@
 
 #include "json/JSONValue.h"
 #include "json/Storage.h"
+#include "text/ReadDecimal.h"
 
 namespace JSON {
 
@@ -90,33 +91,6 @@ namespace {
 
 bool BeginsWithT(const JSONValue& value) { return value.nLength > 0 && value.pText[0] == 't'; }
 
-bool IsCSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
-// What strtol reads in base 10, limited to the range of int.
-int ReadInt(const char* p, int nLength) {
-  const char* const pEnd = p + nLength;  // nothing at or behind it is read
-  while (p != pEnd && IsCSpace(*p)) {
-    ++p;
-  }
-  const bool bNegative = p != pEnd && *p == '-';
-  if (p != pEnd && (*p == '-' || *p == '+')) {
-    ++p;
-  }
-  constexpr std::int64_t kBeyond = std::int64_t{std::numeric_limits<int>::max()} + 1;
-  std::int64_t n = 0;
-  for (; p != pEnd && IsDigit(*p); ++p) {
-    n = n * 10 + (*p - '0');
-    if (n > kBeyond) {
-      n = kBeyond;
-    }
-  }
-  if (bNegative) {
-    return static_cast<int>(-n);
-  }
-  return static_cast<int>(n < kBeyond ? n : kBeyond - 1);
-}
-
 // What strtod reads. It needs a NUL behind the number, so the number is copied.
 double ReadDouble(const char* pText, int nLength) {
   char szNumber[64];
@@ -147,7 +121,7 @@ int ToInt(double value) {
 int JSONValue::AsInt() const {
   switch (eType) {
     case jtInteger:
-      return ReadInt(pText, nLength);
+      return ReadDecimal<int>({pText, static_cast<std::size_t>(nLength)});
     case jtDouble:
       return ToInt(AsDouble());
     case jtBoolean:

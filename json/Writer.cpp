@@ -1,7 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // JSON::Serialize, the streaming writer: a state machine of a few bits, and a pen that writes
-// tokens into the text.
+// tokens into the text; and EscapeString.
 //
 // While a container is open, strOutput is longer than the text: the room behind its first nWritten
 // bytes is filled token by token, without a call per byte or piece. When the last container closes
@@ -12,10 +12,10 @@
 #include <new>
 #include <utility>
 
-#include "json/Digits.h"
-#include "json/Escape.h"
 #include "json/JSONSerialize.h"
-#include "json/TextRoom.h"
+#include "text/Digits.h"
+#include "text/Escape.h"
+#include "text/TextRoom.h"
 
 namespace JSON {
 namespace {
@@ -293,5 +293,7 @@ Serialize& Serialize::JS_N(const char* json, int length) {
 }
 
 void Serialize::AppendString(const char* text) { WriteJson(text); }
+
+void EscapeString(std::string& output, const char* text) { AppendEscaped(output, text); }
 
 }  // namespace JSON

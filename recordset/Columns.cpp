@@ -8,7 +8,7 @@
 #include <new>
 #include <numeric>
 
-#include "json/Escape.h"
+#include "text/Escape.h"
 
 namespace recordset {
 namespace {

@@ -27,10 +27,10 @@
 #include <string_view>
 #include <vector>
 
-#include "json/ExpectedName.h"
 #include "recordset/NameHash.h"
 #include "recordset/ShortBytes.h"
 #include "recordset/TextStore.h"
+#include "text/ExpectedName.h"
 
 namespace recordset {
 

@@ -8,9 +8,7 @@
 #define QXRECORDSET_RECORDSET_INTEGERTEXT_H
 
 #include <algorithm>
-#include <cstdlib>
 #include <limits>
-#include <string>
 #include <string_view>
 
 namespace recordset {
@@ -25,12 +23,6 @@ inline bool IsCanonicalInteger(std::string_view text) {
   if (text.empty() || text.size() > std::numeric_limits<long>::digits10) return false;
   if (text.front() == '0') return text.size() == 1;
   return std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
-}
-
-// The number that `text` begins with, as strtol reads it in base 10. The text need not be
-// NUL-terminated.
-inline long ReadLong(std::string_view text) {
-  return std::strtol(std::string(text).c_str(), nullptr, 10);
 }
 
 }  // namespace recordset

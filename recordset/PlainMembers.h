@@ -15,11 +15,11 @@
 #include <limits>
 #include <utility>
 
-#include "json/Block.h"
-#include "json/Scan.h"
 #include "recordset/QXRecordSet.h"
 #include "recordset/ShortBytes.h"
 #include "recordset/Table.h"
+#include "text/Block.h"
+#include "text/Scan.h"
 
 namespace recordset {
 

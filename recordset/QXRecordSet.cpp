@@ -10,8 +10,8 @@
 #include <cstring>
 #include <utility>
 
-#include "json/Digits.h"
 #include "recordset/Table.h"
+#include "text/Digits.h"
 
 using recordset::Table;
 

@@ -2,10 +2,10 @@
 //
 // Loading JSON text: SetString() and its relatives.
 //
-// The text is read by the grammar of the JSON library (json/Grammar.h), but without a tree and
-// without a copy of the text: members go straight into the cells of a new table, which the record
-// set takes over when the text was read to its end. Only an object inside a cell is parsed into a
-// tree, because it is written anew.
+// The text is read by the grammar that documents are read by (text/Grammar.h), but without a tree
+// and without a copy of the text: members go straight into the cells of a new table, which the
+// record set takes over when the text was read to its end. Only an object inside a cell is parsed
+// into a tree, because it is written anew.
 
 #include <algorithm>
 #include <climits>
@@ -16,14 +16,17 @@
 #include <string_view>
 #include <utility>
 
-#include "json/Grammar.h"
 #include "json/JSONMessage.h"
 #include "json/JSONSerialize.h"
 #include "recordset/IntegerText.h"
 #include "recordset/PlainMembers.h"
 #include "recordset/QXRecordSet.h"
 #include "recordset/Table.h"
+#include "text/Escape.h"
+#include "text/Grammar.h"
+#include "text/ReadDecimal.h"
 
+using JSON::UpToNul;
 using recordset::PlainMembers;
 using recordset::Table;
 
@@ -34,9 +37,6 @@ using Text = JSON::Text<const char, true>;  // the bytes of a std::string
 constexpr int kWriterBytes = 1024;  // reserved for the text of a nested object
 constexpr int kLongBytes = 21;      // the digits of a long, its sign and a NUL
 constexpr char szRows[] = "rows";
-
-// Names and texts end at their first NUL.
-std::string_view UpToNul(std::string_view text) { return text.substr(0, text.find('\0')); }
 
 // Reads a value, or a name, that is of no interest.
 class Skipper {
@@ -172,7 +172,7 @@ class CellLoader {
       Set(lRow, nColumn, digits, CQXRecordSet::QX_LONG);
     } else {
       char szDigits[kLongBytes];
-      const char* const pEnd = LongToStr(recordset::ReadLong(digits), szDigits, kLongBytes);
+      const char* const pEnd = LongToStr(JSON::ReadDecimal<long>(digits), szDigits, kLongBytes);
       Set(lRow, nColumn, {szDigits, static_cast<std::size_t>(pEnd - szDigits)},
           CQXRecordSet::QX_LONG);
     }
@@ -354,7 +354,7 @@ bool LoadText(const std::string& strText, Table& table, long& lLastRow) {
     return false;
   }
   const char* const pEnd = strText.data() + strText.size();
-  Text text(pEnd);
+  Text text(pEnd, JSON::kMaxNesting);
   const char* const p = text.SkipSpace(strText.data());
   if (*p != '{') {
     return false;

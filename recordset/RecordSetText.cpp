@@ -15,6 +15,7 @@
 #include "recordset/QXRecordSet.h"
 #include "recordset/RowWriter.h"
 #include "recordset/Table.h"
+#include "text/ReadDecimal.h"
 
 using recordset::RowWriter;
 
@@ -27,7 +28,7 @@ void WriteInteger(JSON::Serialize& writer, std::string_view text) {
   if (recordset::IsCanonicalInteger(text)) {
     writer.JS_N(text.data(), static_cast<int>(text.size()));
   } else {
-    writer.V(recordset::ReadLong(text));
+    writer.V(JSON::ReadDecimal<long>(text));
   }
 }
 

@@ -9,13 +9,14 @@
 #include <cstring>
 #include <limits>
 
-#include "json/Block.h"
-#include "json/Digits.h"
-#include "json/Escape.h"
 #include "json/JSONSerialize.h"
-#include "json/TextRoom.h"
 #include "recordset/IntegerText.h"
 #include "recordset/QXRecordSet.h"
+#include "text/Block.h"
+#include "text/Digits.h"
+#include "text/Escape.h"
+#include "text/ReadDecimal.h"
+#include "text/TextRoom.h"
 
 namespace recordset {
 namespace {
@@ -216,7 +217,8 @@ QXRECORDSET_HOT char* RowWriter::Integer(char* p, const Cell& cell) {
   const bool bShort = nDigits - 1 < kShortDigits;
   const bool bCanonical = bShort && (cell.pText[nSign] != '0' || cell.nLength == 1) &&
                           ((block.NonDigits() >> nSign) & ((1u << nDigits) - 1)) == 0;
-  if (!bCanonical) return JSON::WriteDecimal(ReadLong({cell.pText, cell.nLength}), p);
+  if (!bCanonical)
+    return JSON::WriteDecimal(JSON::ReadDecimal<long>({cell.pText, cell.nLength}), p);
   block.Store(p);
   return p + cell.nLength;
 }

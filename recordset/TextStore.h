@@ -26,9 +26,9 @@
 #include <functional>
 #include <memory>
 
-#include "json/Block.h"
 #include "recordset/BumpBlocks.h"
 #include "recordset/ShortBytes.h"
+#include "text/Block.h"
 
 namespace recordset {
 

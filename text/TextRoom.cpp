@@ -2,11 +2,11 @@
 //
 // Room behind a growing text: how much is made at a time.
 
-#include "json/TextRoom.h"
+#include "text/TextRoom.h"
 
 #include <algorithm>
 
-#include "json/Escape.h"
+#include "text/Escape.h"
 
 namespace JSON {
 namespace {

@@ -9,8 +9,8 @@
 // texts there are halves and quarters, which may overlap: a text of 8 to 16 bytes is its first and
 // its last 8 bytes, one of 4 to 8 bytes its first and its last 4.
 
-#ifndef QXRECORDSET_JSON_BLOCK_H
-#define QXRECORDSET_JSON_BLOCK_H
+#ifndef QXRECORDSET_TEXT_BLOCK_H
+#define QXRECORDSET_TEXT_BLOCK_H
 
 #include <cstdint>
 #include <cstring>
@@ -212,4 +212,4 @@ class Block16 {
 
 }  // namespace JSON
 
-#endif  // QXRECORDSET_JSON_BLOCK_H
+#endif  // QXRECORDSET_TEXT_BLOCK_H

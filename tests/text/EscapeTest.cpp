@@ -3,7 +3,7 @@
 // Escaping of string contents: the table of escapes, and all the ways in which long and short texts
 // are cut into blocks, held against escaping byte by byte. Texts end at an unreadable page.
 
-#include "json/Escape.h"
+#include "text/Escape.h"
 
 #include <gtest/gtest.h>
 

@@ -7,15 +7,15 @@
 // The templates serve text that is rewritten in place (Char is char) and text that is only read
 // (const char).
 
-#ifndef QXRECORDSET_JSON_SCAN_H
-#define QXRECORDSET_JSON_SCAN_H
+#ifndef QXRECORDSET_TEXT_SCAN_H
+#define QXRECORDSET_TEXT_SCAN_H
 
 #include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
-#include "json/Block.h"
+#include "text/Block.h"
 
 namespace JSON {
 
@@ -140,4 +140,4 @@ const char* FindStringEnd(const char* p, const char* pEnd);
 
 }  // namespace JSON
 
-#endif  // QXRECORDSET_JSON_SCAN_H
+#endif  // QXRECORDSET_TEXT_SCAN_H

@@ -2,9 +2,7 @@
 //
 // Escaping of string contents: the road for text that does hold bytes to escape.
 
-#include "json/Escape.h"
-
-#include "json/JSONSerialize.h"
+#include "text/Escape.h"
 
 namespace JSON {
 namespace {
@@ -67,7 +65,5 @@ void AppendEscaped(std::string& output, std::string_view text) {
     text.remove_prefix(source.size());
   }
 }
-
-void EscapeString(std::string& output, const char* text) { AppendEscaped(output, text); }
 
 }  // namespace JSON

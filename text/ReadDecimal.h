@@ -3,8 +3,8 @@
 // Reading a decimal integer as strtol and sscanf do, from a text that need not be NUL-terminated:
 // the text of a parsed number runs on into the rest of the document, which may end right behind it.
 
-#ifndef QXRECORDSET_JSON_READDECIMAL_H
-#define QXRECORDSET_JSON_READDECIMAL_H
+#ifndef QXRECORDSET_TEXT_READDECIMAL_H
+#define QXRECORDSET_TEXT_READDECIMAL_H
 
 #include <algorithm>
 #include <charconv>
@@ -38,4 +38,4 @@ Integer ReadDecimal(std::string_view text) {
 
 }  // namespace JSON
 
-#endif  // QXRECORDSET_JSON_READDECIMAL_H
+#endif  // QXRECORDSET_TEXT_READDECIMAL_H

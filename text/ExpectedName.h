@@ -4,15 +4,15 @@
 // before. Whether it does is decided in one step of sixteen bytes, without searching for the name's
 // end first.
 
-#ifndef QXRECORDSET_JSON_EXPECTEDNAME_H
-#define QXRECORDSET_JSON_EXPECTEDNAME_H
+#ifndef QXRECORDSET_TEXT_EXPECTEDNAME_H
+#define QXRECORDSET_TEXT_EXPECTEDNAME_H
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
-#include "json/Block.h"
+#include "text/Block.h"
 
 namespace JSON {
 
@@ -112,4 +112,4 @@ class ExpectedName {
 
 }  // namespace JSON
 
-#endif  // QXRECORDSET_JSON_EXPECTEDNAME_H
+#endif  // QXRECORDSET_TEXT_EXPECTEDNAME_H

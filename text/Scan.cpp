@@ -2,7 +2,7 @@
 //
 // Escapes inside JSON strings.
 
-#include "json/Scan.h"
+#include "text/Scan.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -4,15 +4,15 @@
 // needs no escape: it is copied while it is looked at, in blocks, and only when a byte turns up
 // that a JSON string cannot hold is the text begun again and escaped.
 
-#ifndef QXRECORDSET_JSON_ESCAPE_H
-#define QXRECORDSET_JSON_ESCAPE_H
+#ifndef QXRECORDSET_TEXT_ESCAPE_H
+#define QXRECORDSET_TEXT_ESCAPE_H
 
 #include <array>
 #include <cstddef>
 #include <string>
 #include <string_view>
 
-#include "json/Block.h"
+#include "text/Block.h"
 
 namespace JSON {
 
@@ -97,4 +97,4 @@ void AppendEscaped(std::string& output, std::string_view text);
 
 }  // namespace JSON
 
-#endif  // QXRECORDSET_JSON_ESCAPE_H
+#endif  // QXRECORDSET_TEXT_ESCAPE_H

@@ -21,13 +21,12 @@
 // A position is never beyond the end of the text: it moves by one only over a byte that was looked
 // at and is no NUL, and Text::Peek gives a NUL at the end.
 
-#ifndef QXRECORDSET_JSON_GRAMMAR_H
-#define QXRECORDSET_JSON_GRAMMAR_H
+#ifndef QXRECORDSET_TEXT_GRAMMAR_H
+#define QXRECORDSET_TEXT_GRAMMAR_H
 
 #include <cstring>
 
-#include "json/JSONMessage.h"
-#include "json/Scan.h"
+#include "text/Scan.h"
 
 namespace JSON {
 
@@ -39,9 +38,9 @@ struct Text {
 
   Char* pEnd;             // one past the last byte
   Char* pStop = nullptr;  // where the last failure was found
-  int nDepth = 0;         // containers open around the position
+  int nMayOpen;           // containers that may still be opened, one within the other
 
-  explicit Text(Char* pTextEnd) : pEnd(pTextEnd) {}
+  Text(Char* pTextEnd, int nMostNested) : pEnd(pTextEnd), nMayOpen(nMostNested) {}
 
   // The byte at p, or a NUL when nothing is left. Outside of strings a NUL ends the text, too.
   char Peek(const Char* p) const { return !bTerminated && p == pEnd ? '\0' : *p; }
@@ -67,12 +66,12 @@ struct Text {
 template <typename Text>
 class Nesting {
  public:
-  explicit Nesting(Text& text) : text_(text) { ++text_.nDepth; }
-  ~Nesting() { --text_.nDepth; }
+  explicit Nesting(Text& text) : text_(text) { --text_.nMayOpen; }
+  ~Nesting() { ++text_.nMayOpen; }
   Nesting(const Nesting&) = delete;
   Nesting& operator=(const Nesting&) = delete;
 
-  bool TooDeep() const { return text_.nDepth > kMaxNesting; }
+  bool TooDeep() const { return text_.nMayOpen < 0; }
 
  private:
   Text& text_;
@@ -217,4 +216,4 @@ inline bool BeginsNumber(char c) { return (c >= '0' && c <= '9') || c == '+' || 
 
 }  // namespace JSON
 
-#endif  // QXRECORDSET_JSON_GRAMMAR_H
+#endif  // QXRECORDSET_TEXT_GRAMMAR_H

@@ -4,8 +4,8 @@
 // is longer than the text, and the room behind the text is filled through a pointer, without a call
 // per piece. Whoever writes looks for room first, and cuts the string to the text in the end.
 
-#ifndef QXRECORDSET_JSON_TEXTROOM_H
-#define QXRECORDSET_JSON_TEXTROOM_H
+#ifndef QXRECORDSET_TEXT_TEXTROOM_H
+#define QXRECORDSET_TEXT_TEXTROOM_H
 
 #include <cstddef>
 #include <string>
@@ -25,4 +25,4 @@ std::size_t WriteEscaped(std::string& buffer, std::size_t nAt, std::string_view 
 
 }  // namespace JSON
 
-#endif  // QXRECORDSET_JSON_TEXTROOM_H
+#endif  // QXRECORDSET_TEXT_TEXTROOM_H

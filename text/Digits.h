@@ -6,15 +6,15 @@
 // numbers of one length; and 64-bit divisions, slow library calls on 32-bit machines, are needed
 // for values above 2^32 only.
 
-#ifndef QXRECORDSET_JSON_DIGITS_H
-#define QXRECORDSET_JSON_DIGITS_H
+#ifndef QXRECORDSET_TEXT_DIGITS_H
+#define QXRECORDSET_TEXT_DIGITS_H
 
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <type_traits>
 
-#include "json/Block.h"
+#include "text/Block.h"
 
 namespace JSON {
 
@@ -68,4 +68,4 @@ char* WriteDecimal(Integer value, char* out) {
 
 }  // namespace JSON
 
-#endif  // QXRECORDSET_JSON_DIGITS_H
+#endif  // QXRECORDSET_TEXT_DIGITS_H
