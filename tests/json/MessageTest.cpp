@@ -1,7 +1,8 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // The message: paths, copies, and what a message keeps from one parse to the next. Updates and what
-// they refuse are the business of UpdateModelTest.cpp, refused texts that of ParserTest.cpp.
+// they refuse are the business of UpdateModelTest.cpp, what parsing and failing leave that of
+// ParserTest.cpp.
 
 #include <gtest/gtest.h>
 
@@ -61,11 +62,9 @@ TEST(JsonMessage, StoresTheEndsOfEveryRange) {
   message.Set("a", ULLONG_MAX);
   message.Set("b", ULONG_MAX);
   message.Set("c", LONG_MIN);
-  message.Set("d", INT_MIN);
-  message.Set("e", -1e100);
   const std::string strUnsigned = std::to_string(ULONG_MAX);
-  EXPECT_EQ(Written(message), R"({"a":18446744073709551615,"b":)" + strUnsigned + ",\"c\":" +
-                                  std::to_string(LONG_MIN) + R"(,"d":-2147483648,"e":-1e+100})");
+  EXPECT_EQ(Written(message), R"({"a":18446744073709551615,"b":)" + strUnsigned +
+                                  ",\"c\":" + std::to_string(LONG_MIN) + '}');
   Message list;
   EXPECT_EQ(list.Set(1, ULLONG_MAX).eType, JSON::jtInteger);
   list.Set(0, ULONG_MAX);
@@ -86,32 +85,17 @@ TEST(JsonMessage, ChangesTheNamesOfOneObjectAlone) {
 }
 
 TEST(JsonMessage, DropsANameWithoutValueAtTheNextUpdate) {
-  static const struct {
-    const char* name;
-    const char* text;  // after Set(name, 3)
-  } kCases[] = {{"lost", R"({"first":1,"second":2,"lost":3})"},
-                {"new", R"({"first":1,"second":2,"new":3})"},
-                {"first", R"({"first":3,"second":2})"}};
-  for (const auto& test : kCases) {
-    Message message;
-    ASSERT_FALSE(message.Parse(R"({"first":1,"second":2,"lost":?)"));
-    const auto& object = dynamic_cast<const ObjectValue&>(*message.pComposite);
-    EXPECT_EQ(object.OrdinalOf("lost", -1), 2);  // sorted in front of the others
-    EXPECT_EQ(object.NameAt(2), nullptr);
-    message.Set(test.name, 3);
-    EXPECT_EQ(object.vNameMap.size(), static_cast<std::size_t>(object.Size()));
-    EXPECT_EQ(message[test.name].AsInt(), 3);
-    EXPECT_EQ(Written(message), test.text);
-  }
-  // Also when it was changed, which makes it the object's own.
   Message message;
-  ASSERT_FALSE(message.Parse(R"({"lost":?)"));
+  ASSERT_FALSE(message.Parse(R"({"first":1,"lost":?)"));
   auto& root = dynamic_cast<ObjectValue&>(*message.pComposite);
+  EXPECT_EQ(root.OrdinalOf("lost", -1), 1);  // sorted in front of the other
+  EXPECT_EQ(root.NameAt(1), nullptr);
   root.vNameMap[0].UpdateName("owned");
-  EXPECT_EQ(root.UpdateByOrdinal(0, "1", JSON::jtInteger), nullptr);  // which changes nothing
+  EXPECT_EQ(root.UpdateByOrdinal(1, "1", JSON::jtInteger), nullptr);  // which changes nothing
   EXPECT_STREQ(root.vNameMap.at(0).pName, "owned");
-  message.Set("a", 1);
-  EXPECT_EQ(Written(message), R"({"a":1})");
+  message.Set("first", 2);
+  EXPECT_EQ(root.vNameMap.size(), 1U);
+  EXPECT_EQ(Written(message), R"({"first":2})");
 }
 
 TEST(JsonMessage, CopiesHaveABufferOfTheirOwn) {
@@ -153,19 +137,6 @@ TEST(JsonMessage, UsesTheRootOfTheSameKindAgain) {
   ASSERT_TRUE(message.Parse("{\"owned\":2}"));
   EXPECT_EQ(message.pComposite, pRoot);
   EXPECT_EQ(Written(message), "{\"owned\":2}");
-}
-
-TEST(JsonMessage, HoldsNothingAfterARefusedText) {
-  Message message;
-  ASSERT_TRUE(message.Parse(R"({"a":1})"));
-  EXPECT_FALSE(message.Parse(" 12"));
-  EXPECT_EQ(message.strText, " 12");
-  EXPECT_EQ(message.pCursor, message.pStart + 1);
-  EXPECT_EQ(&message.Path("a"), &JSONValue::None());
-  EXPECT_EQ(Written(message), "null");
-  EXPECT_EQ(Written(Message(message)), "null");
-  message.Set("n", 1);
-  EXPECT_EQ(Written(message), R"({"n":1})");
 }
 
 }  // namespace

@@ -77,11 +77,17 @@ TEST(ParameterString, WritesAndReadsEveryKindOfParameter) {
   }
 }
 
+long ScannedResult(const std::string& text) {
+  unsigned int nCode = 0;
+  std::sscanf(text.c_str(), "0x%08X", &nCode);
+  return static_cast<std::int32_t>(nCode);
+}
+
 // Texts put together from what matters to a scan, all taken in by one object: nothing of the text
 // before may be left.
 TEST(ParameterString, IsTakenApartOrRefusedAsAPlainScanDoesIt) {
   static constexpr std::string_view kNumbers[] = {"     1;", "2147483648", "-99999999999999999999"};
-  constexpr std::string_view bytes(";;;; 0123+-xH\t\v\0", 16);
+  constexpr std::string_view bytes(";;;; 0123+-xH\t\v\r\0", 17);
   Support::Random random(3);
   CParamsRS params;
   int nRefused = 0;
@@ -139,12 +145,9 @@ TEST(ResultCode, IsReadAsSscanfReadsIt) {
     std::string text = i % 4 == 0 ? "" : "0x";
     while (text.size() < 10)
       text += bytes[random.Below(bytes.size())];
-    unsigned int nCode = 0;
-    std::sscanf(text.c_str(), "0x%08X", &nCode);
     const CParamsRS params = OneParam(text);
-    ASSERT_EQ(params.getHRESULT(), static_cast<std::int32_t>(nCode)) << text;
-    ASSERT_EQ(CParamsRS::getHRESULT(params.paramListRef()), static_cast<std::int32_t>(nCode))
-        << text;
+    ASSERT_EQ(params.getHRESULT(), ScannedResult(text)) << text;
+    ASSERT_EQ(CParamsRS::getHRESULT(params.paramListRef()), ScannedResult(text)) << text;
   }
 }
 
@@ -169,22 +172,19 @@ TEST(ResultCode, IsMinusOneOrZeroWhereThereIsNone) {
   } cases[] = {
       {"", -1, -1},
       {"CMD;", -1, -1},
-      {"H;     3;abc", -1, -1},
       {"H;    11;0x800040055", -1, -1},
       {"H;    10;0x8000", -1, 0x8000},  // the text ends early: not ten bytes, yet readable
       {"    10;0x00000005;    10;0x00000007", -1, -1},  // the length field passes for the header
       {"H;    12;" + std::string("0x80004005\0\0", 12), kFailCode, -1},
-      {"H;    10;" + std::string("0x8000\0\0\0\0", 10), -1, 0x8000},
+      {"H;10 ;0x00000009 ", 0x9, 0x9},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    EXPECT_EQ(CParamsRS(c.text).getHRESULT(), c.lMember);
-    EXPECT_EQ(CParamsRS::getHRESULT(c.text), c.lStatic);
+    EXPECT_EQ(CParamsRS(c.text).getHRESULT(), c.lMember) << c.text;
+    EXPECT_EQ(CParamsRS::getHRESULT(c.text), c.lStatic) << c.text;
   }
   // Texts that only the static reader accepts.
   EXPECT_EQ(CParamsRS::getHRESULT("no separator"), -1);
   EXPECT_EQ(CParamsRS::getHRESULT("10"), 0);
-  EXPECT_EQ(CParamsRS::getHRESULT("H;10 ;0x00000009"), 9);
 }
 
 TEST(ParameterBuilder, AppendsReadyMadeSegments) {
@@ -239,13 +239,12 @@ TEST(ParameterBuilder, WidensTheLengthFieldOfLongTexts) {
 }
 
 TEST(ParameterObject, CopiesAndMovesWithoutSharingAnything) {
-  const Texts example = AllTexts(CParamsRS(kExample));
   CParamsRS source(std::string("H;     1;x"));  // so short that it lies inside the string object
   EXPECT_EQ(source.getStringParamAt(0), "x");
   CParamsRS copy(source);
   CParamsRS assigned(kExample);
   assigned = source;
-  source.SetParams(kExample);
+  source.SetParams("I;     2;yz");
   ExpectHolds(copy, "H", {"x"});
   ExpectHolds(assigned, "H", {"x"});
 
@@ -253,13 +252,12 @@ TEST(ParameterObject, CopiesAndMovesWithoutSharingAnything) {
   ExpectHolds(moved, "H", {"x"});
   ExpectHolds(copy, "", {});  // NOLINT(bugprone-use-after-move): left empty
   moved = std::move(source);
-  ExpectHolds(moved, "CMD", example);
+  ExpectHolds(moved, "I", {"yz"});
   ExpectHolds(source, "", {});  // NOLINT(bugprone-use-after-move): left empty
 
   moved.clear();
   moved.dump();
   EXPECT_EQ(moved.length(), 0);
-  ExpectHolds(moved, "", {});
   moved.addParam("again");
   ExpectHolds(moved, "", {"again"});
 }

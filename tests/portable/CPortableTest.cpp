@@ -10,14 +10,14 @@
 #include <optional>
 #include <string>
 
+#include "tests/support/GuardedBuffer.h"
+
 namespace {
 
 std::optional<std::wstring> Decode(const std::string& text) {
-  // An exact heap copy without a NUL, so that the sanitizers see every read behind the text.
-  const std::unique_ptr<char[]> bytes(new char[text.size()]);
-  text.copy(bytes.get(), text.size());
+  static Support::GuardedBuffer bytes(1 << 23);  // nothing can be read behind the text
   const auto nBytes = static_cast<unsigned int>(text.size());
-  const std::unique_ptr<wchar_t[]> wide(CPortable::mbstowcs(bytes.get(), nBytes));
+  const std::unique_ptr<wchar_t[]> wide(CPortable::mbstowcs(bytes.Place(text), nBytes));
   return wide == nullptr ? std::nullopt : std::optional<std::wstring>(wide.get());
 }
 

@@ -1,8 +1,9 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // A host with a portability layer of its own: Latin-1, told apart from the default by any byte
-// above 0x7F. Exits with 0 when the library uses it. Compiled with HOST_DEFINES_DECODER_ONLY it
-// brings only one of the two functions, and the other must come from the library.
+// above 0x7F, and for texts of one character only. Exits with 0 when the library uses it. Compiled
+// with HOST_DEFINES_DECODER_ONLY it brings only one of the two functions, and the other must come
+// from the library.
 
 #include <cstdio>
 #include <string>
@@ -10,13 +11,8 @@
 #include "portable/CPortable.h"
 #include "recordset/QXRecordSet.h"
 
-wchar_t* CPortable::mbstowcs(char const* text, unsigned int length) {
-  auto* const pWide = new wchar_t[std::size_t{length} + 1];
-  for (unsigned int i = 0; i < length; ++i) {
-    pWide[i] = static_cast<unsigned char>(text[i]);
-  }
-  pWide[length] = L'\0';
-  return pWide;
+wchar_t* CPortable::mbstowcs(char const* text, unsigned int /*length*/) {
+  return new wchar_t[2]{static_cast<unsigned char>(*text), L'\0'};
 }
 
 #ifdef HOST_DEFINES_DECODER_ONLY
@@ -24,13 +20,8 @@ constexpr const char* szExpected = "\xC3\xA9";  // U+00E9 as the default encodes
 #else
 constexpr const char* szExpected = "\xE9";
 
-char* CPortable::wcstombs(wchar_t const* text, unsigned int length) {
-  auto* const pBytes = new char[std::size_t{length} + 1];
-  for (unsigned int i = 0; i < length; ++i) {
-    pBytes[i] = static_cast<char>(text[i]);
-  }
-  pBytes[length] = '\0';
-  return pBytes;
+char* CPortable::wcstombs(wchar_t const* text, unsigned int /*length*/) {
+  return new char[2]{static_cast<char>(*text), '\0'};
 }
 #endif
 

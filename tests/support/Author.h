@@ -27,7 +27,7 @@ class Author {
 
   std::string Document(Kind kind) {
     if (kind == Kind::kDeep) return Deep();
-    if (kind == Kind::kStrings) return List('[', ']', [&] { return String(); });
+    if (kind == Kind::kStrings) return List('[', random.Below(7), [&] { return String(); });
     if (kind == Kind::kMixed) return Space() + (random.OneIn(2) ? Object(4) : Array(4)) + Space();
     bSpaced = kind == Kind::kPrettyRows;
     const std::string strRows = Rows();
@@ -60,40 +60,38 @@ class Author {
     return strSpace;
   }
 
-  // A list of what `element` writes.
+  // A list of what `element` writes nElements times.
   template <typename Element>
-  std::string List(char open, char close, Element element) {
+  std::string List(char open, std::size_t nElements, Element element) {
     std::string strList = open + Space();
-    for (std::size_t n = random.Below(7), i = 0; i < n; ++i) {
+    for (std::size_t i = 0; i < nElements; ++i)
       strList += (i > 0 ? "," + Space() : "") + element() + Space();
-    }
-    return strList + close;
+    return strList + (open == '[' ? ']' : '}');
   }
   std::string Object(int nDepth) {
-    return List('{', '}', [&] { return Member(Quoted(Name()), Any(nDepth - 1)); });
+    return List('{', random.Below(7), [&] { return Member(Name(), Any(nDepth - 1)); });
   }
   std::string Array(int nDepth) {
-    return List('[', ']', [&] { return random.OneIn(12) ? "" : Any(nDepth - 1); });
+    return List('[', random.Below(7), [&] { return random.OneIn(12) ? "" : Any(nDepth - 1); });
   }
   std::string Any(int nDepth) {
     if (nDepth > 0 && random.OneIn(3)) return random.OneIn(2) ? Object(nDepth) : Array(nDepth);
     return Scalar();
   }
   std::string Member(const std::string& name, const std::string& value) {
-    return name + Space() + ":" + Space() + value;
+    return Quoted(name) + Space() + ":" + Space() + value;
   }
   static std::string Quoted(const std::string& text) { return '"' + text + '"'; }
 
   std::string Scalar() {
     const std::uint32_t nKind = random.Below(8);
-    if (nKind == 0) return std::string(random.Of(kScalars));
+    if (nKind == 0) return std::string(random.OneIn(2) ? random.Of(kWords) : random.Of(kNumbers));
     if (nKind == 1) return std::to_string(random.Below(100000)) + ".25";
     if (nKind < 4) return String();
     if (nKind > 4) return std::to_string(random.Below(random.OneIn(2) ? 10 : 1000000));
     std::string strNumber(1, "+-0123456789"[random.Below(12)]);
-    for (std::size_t n = random.Below(40); n > 0; --n) {
+    for (std::size_t n = random.Below(40); n > 0; --n)
       strNumber += "+-0123456789.eE"[random.Below(15)];
-    }
     return strNumber;
   }
 
@@ -122,39 +120,35 @@ class Author {
                                                   : random.Below(6);
     std::string strName(nLength, 'a');
     for (int i = 0; i < 3 && nLength > 0; ++i)
-      strName[random.Below(nLength)] = random.Of("abc\xE4xyz_");
-    std::replace(strName.begin(), strName.end(), '\0', '_');
+      strName[random.Below(nLength)] = random.Of(kNameBytes);
     if (random.OneIn(12)) strName.insert(random.Below(nLength + 1), random.Of(kNameEscapes));
     return strName;
   }
 
   // Rows that repeat their names, as a table's do, and rows that nearly do; now and then many rows
-  // that each pick a few of the names, or a row of more names than a table would have.
+  // that each pick a few of the names, or rows of more names than a table would have.
   std::string Rows() {
-    const bool bHuge = random.OneIn(300);
-    const bool bPicked = !bHuge && random.OneIn(40);
-    std::vector<std::string> vNames(bHuge              ? 1000 + random.Below(60)
-                                    : bPicked          ? 12 + random.Below(12)
-                                    : random.OneIn(25) ? random.Below(40)
+    std::vector<std::string> vNames(random.OneIn(300)  ? 1000 + random.Below(60)
+                                    : random.OneIn(10) ? random.Below(40)
                                                        : random.Below(6));
-    for (std::string& name : vNames) {
-      name = bHuge ? std::to_string(random.Below(100000)) : Name();
-    }
-    std::string strRows = "[" + Space();
-    for (std::size_t n = bPicked ? 40 : random.Below(bHuge ? 3 : 7), i = 0; i < n; ++i) {
+    for (std::string& name : vNames)
+      name = Name();
+    const bool bPicked = vNames.size() < 40 && random.OneIn(20);
+    return List('[', bPicked ? 40 : random.Below(7), [&] {
       std::vector<std::string> vPicked = vNames;
-      if (bPicked) std::rotate(vPicked.begin(), vPicked.begin() + From(vNames), vPicked.end());
-      if (bPicked) vPicked.resize(static_cast<std::size_t>(From(vNames)));
-      strRows += (i > 0 ? "," + Space() : "") + Row(std::move(vPicked)) + Space();
-    }
-    return strRows + "]";
+      if (bPicked) {
+        std::rotate(vPicked.begin(), vPicked.begin() + At(vNames), vPicked.end());
+        vPicked.resize(random.Below(vNames.size() + 1));
+      }
+      return Row(std::move(vPicked));
+    });
   }
-  std::ptrdiff_t From(const std::vector<std::string>& names) {
-    return static_cast<std::ptrdiff_t>(random.Below(names.size() + 1));
+  std::ptrdiff_t At(const std::vector<std::string>& names) {
+    return names.empty() ? 0 : static_cast<std::ptrdiff_t>(random.Below(names.size()));
   }
   std::string Row(std::vector<std::string> vNames) {
     if (!vNames.empty() && random.OneIn(3)) {
-      const auto at = vNames.begin() + static_cast<std::ptrdiff_t>(random.Below(vNames.size()));
+      const auto at = vNames.begin() + At(vNames);
       const std::uint32_t nWhat = random.Below(7);
       if (nWhat == 0 && !at->empty()) (*at)[random.Below(at->size())] ^= 1;
       if (nWhat == 1 && !at->empty()) *at = "\\u0061" + at->substr(1);
@@ -164,51 +158,31 @@ class Author {
       if (nWhat == 5) vNames.insert(at, Name());
       if (nWhat == 6) vNames.erase(at);
     }
-    std::string strRow = "{" + Space();
-    for (std::size_t i = 0; i < vNames.size(); ++i) {
-      strRow += (i > 0 ? "," + Space() : "") +
-                Member(Quoted(vNames[i]), random.OneIn(5) ? Any(2) : Scalar()) + Space();
-    }
-    return strRow + "}";
+    auto name = vNames.begin();
+    return List('{', vNames.size(),
+                [&] { return Member(*name++, random.OneIn(5) ? Any(2) : Scalar()); });
   }
 
   // Nesting on both sides of the bound, closed again or not.
   std::string Deep() {
-    std::string strOpen;
-    std::string strClose;
-    const std::size_t nDepth = random.OneIn(2) ? 1020 + random.Below(10) : random.Below(200);
-    for (std::size_t i = 0; i < nDepth; ++i) {
-      const bool bObject = random.OneIn(2);
-      strOpen += bObject ? "{\"a\":" : "[";
-      strClose += bObject ? '}' : ']';
-    }
-    std::reverse(strClose.begin(), strClose.end());
-    return strOpen + Any(2) +
-           strClose.substr(0, random.OneIn(3) ? random.Below(nDepth + 1) : nDepth);
+    std::string strText = Any(2);
+    for (auto n = random.OneIn(2) ? 1020 + random.Below(10) : random.Below(200); n > 0; --n)
+      strText = random.OneIn(2) ? "{\"a\":" + strText + '}' : '[' + strText + ']';
+    return strText.substr(0, random.OneIn(3) ? 1 + random.Below(strText.size()) : strText.size());
   }
 
   static constexpr std::string_view kSpace = " \t\f\n\r";
-  static constexpr std::string_view kScalars[] = {"true",
-                                                  "true",
-                                                  "false",
-                                                  "false",
-                                                  "null",
-                                                  "null",
-                                                  "\"\"",
-                                                  "\"0\"",
-                                                  "007",
-                                                  "-0",
-                                                  "99999999999",
-                                                  "2147483648",
-                                                  "{}",
-                                                  "[]",
-                                                  "\"{\\\"k\\\":[1]}\"",
-                                                  "-2147483649",
-                                                  "\"nul\\u0000tail\""};
+  static constexpr std::string_view kNameBytes = "abc\xE4xyz_";
+  static constexpr std::string_view kWords[] = {"true", "false", "null", "{}",
+                                                "[]",   "\"\"",  "\"0\""};
+  static constexpr std::string_view kNumbers[] = {"007", "-0", "2147483648", "-2147483649",
+                                                  "99999999999"};
   static constexpr std::string_view kEscapes[] = {
-      "\\n",     "\\\"",    "\\\\",    "\\/",     "\\b",     "\\q",
-      "\\u0041", "\\u007f", "\\u0080", "\\u07FF", "\\u0800", "\\uffff",
-      "\\ud83d", "\\uDE00", "\\u0000", "\\u-00f", "\\u 0x4", "\\u12\"x"};
+      "\\n",     "\\\"",     "\\\\",           "\\/",
+      "\\b",     "\\q",      "\\u0041",        "\\u007f",
+      "\\u0080", "\\u07FF",  "\\u0800",        "\\uffff",
+      "\\ud83d", "\\uDE00",  "\\u0000",        "\\u-00f",
+      "\\u 0x4", "\\u12\"x", "{\\\"k\\\":[1]}"};
   static constexpr std::string_view kNameEscapes[] = {"\\n", "\\\"", "\\u0061", "\\u0000",
                                                       "\\u20ac"};
 

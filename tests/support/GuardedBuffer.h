@@ -25,13 +25,9 @@ class GuardedBuffer {
     nMapped = nReadable + nPage;
     void* pMapped =
         mmap(nullptr, nMapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (pMapped == MAP_FAILED) throw std::bad_alloc();
     pBase = static_cast<char*>(pMapped);
     pEnd = pBase + nReadable;
-    if (mprotect(pEnd, nPage, PROT_NONE) != 0) {
-      munmap(pBase, nMapped);
-      throw std::bad_alloc();
-    }
+    if (pMapped == MAP_FAILED || mprotect(pEnd, nPage, PROT_NONE) != 0) throw std::bad_alloc();
   }
   explicit GuardedBuffer(std::string_view text) : GuardedBuffer(text.size()) { Place(text); }
   GuardedBuffer(const GuardedBuffer&) = delete;

@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <numeric>
+#include <tuple>
 #include <utility>
 
 #include "tests/support/PlainEscape.h"
@@ -23,13 +23,13 @@ class Reader {
  public:
   explicit Reader(std::string& text) : strBuffer(text), nEnd(text.size()) {}
 
-  bool Ended() const { return nCursor == nEnd || strBuffer[nCursor] == '\0'; }
-  char Byte() const { return strBuffer[nCursor]; }
   std::size_t Cursor() const { return nCursor; }
 
-  void SkipSpace() {
+  // The next byte that is no white space; NUL where the text ends.
+  char Peek() {
     while (!Ended() && IsIn(Byte(), " \t\f\n\r"))
       ++nCursor;
+    return Ended() ? '\0' : Byte();
   }
 
   // The cursor stands on the opening bracket of the container that `value` is to hold.
@@ -44,57 +44,66 @@ class Reader {
   }
 
  private:
+  bool Ended() const { return nCursor == nEnd || strBuffer[nCursor] == '\0'; }
+  char Byte() const { return strBuffer[nCursor]; }
+
   int Object(Value& object) {
     ++nCursor;
     if (Ended()) return -1;
-    SkipSpace();
-    if (!Ended() && Byte() == '}') {
+    if (Peek() == '}') {
       ++nCursor;
       return JSON::jtObject;
     }
-    while (!Ended()) {
+    while (Peek() != '\0') {
       Value name;
       if (Byte() != '"' || String(name) < 0) return -1;
+      object.vIndex.push_back(static_cast<int>(object.vNames.size()));
       object.vNames.push_back(*name.text);
-      SkipSpace();
-      if (Ended() || Byte() != ':') return -1;
+      if (Peek() != ':') return -1;
       ++nCursor;
-      if (Element(object) < 0) return -1;
-      SkipSpace();
-      if (Ended() || !IsIn(Byte(), ",}")) return -1;
+      if (Element(object) < 0 || !IsIn(Peek(), ",}")) return -1;
       if (strBuffer[nCursor++] == '}') break;
-      SkipSpace();
     }
-    object.bSorted = true;
+    Sort(object);
     return JSON::jtObject;
+  }
+
+  // By length and then by bytes up to a NUL; equal names keep their order.
+  static void Sort(Value& object) {
+    std::stable_sort(object.vIndex.begin(), object.vIndex.end(), [&](int i, int k) {
+      const std::string& a = object.vNames[static_cast<std::size_t>(i)];
+      const std::string& b = object.vNames[static_cast<std::size_t>(k)];
+      if (a.size() != b.size()) return a.size() < b.size();
+      return std::strncmp(a.data(), b.data(), a.size()) < 0;
+    });
+    object.bSorted = true;
+    int nIndex = 0;
+    for (const int nOrdinal : object.vIndex)
+      object.vValues[static_cast<std::size_t>(nOrdinal)].nNameIndex = nIndex++;
   }
 
   int Array(Value& array) {
     ++nCursor;
     if (Ended()) return -1;
-    SkipSpace();
-    if (Ended()) return JSON::jtArray;
-    if (Byte() == ']') {
+    if (Peek() == '\0') return JSON::jtArray;
+    if (Peek() == ']') {
       ++nCursor;
       return JSON::jtArray;
     }
     while (true) {
-      SkipSpace();
-      if (!Ended() && IsIn(Byte(), ",]")) {
+      if (IsIn(Peek(), ",]")) {
         array.vValues.emplace_back().eType = JSON::jtNull;
       } else if (Element(array) < 0) {
         return -1;
       }
-      SkipSpace();
-      if (Ended() || !IsIn(Byte(), ",]")) return -1;
+      if (!IsIn(Peek(), ",]")) return -1;
       if (strBuffer[nCursor++] == ']' || Ended()) return JSON::jtArray;
     }
   }
 
   // A value that becomes the last one of `parent`.
   int Element(Value& parent) {
-    SkipSpace();
-    if (Ended() || !IsIn(Byte(), "\"+-0123456789tfn[{")) return -1;
+    if (!IsIn(Peek(), "\"+-0123456789tfn[{")) return -1;
     Value value;
     value.eType = IsIn(Byte(), "[{") ? Container(value) : Scalar(value);
     const int eType = value.eType;
@@ -103,17 +112,10 @@ class Reader {
   }
 
   int Scalar(Value& value) {
-    switch (Byte()) {
-      case '"':
-        return String(value);
-      case 't':
-      case 'f':
-        return Literal("true", value) || Literal("false", value) ? JSON::jtBoolean : -1;
-      case 'n':
-        return Literal("null", value) ? JSON::jtNull : -1;
-      default:
-        return Number(value);
-    }
+    if (Byte() == '"') return String(value);
+    if (Literal("true", value) || Literal("false", value)) return JSON::jtBoolean;
+    if (Literal("null", value)) return JSON::jtNull;
+    return IsIn(Byte(), "tfn") ? -1 : Number(value);
   }
 
   bool Literal(std::string_view literal, Value& value) {
@@ -166,14 +168,11 @@ class Reader {
     nRead += 4;
     if (n <= 0x7F) {
       Write(nWrite, n);
-    } else if (n <= 0x7FF) {
-      Write(nWrite, 0xC0 | ((n >> 6) & 0x1F));
-      Write(nWrite, 0x80 | (n & 0x3F));
-    } else {
-      Write(nWrite, 0xE0 | ((n >> 12) & 0x0F));
-      Write(nWrite, 0x80 | ((n >> 6) & 0x3F));
-      Write(nWrite, 0x80 | (n & 0x3F));
+      return true;
     }
+    if (n > 0x7FF) Write(nWrite, 0xE0 | ((n >> 12) & 0x0F));
+    Write(nWrite, n > 0x7FF ? 0x80 | ((n >> 6) & 0x3F) : 0xC0 | (n >> 6));
+    Write(nWrite, 0x80 | (n & 0x3F));
     return true;
   }
 
@@ -192,97 +191,54 @@ class Reader {
   int nDepth = 0;  // containers open
 };
 
-// The two outlines show the same of a value. Of a parsed one: its letter (x invalid, ? none, n
-// null, b boolean, i integer, d double, s string), where its text lies, and of a container the
-// index of its names, its values with their name indexes, and its own type. Of any other: letter,
-// text, names and values.
-constexpr char kLetters[] = "x?nbids[{";
-
-std::string Place(std::size_t nAt, std::size_t nLength) {
-  return '<' + std::to_string(nAt) + '+' + std::to_string(nLength) + '>';
-}
-std::string Entry(const std::string& name, std::size_t nOrdinal) {
-  return name + '=' + std::to_string(nOrdinal) + ' ';
-}
-std::string End(bool bObject, int eContainerType, bool bSorted) {
-  return (bObject ? "}" : "]") + std::to_string(eContainerType) + (bSorted ? "sorted" : "");
-}
-
-// The members in the order of a sorted name index: equal names in document order.
-std::vector<std::size_t> NameOrder(const Value& object) {
-  std::vector<std::size_t> vOrder(object.vNames.size());
-  std::iota(vOrder.begin(), vOrder.end(), std::size_t(0));
-  if (!object.bSorted) return vOrder;
-  std::stable_sort(vOrder.begin(), vOrder.end(), [&](std::size_t i, std::size_t k) {
-    const std::string& a = object.vNames[i];
-    const std::string& b = object.vNames[k];
-    if (a.size() != b.size()) return a.size() < b.size();
-    return std::strncmp(a.data(), b.data(), a.size()) < 0;
-  });
-  return vOrder;
-}
-
-void Outline(const Value& value, bool bParsed, std::string& strOutput) {
-  strOutput += kLetters[value.eType + 1];
-  if (value.text) {
-    strOutput += bParsed ? Place(value.nAt, value.text->size()) : '<' + *value.text + '>';
+// A value of the library, with what a parse has left there when its buffer is given.
+Value Taken(const JSON::JSONValue& got, const char* pStart) {
+  Value value;
+  value.eType = got.eType;
+  value.nNameIndex = got.nNameIndex;
+  if (got.pText != nullptr) {
+    value.text = std::string(got.pText, static_cast<std::size_t>(got.nLength));
+    if (pStart != nullptr) value.nAt = static_cast<std::size_t>(got.pText - pStart);
+    if (got.bOwnsText) value.nAt = std::string::npos;
   }
-  if (!value.bContainer) return;
-  strOutput += value.bObject ? '{' : '[';
-  std::vector<std::size_t> vNameIndexes(value.vValues.size() + 1, 0);
-  if (bParsed && value.bObject) {
-    std::size_t nIndex = 0;
-    for (const std::size_t n : NameOrder(value)) {
-      strOutput += Entry(value.vNames[n] + '\0', n);
-      if (value.bSorted) vNameIndexes[n] = nIndex++;
-    }
-  }
-  for (std::size_t i = 0; i < value.vValues.size(); ++i) {
-    if (bParsed) strOutput += std::to_string(vNameIndexes[i]);
-    if (!bParsed && value.bObject) strOutput += value.vNames[i].c_str() + std::string(":");
-    Outline(value.vValues[i], bParsed, strOutput);
-  }
-  strOutput += bParsed ? End(value.bObject, value.eContainerType, value.bSorted) : "]";
-}
-
-// `pStart` is the buffer of a parsed value, and null for any other.
-void Outline(const JSON::JSONValue& value, const char* pStart, std::string& strOutput) {
-  const bool bParsed = pStart != nullptr;
-  const auto nLength = static_cast<std::size_t>(value.nLength);
-  strOutput += kLetters[value.eType + 1];
-  if (value.pText != nullptr) {
-    strOutput += bParsed ? Place(static_cast<std::size_t>(value.pText - pStart), nLength)
-                         : '<' + std::string(value.pText, nLength) + '>';
-  }
-  if (bParsed && value.bOwnsText) strOutput += "owned";
-  if (value.pComposite == nullptr) return;
-  const auto* pObject = dynamic_cast<const JSON::ObjectValue*>(value.pComposite);
-  strOutput += pObject != nullptr ? '{' : '[';
-  if (bParsed && pObject != nullptr) {
+  if (got.pComposite == nullptr) return value;
+  value.bContainer = true;
+  value.eContainerType = got.pComposite->eType;
+  if (const auto* pObject = dynamic_cast<const JSON::ObjectValue*>(got.pComposite)) {
+    value.bObject = true;
+    value.bSorted = pObject->bSorted;
     // Read as a constant, the index stays where it is, be it shared with other objects.
-    for (const JSON::ObjectValue::NameMap& entry : std::as_const(pObject->vNameMap)) {
-      strOutput += Entry({entry.pName, static_cast<std::size_t>(entry.nLength) + 1},
-                         static_cast<std::size_t>(entry.nOrdinal));
-      if (entry.bOwnsName) strOutput += "owned";
+    const auto& vNameMap = std::as_const(pObject->vNameMap);
+    value.vNames.resize(vNameMap.size());
+    for (const JSON::ObjectValue::NameMap& entry : vNameMap) {
+      value.vIndex.push_back(entry.nOrdinal);
+      value.vNames.at(static_cast<std::size_t>(entry.nOrdinal)) = {
+          entry.pName, static_cast<std::size_t>(entry.nLength)};
     }
   }
-  for (int i = 0; i < value.Size(); ++i) {
-    const JSON::JSONValue& child = *value.GetByOrdinal(i);
-    if (bParsed) strOutput += std::to_string(child.nNameIndex);
-    if (!bParsed && pObject != nullptr) strOutput += pObject->NameAt(i) + std::string(":");
-    Outline(child, pStart, strOutput);
-  }
-  const JSON::CompositeValue& container = *value.pComposite;
-  const bool bSorted = pObject != nullptr && pObject->bSorted;
-  strOutput += bParsed ? End(pObject != nullptr, container.eType, bSorted) : "]";
+  for (int i = 0; i < got.Size(); ++i)
+    value.vValues.push_back(Taken(*got.GetByOrdinal(i), pStart));
+  return value;
 }
 
-std::string FirstDifference(const std::string& wanted, const std::string& got) {
-  if (wanted == got) return "";
-  const auto differing = std::mismatch(wanted.begin(), wanted.end(), got.begin(), got.end());
-  const auto nAt = static_cast<std::size_t>(differing.first - wanted.begin());
-  const std::size_t nFrom = nAt - std::min<std::size_t>(nAt, 40);
-  return Printable(got.substr(nFrom, 80)) + " instead of " + Printable(wanted.substr(nFrom, 80));
+std::string TreeDifference(const Value& want, const Value& got, bool bParsed) {
+  const auto Held = [](const Value& value) {
+    return std::tie(value.eType, value.text, value.bContainer, value.bObject);
+  };
+  const auto Left = [](const Value& value) {
+    return std::tie(value.nAt, value.eContainerType, value.bSorted, value.vIndex, value.nNameIndex,
+                    value.vNames);
+  };
+  if (Held(want) != Held(got) || want.vValues.size() != got.vValues.size()) {
+    return ": type " + std::to_string(got.eType) + ", text " + Printable(got.text.value_or("none"));
+  }
+  if (bParsed && Left(want) != Left(got)) return ": place, container type or name index";
+  for (std::size_t i = 0; i < want.vValues.size(); ++i) {
+    if (want.bObject && want.vNames.at(i) != got.vNames.at(i)) return ": name of another member";
+    const std::string strDifference = TreeDifference(want.vValues[i], got.vValues[i], bParsed);
+    if (!strDifference.empty()) return '/' + std::to_string(i) + strDifference;
+  }
+  return "";
 }
 
 // Whether `key` is found by its length, with more text behind it, and by its NUL where it has no
@@ -301,73 +257,8 @@ bool FindsFirst(const JSON::CompositeValue& got, bool bSearched,
          (!bObject || got.GetByName(strMore.c_str(), nLength) == got.GetByOrdinal(nOrdinal));
 }
 
-}  // namespace
-
-std::string Printable(std::string_view text) {
-  std::string strOutput;
-  for (const char c : text) {
-    char szHex[8] = {c};
-    if (c < ' ' || c > '~') std::snprintf(szHex, sizeof szHex, "\\x%02X", c & 0xFF);
-    strOutput += szHex;
-  }
-  return strOutput;
-}
-
-Document Parse(std::string_view text) {
-  Document document;
-  document.strBuffer = text;
-  Reader reader(document.strBuffer);
-  if (!text.empty() && text[0] != '\0') reader.SkipSpace();
-  if (!reader.Ended() && IsIn(reader.Byte(), "[{")) {
-    document.bRoot = true;
-    document.bAccepted = reader.Container(document.root) >= 0;
-    document.root.eType = document.root.bObject ? JSON::jtObject : JSON::jtArray;
-  }
-  document.nCursor = reader.Cursor();
-  document.strOutline = Place(document.nCursor, text.size());
-  Outline(document.root, true, document.strOutline);
-  return document;
-}
-
-bool Write(const Value& value, std::string& strOutput) {
-  if (value.eType == JSON::jtNone) return false;
-  const std::string strText = value.text.value_or("");
-  if (value.bContainer) {
-    strOutput += value.bObject ? '{' : '[';
-    for (std::size_t i = 0; i < value.vValues.size(); ++i) {
-      if (i > 0) strOutput += ',';
-      if (value.bObject) strOutput += '"' + Plain::Escape(value.vNames[i]) + "\":";
-      if (!Write(value.vValues[i], strOutput)) return false;
-    }
-    strOutput += value.bObject ? '}' : ']';
-  } else if (value.eType == JSON::jtString) {
-    strOutput += '"' + Plain::Escape(strText) + '"';
-  } else if (value.eType == JSON::jtInteger || value.eType == JSON::jtDouble) {
-    const char* kBytes = value.eType == JSON::jtInteger ? "+-0123456789" : "+-0123456789.eE";
-    strOutput += strText.substr(0, strText.find_first_not_of(kBytes));
-  } else if (value.eType == JSON::jtBoolean) {
-    strOutput += strText[0] == 't' ? "true" : "false";
-  } else {
-    strOutput += "null";
-  }
-  return true;
-}
-
-std::string Difference(const Document& expected, const JSON::Message& message) {
-  std::string strGot = Place(static_cast<std::size_t>(message.pCursor - message.pStart),
-                             static_cast<std::size_t>(message.pEnd - message.pStart));
-  Outline(message, message.pStart, strGot);
-  return FirstDifference(expected.strOutline, strGot);
-}
-
-std::string Difference(const Value& expected, const JSON::JSONValue& value) {
-  std::string strWanted;
-  std::string strGot;
-  Outline(expected, false, strWanted);
-  Outline(value, nullptr, strGot);
-  return FirstDifference(strWanted, strGot);
-}
-
+// What lookups answer in every container of the tree, for names and texts that are there and for
+// some that are not. They may sort the indexes of the tree.
 std::string LookupDifference(const Value& expected, const JSON::JSONValue& value) {
   if (!expected.bContainer) return "";
   const JSON::CompositeValue& container = *value.pComposite;
@@ -406,6 +297,79 @@ std::string LookupDifference(const Value& expected, const JSON::JSONValue& value
     if (!strDifference.empty()) return std::to_string(i) + '/' + strDifference;
   }
   return "";
+}
+
+// Appends a value as JSON text, or what comes before an empty value: then the result is false.
+bool Write(const Value& value, std::string& strOutput) {
+  if (value.eType == JSON::jtNone) return false;
+  const std::string strText = value.text.value_or("");
+  if (value.bContainer) {
+    strOutput += value.bObject ? '{' : '[';
+    for (std::size_t i = 0; i < value.vValues.size(); ++i) {
+      if (i > 0) strOutput += ',';
+      if (value.bObject) strOutput += '"' + Plain::Escape(value.vNames[i]) + "\":";
+      if (!Write(value.vValues[i], strOutput)) return false;
+    }
+    strOutput += value.bObject ? '}' : ']';
+  } else if (value.eType == JSON::jtString) {
+    strOutput += '"' + Plain::Escape(strText) + '"';
+  } else if (value.eType == JSON::jtInteger || value.eType == JSON::jtDouble) {
+    const char* kBytes = value.eType == JSON::jtInteger ? "+-0123456789" : "+-0123456789.eE";
+    strOutput += strText.substr(0, strText.find_first_not_of(kBytes));
+  } else if (value.eType == JSON::jtBoolean) {
+    strOutput += strText[0] == 't' ? "true" : "false";
+  } else {
+    strOutput += "null";
+  }
+  return true;
+}
+
+std::string UseDifference(const Value& expected, const JSON::JSONValue& value) {
+  std::string strExpected;
+  std::string strWritten;
+  if (Write(expected, strExpected) != value.Serialize(strWritten)) return "result of Serialize";
+  if (strWritten != strExpected) return "written " + strWritten + " instead of " + strExpected;
+  return LookupDifference(expected, value);
+}
+
+}  // namespace
+
+std::string Printable(std::string_view text) {
+  std::string strOutput;
+  for (const char c : text) {
+    char szHex[8] = {c};
+    if (c < ' ' || c > '~') std::snprintf(szHex, sizeof szHex, "\\x%02X", c & 0xFF);
+    strOutput += szHex;
+  }
+  return strOutput;
+}
+
+Document Parse(std::string_view text) {
+  Document document;
+  document.strBuffer = text;
+  Reader reader(document.strBuffer);
+  if (IsIn(reader.Peek(), "[{")) {
+    document.bRoot = true;
+    document.bAccepted = reader.Container(document.root) >= 0;
+    document.root.eType = document.root.bObject ? JSON::jtObject : JSON::jtArray;
+  }
+  document.nCursor = reader.Cursor();
+  return document;
+}
+
+std::string Difference(const Document& expected, const JSON::Message& message) {
+  const auto nCursor = static_cast<std::size_t>(message.pCursor - message.pStart);
+  if (nCursor != expected.nCursor) return "cursor " + std::to_string(nCursor);
+  const auto nEnd = static_cast<std::size_t>(message.pEnd - message.pStart);
+  if (nEnd != expected.strBuffer.size()) return "end " + std::to_string(nEnd);
+  const std::string strDifference =
+      TreeDifference(expected.root, Taken(message, message.pStart), true);
+  return strDifference.empty() ? UseDifference(expected.root, message) : strDifference;
+}
+
+std::string Difference(const Value& expected, const JSON::JSONValue& value) {
+  const std::string strDifference = TreeDifference(expected, Taken(value, nullptr), false);
+  return strDifference.empty() ? UseDifference(expected, value) : strDifference;
 }
 
 }  // namespace Plain

@@ -22,14 +22,17 @@ namespace Plain {
 struct Value {
   int eType = JSON::jtInvalid;
   std::optional<std::string> text;
-  std::size_t nAt = 0;  // where a text that was parsed begins in the buffer, in bytes
-
   bool bContainer = false;
-  bool bObject = false;                  // the container is an object
+  bool bObject = false;             // the container is an object
+  std::vector<Value> vValues;       // elements or members
+  std::vector<std::string> vNames;  // of the members; one too many when a value is missing
+
+  // What else a parse leaves.
+  std::size_t nAt = 0;                   // where the text begins in the buffer, in bytes
   int eContainerType = JSON::jtInvalid;  // the eType of the container itself
-  std::vector<Value> vValues;            // elements or members
-  std::vector<std::string> vNames;       // of the members; one too many when a value is missing
-  bool bSorted = false;                  // the parse ended with a sorted name index
+  bool bSorted = false;                  // the name index is sorted
+  std::vector<int> vIndex;               // the ordinals of the names in the index
+  int nNameIndex = 0;                    // where in that of its object the value's name stands
 };
 
 struct Document {
@@ -38,7 +41,6 @@ struct Document {
   Value root;
   std::size_t nCursor = 0;  // where the parse stopped
   std::string strBuffer;    // the text after the parse
-  std::string strOutline;   // all of that but the buffer, as Difference compares it
 };
 
 // Parses as JSON::Message::Parse does when the length is given.
@@ -47,21 +49,14 @@ Document Parse(std::string_view text);
 // The text with its unprintable bytes written as \xHH.
 std::string Printable(std::string_view text);
 
-// Appends a value as JSON text, or what comes before an empty value: then the result is false.
-bool Write(const Value& value, std::string& strOutput);
-
-// Each gives the first difference between what is expected and what the library has, or "".
-//
-// The whole result of a parse: types, places of texts, name indexes, failures, cursor. Changes
-// nothing in the message; call it before anything looks up a name there.
-std::string Difference(const Document& expected, const JSON::Message& message);
-
-// What a tree holds, whatever was done to it: types, texts, names.
+// The first difference between what is expected and what the library has, or "": what a tree holds,
+// whatever was done to it, what it writes, and what lookups answer in all its containers, for names
+// and texts that are there and for some that are not.
 std::string Difference(const Value& expected, const JSON::JSONValue& value);
 
-// What lookups answer in every container of the tree, for names and texts that are there and for
-// some that are not. They may sort the indexes of the tree.
-std::string LookupDifference(const Value& expected, const JSON::JSONValue& value);
+// The same for the whole result of a parse. Call it before anything looks up a name there, which
+// may sort the indexes of the tree, as the call itself does in the end.
+std::string Difference(const Document& expected, const JSON::Message& message);
 
 }  // namespace Plain
 
