@@ -17,14 +17,6 @@ bool TextStore::IsConstant(const char* pText) {
   return !before(pText, aConstants) && before(pText, aConstants + sizeof aConstants);
 }
 
-// Makes the piece of a text fit the length of a shorter text, if it need not move for that.
-bool TextStore::ResizePiece(const char* pText, std::size_t nOldLength, std::size_t length) {
-  const std::size_t nOld = PieceSize(nOldLength);
-  const std::size_t nNew = PieceSize(length);
-  return nOld == nNew ||
-         (nOldLength <= kLongestSmall && blocks_.ShrinkLast(pText + nOld, nOld - nNew));
-}
-
 void TextStore::Release(const char* pText, std::size_t length) noexcept {
   if (IsConstant(pText)) return;
   char* const pPiece = const_cast<char*>(pText);

@@ -151,7 +151,6 @@ class TextStore {
   }
   char* TakeFree(std::size_t nSize);
   char* AllocateLarge(std::size_t length);
-  bool ResizePiece(const char* pText, std::size_t nOldLength, std::size_t length);
   void ReleaseSmall(char* pPiece, std::size_t nSize) noexcept;
   void ReleaseLarge() noexcept;
 
