@@ -60,7 +60,7 @@ void ExpectLikeSnprintf(char* (*toStr)(Number, char*, int), const char* szFormat
     }
   }
   for (const int nSize : {0, -1, INT_MIN}) {
-    EXPECT_EQ(toStr(1, buffer.Place("?"), nSize), nullptr);
+    EXPECT_EQ(toStr(vValues.back(), buffer.Place("?"), nSize), nullptr);
     EXPECT_EQ(buffer.view(), "?");
   }
 }
