@@ -81,7 +81,6 @@ template void Storage::Grow(Sequence<ObjectValue::NameMap>&, std::size_t, Arena*
 template void Storage::Grow(Sequence<ArrayValue::OrdinalMap>&, std::size_t, Arena*);
 template void Storage::GrowForOne(Sequence<UnsafeJSONValue>&, Arena*);
 template void Storage::GrowForOne(Sequence<ObjectValue::NameMap>&, Arena*);
-template void Storage::GrowForOne(Sequence<ArrayValue::OrdinalMap>&, Arena*);
 
 void Storage::Release(CompositeValue* pComposite) noexcept {
   if (pComposite == nullptr) {

@@ -175,11 +175,9 @@ class Storage {
     object.vNameMap.nSize = static_cast<std::uint32_t>(nCount);
   }
 
+  // REQUIRES: room for the entry.
   static void AppendEntry(const ArrayValue& array, const ArrayValue::OrdinalMap& entry) {
     Sequence<ArrayValue::OrdinalMap>& entries = array.vOrdinalMap;
-    if (entries.nSize == entries.nCapacity) {
-      GrowForOne(entries, array.pArena);
-    }
     new (entries.pItems + entries.nSize++) ArrayValue::OrdinalMap(entry);
   }
   static void ReserveEntries(const ArrayValue& array, std::size_t nCount) {
