@@ -5,7 +5,7 @@ JOBS ?= $(shell nproc)
 
 DEPS := scripts/install-deps.sh
 SOURCES = $(shell git ls-files --cached --others --exclude-standard -- '*.h' '*.cpp' '*.c')
-LIBRARY_FOLDERS := text params json portable recordset
+LIBRARY_FOLDERS := memory text params json portable recordset
 TIDY_FOLDERS := $(LIBRARY_FOLDERS) tools
 
 .DEFAULT_GOAL := help

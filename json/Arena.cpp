@@ -10,23 +10,27 @@
 #include <algorithm>
 #include <new>
 
+#include "memory/KeptBlocks.h"
+
 namespace JSON {
 namespace {
+
+using memory::KeptBlocks;
 
 // The first block holds at least a small document.
 constexpr std::size_t kSmallestBlock = 1024;
 
-// Blocks double up to this size. On 32 bits the C library returns blocks of 512 kB and more to the
-// system at every release and gets them back page by page; below that they stay with the process.
-constexpr std::size_t kLargestBlock = sizeof(void*) == 4 ? 448 * 1024 : 4096 * 1024;
+// Blocks grow up to this size; only what does not fit gets a larger one.
+constexpr std::size_t kLargestBlock = std::size_t{sizeof(void*) == 4 ? 256 : 1024} * 1024;
 
 }  // namespace
 
 Arena* Arena::Create(std::size_t nExpected) {
   static_assert(sizeof(Block) % kAlignment == 0 && sizeof(Arena) % kAlignment == 0,
                 "memory behind the headers is aligned");
-  const std::size_t nBytes = std::clamp(RoundUp(nExpected), kSmallestBlock, kLargestBlock);
-  Block* const pBlock = static_cast<Block*>(::operator new(nBytes));
+  const std::size_t nBytes =
+      KeptBlocks::SizeWithin(std::clamp(RoundUp(nExpected), kSmallestBlock, kLargestBlock));
+  Block* const pBlock = static_cast<Block*>(KeptBlocks::Take(nBytes));
   pBlock->pNext = nullptr;
   pBlock->nBytes = nBytes;
   Arena* const pArena = new (pBlock + 1) Arena;
@@ -39,7 +43,7 @@ void Arena::Destroy(Arena* pArena) noexcept {
   Block* pBlock = pArena->pFirst_;
   while (pBlock != nullptr) {
     Block* const pNext = pBlock->pNext;
-    ::operator delete(pBlock);
+    KeptBlocks::Give(pBlock, pBlock->nBytes);
     pBlock = pNext;
   }
 }
@@ -53,6 +57,15 @@ void Arena::Enter(Block* pBlock, std::size_t nUsed) noexcept {
   pCurrent_ = pBlock;
   pNext_ = reinterpret_cast<char*>(pBlock) + nUsed;  // nUsed <= nBytes: headers and what was taken
   pLimit_ = reinterpret_cast<char*>(pBlock) + pBlock->nBytes;
+}
+
+// Bytes in all blocks.
+std::size_t Arena::Footprint() const noexcept {
+  std::size_t nBytes = 0;
+  for (const Block* pBlock = pFirst_; pBlock != nullptr; pBlock = pBlock->pNext) {
+    nBytes += pBlock->nBytes;
+  }
+  return nBytes;
 }
 
 // The blocks behind the current one are free. The first that is large enough comes next; only when
@@ -69,9 +82,12 @@ void* Arena::AllocateElsewhere(std::size_t nBytes) {
     if (nBytes > SIZE_MAX - sizeof(Block)) {
       throw std::bad_alloc();
     }
-    const std::size_t nUsual = std::min(pCurrent_->nBytes * 2, kLargestBlock);
-    const std::size_t nBlock = std::max(nUsual, nBytes + sizeof(Block));
-    pBlock = static_cast<Block*>(::operator new(nBlock));
+    const std::size_t nUsual = std::clamp(Footprint() / 2, kSmallestBlock, kLargestBlock);
+    const std::size_t nNeeded = nBytes + sizeof(Block);
+    const std::size_t nBlock = nNeeded <= KeptBlocks::SizeWithin(nUsual)
+                                   ? KeptBlocks::SizeWithin(nUsual)
+                                   : KeptBlocks::SizeFor(nNeeded);
+    pBlock = static_cast<Block*>(KeptBlocks::Take(nBlock));
     pBlock->nBytes = nBlock;
   }
   pBlock->pNext = pCurrent_->pNext;

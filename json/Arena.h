@@ -66,6 +66,7 @@ class alignas(8) Arena {
   Arena() = default;
   static std::size_t RoundUp(std::size_t n) { return (n + kAlignment - 1) & ~(kAlignment - 1); }
   void* AllocateElsewhere(std::size_t nBytes);
+  std::size_t Footprint() const noexcept;
   void Enter(Block* pBlock, std::size_t nUsed) noexcept;
 
   char* pNext_ = nullptr;   // next free byte of the current block

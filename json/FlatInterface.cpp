@@ -12,6 +12,7 @@
 #include "json/JSON.h"
 #include "json/JSONMessage.h"
 #include "json/JSONSerialize.h"
+#include "memory/KeptBlocks.h"
 #include "text/ReadDecimal.h"
 
 namespace {
@@ -79,6 +80,10 @@ int JSON_ParseMessage(JSON_HANDLE handle, const char* text) {
 }
 
 int JSON_MessageSize(JSON_HANDLE handle) { return MessageOf(handle).Size(); }
+
+// ---- Memory -------------------------------------------------------------------------------------
+
+void JSON_ReleaseMemory(void) { memory::KeptBlocks::Release(); }
 
 // ---- Reading values -----------------------------------------------------------------------------
 

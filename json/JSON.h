@@ -79,6 +79,14 @@ QXRECORDSET_EXPORT int JSON_ParseMessage(JSON_HANDLE handle, const char* text);
 /* Number of members or elements at the top level; 0 when nothing has been parsed. */
 QXRECORDSET_EXPORT int JSON_MessageSize(JSON_HANDLE handle);
 
+/* ---- Memory -------------------------------------------------------------------------------- */
+
+/* Gives the memory that the library keeps back to the C library. Of what documents and record sets
+ * release, blocks of 32 kB and more are kept for the next ones: 32 MB at most, 16 MB in 32-bit
+ * programs. For a host that is done with large texts; never needed. May be called at any time, from
+ * any thread; while another thread takes or releases such a block, it may do nothing. */
+QXRECORDSET_EXPORT void JSON_ReleaseMemory(void);
+
 /* ---- Reading values ------------------------------------------------------------------------ */
 
 /* 1 when there is a value and it is a JSON null, else 0. */

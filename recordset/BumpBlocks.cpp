@@ -8,17 +8,19 @@
 #include <new>
 #include <utility>
 
+#include "memory/KeptBlocks.h"
+
 namespace recordset {
 namespace {
+
+using memory::KeptBlocks;
 
 // The first block that is allocated. Tables that outgrow what they hold themselves have several
 // rows.
 constexpr std::size_t kSmallestBlock = 1024;
 
-// Blocks grow to this size, the allocator's own header of up to 16 bytes included. On 32 bits glibc
-// takes pieces of 512 kB and more from the system one by one and gives them back at every release,
-// so that their pages have to be filled with zeros again and again.
-constexpr std::size_t kLargestBlock = (sizeof(void*) == 4 ? 384 * 1024 : 1024 * 1024) - 16;
+// Blocks grow to this size.
+constexpr std::size_t kLargestBlock = std::size_t{sizeof(void*) == 4 ? 256 : 1024} * 1024;
 
 // A new block has this part of the size of all blocks so far: what may lie unused stays within it.
 // When the same part of a known amount of work is done, the rest can be foretold.
@@ -38,7 +40,7 @@ BumpBlocks::~BumpBlocks() {
 void BumpBlocks::Release(Block* pBlock) noexcept {
   while (pBlock != nullptr) {
     Block* const pOlder = pBlock->pOlder;
-    ::operator delete(pBlock);
+    KeptBlocks::Give(pBlock, pBlock->nSize);
     pBlock = pOlder;
   }
 }
@@ -62,7 +64,8 @@ char* BumpBlocks::AllocateElsewhere(std::size_t nSize) {
   if (pKept_ != nullptr && nSize <= pKept_->nSize - kOverhead) {
     p = Use(std::exchange(pKept_, pKept_->pOlder));
   } else {
-    const std::size_t nBlock = std::clamp(NextBlock(), kSmallestBlock, kLargestBlock) - kOverhead;
+    const std::size_t nNext = std::clamp(NextBlock(), kSmallestBlock, kLargestBlock);
+    const std::size_t nBlock = KeptBlocks::SizeWithin(nNext) - kOverhead;
     if (nSize > nBlock) return AddBlock(nSize);
     p = AddBlock(nBlock);
   }
@@ -75,7 +78,7 @@ char* BumpBlocks::AllocateElsewhere(std::size_t nSize) {
 char* BumpBlocks::AddBlock(std::size_t nSize) {
   const std::size_t nBytes = nSize + kOverhead;
   if (nBytes < nSize) throw std::bad_alloc();
-  Block* const pBlock = static_cast<Block*>(::operator new(nBytes));
+  Block* const pBlock = static_cast<Block*>(KeptBlocks::Take(nBytes));
   pBlock->nSize = nBytes;
   return Use(pBlock);
 }

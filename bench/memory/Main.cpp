@@ -29,6 +29,7 @@
 #include "bench/common/Inputs.h"
 #include "bench/common/NlohmannTree.h"
 #include "bench/memory/Count.h"
+#include "json/JSON.h"
 #include "json/JSONMessage.h"
 #include "recordset/QXRecordSet.h"
 #ifdef QXRECORDSET_BENCH_SIMDJSON
@@ -121,6 +122,7 @@ void Measure(benchmark::State& state, const Input& input, Contents (*countConten
     input.Rows();
   }
   for (auto _ : state) {
+    JSON_ReleaseMemory();  // what earlier objects left would not be counted
     const Count before = Current();
     ResetPeak();
     const Object object = make(input);

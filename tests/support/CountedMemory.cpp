@@ -10,6 +10,8 @@
 #include <new>
 #include <utility>
 
+#include "memory/KeptBlocks.h"
+
 namespace {
 
 std::size_t nLive = 0;         // bytes
@@ -52,7 +54,10 @@ void operator delete(void* p, std::size_t) noexcept { Release(p); }
 void operator delete[](void* p) noexcept { Release(p); }
 void operator delete[](void* p, std::size_t) noexcept { Release(p); }
 
-std::size_t CountedMemory::Live() { return nLive; }
+std::size_t CountedMemory::Live() {
+  memory::KeptBlocks::Release();
+  return nLive;
+}
 std::size_t CountedMemory::Allocations() { return nAllocations; }
 void CountedMemory::FailAfter(long nMore) { nAllowed = nMore; }
 bool CountedMemory::StopFailing() {

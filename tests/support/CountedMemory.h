@@ -10,7 +10,8 @@
 
 namespace CountedMemory {
 
-// Bytes that were allocated with new and not released yet, as the allocator rounded them.
+// Bytes that were allocated with new and not released yet, as the allocator rounded them. What the
+// library keeps for later is released first.
 std::size_t Live();
 
 // Number of successful allocations with new since the program began.

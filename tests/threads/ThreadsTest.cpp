@@ -21,6 +21,7 @@ namespace {
 
 constexpr int kThreads = 4;
 constexpr int kRounds = 50;
+constexpr int kManyRows = 2000;  // their memory comes in blocks that go from thread to thread
 
 // A little of everything, from the first use of each part on.
 std::string UseEverything() {
@@ -46,6 +47,17 @@ std::string UseEverything() {
   JSON_ParseMessage(handle, strResult.c_str());
   strResult += std::to_string(JSON_GetPathAsInt(handle, "rows.5.c6"));
   JSON_FreeMessage(handle);
+
+  std::string strRows = "{\"rows\":[{}";
+  for (int i = 0; i < kManyRows; ++i)
+    strRows += ",{\"number\":" + std::to_string(i) + ",\"text\":\"some text\"}";
+  strRows += "]}";
+  CQXRecordSet many(strRows);
+  JSON::Message document;
+  document.Parse(strRows.c_str());
+  strResult += many.GetValueAsString("number", kManyRows + 1);
+  strResult += document["rows"][kManyRows]["text"].pText;
+  JSON_ReleaseMemory();
 
   CParamsRS params;
   params.addHeader("H");
