@@ -41,13 +41,13 @@ constexpr bool IsStandard(std::size_t nBytes) {
          (nBytes & (nBytes - 1)) == 0;
 }
 
-// Needs neither construction nor destruction, so that objects of static storage may use it before
-// and after anything else.
+// Is constant to begin with and needs no destruction, so that objects of static storage may use it
+// before and after anything else.
 struct Store {
   std::atomic_flag bBusy = ATOMIC_FLAG_INIT;
-  Link* apFirst[kLists];
-  std::size_t nBytes;  // in all blocks that are kept
-  bool bClosed;        // the library is about to go
+  Link* apFirst[kLists] = {};
+  std::size_t nBytes = 0;  // in all blocks that are kept
+  bool bClosed = false;    // the library is about to go
 };
 Store store;
 
