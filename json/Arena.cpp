@@ -1,6 +1,6 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Blocks of the memory pool: how large they are, and which one comes next.
+// Blocks of the memory pool: how large they are, which one comes next, and when they go.
 //
 //   first block:   | Block | Arena | memory ... |
 //   later blocks:  | Block | memory ... |
@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 #include "memory/KeptBlocks.h"
 
@@ -35,28 +36,50 @@ Arena* Arena::Create(std::size_t nExpected) {
   pBlock->nBytes = nBytes;
   Arena* const pArena = new (pBlock + 1) Arena;
   pArena->pFirst_ = pBlock;
-  pArena->Enter(pBlock, sizeof(Block) + sizeof(Arena));
+  pArena->Enter(pBlock, pArena->FirstByte());
   return pArena;
 }
 
 void Arena::Destroy(Arena* pArena) noexcept {
-  Block* pBlock = pArena->pFirst_;
+  pArena->pCurrent_ = pArena->pFirst_;
+  pArena->ReleaseUnused();
+  Block* const pFirst = pArena->pFirst_;
+  memory::Unpoison(pFirst, pFirst->nBytes);
+  KeptBlocks::Give(pFirst, pFirst->nBytes);
+}
+
+void Arena::Rewind() noexcept {
+  ReleaseUnused();
+  for (Block* pBlock = pFirst_->pNext; pBlock != nullptr; pBlock = pBlock->pNext) {
+    memory::Poison(pBlock + 1, pBlock->nBytes - sizeof(Block));
+  }
+  Enter(pFirst_, FirstByte());
+}
+
+bool Arena::IsRewound() const noexcept { return pNext_ == FirstByte(); }
+
+// Where the first block's memory begins.
+char* Arena::FirstByte() const noexcept {
+  return reinterpret_cast<char*>(pFirst_ + 1) + sizeof(Arena);
+}
+
+// From here on memory comes from pNext on, in that block.
+void Arena::Enter(Block* pBlock, char* pNext) noexcept {
+  pCurrent_ = pBlock;
+  pNext_ = pNext;
+  pLimit_ = reinterpret_cast<char*>(pBlock) + pBlock->nBytes;  // its end
+  memory::Poison(pNext_, static_cast<std::size_t>(pLimit_ - pNext_));
+}
+
+// Releases the blocks behind the current one.
+void Arena::ReleaseUnused() noexcept {
+  Block* pBlock = std::exchange(pCurrent_->pNext, nullptr);
   while (pBlock != nullptr) {
     Block* const pNext = pBlock->pNext;
+    memory::Unpoison(pBlock, pBlock->nBytes);
     KeptBlocks::Give(pBlock, pBlock->nBytes);
     pBlock = pNext;
   }
-}
-
-void Arena::Rewind(std::size_t nKept) noexcept {
-  Enter(pFirst_, sizeof(Block) + sizeof(Arena) + RoundUp(nKept));
-  bOwnsHeap = false;
-}
-
-void Arena::Enter(Block* pBlock, std::size_t nUsed) noexcept {
-  pCurrent_ = pBlock;
-  pNext_ = reinterpret_cast<char*>(pBlock) + nUsed;  // nUsed <= nBytes: headers and what was taken
-  pLimit_ = reinterpret_cast<char*>(pBlock) + pBlock->nBytes;
 }
 
 // Bytes in all blocks.
@@ -68,8 +91,7 @@ std::size_t Arena::Footprint() const noexcept {
   return nBytes;
 }
 
-// The blocks behind the current one are free. The first that is large enough comes next; only when
-// there is none does the pool grow.
+// The first kept block that is large enough comes next; only when there is none does the pool grow.
 void* Arena::AllocateElsewhere(std::size_t nBytes) {
   Block** ppLink = &pCurrent_->pNext;
   while (*ppLink != nullptr && (*ppLink)->nBytes - sizeof(Block) < nBytes) {
@@ -82,18 +104,31 @@ void* Arena::AllocateElsewhere(std::size_t nBytes) {
     if (nBytes > SIZE_MAX - sizeof(Block)) {
       throw std::bad_alloc();
     }
-    const std::size_t nUsual = std::clamp(Footprint() / 2, kSmallestBlock, kLargestBlock);
-    const std::size_t nNeeded = nBytes + sizeof(Block);
-    const std::size_t nBlock = nNeeded <= KeptBlocks::SizeWithin(nUsual)
-                                   ? KeptBlocks::SizeWithin(nUsual)
-                                   : KeptBlocks::SizeFor(nNeeded);
-    pBlock = static_cast<Block*>(KeptBlocks::Take(nBlock));
-    pBlock->nBytes = nBlock;
+    ReleaseUnused();
+    pBlock = AddBlock(nBytes + sizeof(Block));
   }
   pBlock->pNext = pCurrent_->pNext;
   pCurrent_->pNext = pBlock;
-  Enter(pBlock, sizeof(Block) + nBytes);
-  return pBlock + 1;
+  char* const p = reinterpret_cast<char*>(pBlock + 1);
+  Enter(pBlock, p + nBytes);
+  memory::Unpoison(p, nBytes);
+  return p;
+}
+
+// A new block of `nNeeded` bytes or more, header included.
+Arena::Block* Arena::AddBlock(std::size_t nNeeded) {
+  const std::size_t nUsual =
+      KeptBlocks::SizeWithin(std::clamp(Footprint() / 2, kSmallestBlock, kLargestBlock));
+  std::size_t nBytes = nNeeded <= nUsual ? nUsual : KeptBlocks::SizeFor(nNeeded);
+  Block* pBlock = nullptr;
+  try {
+    pBlock = static_cast<Block*>(KeptBlocks::Take(nBytes));
+  } catch (const std::bad_alloc&) {
+    nBytes = nNeeded;
+    pBlock = static_cast<Block*>(KeptBlocks::Take(nBytes));
+  }
+  pBlock->nBytes = nBytes;
+  return pBlock;
 }
 
 }  // namespace JSON

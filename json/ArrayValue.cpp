@@ -1,79 +1,93 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // ArrayValue: elements, lookup by ordinal, and the string index. Updates are in Update.cpp, copies
-// in Copy.cpp, writing is in TreeSerialize.cpp.
+// in TreeCopy.cpp, release is in TreeRelease.cpp, writing in TreeSerialize.cpp.
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
+#include "json/Items.h"
 #include "json/JSONValue.h"
 #include "json/Storage.h"
+#include "json/TreeRelease.h"
 
 namespace JSON {
 
-ArrayValue::ArrayValue(int nReserve) : CompositeValue(false) {
+// A container on the heap is in its owner's hands from the start.
+ArrayValue::ArrayValue(int nReserve) : CompositeValue(Kind::kArray, false) {
+  Items::HandOut(vValues);
   if (nReserve > 0) {
-    Storage::Reserve(*this, static_cast<std::size_t>(nReserve));
+    Items::Reserve(vValues, nullptr, static_cast<std::size_t>(nReserve));
   }
 }
 
 ArrayValue::~ArrayValue() {
   ArrayValue::Clear();
-  Storage::FreeAll(*this);
+  Items::Free(vValues);
+  Items::Free(vOrdinalMap);
 }
 
-int ArrayValue::Size() const { return static_cast<int>(vValues.size()); }
+int ArrayValue::Size() const { return static_cast<int>(Items::Count(vValues)); }
 
 void ArrayValue::Clear() {
-  // A pool whose tree owns nothing outside of it has nothing to release element by element.
-  if (pArena == nullptr || pArena->bOwnsHeap) {
-    UnsafeJSONValue* const pValues = Storage::Values(*this);
-    for (std::size_t i = 0; i < vValues.size(); ++i) {
-      if (pValues[i].bOwnsText) {
-        delete[] pValues[i].pText;
-      }
-      Storage::Release(pValues[i].pComposite);
-    }
-  }
-  Storage::Truncate(vValues);
-  Storage::Truncate(vOrdinalMap);
+  ReleaseElements(*this);
+  Items::Truncate(vOrdinalMap, 0);
 }
 
+// A container in a pool goes with the pool, so the element gets a copy of it.
 void ArrayValue::AddValue(JSONValue& value) {
-  const bool bOwnsText = value.bOwnsText;  // `value` may be an element, which is going to move
-  if (bOwnsText || value.pComposite != nullptr) {
-    Storage::NoteHeapIn(pArena);
+  CompositeValue* pOwned = value.pComposite;
+  if (pOwned != nullptr && Storage::InPool(*pOwned)) {
+    pOwned = pOwned->Clone(0);
   }
-  Storage::Append(*this, value.eType, value.pText, value.nLength, value.nNameIndex,
-                  value.pComposite)
-      .bOwnsText = bOwnsText;
+  const bool bOwnsText = value.bOwnsText;  // `value` may be an element, which is going to move
+  try {
+    Storage::Append(*this, nullptr, value.eType, value.pText, value.nLength, value.nNameIndex,
+                    pOwned)
+        .bOwnsText = bOwnsText;
+  } catch (const std::bad_alloc&) {
+    if (pOwned != value.pComposite) Release(pOwned);
+    throw;
+  }
+  Items::HandOut(vValues);
 }
 
 JSONValue* ArrayValue::GetByOrdinal(int ordinal) const {
-  if (ordinal < 0 || ordinal >= Size()) {
+  if (static_cast<unsigned>(ordinal) >= Items::Count(vValues)) {
     return nullptr;
   }
-  return Storage::Values(*this) + ordinal;
+  return Items::HandOut(vValues) + ordinal;
+}
+
+int Storage::OrdinalIn(const ArrayValue& elements, const char* name) {
+  if (name == nullptr) {
+    return -1;
+  }
+  const long lOrdinal = std::strtol(name, nullptr, 10);
+  return lOrdinal >= 0 && lOrdinal < elements.Size() ? static_cast<int>(lOrdinal) : -1;
 }
 
 JSONValue* ArrayValue::GetByName(const char* name, int /*length*/) const {
-  if (name == nullptr) {
-    return nullptr;
-  }
-  const long lOrdinal = std::strtol(name, nullptr, 10);
-  if (lOrdinal < 0 || lOrdinal >= Size()) {
-    return nullptr;
-  }
-  return Storage::Values(*this) + lOrdinal;
+  return GetByOrdinal(Storage::OrdinalIn(*this, name));
 }
 
 // ---- The string index ---------------------------------------------------------------------------
+//
+// The index orders the ordinals. A lookup reads the elements' texts as they are now, not those of
+// the index's entries: an element may have been given another text since.
 
 namespace {
 
 // An element without text counts as the empty text.
 const char* TextOf(const char* pText) { return pText != nullptr ? pText : ""; }
+
+// The text of the element that an index entry stands for; "" for one that is no string any more.
+const char* TextAt(const Sequence<UnsafeJSONValue>& values, const ArrayValue::OrdinalMap& entry) {
+  if (static_cast<unsigned>(entry.nOrdinal) >= Items::Count(values)) return "";
+  const JSONValue& element = Items::Data(values)[entry.nOrdinal];
+  return element.eType == jtString ? TextOf(element.pText) : "";
+}
 
 }  // namespace
 
@@ -82,18 +96,19 @@ bool ArrayValue::OrdinalMap::Less(const OrdinalMap& a, const OrdinalMap& b) {
 }
 
 bool ArrayValue::MakeMap() const {
-  const std::size_t nCount = vValues.size();
-  const UnsafeJSONValue* const pValues = Storage::Values(*this);
-  Storage::Truncate(vOrdinalMap);
-  for (std::size_t i = 0; i < nCount; ++i) {
+  const std::uint32_t nCount = Items::Count(vValues);
+  const UnsafeJSONValue* const pValues = Items::HandOut(vValues);  // the index lies on the heap
+  Items::Truncate(vOrdinalMap, 0);
+  for (std::uint32_t i = 0; i < nCount; ++i) {
     if (pValues[i].eType != jtString) {
       return false;
     }
   }
-  Storage::ReserveEntries(*this, nCount);
-  for (std::size_t i = 0; i < nCount; ++i) {
-    Storage::AppendEntry(*this, {pValues[i].pText, static_cast<int>(i)});
-    pValues[i].nNameIndex = static_cast<int>(i);
+  Items::Reserve(vOrdinalMap, nullptr, nCount);
+  for (std::uint32_t i = 0; i < nCount; ++i) {
+    const int nOrdinal = static_cast<int>(i);
+    Items::Append(vOrdinalMap, nullptr, OrdinalMap{pValues[i].pText, nOrdinal});
+    pValues[i].nNameIndex = nOrdinal;
   }
   // Equal texts keep their order, so that a lookup finds the first of them.
   std::sort(vOrdinalMap.begin(), vOrdinalMap.end(), [](const OrdinalMap& a, const OrdinalMap& b) {
@@ -110,17 +125,18 @@ int ArrayValue::OrdinalOf(const char* name, int length) const {
   if (vOrdinalMap.empty() && !MakeMap()) {
     return -1;
   }
-  // strncmp over `length` bytes, and the entry must end there too (unless both ended before).
+  // strncmp over `length` bytes, and the text must end there too (unless both ended before).
   const std::size_t nName =
       length < 0 ? std::strlen(name) : strnlen(name, static_cast<std::size_t>(length));
-  const auto compare = [name, nName](const char* pText) {
+  const auto compare = [this, name, nName](const OrdinalMap& entry) {
+    const char* const pText = TextAt(vValues, entry);
     const int nOrder = std::strncmp(pText, name, nName);
     return nOrder != 0 ? nOrder : (pText[nName] != '\0' ? 1 : 0);
   };
-  const OrdinalMap* const pFound = std::lower_bound(
-      vOrdinalMap.cbegin(), vOrdinalMap.cend(), 0,
-      [&compare](const OrdinalMap& entry, int) { return compare(TextOf(entry.pText)) < 0; });
-  if (pFound == vOrdinalMap.cend() || compare(TextOf(pFound->pText)) != 0) {
+  const OrdinalMap* const pFound =
+      std::lower_bound(vOrdinalMap.cbegin(), vOrdinalMap.cend(), 0,
+                       [&compare](const OrdinalMap& entry, int) { return compare(entry) < 0; });
+  if (pFound == vOrdinalMap.cend() || compare(*pFound) != 0) {
     return -1;
   }
   return pFound->nOrdinal;
@@ -130,11 +146,11 @@ const char* ArrayValue::NameAt(int ordinal) const {
   if (vOrdinalMap.empty() && !MakeMap()) {
     return nullptr;
   }
-  const JSONValue* const pElement = GetByOrdinal(ordinal);
-  if (pElement == nullptr || pElement->eType != jtString) {
+  if (static_cast<unsigned>(ordinal) >= Items::Count(vValues)) {
     return nullptr;
   }
-  return pElement->pText;
+  const JSONValue& element = Items::Data(vValues)[ordinal];
+  return element.eType == jtString ? element.pText : nullptr;
 }
 
 }  // namespace JSON

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <limits>
 #include <string>
-#include <string_view>
+#include <utility>
 
 #include "json/JSON.h"
 #include "json/JSONMessage.h"
@@ -24,8 +24,12 @@ using JSON::Message;
 Message& MessageOf(JSON_HANDLE handle) { return *reinterpret_cast<Message*>(handle); }
 JSON_HANDLE HandleOf(Message* pMessage) { return reinterpret_cast<JSON_HANDLE>(pMessage); }
 
-const JSONValue& AtOrdinal(JSON_HANDLE handle, int ordinal) { return MessageOf(handle)[ordinal]; }
-const JSONValue& AtName(JSON_HANDLE handle, const char* name) { return MessageOf(handle)[name]; }
+const JSONValue& AtOrdinal(JSON_HANDLE handle, int ordinal) {
+  return std::as_const(MessageOf(handle))[ordinal];
+}
+const JSONValue& AtName(JSON_HANDLE handle, const char* name) {
+  return std::as_const(MessageOf(handle))[name];
+}
 const JSONValue& AtPath(JSON_HANDLE handle, const char* path) {
   return MessageOf(handle).Path(path);
 }
@@ -50,10 +54,8 @@ unsigned long long ToUnsignedLong64(double value) {
 
 unsigned long long AsUnsignedLong64(const JSONValue& value) {
   switch (value.eType) {
-    case JSON::jtInteger: {
-      const std::string_view text(value.pText, static_cast<std::size_t>(value.nLength));
-      return static_cast<unsigned long long>(JSON::ReadDecimal<long long>(text));
-    }
+    case JSON::jtInteger:
+      return static_cast<unsigned long long>(JSON::ReadDecimal<long long>(value.pText));
     case JSON::jtDouble:
       return ToUnsignedLong64(value.AsDouble());
     case JSON::jtBoolean:

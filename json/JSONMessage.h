@@ -16,12 +16,16 @@
 #ifndef QXRECORDSET_JSON_JSONMESSAGE_H
 #define QXRECORDSET_JSON_JSONMESSAGE_H
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "json/JSONValue.h"
 #include "qxrecordset_export.h"
 
 namespace JSON {
+
+class Arena;
 
 // The deepest nesting that a parse accepts, the outermost container counted: a document that opens
 // one more fails there. It bounds the stack that a hostile document can make a parse use.
@@ -58,12 +62,17 @@ class QXRECORDSET_EXPORT Message : public JSONValue {
   // tree, and the caller still releases it. Nothing at or beyond text + length is read or written.
   //
   // A message may parse any number of times; a root of the same kind is emptied and used again, and
-  // memory is kept for the next parse. All pointers into the old tree become invalid.
+  // the memory of one content is kept for the next. All pointers into the old tree become invalid.
+  // A root that a host put there stays the root when it is of the kind that the text needs, or a
+  // subclass; it is then filled as Parser::ParseObject() and Parser::ParseArray() fill it. Any other
+  // is released.
   //
   // False means: a null text or length 0 (nothing changes); a text that does not begin with '{' or
   // '[' behind white space (a copying message is left empty, an in-place one unchanged); or a text
   // that breaks off or goes wrong inside. In the last case the tree holds everything read before,
-  // the value that failed has type jtInvalid, and pCursor stands at or near the offending byte.
+  // the value that failed has type jtInvalid, and pCursor stands at or near the offending byte. A
+  // number that the end of the text cuts off is there, as far as the text goes; parsed in place it
+  // has a private text, because behind the text there may be nothing that can be read.
   //
   // When memory runs out, the message is as it was or holds no document; a text parsed in place may
   // have been rewritten in part.
@@ -77,8 +86,9 @@ class QXRECORDSET_EXPORT Message : public JSONValue {
   // first name. An empty or null path finds nothing. The path is not copied.
   const JSONValue& Path(const char* path) const;
 
-  // Makes `target` an independent copy of this message; what it held is released. The target keeps
-  // its bInPlace. When memory runs out, it is as it was or holds no document; so is a message that
+  // Makes `target` an independent copy of this message; what it held is released. Texts and names
+  // that lie outside of this message's text, because they came from another document or from a
+  // host, are duplicated. The target keeps its bInPlace. When memory runs out, it is as it was or holds no document; so is a message that
   // is assigned to.
   void CopyTo(Message& target) const;
 
@@ -89,20 +99,24 @@ class QXRECORDSET_EXPORT Message : public JSONValue {
   std::string strText;      // the message's own text, unless it was parsed in place
 
  private:
+  friend class Storage;
   QXRECORDSET_NO_EXPORT void ReleaseRoot() noexcept;
-  QXRECORDSET_NO_EXPORT bool ReadTree();
+  QXRECORDSET_NO_EXPORT CompositeValue& MakeRoot(Type type, std::uint32_t nReserve);
+  QXRECORDSET_NO_EXPORT char* TakeCopy(const char* text, std::size_t nText);
+  QXRECORDSET_NO_EXPORT bool ReadTree(Type type);
   template <typename Container>
-  QXRECORDSET_NO_EXPORT Container& PrepareRoot(Type type);
+  QXRECORDSET_NO_EXPORT bool FillHostRoot(Container& root);
+  QXRECORDSET_NO_EXPORT void CopyRoot(const Message& source);
   QXRECORDSET_NO_EXPORT void RefuseText(char* pBuffer, char* pBufferEnd, char* pStop) noexcept;
 
-  Arena* pArena = nullptr;  // memory of the parsed tree, kept from parse to parse
+  Arena* pArena = nullptr;  // memory of the tree, kept from one content to the next
 };
 
 // The parse functions below Message::Parse, for hosts that fill a container of their own. Each
 // reads at context.pCursor, moves it past what it consumed and returns the JSON::Type of what it
 // parsed, or -1. They rewrite the text in place as Message::Parse does, and the text must outlive
 // what they fill. Nested containers are allocated with new and owned by the container they are put
-// in.
+// in; so is the private text of a number that the end of the text cuts off.
 class QXRECORDSET_EXPORT Parser {
  public:
   Parser() = delete;
@@ -117,7 +131,9 @@ class QXRECORDSET_EXPORT Parser {
   static int ParseObject(ParseContext& context, ObjectValue& object);
   static int ParseArray(ParseContext& context, ArrayValue& array);
 
-  // The cursor stands on the first byte of the scalar. The result also becomes the value's eType.
+  // The cursor stands on the first byte of the scalar. The result also becomes the value's eType. A
+  // private text that the value had is released when there is a new one. A number that runs up to
+  // pEnd is cut one byte short; its text is read beyond that, so a NUL has to follow it.
   static int ParseString(ParseContext& context, UnsafeJSONValue& value);
   static int ParseNumber(ParseContext& context, UnsafeJSONValue& value);
   static int ParseBoolean(ParseContext& context, UnsafeJSONValue& value);

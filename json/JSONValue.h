@@ -13,6 +13,11 @@
 // container and the text buffer. Pointers and references handed out by lookups stay valid until the
 // container that holds the value is next changed.
 //
+// The fields of values and names may be written by hand. What an element's fields are given, a
+// container made with new or a text made with new char[], its container releases. The containers of
+// a parsed or copied document lie in its message's memory: they are never deleted by a caller, and
+// belong to that message alone. AddValue() and Clone() make copies for other owners.
+//
 // Threads: one tree is used by one thread at a time. Const lookups count as use: they may sort a
 // name index. Distinct trees are independent.
 //
@@ -31,8 +36,8 @@
 
 namespace JSON {
 
-class Arena;
 class CompositeValue;
+class Items;
 class JSONValue;
 class Storage;
 class UnsafeJSONValue;
@@ -100,7 +105,11 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
   // memory runs out, a part of the text may have been appended.
   virtual bool Serialize(std::string& output) const;
 
-  // ---- Reading a scalar; the text is converted on every call ------------------------------------
+  // ---- Reading a scalar -------------------------------------------------------------------------
+  //
+  // The text is converted on every call, from its first byte up to the first one that does not
+  // belong to the number or literal; nothing behind that byte is read, and nLength does not matter.
+  // A value without text reads as 0, 0.0 and false.
 
   // The value as a 32-bit integer. Integers outside the range, and reals whose whole part is, give
   // the nearest bound; reals are cut towards zero, not-a-number gives 0; true gives 1; strings,
@@ -131,7 +140,7 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
   // held before is released. Texts are copied before anything is released, so they may come from
   // the value that is replaced; a string is stored as passed and escaped when it is written. A null
   // text stores a string without text. Doubles are stored as "%g" writes them. When memory runs
-  // out, nothing has changed.
+  // out, nothing has changed; texts and names of 2 GB and more never fit.
 
   const JSONValue& Set(const char* name, bool value);
   const JSONValue& Set(const char* name, const char* value);
@@ -163,7 +172,7 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
 
   // ---- Fields -----------------------------------------------------------------------------------
 
-  int nLength = 0;                       // bytes of text, without the NUL
+  int nLength = 0;                       // bytes of text, as parsed or of the private copy
   const char* pText = nullptr;           // see Type; parsed numbers and literals end without a NUL
   CompositeValue* pComposite = nullptr;  // the container of an array or object
 
@@ -172,24 +181,16 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
   mutable int nNameIndex = 0;
   bool bOwnsText = false;  // pText is a private copy that the holding container releases
 
- private:
-  friend class Storage;
-
-  // How an element finds the first one of its container, and with it the memory pool, when it comes
-  // to own memory; see Storage::WayBack. 0 for a value that is no element.
-  std::uint8_t nWayBack = 0;
-
  protected:
   JSONValue(const JSONValue& other) noexcept;
   JSONValue& operator=(const JSONValue& other) noexcept;
-  JSONValue(Type type, const char* text, int length, int nameIndex, CompositeValue* composite,
-            std::uint8_t wayBack) noexcept
+  JSONValue(Type type, const char* text, int length, int nameIndex,
+            CompositeValue* composite) noexcept
       : BaseValue(type),
         nLength(length),
         pText(text),
         pComposite(composite),
-        nNameIndex(nameIndex),
-        nWayBack(wayBack) {}
+        nNameIndex(nameIndex) {}
 };
 
 // The copyable form of a value, and the element type of the containers. A copy is shallow: both
@@ -205,7 +206,7 @@ class QXRECORDSET_EXPORT UnsafeJSONValue : public JSONValue {
   ~UnsafeJSONValue() override;
 
  private:
-  friend class Storage;
+  friend class Items;
   using JSONValue::JSONValue;
 };
 
@@ -216,10 +217,11 @@ class QXRECORDSET_EXPORT CompositeValue : public BaseValue {
  public:
   ~CompositeValue() override;
 
-  // A new container with copies of everything in this one; the caller owns it. Texts and names that
-  // lie in a message's buffer are not copied: the copy's pointers are moved by `nDelta` bytes, the
-  // distance from this document's buffer to the buffer that the copy will belong to. Owned texts
-  // and names are duplicated.
+  // A new container with copies of everything in this one; the caller owns it and deletes it. Texts
+  // and names that are not owned are not copied: the copy's pointers are moved by `nDelta` bytes,
+  // the distance from this document's buffer to the buffer that the copy will belong to. Owned texts
+  // and names are duplicated. A tree may be of any depth; a host's own containers are copied by
+  // their own Clone(), one within the other.
   virtual CompositeValue* Clone(std::ptrdiff_t nDelta) const = 0;
 
   // Number of elements or members.
@@ -228,8 +230,11 @@ class QXRECORDSET_EXPORT CompositeValue : public BaseValue {
   // Releases and removes everything: owned texts, owned names, child containers.
   virtual void Clear() = 0;
 
-  // Appends a field-by-field copy of `value` and from then on owns what its fields point at. Keeps
-  // no index current. An object needs one AddName() for every AddValue().
+  // Appends a field-by-field copy of `value` and from then on owns what its fields point at: the
+  // caller gives up a container made with new, and a private text. A container that lies in the
+  // memory of a message stays there, and the new element gets a copy of it. Texts in a message's
+  // buffer are not copied and must outlive the container. Keeps no index current. An object needs
+  // one AddName() for every AddValue().
   virtual void AddValue(JSONValue& value) = 0;
 
   // Lookups; see JSONValue::GetByOrdinal and JSONValue::GetByName.
@@ -237,7 +242,8 @@ class QXRECORDSET_EXPORT CompositeValue : public BaseValue {
   virtual JSONValue* GetByName(const char* name, int length) const = 0;
 
   // The name of member `ordinal`; for an array of nothing but strings, the text of that element.
-  // Null when there is none. The pointer lives as long as the name or element.
+  // Null when there is none, or when the member's nNameIndex leads nowhere. The pointer lives as
+  // long as the name or element.
   virtual const char* NameAt(int ordinal) const = 0;
 
   // The ordinal of the member with that name, or -1; for an array of nothing but strings, the
@@ -246,7 +252,8 @@ class QXRECORDSET_EXPORT CompositeValue : public BaseValue {
 
   // Builds the string index of an array. False for an array that holds anything but strings, and
   // for every object. The index follows what is changed through the array, but not what AddValue()
-  // appends, nor an element that is given another text or members of its own: then it has to be
+  // appends, nor an element that is given another text or members of its own. Lookups then compare
+  // the texts as they are now in an order that may be wrong, and may miss one until the index is
   // built anew.
   virtual bool MakeMap() const = 0;
 
@@ -260,12 +267,19 @@ class QXRECORDSET_EXPORT CompositeValue : public BaseValue {
   virtual bool Serialize(std::string& output) const = 0;
 
  protected:
-  // A host's own kind of container has no argument to give.
-  explicit CompositeValue(bool bInPool = false) noexcept : bInArena(bInPool) {}
+  // What a host derives directly from this class is a container of its own kind.
+  CompositeValue() noexcept = default;
 
  private:
+  friend class ArrayValue;
+  friend class ObjectValue;
   friend class Storage;
-  const bool bInArena;  // lies in a message's memory pool, which releases it
+
+  enum class Kind : std::uint8_t { kForeign, kArray, kObject };
+  CompositeValue(Kind kind, bool bPool) noexcept : eKind(kind), bInPool(bPool) {}
+
+  const Kind eKind = Kind::kForeign;
+  const bool bInPool = false;  // lies in a message's memory pool, which releases it
 };
 
 // An array. Its elements' ordinals are their positions.
@@ -309,10 +323,10 @@ class QXRECORDSET_EXPORT ArrayValue : public CompositeValue {
  private:
   friend class Storage;
   friend class ObjectValue;
-  ArrayValue(Arena* pPool, bool bInPool, UnsafeJSONValue* pRoom, std::uint32_t nRoom) noexcept
-      : CompositeValue(bInPool), vValues(pRoom, nRoom), pArena(pPool) {}
 
-  Arena* pArena = nullptr;  // where the elements live; null for the heap
+  // In a message's memory pool, with room for nRoom elements there.
+  ArrayValue(UnsafeJSONValue* pRoom, std::uint32_t nRoom) noexcept
+      : CompositeValue(Kind::kArray, true), vValues(pRoom, nRoom) {}
 };
 
 // An object. Its members keep their document order (their ordinals); an index of their names,
@@ -371,8 +385,10 @@ class QXRECORDSET_EXPORT ObjectValue : public CompositeValue {
 
  private:
   friend class Storage;
-  ObjectValue(Arena* pPool, bool bInPool, UnsafeJSONValue* pRoom, std::uint32_t nRoom) noexcept
-      : CompositeValue(bInPool), avValues(pPool, false, pRoom, nRoom) {}
+
+  // In a message's memory pool, with room for nRoom members there.
+  ObjectValue(UnsafeJSONValue* pRoom, std::uint32_t nRoom) noexcept
+      : CompositeValue(Kind::kObject, true), avValues(pRoom, nRoom) {}
 };
 
 }  // namespace JSON

@@ -4,27 +4,29 @@
 
 #include "json/JSONMessage.h"
 
+#include <algorithm>
+#include <cassert>
 #include <climits>
 #include <cstring>
 
+#include "json/Arena.h"
+#include "json/CutNumber.h"
 #include "json/Storage.h"
 #include "json/TreeCopy.h"
 #include "json/TreeReader.h"
+#include "json/TreeRelease.h"
 
 namespace JSON {
 namespace {
 
-// What a tree takes, very roughly, for each byte of text, and beside that.
+// What a tree takes, very roughly, for each byte of text, and beside that. The pool's first block
+// has a bound of its own, far below texts for which the product would be too large.
 constexpr std::size_t kTreeBytesPerByte = 4;
 constexpr std::size_t kTreeBytesAtLeast = 512;
+constexpr std::size_t kLongText = std::size_t{1} << 24;
 
 Arena* PoolFor(std::size_t nText) {
-  return Arena::Create(kTreeBytesAtLeast + kTreeBytesPerByte * nText);
-}
-
-template <typename Container>
-Container& As(CompositeValue* pComposite) {
-  return *static_cast<Container*>(pComposite);
+  return Arena::Create(kTreeBytesAtLeast + kTreeBytesPerByte * std::min(nText, kLongText));
 }
 
 }  // namespace
@@ -45,55 +47,66 @@ Message& Message::operator=(const Message& source) {
 
 Message::~Message() {
   ReleaseRoot();
+  if (bOwnsText) delete[] pText;
   if (pArena != nullptr) {
     Arena::Destroy(pArena);
   }
 }
 
+// ---- The root -----------------------------------------------------------------------------------
+
 // The message is left without a root, and its pool rewound.
 void Message::ReleaseRoot() noexcept {
-  Storage::Release(pComposite);
+  Release(pComposite);
   pComposite = nullptr;
   eType = jtInvalid;
   if (pArena != nullptr) {
-    pArena->Rewind(0);
+    pArena->Rewind();
   }
 }
+
+// Every root that the library makes is made here.
+CompositeValue& Message::MakeRoot(Type type, std::uint32_t nReserve) {
+  ReleaseRoot();
+  if (pArena == nullptr) {
+    pArena = PoolFor(static_cast<std::size_t>(pEnd - pStart));
+  }
+  assert(pArena->IsRewound());
+  if (type == jtObject) {
+    pComposite = Storage::Make<ObjectValue>(pArena, nReserve);
+  } else {
+    pComposite = Storage::Make<ArrayValue>(pArena, nReserve);
+  }
+  eType = type;
+  return *pComposite;
+}
+
+CompositeValue& Storage::MakeRoot(Message& message, Type type, std::uint32_t nReserve) {
+  return message.MakeRoot(type, nReserve);
+}
+void Storage::ReleaseRoot(Message& message) noexcept { message.ReleaseRoot(); }
 
 // ---- Parsing ------------------------------------------------------------------------------------
 
 namespace {
 
-// An empty root in the pool, whose storage went with the rewound pool.
-template <typename Container>
-void EmptyInPool(Container& root, Arena& arena) {
-  Storage::Forget(root);
-  arena.Rewind(sizeof(Container));  // a root is the first thing taken from its pool
-}
+// A text of this many bytes, at least, is kept room for.
+constexpr std::size_t kShortText = 1024;
+
+// Room for so many times the longer of this text and the one before is kept.
+constexpr std::size_t kMostRoom = 4;
 
 }  // namespace
 
-// A root of the same kind is used again, at the same address.
-template <typename Container>
-Container& Message::PrepareRoot(Type type) {
-  if (pArena == nullptr) {
-    pArena = PoolFor(static_cast<std::size_t>(pEnd - pStart));
+// Replaces the message's text by a copy of `text`, which may be that text itself.
+char* Message::TakeCopy(const char* text, std::size_t nText) {
+  const std::size_t nLonger = std::max({nText, strText.size(), kShortText});
+  if (strText.capacity() / kMostRoom > nLonger) {
+    std::string(text, nText).swap(strText);
+  } else {
+    strText.assign(text, nText);
   }
-  if (pComposite != nullptr && eType == type) {
-    pComposite->Clear();
-    Container& root = As<Container>(pComposite);
-    if (Storage::InArena(root)) {
-      EmptyInPool(root, *pArena);
-    } else {
-      pArena->Rewind(0);
-    }
-    return root;
-  }
-  ReleaseRoot();
-  Container* const pRoot = Storage::Make<Container>(pArena, 0);
-  pComposite = pRoot;
-  eType = type;
-  return *pRoot;
+  return strText.data();
 }
 
 bool Message::Parse(const char* text, int length) {
@@ -104,11 +117,8 @@ bool Message::Parse(const char* text, int length) {
   if (nText > INT_MAX) {
     return false;  // lengths in the tree are ints
   }
-  char* pBuffer = const_cast<char*>(text);  // in place the caller gives up the text to us
-  if (!bInPlace) {
-    strText.assign(text, nText);
-    pBuffer = strText.data();
-  }
+  // In place the caller gives up the text to us.
+  char* const pBuffer = bInPlace ? const_cast<char*>(text) : TakeCopy(text, nText);
   char* const pBufferEnd = pBuffer + nText;
   const bool bEmpty = nText == 0 || *pBuffer == '\0';
   char* const pFirst = bEmpty ? pBuffer : Text<char>(pBufferEnd, kMaxNesting).SkipSpace(pBuffer);
@@ -120,7 +130,7 @@ bool Message::Parse(const char* text, int length) {
   pEnd = pBufferEnd;
   pCursor = pFirst;
   try {
-    return ReadTree();
+    return ReadTree(*pFirst == '{' ? jtObject : jtArray);
   } catch (...) {
     // An object that was not read to its end may lack its names, so nothing of the tree is kept.
     ReleaseRoot();
@@ -130,21 +140,43 @@ bool Message::Parse(const char* text, int length) {
 }
 
 // Reads the container at the cursor as the root.
-bool Message::ReadTree() {
-  Place place;
-  char* pNext = nullptr;
-  if (*pCursor == '{') {
-    ObjectValue& root = PrepareRoot<ObjectValue>(jtObject);
-    TreeReader reader(pEnd, pArena);
-    pNext = reader.ReadObjectInto(pCursor, root, place);
-    pCursor = pNext != nullptr ? pNext : reader.StoppedAt();
-  } else {
-    ArrayValue& root = PrepareRoot<ArrayValue>(jtArray);
-    TreeReader reader(pEnd, pArena);
-    pNext = reader.ReadArrayInto(pCursor, root, place);
-    pCursor = pNext != nullptr ? pNext : reader.StoppedAt();
+bool Message::ReadTree(Type type) {
+  const bool bHostRoot = pComposite != nullptr && eType == type && !Storage::InPool(*pComposite);
+  if (bHostRoot && type == jtObject) {
+    if (auto* const pRoot = dynamic_cast<ObjectValue*>(pComposite)) return FillHostRoot(*pRoot);
+  } else if (bHostRoot) {
+    if (auto* const pRoot = dynamic_cast<ArrayValue*>(pComposite)) return FillHostRoot(*pRoot);
   }
+  CompositeValue& root = MakeRoot(type, 0);
+  TreeReader reader(pEnd, pArena);
+  Place place;
+  char* const pNext = type == jtObject
+                          ? reader.ReadObjectInto(pCursor, static_cast<ObjectValue&>(root), place)
+                          : reader.ReadArrayInto(pCursor, static_cast<ArrayValue&>(root), place);
+  pCursor = pNext != nullptr ? pNext : reader.StoppedAt();
+  if (pNext == nullptr && bInPlace) OwnCutNumber(root, pEnd);
   return pNext != nullptr;
+}
+
+namespace {
+
+int ParseInto(ParseContext& context, ObjectValue& object) {
+  return Parser::ParseObject(context, object);
+}
+int ParseInto(ParseContext& context, ArrayValue& array) {
+  return Parser::ParseArray(context, array);
+}
+
+}  // namespace
+
+// A container that a host made the root stays the root, and is filled as one.
+template <typename Container>
+bool Message::FillHostRoot(Container& root) {
+  root.Clear();
+  ParseContext context{pStart, pEnd, pCursor};
+  ParseInto(context, root);
+  pCursor = context.pCursor;
+  return root.eType != jtInvalid;
 }
 
 // A text that holds no document. The tree of a copying message points into a text that is gone; the
@@ -177,38 +209,73 @@ void Message::CopyTo(Message& target) const {
     target.eType = eType;
     return;
   }
-  if (target.pArena == nullptr) {
-    target.pArena = PoolFor(target.strText.size());
+  try {
+    target.CopyRoot(*this);
+  } catch (...) {
+    target.ReleaseRoot();
+    throw;
   }
-  // The two buffers are unrelated, so their distance is one of addresses.
-  const std::ptrdiff_t nDelta = static_cast<std::ptrdiff_t>(
-      reinterpret_cast<std::uintptr_t>(target.pStart) - reinterpret_cast<std::uintptr_t>(pStart));
-  target.pComposite = TreeCopy(nDelta, target.pArena).Clone(*pComposite);
   target.eType = eType;
+}
+
+// REQUIRES: the message has a copy of the source's text, and the source has a root.
+void Message::CopyRoot(const Message& source) {
+  const CompositeValue& from = *source.pComposite;
+  const Storage::Kind kind = Storage::KindOf(from);
+  if (kind == Storage::Kind::kForeign) {
+    pComposite =
+        from.Clone(static_cast<std::ptrdiff_t>(reinterpret_cast<std::uintptr_t>(pStart) -
+                                               reinterpret_cast<std::uintptr_t>(source.pStart)));
+    return;
+  }
+  const bool bObject = kind == Storage::Kind::kObject;
+  CompositeValue& root = MakeRoot(bObject ? jtObject : jtArray, 0);
+  TreeCopy copy(source.pStart, source.pEnd, pStart, pArena);
+  if (bObject) {
+    copy.Append(static_cast<const ObjectValue&>(from), static_cast<ObjectValue&>(root));
+  } else {
+    copy.Append(static_cast<const ArrayValue&>(from), static_cast<ArrayValue&>(root));
+  }
 }
 
 // ---- Paths --------------------------------------------------------------------------------------
 
-const JSONValue& Message::Path(const char* path) const {
-  if (path == nullptr || *path == '\0') {
-    return None();
-  }
-  const JSONValue* pValue = this;
+namespace {
+
+// The value at a path that is not empty, or null; `lookup` finds one segment of it.
+template <typename Lookup>
+const JSONValue* Follow(const JSONValue* pValue, const char* path, Lookup lookup) {
   const char* pSegment = path;
   // A leading '.' is content. The path has a byte, so its NUL is at path + 1 or behind it; a
   // segment ends at a '.' or at the NUL, and only behind a '.' is there another one.
   const char* pSegmentEnd = path + 1 + std::strcspn(path + 1, ".");
   for (;;) {
-    pValue = pValue->GetByName(pSegment, static_cast<int>(pSegmentEnd - pSegment));
-    if (pValue == nullptr) {
-      return None();
-    }
-    if (*pSegmentEnd == '\0') {
-      return *pValue;
+    pValue = lookup(*pValue, pSegment, static_cast<int>(pSegmentEnd - pSegment));
+    if (pValue == nullptr || *pSegmentEnd == '\0') {
+      return pValue;
     }
     pSegment = pSegmentEnd + 1;
     pSegmentEnd = pSegment + std::strcspn(pSegment, ".");
   }
+}
+
+}  // namespace
+
+// A scalar is not handed out: nobody can change it. The way to a container is.
+const JSONValue& Message::Path(const char* path) const {
+  if (path == nullptr || *path == '\0') {
+    return None();
+  }
+  const JSONValue* const pFound =
+      Follow(this, path, [](const JSONValue& value, const char* name, int length) {
+        return Storage::Look(value, name, length);
+      });
+  if (pFound == nullptr || pFound->pComposite == nullptr) {
+    return pFound != nullptr ? *pFound : None();
+  }
+  return *Follow(this, path, [](const JSONValue& value, const char* name, int length) {
+    return static_cast<const JSONValue*>(value.GetByName(name, length));
+  });
 }
 
 }  // namespace JSON

@@ -1,43 +1,36 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // ObjectValue: members, names, and the lookup through the sorted name index. The sort itself is in
-// NameOrder.h, updates are in Update.cpp, copies in Copy.cpp, writing is in TreeSerialize.cpp.
+// NameOrder.h, updates are in Update.cpp, copies in TreeCopy.cpp, release is in TreeRelease.cpp,
+// writing in TreeSerialize.cpp.
 
 #include <algorithm>
 #include <cstring>
 
+#include "json/Items.h"
 #include "json/JSONValue.h"
 #include "json/NameOrder.h"
-#include "json/Storage.h"
+#include "json/TreeRelease.h"
 
 namespace JSON {
 
-ObjectValue::ObjectValue(int nReserve) : CompositeValue(false), avValues(nReserve) {
+ObjectValue::ObjectValue(int nReserve) : CompositeValue(Kind::kObject, false), avValues(nReserve) {
+  Items::HandOut(vNameMap);
   if (nReserve > 0) {
-    Storage::ReserveNames(*this, static_cast<std::size_t>(nReserve));
+    Items::Reserve(vNameMap, nullptr, static_cast<std::size_t>(nReserve));
   }
 }
 
 ObjectValue::~ObjectValue() {
   ObjectValue::Clear();
-  Storage::FreeNames(*this);
+  Items::Free(vNameMap);
 }
 
 int ObjectValue::Size() const { return avValues.Size(); }
 
 void ObjectValue::Clear() {
   avValues.Clear();
-  if (Storage::BorrowsNames(*this)) {
-    Storage::FreeNames(*this);  // nothing of borrowed names is ours
-    return;
-  }
-  NameMap* const pNames = Storage::Names(*this);
-  for (std::size_t i = 0; i < vNameMap.size(); ++i) {
-    if (pNames[i].bOwnsName) {
-      delete[] pNames[i].pName;
-    }
-  }
-  Storage::RemoveNames(*this);
+  ReleaseNames(*this);
 }
 
 void ObjectValue::AddValue(JSONValue& value) { avValues.AddValue(value); }
@@ -45,11 +38,10 @@ void ObjectValue::AddValue(JSONValue& value) { avValues.AddValue(value); }
 void ObjectValue::AddName(JSONValue& name) {
   NameMap entry;
   entry.pName = name.pText;
-  entry.nLength = name.nLength;
-  entry.nOrdinal = static_cast<int>(vNameMap.size());
-  Storage::AppendName(*this, entry);
-  Storage::NoteHeapIn(
-      Storage::ArenaOf(avValues));  // whoever adds names by hand may come to own them
+  entry.nLength = name.pText != nullptr ? name.nLength : 0;
+  entry.nOrdinal = static_cast<int>(Items::Count(vNameMap));
+  Items::Append(vNameMap, nullptr, entry);
+  Items::HandOut(vNameMap);  // the host may come to own what it adds
 }
 
 JSONValue* ObjectValue::GetByOrdinal(int ordinal) const { return avValues.GetByOrdinal(ordinal); }
@@ -65,14 +57,15 @@ bool ObjectValue::NameMap::Less(const NameMap& a, const NameMap& b) {
 }
 
 void ObjectValue::Sort() const {
-  const std::size_t nNames = vNameMap.size();
-  const int nValues = Size();
-  NameMap* const pNames = Storage::OwnNames(*this);
-  const UnsafeJSONValue* const pValues = Storage::Values(avValues);
+  const std::uint32_t nNames = Items::Count(vNameMap);
+  const std::uint32_t nValues = Items::Count(avValues.vValues);
+  NameMap* const pNames = Items::Own(vNameMap);
+  const UnsafeJSONValue* const pValues = Items::Data(avValues.vValues);
   SortNames(pNames, nNames);
-  for (std::size_t i = 0; i < nNames; ++i) {
-    if (pNames[i].nOrdinal < nValues) {  // a failed parse leaves a name without a value
-      pValues[pNames[i].nOrdinal].nNameIndex = static_cast<int>(i);
+  for (std::uint32_t i = 0; i < nNames; ++i) {
+    const auto nOrdinal = static_cast<std::uint32_t>(pNames[i].nOrdinal);
+    if (nOrdinal < nValues) {  // a failed parse leaves a name without a value
+      pValues[nOrdinal].nNameIndex = static_cast<int>(i);
     }
   }
   bSorted = true;
@@ -89,24 +82,29 @@ int ObjectValue::OrdinalOf(const char* name, int length) const {
   const auto compare = [name, nLength](const NameMap& entry) {
     return CompareNames(entry.pName, entry.nLength, name, nLength);
   };
-  const NameMap* const pFound =
-      std::lower_bound(vNameMap.cbegin(), vNameMap.cend(), 0,
-                       [&compare](const NameMap& entry, int) { return compare(entry) < 0; });
-  if (pFound == vNameMap.cend() || compare(*pFound) != 0) {
+  const NameMap* const pNames = Items::Data(vNameMap);
+  const NameMap* const pEnd = pNames + Items::Count(vNameMap);
+  const NameMap* const pFound = std::lower_bound(
+      pNames, pEnd, 0, [&compare](const NameMap& entry, int) { return compare(entry) < 0; });
+  if (pFound == pEnd || compare(*pFound) != 0) {
     return -1;
   }
   return pFound->nOrdinal;
 }
 
 const char* ObjectValue::NameAt(int ordinal) const {
-  const int nNames = static_cast<int>(vNameMap.size());
-  if (ordinal < 0 || ordinal >= nNames || ordinal >= Size()) {
+  const std::uint32_t nNames = Items::Count(vNameMap);
+  const auto nOrdinal = static_cast<std::uint32_t>(ordinal);
+  if (nOrdinal >= nNames || nOrdinal >= Items::Count(avValues.vValues)) {
     return nullptr;
   }
   if (!bSorted) {
     Sort();
   }
-  return Storage::Names(*this)[Storage::Values(avValues)[ordinal].nNameIndex].pName;
+  // An element that was added by hand may carry an index from elsewhere.
+  const auto nIndex =
+      static_cast<std::uint32_t>(Items::Data(avValues.vValues)[nOrdinal].nNameIndex);
+  return nIndex < nNames ? Items::Data(vNameMap)[nIndex].pName : nullptr;
 }
 
 }  // namespace JSON

@@ -6,8 +6,9 @@
 #include <algorithm>
 #include <typeinfo>
 
+#include "json/CutNumber.h"
+#include "json/Items.h"
 #include "json/JSONMessage.h"
-#include "json/Storage.h"
 #include "json/TreeReader.h"
 
 namespace JSON {
@@ -17,12 +18,24 @@ namespace {
 constexpr int kFailed = jtInvalid;
 
 // Puts the cursor where a reader ended.
-bool Advance(ParseContext& context, const TreeReader& reader, char* pNext) {
+void Advance(ParseContext& context, const TreeReader& reader, char* pNext) {
   context.pCursor = pNext != nullptr ? pNext : reader.StoppedAt();
-  return pNext != nullptr;
 }
 
-// Parses one scalar of the given kind into `value` by way of an array of one element.
+// The same for a reader that filled a container, which outlives what is known of the text's end.
+void Advance(ParseContext& context, const TreeReader& reader, char* pNext, CompositeValue& filled) {
+  Advance(context, reader, pNext);
+  if (pNext == nullptr) OwnCutNumber(filled, context.pEnd);
+}
+
+// The value was added to a container, which now owns what the fields refer to.
+void GiveUp(UnsafeJSONValue& value) {
+  value.pComposite = nullptr;
+  value.bOwnsText = false;
+}
+
+// Parses one scalar of the given kind into `value` by way of an array of one element. A private
+// text that the value had is released.
 int ParseScalar(ParseContext& context, UnsafeJSONValue& value) {
   TreeReader reader(context.pEnd, nullptr);
   ArrayValue holder(1);
@@ -33,6 +46,8 @@ int ParseScalar(ParseContext& context, UnsafeJSONValue& value) {
     const UnsafeJSONValue& parsed = holder.vValues[0];
     value.eType = parsed.eType;
     if (parsed.eType != jtInvalid) {
+      if (value.bOwnsText) delete[] value.pText;
+      value.bOwnsText = false;
       value.pText = parsed.pText;
       value.nLength = parsed.nLength;
     }
@@ -58,13 +73,13 @@ int Parser::ParseJSONValue(ParseContext& context, CompositeValue& parent) {
   TreeReader reader(context.pEnd, nullptr);
   ArrayValue holder(1);
   Place place;
-  Advance(context, reader, reader.ReadValue(context.pCursor, holder, place));
+  Advance(context, reader, reader.ReadValue(context.pCursor, holder, place), holder);
   if (holder.vValues.empty()) {
     return kFailed;
   }
   UnsafeJSONValue& value = holder.vValues[0];
   parent.AddValue(value);
-  value.pComposite = nullptr;  // the parent owns it now
+  GiveUp(value);
   return value.eType;
 }
 
@@ -72,19 +87,21 @@ namespace {
 
 // The name of the member at `nOrdinal`; names that are not sorted are in the members' order.
 UnsafeJSONValue NameOf(const ObjectValue& object, std::size_t nOrdinal) {
-  const UnsafeJSONValue* const pValues = Storage::Values(object.avValues);
   const std::size_t nAt =
-      object.bSorted ? static_cast<std::size_t>(pValues[nOrdinal].nNameIndex) : nOrdinal;
+      object.bSorted
+          ? static_cast<std::size_t>(Items::Data(object.avValues.vValues)[nOrdinal].nNameIndex)
+          : nOrdinal;
+  const ObjectValue::NameMap& entry = Items::Data(object.vNameMap)[nAt];
   UnsafeJSONValue name(jtString);
-  name.pText = object.vNameMap[nAt].pName;
-  name.nLength = object.vNameMap[nAt].nLength;
+  name.pText = entry.pName;
+  name.nLength = entry.nLength;
   return name;
 }
 
 void HandOver(ArrayValue& from, std::size_t nOrdinal, CompositeValue& to) {
   UnsafeJSONValue& value = from.vValues[nOrdinal];
   to.AddValue(value);
-  value.pComposite = nullptr;  // the new owner has it
+  GiveUp(value);
 }
 
 // A host's own kinds of object and array are filled through what they override: the text is read
@@ -121,10 +138,11 @@ int Parser::ParseObject(ParseContext& context, ObjectValue& object) {
   if (typeid(object) != typeid(ObjectValue)) {
     return ParseOwnKind(context, object);
   }
-  Storage::NoteHeapIn(Storage::ArenaOf(object.avValues));  // nested containers come from the heap
+  Items::HandOut(object.avValues.vValues);  // nested containers come from the heap
+  Items::HandOut(object.vNameMap);
   TreeReader reader(context.pEnd, nullptr);
   Place place;
-  Advance(context, reader, reader.ReadObjectInto(context.pCursor, object, place));
+  Advance(context, reader, reader.ReadObjectInto(context.pCursor, object, place), object);
   return object.eType;
 }
 
@@ -132,10 +150,10 @@ int Parser::ParseArray(ParseContext& context, ArrayValue& array) {
   if (typeid(array) != typeid(ArrayValue)) {
     return ParseOwnKind(context, array);
   }
-  Storage::NoteHeapIn(Storage::ArenaOf(array));
+  Items::HandOut(array.vValues);
   TreeReader reader(context.pEnd, nullptr);
   Place place;
-  Advance(context, reader, reader.ReadArrayInto(context.pCursor, array, place));
+  Advance(context, reader, reader.ReadArrayInto(context.pCursor, array, place), array);
   return array.eType;
 }
 

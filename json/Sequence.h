@@ -4,8 +4,13 @@
 // string index of an array are Sequences. It reads like a std::vector (size, index, iterators) and
 // its elements may be changed in place; only the containers themselves make it longer or shorter,
 // because its storage may lie in the memory pool of a message or be shared with sibling objects.
-// Reaching for changeable elements (through a Sequence that is not const) first gives a shared
-// Sequence storage of its own.
+// Access to the elements of a Sequence that is not const first gives a shared Sequence storage of
+// its own.
+//
+// A Sequence remembers that its elements were handed out, by itself or by a lookup of its
+// container. From then on they may own heap memory, so they are looked through when they are
+// released; elements in a memory pool that were never handed out own nothing and are dropped
+// unseen.
 //
 // Pointers and iterators into a Sequence stay valid until the container that holds it is next
 // changed. Not safe for use from several threads at once.
@@ -22,7 +27,15 @@
 
 namespace JSON {
 
-class Storage;  // the library's side: growth, borrowing, release
+class Items;  // the library's side: growth, sharing, release
+
+// Where the elements of a Sequence lie, and who releases their storage.
+enum class Home : std::uint8_t {
+  kNone,    // there is no storage
+  kHeap,    // a heap block of this sequence alone, which releases it
+  kPool,    // a piece of the message's memory pool that this sequence alone uses
+  kShared,  // a piece of the pool that siblings use as well: copied before it is changed
+};
 
 template <typename T>
 class Sequence {
@@ -38,41 +51,41 @@ class Sequence {
   using reverse_iterator = std::reverse_iterator<iterator>;
   using const_reverse_iterator = std::reverse_iterator<const_iterator>;
 
-  Sequence() noexcept : nCapacity(0), bOnHeap(0) {}
+  Sequence() noexcept = default;
   Sequence(const Sequence&) = delete;
   Sequence& operator=(const Sequence&) = delete;
 
   // Number of elements, and the number there is room for before the storage moves. A sequence with
-  // borrowed storage reports no room beyond its size.
+  // shared storage reports no room beyond its size.
   size_type size() const noexcept { return nSize; }
   size_type capacity() const noexcept { return nCapacity > nSize ? nCapacity : nSize; }
   bool empty() const noexcept { return nSize == 0; }
 
   // Element `i`. REQUIRES: i < size().
   T& operator[](size_type i) { return Own()[i]; }
-  const T& operator[](size_type i) const noexcept { return pItems[i]; }
+  const T& operator[](size_type i) const noexcept { return Look()[i]; }
 
   // The same with a check: std::out_of_range for an index that is too large.
   T& at(size_type i) { return Own()[Checked(i)]; }
-  const T& at(size_type i) const { return pItems[Checked(i)]; }
+  const T& at(size_type i) const { return Look()[Checked(i)]; }
 
   // First and last element. REQUIRES: not empty.
   T& front() { return Own()[0]; }
-  const T& front() const noexcept { return pItems[0]; }
+  const T& front() const noexcept { return Look()[0]; }
   T& back() { return Own()[nSize - 1]; }
-  const T& back() const noexcept { return pItems[nSize - 1]; }
+  const T& back() const noexcept { return Look()[nSize - 1]; }
 
   // The elements as one array; null when nothing was ever stored.
   T* data() { return Own(); }
-  const T* data() const noexcept { return pItems; }
+  const T* data() const noexcept { return Look(); }
 
   // From the first element to behind the last one.
   iterator begin() { return Own(); }
   iterator end() { return Own() + nSize; }
-  const_iterator begin() const noexcept { return pItems; }
-  const_iterator end() const noexcept { return pItems + nSize; }
-  const_iterator cbegin() const noexcept { return pItems; }
-  const_iterator cend() const noexcept { return pItems + nSize; }
+  const_iterator begin() const noexcept { return Look(); }
+  const_iterator end() const noexcept { return Look() + nSize; }
+  const_iterator cbegin() const noexcept { return Look(); }
+  const_iterator cend() const noexcept { return Look() + nSize; }
 
   // From the last element to before the first one.
   reverse_iterator rbegin() { return reverse_iterator(end()); }
@@ -81,31 +94,37 @@ class Sequence {
   const_reverse_iterator rend() const noexcept { return const_reverse_iterator(begin()); }
 
  private:
-  friend class Storage;
+  friend class Items;
   friend class ArrayValue;
 
-  // Without elements, with room for nRoom at pRoom, which belongs to somebody else.
+  // Without elements, with room for nRoom of them in a memory pool.
   Sequence(T* pRoom, std::uint32_t nRoom) noexcept
-      : pItems(pRoom), nCapacity(nRoom & 0x7FFFFFFFu), bOnHeap(0) {}
+      : pItems(pRoom), nCapacity(nRoom), eHome(pRoom != nullptr ? Home::kPool : Home::kNone) {}
 
   size_type Checked(size_type i) const {
     if (i >= nSize) throw std::out_of_range("JSON::Sequence::at");
     return i;
   }
 
-  // The elements, as storage that this sequence alone may change.
-  T* Own() {
-    if (nCapacity < nSize) {
-      Detach();
-    }
+  // The elements, to be read. A pointer inside one may still be used to change what it leads to.
+  const T* Look() const noexcept {
+    bHandedOut = true;
     return pItems;
   }
-  QXRECORDSET_EXPORT void Detach();  // replaces borrowed storage by a copy on the heap
+
+  // The elements, as storage that this sequence alone may change.
+  T* Own() {
+    bHandedOut = true;
+    if (eHome == Home::kShared) Detach();
+    return pItems;
+  }
+  QXRECORDSET_EXPORT void Detach();  // replaces shared storage by a copy on the heap
 
   T* pItems = nullptr;
-  std::uint32_t nSize = 0;       // elements
-  std::uint32_t nCapacity : 31;  // elements; below nSize when the storage is borrowed
-  std::uint32_t bOnHeap : 1;     // pItems was allocated for this sequence alone
+  std::uint32_t nSize = 0;          // elements
+  std::uint32_t nCapacity = 0;      // elements; 0 when the storage is shared
+  Home eHome = Home::kNone;         // of the storage
+  mutable bool bHandedOut = false;  // the elements may own heap memory
 };
 
 }  // namespace JSON

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <new>
 
-#include "json/Storage.h"
+#include "json/Items.h"
 
 namespace JSON {
 
@@ -55,8 +55,13 @@ Place* Shape::FindPlace(Arena& arena) {
   return new (arena.Allocate(sizeof(Place))) Place;
 }
 
-void Shape::CopyNames(ObjectValue& object) const {
-  ObjectValue::NameMap* const pNames = Storage::NewNames(object, static_cast<std::size_t>(nCount));
+void Shape::CopyNames(Arena& arena, ObjectValue& object) const {
+  Sequence<ObjectValue::NameMap>& names = object.vNameMap;
+  Items::Reserve(names, &arena, static_cast<std::size_t>(nCount));
+  for (int i = 0; i < nCount; ++i) {
+    Items::Append(names, &arena);
+  }
+  ObjectValue::NameMap* const pNames = Items::Data(names);
   for (const Shape* pShape = this; pShape != nullptr; pShape = pShape->pParent) {
     ObjectValue::NameMap& entry = pNames[pShape->nCount - 1];
     entry.pName = pShape->name.Text();
@@ -66,24 +71,24 @@ void Shape::CopyNames(ObjectValue& object) const {
 }
 
 void Shape::GiveNames(Arena& arena, ObjectValue& object) {
+  const UnsafeJSONValue* const pValues = Items::Data(object.avValues.vValues);
   if (pIndex == nullptr) {
     // The first object to end here sorts its names, and lends them to all that follow.
     const std::size_t nNames = static_cast<std::size_t>(nCount);
-    CopyNames(object);
+    CopyNames(arena, object);
     object.Sort();
     NameIndex* const pNew = new (arena.Allocate(sizeof(NameIndex))) NameIndex;
-    pNew->pNames = Storage::Names(object);
+    pNew->pNames = Items::Data(object.vNameMap);
     pNew->pPositions = static_cast<int*>(arena.Allocate(nNames * sizeof(int)));
     // A complete object has as many values as names.
     for (std::size_t i = 0; i < nNames; ++i) {
-      pNew->pPositions[i] = Storage::Values(object.avValues)[i].nNameIndex;
+      pNew->pPositions[i] = pValues[i].nNameIndex;
     }
-    Storage::LendNames(object);
-    pIndex = Storage::BorrowsNames(object) ? pNew : nullptr;
+    Items::Lend(object.vNameMap);
+    pIndex = pNew;
     return;
   }
-  Storage::BorrowNames(object, pIndex->pNames, static_cast<std::size_t>(nCount));
-  const UnsafeJSONValue* const pValues = Storage::Values(object.avValues);
+  Items::Share(object.vNameMap, pIndex->pNames, static_cast<std::size_t>(nCount));
   const int* const pPositions = pIndex->pPositions;
   // There are nCount positions, and as many values: the object is complete.
   for (int i = 0; i < nCount; ++i) {

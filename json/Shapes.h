@@ -76,7 +76,7 @@ struct Shape {
   void GiveNames(Arena& arena, ObjectValue& object);
 
   // Gives an object its own, unsorted names: it goes on, or ends, otherwise than shapes can tell.
-  void CopyNames(ObjectValue& object) const;
+  void CopyNames(Arena& arena, ObjectValue& object) const;
 
  private:
   Place* FindPlace(Arena& arena);

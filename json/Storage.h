@@ -1,37 +1,39 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Where a tree lies in memory, and who releases it: the library's side of Sequence, of the
-// containers and of the way back in a JSONValue.
+// Where containers lie, and who releases what.
 //
-// A container that the parser makes for a message lies in the message's pool (json/Arena.h) with
-// its elements; one made otherwise lies on the heap. Arrays in the pool carry the pool's address in
-// the word before their first item:
+// The containers that a message reads or copies lie in its memory pool (json/Arena.h), with their
+// elements and names right behind them; all others lie on the heap. The pool is released as a
+// whole, so one question is left: what in it owns memory outside of it, such as the text that an
+// update stored? The rule:
 //
-//   | Arena* | item 0 | item 1 | ... |
+//   Elements that were handed out are looked through when they are released. Elements in a pool
+//   that were never handed out own nothing, and neither does anything below them.
 //
-// An element finds item 0 (JSONValue::nWayBack) and with it the pool: that is how a pool learns
-// that its tree has come to own heap memory, without a pointer in every element. The member names
-// of a container in the pool are borrowed storage: sibling objects may share them, so they are
-// copied to the heap before anybody changes them.
+// It holds because a container is reached from outside only through an element of its parent, and
+// whatever gives access to elements (a lookup, an update, Sequence itself) notes that in the parent
+// before. A const lookup that ends at a scalar hands out nothing: there is nothing to change.
+// Builds with assertions look through everything and check the rule.
 
 #ifndef QXRECORDSET_JSON_STORAGE_H
 #define QXRECORDSET_JSON_STORAGE_H
 
-#include <climits>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <new>
+#include <typeinfo>
 
 #include "json/Arena.h"
+#include "json/Items.h"
 #include "json/JSONValue.h"
-#include "text/Block.h"
 
 namespace JSON {
 
+class Message;
+
 class Storage {
  public:
-  using NameMap = ObjectValue::NameMap;
+  using Kind = CompositeValue::Kind;
 
   // ---- Containers -------------------------------------------------------------------------------
 
@@ -44,214 +46,51 @@ class Storage {
     }
     constexpr std::size_t nContainer =
         (sizeof(Container) + Arena::kAlignment - 1) / Arena::kAlignment * Arena::kAlignment;
-    const std::size_t nRoom = nReserve != 0 ? kHeader + nReserve * sizeof(UnsafeJSONValue) : 0;
-    char* const p = static_cast<char*>(pArena->Allocate(nContainer + nRoom));
-    UnsafeJSONValue* pItems = nullptr;
-    if (nReserve != 0) {
-      // The room that was just taken, behind the container; all its parts keep the alignment.
-      new (p + nContainer) Arena*(pArena);
-      pItems = reinterpret_cast<UnsafeJSONValue*>(p + nContainer + kHeader);
-    }
-    return new (p) Container(pArena, true, pItems, nReserve);
+    char* const p = static_cast<char*>(
+        pArena->Allocate(nContainer + std::size_t{nReserve} * sizeof(UnsafeJSONValue)));
+    // The room that was just taken, behind the container; all its parts keep the alignment.
+    UnsafeJSONValue* const pItems =
+        nReserve != 0 ? reinterpret_cast<UnsafeJSONValue*>(p + nContainer) : nullptr;
+    return new (p) Container(pItems, nReserve);
   }
 
-  // Releases a container and everything it owns.
-  static void Release(CompositeValue* pComposite) noexcept;
+  static bool InPool(const CompositeValue& composite) noexcept { return composite.bInPool; }
 
-  static bool InArena(const CompositeValue& composite) { return composite.bInArena; }
-  static Arena* ArenaOf(const ArrayValue& array) { return array.pArena; }
+  // What the container is, exactly: a host's subclass of ours is as foreign as a class of its own.
+  static Kind KindOf(const CompositeValue& composite) noexcept {
+    if (composite.bInPool) return composite.eKind;  // a host's own never lies there
+    const std::type_info& kind =
+        composite.eKind == Kind::kArray ? typeid(ArrayValue) : typeid(ObjectValue);
+    return typeid(composite) == kind ? composite.eKind : Kind::kForeign;
+  }
 
-  // An empty container in a rewound pool has lost its storage.
-  static void Forget(ArrayValue& array) noexcept {
-    Forget(array.vValues);
-    FreeItems(array.vOrdinalMap);
+  // The elements or member values. REQUIRES: the container is of ours, or a subclass.
+  static ArrayValue& ElementsOf(CompositeValue& composite) noexcept {
+    return composite.eKind == Kind::kArray ? static_cast<ArrayValue&>(composite)
+                                           : static_cast<ObjectValue&>(composite).avValues;
   }
-  static void Forget(ObjectValue& object) noexcept {
-    Forget(object.avValues);
-    FreeItems(object.vNameMap);
+  static const ArrayValue& ElementsOf(const CompositeValue& composite) noexcept {
+    return ElementsOf(const_cast<CompositeValue&>(composite));
   }
+
+  // The root of a message, which is the first thing in its pool, so that it has the same address
+  // each time. MakeRoot() releases what root there is. Defined with the message.
+  static CompositeValue& MakeRoot(Message& message, Type type, std::uint32_t nReserve);
+  static void ReleaseRoot(Message& message) noexcept;
 
   // ---- Elements ---------------------------------------------------------------------------------
 
-  // Room for `nCount` elements in all, and one more element, built from the arguments.
-  static void Reserve(ArrayValue& array, std::size_t nCount) {
-    if (nCount > array.vValues.nCapacity) {
-      Grow(array.vValues, nCount, array.pArena);
-    }
-  }
-  static UnsafeJSONValue& Append(ArrayValue& array, Type type, const char* pText, int nLength,
-                                 int nNameIndex, CompositeValue* pComposite) {
-    Sequence<UnsafeJSONValue>& values = array.vValues;
-    if (values.nSize == values.nCapacity) {
-      GrowForOne(values, array.pArena);
-    }
-    const std::uint32_t nOrdinal = values.nSize++;
-    return *new (values.pItems + nOrdinal)
-        UnsafeJSONValue(type, pText, nLength, nNameIndex, pComposite, WayBack(nOrdinal));
-  }
+  // What a lookup in the value finds, or null, without handing it out where value and container are
+  // of ours. For callers that give away no way to change it.
+  static const JSONValue* Look(const JSONValue& value, const char* name, int length);
 
-  // Gives back the room beyond the elements when it lies at the end of the pool.
-  static void Trim(ArrayValue& array) noexcept {
-    if (array.vValues.nCapacity != array.vValues.nSize) {
-      TrimRoom(array);
-    }
-  }
+  // The ordinal that a name spells, or -1 when there is no such element.
+  static int OrdinalIn(const ArrayValue& elements, const char* name);
 
-  // Removes all items; the room stays.
-  template <typename T>
-  static void Truncate(Sequence<T>& items) noexcept {
-    items.nSize = 0;
-  }
-
-  // ---- Names and the string index ---------------------------------------------------------------
-
-  static void AppendName(ObjectValue& object, const NameMap& name) {
-    ReserveNameForOne(object);
-    Sequence<NameMap>& names = object.vNameMap;
-    new (names.pItems + names.nSize++) NameMap(name);
-  }
-  static void ReserveNameForOne(ObjectValue& object) {
-    if (object.vNameMap.nSize >= object.vNameMap.nCapacity) {
-      GrowForOne(object.vNameMap, object.avValues.pArena);
-    }
-  }
-  static void ReserveNames(ObjectValue& object, std::size_t nCount) {
-    if (nCount > object.vNameMap.nCapacity) {
-      Grow(object.vNameMap, nCount, object.avValues.pArena);
-    }
-  }
-
-  // `nCount` names in place of those there are, for the caller to fill.
-  static NameMap* NewNames(ObjectValue& object, std::size_t nCount) {
-    ReserveNames(object, nCount);
-    object.vNameMap.nSize = static_cast<std::uint32_t>(nCount);
-    for (std::size_t i = 0; i < nCount; ++i) {
-      new (object.vNameMap.pItems + i) NameMap;
-    }
-    return object.vNameMap.pItems;
-  }
-
-  // The names as they lie in memory, for readers and for the library's own index work.
-  static NameMap* Names(const ObjectValue& object) { return object.vNameMap.pItems; }
-  static std::size_t NameCount(const ObjectValue& object) { return object.vNameMap.nSize; }
-  static std::uint32_t Count(const ArrayValue& array) { return array.vValues.nSize; }
-  static std::uint32_t Count(const ObjectValue& object) { return object.avValues.vValues.nSize; }
-  static UnsafeJSONValue* Values(const ArrayValue& array) { return array.vValues.pItems; }
-  static bool BorrowsNames(const ObjectValue& object) {
-    return object.vNameMap.nCapacity < object.vNameMap.nSize;
-  }
-
-  // Makes `object` use `nCount` names that lie in its pool, as borrowed storage.
-  static void BorrowNames(const ObjectValue& object, NameMap* pNames, std::size_t nCount) noexcept {
-    FreeItems(object.vNameMap);
-    object.vNameMap.pItems = pNames;
-    object.vNameMap.nSize = static_cast<std::uint32_t>(nCount);
-    object.vNameMap.nCapacity = 0;
-    object.vNameMap.bOnHeap = 0;
-  }
-
-  // From now on names that lie in the pool may be shared, and are changed in a copy only.
-  static void LendNames(const ObjectValue& object) noexcept {
-    if (object.bInArena && object.vNameMap.bOnHeap == 0) {
-      object.vNameMap.nCapacity = 0;
-    }
-  }
-
-  // Names that the object alone may change.
-  static NameMap* OwnNames(const ObjectValue& object) { return object.vNameMap.Own(); }
-
-  // Removes all names. Their room stays, unless it is on the heap and the object in a pool: then
-  // nobody would release it.
-  static void RemoveNames(ObjectValue& object) noexcept {
-    if (object.bInArena) {
-      FreeItems(object.vNameMap);
-    }
-    Truncate(object.vNameMap);
-  }
-
-  // Releases the names' storage; the entries' own texts are the caller's business.
-  static void FreeNames(ObjectValue& object) noexcept { FreeItems(object.vNameMap); }
-  static void CutNames(const ObjectValue& object, std::size_t nCount) noexcept {
-    object.vNameMap.nSize = static_cast<std::uint32_t>(nCount);
-  }
-
-  // REQUIRES: room for the entry.
-  static void AppendEntry(const ArrayValue& array, const ArrayValue::OrdinalMap& entry) {
-    Sequence<ArrayValue::OrdinalMap>& entries = array.vOrdinalMap;
-    new (entries.pItems + entries.nSize++) ArrayValue::OrdinalMap(entry);
-  }
-  static void ReserveEntries(const ArrayValue& array, std::size_t nCount) {
-    if (nCount > array.vOrdinalMap.nCapacity) {
-      Grow(array.vOrdinalMap, nCount, array.pArena);
-    }
-  }
-
-  // Releases the storage of all of a container's sequences.
-  static void FreeAll(ArrayValue& array) noexcept {
-    FreeItems(array.vValues);
-    FreeItems(array.vOrdinalMap);
-  }
-
-  // ---- Heap memory owned from within a pool -----------------------------------------------------
-
-  static void NoteHeapIn(Arena* pArena) noexcept {
-    if (pArena != nullptr) {
-      pArena->bOwnsHeap = true;
-    }
-  }
-  // The value, wherever it lies, is about to own heap memory.
-  static void NoteHeapAt(const JSONValue& value) noexcept {
-    if (value.nWayBack != 0) {
-      NoteHeapIn(ArenaOfElement(value));
-    }
-  }
-
-  // A private copy of a text (null for null), as values and names own it: released with delete[].
-  static char* CopyText(const char* pText, std::size_t nLength) {
-    char* const pCopy = new char[nLength + 1];
-    std::memcpy(pCopy, pText, nLength);
-    pCopy[nLength] = '\0';
-    return pCopy;
-  }
-
- private:
-  template <typename T>
-  friend class Sequence;
-
-  // The way from an element to item 0 goes in steps: to the ordinal without its lowest one bit, and
-  // so on. An element keeps the number of that bit, plus one; item 0 keeps kFront.
-  static constexpr std::uint8_t kFront = 32;
-  static std::uint8_t WayBack(std::uint32_t nOrdinal) {
-    return static_cast<std::uint8_t>(1 + LowestBit(nOrdinal | 1u << (kFront - 1)));
-  }
-  static void TrimRoom(ArrayValue& array) noexcept;
-  static Arena* ArenaOfElement(const JSONValue& value) noexcept;
-
-  // The word that Grow() puts before items in a pool.
-  static constexpr std::size_t kHeader = Arena::kAlignment;
-  static Arena* ArenaBefore(const void* pItems) noexcept {
-    return *reinterpret_cast<Arena* const*>(static_cast<const char*>(pItems) - kHeader);
-  }
-
-  template <typename T>
-  static void Grow(Sequence<T>& items, std::size_t nCapacity, Arena* pArena);
-  template <typename T>
-  static void GrowForOne(Sequence<T>& items, Arena* pArena);
-
-  template <typename T>
-  static void Forget(Sequence<T>& items) noexcept {
-    items.pItems = nullptr;
-    items.nSize = 0;
-    items.nCapacity = 0;
-    items.bOnHeap = 0;
-  }
-  template <typename T>
-  static void FreeItems(Sequence<T>& items) noexcept {
-    if (items.bOnHeap != 0) {
-      // Grow() allocated the items with kHeader bytes in front.
-      ::operator delete(reinterpret_cast<char*>(items.pItems) - kHeader);
-    }
-    Forget(items);
+  // One more element, in the pool or, when there is none, on the heap.
+  static UnsafeJSONValue& Append(ArrayValue& array, Arena* pArena, Type type, const char* pText,
+                                 int nLength, int nNameIndex, CompositeValue* pComposite) {
+    return Items::Append(array.vValues, pArena, type, pText, nLength, nNameIndex, pComposite);
   }
 };
 

@@ -2,39 +2,59 @@
 //
 // Copying a tree for another text buffer. Texts and names that lie in the source's buffer are not
 // copied: their pointers move by the distance between the two buffers. Owned ones are duplicated.
+//
+// The copy of a message knows the buffer, and duplicates what lies elsewhere as well: a value that
+// came from another document, or a text that a host put there. Then nothing in the copy depends on
+// anything but the copy.
 
 #ifndef QXRECORDSET_JSON_TREECOPY_H
 #define QXRECORDSET_JSON_TREECOPY_H
 
 #include <cstddef>
+#include <cstdint>
 
 #include "json/JSONValue.h"
+#include "json/Levels.h"
 
 namespace JSON {
 
+class Arena;
+
 class TreeCopy {
  public:
-  // The copy's containers are taken from `pTarget`, or from the heap when it is null.
-  TreeCopy(std::ptrdiff_t nDelta, Arena* pTarget) : nDelta_(nDelta), pArena_(pTarget) {}
+  // A copy on the heap in which every text that is not owned moves by `nDelta` bytes.
+  explicit TreeCopy(std::ptrdiff_t nDelta);
 
-  // A new container with copies of everything in `source`, which a host's own kind makes itself.
-  CompositeValue* Clone(const CompositeValue& source);
+  // A copy for a buffer at pTo of what belongs to the buffer from pFrom to pFromEnd, in a pool.
+  TreeCopy(const char* pFrom, const char* pFromEnd, const char* pTo, Arena* pPool);
 
-  // The same for one of the two kinds there are, or of its subclasses: a Container it will be.
-  template <typename Container>
-  Container* CloneAs(const Container& source);
-
-  // Appends copies to a container that is there already.
+  // Appends copies of what `source` holds. Every step leaves a target that can be released.
   void Append(const ArrayValue& source, ArrayValue& target);
   void Append(const ObjectValue& source, ObjectValue& target);
 
  private:
-  void AppendNames(const ObjectValue& source, ObjectValue& target);
+  // An array of which the elements before pNext are copied.
+  struct Level {
+    const UnsafeJSONValue* pNext;
+    const UnsafeJSONValue* pEnd;
+    ArrayValue* pTarget;
+  };
 
+  void Enter(const ArrayValue& source, ArrayValue& target);
+  void Run();
+  bool CopyElements(Level& level);
+  void CopyContainer(const CompositeValue& source, ArrayValue& holder, UnsafeJSONValue& copy);
+  void CopyNames(const ObjectValue& source, ObjectValue& target);
+  bool CopyName(const ObjectValue::NameMap& source, ObjectValue& target);
+
+  bool MovesAlong(const char* pText) const;
   const char* Moved(const char* pText) const;
 
-  const std::ptrdiff_t nDelta_;
-  Arena* const pArena_;
+  const std::uintptr_t nFrom_;      // where the buffer begins whose texts move along,
+  const std::uintptr_t nFromSize_;  // its bytes,
+  const std::uintptr_t nDelta_;     // and how far they move
+  Arena* const pPool_;              // where the copy's containers come from; null: the heap
+  Levels<Level> levels_;
 
   // Sibling objects that share their names share them in the copy, too.
   const ObjectValue::NameMap* pSharedSource_ = nullptr;

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "json/Items.h"
 #include "json/Storage.h"
 
 namespace JSON {
@@ -20,8 +21,9 @@ namespace {
 constexpr std::uint32_t kMostExpected = 64;
 constexpr std::uint32_t kHeapReserve = 4;
 
-void AppendScalar(ArrayValue& parent, Type type, const char* pText, std::ptrdiff_t nLength) {
-  Storage::Append(parent, type, pText, static_cast<int>(nLength), 0, nullptr);
+QXRECORDSET_HOT void AppendScalar(ArrayValue& parent, Arena* pArena, Type type, const char* pText,
+                                  std::ptrdiff_t nLength) {
+  Storage::Append(parent, pArena, type, pText, static_cast<int>(nLength), 0, nullptr);
 }
 
 }  // namespace
@@ -54,16 +56,16 @@ QXRECORDSET_HOT char* TreeReader::ReadInline(char* p, ArrayValue& parent, Place&
   if (c == '"') {
     const Content content = ReadString(p);
     if (content.pNext != nullptr) {
-      AppendScalar(parent, jtString, p + 1, content.nLength);
+      AppendScalar(parent, pArena_, jtString, p + 1, content.nLength);
       return content.pNext;
     }
-    AppendScalar(parent, jtInvalid, nullptr, 0);
+    AppendScalar(parent, pArena_, jtInvalid, nullptr, 0);
     return nullptr;
   }
   if (BeginsNumber(c)) {
     bool bReal = false;
     char* const pNext = ScanNumber(p, text_.pEnd, bReal);
-    AppendScalar(parent, bReal ? jtDouble : jtInteger, p, pNext - p);
+    AppendScalar(parent, pArena_, bReal ? jtDouble : jtInteger, p, pNext - p);
     return pNext;
   }
   return ReadOther(p, parent, place);
@@ -98,10 +100,10 @@ char* TreeReader::ReadOther(char* p, ArrayValue& parent, Place& place) {
       return text_.Fail(p);  // no value begins here, or the text ends
   }
   if (pNext == nullptr) {
-    AppendScalar(parent, jtInvalid, nullptr, 0);
+    AppendScalar(parent, pArena_, jtInvalid, nullptr, 0);
     return nullptr;
   }
-  AppendScalar(parent, type, p, pNext - p);
+  AppendScalar(parent, pArena_, type, p, pNext - p);
   return pNext;
 }
 
@@ -110,7 +112,7 @@ char* TreeReader::ReadOther(char* p, ArrayValue& parent, Place& place) {
 template <typename Container>
 char* TreeReader::ReadContainer(char* p, ArrayValue& parent, Place& place) {
   constexpr bool bObject = std::is_same_v<Container, ObjectValue>;
-  UnsafeJSONValue& element = Storage::Append(parent, jtInvalid, nullptr, 0, 0, nullptr);
+  UnsafeJSONValue& element = Storage::Append(parent, pArena_, jtInvalid, nullptr, 0, 0, nullptr);
   const std::uint32_t nSeen = std::min(bObject ? place.nMembers : place.nElements, kMostExpected);
   Container* const pContainer =
       Storage::Make<Container>(pArena_, pArena_ != nullptr ? nSeen : kHeapReserve);
@@ -191,11 +193,11 @@ QXRECORDSET_HOT char* FindScalar(char* p, char* pEnd, Scalar& scalar) {
   return scalar.pEnd;
 }
 
-QXRECORDSET_HOT void Take(const Scalar& scalar, ArrayValue& parent) {
+QXRECORDSET_HOT void Take(const Scalar& scalar, ArrayValue& parent, Arena* pArena) {
   if (scalar.type == jtString) {
     *scalar.pEnd = '\0';
   }
-  AppendScalar(parent, scalar.type, scalar.pText, scalar.pEnd - scalar.pText);
+  AppendScalar(parent, pArena, scalar.type, scalar.pText, scalar.pEnd - scalar.pText);
 }
 
 // White space at p. A single blank, the usual case, is no work for a loop. REQUIRES: 2 bytes at p.
@@ -266,7 +268,7 @@ Due TreeReader::ReadPlainMembers(char*& p, ArrayValue& values, Place& place, Sha
     if (pBehind != nullptr) {
       pBehind = FindSeparator(pBehind, pLimit, pEnd, '}');
       if (pBehind == nullptr) break;
-      Take(scalar, values);
+      Take(scalar, values, pArena_);
     } else if (!BeginsContainer(*pValue)) {
       break;
     }
@@ -318,7 +320,7 @@ QXRECORDSET_HOT Due TreeReader::ReadPlainElements(char*& p, ArrayValue& array, P
       pBehind = FindScalar(pValue, pEnd, scalar);
       if (pBehind != nullptr) pBehind = FindSeparator(pBehind, pLimit, pEnd, ']');
       if (pBehind == nullptr) break;
-      Take(scalar, array);
+      Take(scalar, array, pArena_);
     }
     pDue = pBehind + 1;
     if (*pBehind == ']') {
@@ -341,7 +343,7 @@ class ArraySink {
 
   char* Element(char* p) { return reader_.ReadInline(p, array_, place_); }
   QXRECORDSET_HOT Due Shortcut(char*& p) { return reader_.ReadPlainElements(p, array_, place_); }
-  void Missing() { AppendScalar(array_, jtNull, nullptr, 0); }
+  void Missing() { AppendScalar(array_, reader_.Pool(), jtNull, nullptr, 0); }
 
  private:
   TreeReader& reader_;
@@ -359,8 +361,8 @@ QXRECORDSET_HOT char* TreeReader::Fill(char* p, ArrayValue& array, Place& place)
     return nullptr;
   }
   array.eType = jtArray;
-  place.nElements = Storage::Count(array);
-  Storage::Trim(array);
+  place.nElements = Items::Count(array.vValues);
+  Items::Trim(array.vValues, pArena_);
   return pNext;
 }
 
@@ -415,15 +417,13 @@ class ObjectSink {
       return;
     }
     object_.Sort();
-    Storage::LendNames(object_);
   }
 
   // The object failed: it keeps its names in document order, the one whose value failed included.
   void Abandon() {
     if (pShape_ != nullptr) {
-      pShape_->CopyNames(object_);
+      pShape_->CopyNames(*reader_.Pool(), object_);
     }
-    Storage::LendNames(object_);
   }
 
  private:
@@ -448,8 +448,8 @@ QXRECORDSET_HOT char* TreeReader::Fill(char* p, ObjectValue& object, Place& plac
     return nullptr;
   }
   object.eType = jtObject;
-  place.nMembers = Storage::Count(object);
-  Storage::Trim(object.avValues);
+  place.nMembers = Items::Count(object.avValues.vValues);
+  Items::Trim(object.avValues.vValues, pArena_);
   return pNext;
 }
 
@@ -464,8 +464,8 @@ char* TreeReader::ReadOwnName(char* pQuote, ObjectValue& object) {
     ObjectValue::NameMap entry;
     entry.pName = pQuote + 1;
     entry.nLength = name.nLength;
-    entry.nOrdinal = static_cast<int>(object.vNameMap.size());
-    Storage::AppendName(object, entry);
+    entry.nOrdinal = static_cast<int>(Items::Count(object.vNameMap));
+    Items::Append(object.vNameMap, pArena_, entry);
   }
   return name.pNext;
 }
@@ -490,7 +490,7 @@ TreeReader::Step TreeReader::ReadName(char* pQuote, ObjectValue& object, Shape* 
     return {name.pNext, Shape::Add(*pArena_, pShape, ppLonger, pName, name.nLength)};
   }
   if (pShape != nullptr) {
-    pShape->CopyNames(object);
+    pShape->CopyNames(*pArena_, object);
   }
   return {ReadOwnName(pQuote, object), nullptr};
 }

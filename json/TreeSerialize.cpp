@@ -1,26 +1,21 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // A tree writes itself as compact JSON text. Scalars are written from the text they hold, numbers
-// as far as their bytes can belong to one.
+// as far as their bytes can belong to one. A host's own containers write themselves.
 
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "json/Items.h"
 #include "json/JSONSerialize.h"
 #include "json/JSONValue.h"
+#include "json/Levels.h"
+#include "json/ScalarText.h"
 #include "json/Storage.h"
 
 namespace JSON {
 namespace {
-
-bool IsIntegerByte(char c) { return (c >= '0' && c <= '9') || c == '+' || c == '-'; }
-bool IsRealByte(char c) { return IsIntegerByte(c) || c == '.' || c == 'e' || c == 'E'; }
-
-void AppendNumber(std::string& output, const JSONValue& value, bool (*isByte)(char)) {
-  std::size_t n = 0;
-  const std::size_t nLength = static_cast<std::size_t>(value.nLength);
-  while (n < nLength && isByte(value.pText[n])) {
-    ++n;
-  }
-  output.append(value.pText, n);
-}
 
 void AppendQuoted(std::string& output, const char* pText) {
   output += '"';
@@ -29,6 +24,103 @@ void AppendQuoted(std::string& output, const char* pText) {
   }
   output += '"';
 }
+
+// REQUIRES: the value has no container.
+void AppendScalar(std::string& output, const JSONValue& value) {
+  switch (value.eType) {
+    case jtString:
+      AppendQuoted(output, value.pText);
+      break;
+    case jtInteger:
+    case jtDouble:
+      output += ScalarText(value);
+      break;
+    case jtBoolean:
+      output += value.pText != nullptr && *value.pText == 't' ? "true" : "false";
+      break;
+    default:
+      output += "null";
+      break;
+  }
+}
+
+class TreeWriter {
+ public:
+  explicit TreeWriter(std::string& output) : output_(output) {}
+
+  // Writes a container of ours with everything below it; false when it met an empty value.
+  bool Write(const ArrayValue& array) {
+    Open(array);
+    return WriteLevels();
+  }
+  bool Write(const ObjectValue& object) {
+    Open(object);
+    return WriteLevels();
+  }
+
+ private:
+  // A container of which the elements before nNext are written.
+  struct Level {
+    const ArrayValue* pElements;
+    const ObjectValue* pObject;  // null for an array
+    std::uint32_t nNext;
+  };
+
+  void Open(const ArrayValue& array) {
+    output_ += '[';
+    levels_.Push({&array, nullptr, 0});
+  }
+  void Open(const ObjectValue& object) {
+    if (!object.bSorted) object.Sort();  // every member's nNameIndex leads to its name
+    output_ += '{';
+    levels_.Push({&object.avValues, &object, 0});
+  }
+
+  bool WriteLevels() {
+    while (!levels_.IsEmpty()) {
+      if (!WriteElements(levels_.Innermost())) return false;
+    }
+    return true;
+  }
+
+  // Writes elements up to the end of the level, or up to a container, which is then the innermost.
+  bool WriteElements(Level& level) {
+    const Sequence<UnsafeJSONValue>& values = level.pElements->vValues;
+    while (level.nNext != Items::Count(values)) {
+      const UnsafeJSONValue& value = Items::Data(values)[level.nNext];
+      if (level.nNext++ != 0) output_ += ',';
+      if (level.pObject != nullptr) WriteName(*level.pObject, value);
+      if (value.eType == jtNone) return false;
+      if (value.pComposite == nullptr) {
+        AppendScalar(output_, value);
+        continue;
+      }
+      switch (Storage::KindOf(*value.pComposite)) {
+        case Storage::Kind::kArray:
+          Open(static_cast<const ArrayValue&>(*value.pComposite));
+          return true;
+        case Storage::Kind::kObject:
+          Open(static_cast<const ObjectValue&>(*value.pComposite));
+          return true;
+        case Storage::Kind::kForeign:
+          if (!value.pComposite->Serialize(output_)) return false;
+      }
+    }
+    output_ += level.pObject != nullptr ? '}' : ']';
+    levels_.Pop();
+    return true;
+  }
+
+  void WriteName(const ObjectValue& object, const JSONValue& value) {
+    const auto nName = static_cast<std::uint32_t>(value.nNameIndex);
+    const bool bNamed = nName < Items::Count(object.vNameMap);
+    AppendQuoted(output_, bNamed ? Items::Data(object.vNameMap)[nName].pName : nullptr);
+    output_ += ':';
+  }
+
+  std::string& output_;
+  Levels<Level> levels_;
+};
 
 }  // namespace
 
@@ -39,62 +131,11 @@ bool JSONValue::Serialize(std::string& output) const {
   if (pComposite != nullptr) {
     return pComposite->Serialize(output);
   }
-  switch (eType) {
-    case jtString:
-      AppendQuoted(output, pText);
-      break;
-    case jtInteger:
-      AppendNumber(output, *this, IsIntegerByte);
-      break;
-    case jtDouble:
-      AppendNumber(output, *this, IsRealByte);
-      break;
-    case jtBoolean:
-      output += nLength > 0 && pText[0] == 't' ? "true" : "false";
-      break;
-    default:
-      output += "null";
-      break;
-  }
+  AppendScalar(output, *this);
   return true;
 }
 
-bool ArrayValue::Serialize(std::string& output) const {
-  output += '[';
-  const UnsafeJSONValue* const pValues = Storage::Values(*this);
-  for (std::size_t i = 0; i < vValues.size(); ++i) {
-    if (i != 0) {
-      output += ',';
-    }
-    if (!pValues[i].Serialize(output)) {
-      return false;
-    }
-  }
-  output += ']';
-  return true;
-}
-
-bool ObjectValue::Serialize(std::string& output) const {
-  if (!bSorted) {
-    Sort();
-  }
-  output += '{';
-  const UnsafeJSONValue* const pValues = Storage::Values(avValues);
-  const NameMap* const pNames = Storage::Names(*this);
-  const std::size_t nNames = vNameMap.size();
-  for (std::size_t i = 0; i < avValues.vValues.size(); ++i) {
-    if (i != 0) {
-      output += ',';
-    }
-    const std::size_t nName = static_cast<std::size_t>(pValues[i].nNameIndex);
-    AppendQuoted(output, nName < nNames ? pNames[nName].pName : nullptr);
-    output += ':';
-    if (!pValues[i].Serialize(output)) {
-      return false;
-    }
-  }
-  output += '}';
-  return true;
-}
+bool ArrayValue::Serialize(std::string& output) const { return TreeWriter(output).Write(*this); }
+bool ObjectValue::Serialize(std::string& output) const { return TreeWriter(output).Write(*this); }
 
 }  // namespace JSON

@@ -3,13 +3,18 @@
 // Changing a tree in place. An update stores a private copy of the new text in the slot it names;
 // the copy is made before anything is released, because the text may come from what is replaced.
 
-#include <algorithm>
+#include <climits>
 #include <cstring>
 #include <memory>
+#include <new>
+#include <typeinfo>
 
+#include "json/Items.h"
+#include "json/JSONMessage.h"
 #include "json/JSONSerialize.h"
 #include "json/JSONValue.h"
 #include "json/Storage.h"
+#include "json/TreeRelease.h"
 
 namespace JSON {
 namespace {
@@ -17,12 +22,16 @@ namespace {
 // Containers made by updates start with room for this many elements.
 constexpr int kNewContainerReserve = 4;
 
-// A private copy of a text that nobody owns yet. A null text has no copy.
+// A private copy of a text that nobody owns yet. A null text has no copy. Lengths are ints, so
+// there is no memory for a longer one.
 class PrivateText {
  public:
-  explicit PrivateText(const char* pText)
-      : nLength_(pText != nullptr ? std::strlen(pText) : 0),
-        pCopy_(pText != nullptr ? Storage::CopyText(pText, nLength_) : nullptr) {}
+  explicit PrivateText(const char* pText) : nLength_(pText != nullptr ? std::strlen(pText) : 0) {
+    if (nLength_ > INT_MAX) throw std::bad_alloc();
+    if (pText == nullptr) return;
+    pCopy_.reset(new char[nLength_ + 1]);
+    std::memcpy(pCopy_.get(), pText, nLength_ + 1);
+  }
 
   int Length() const { return static_cast<int>(nLength_); }
   char* Give() { return pCopy_.release(); }
@@ -40,7 +49,6 @@ void TakeText(JSONValue& value, PrivateText& text) noexcept {
   value.nLength = text.Length();
   value.pText = text.Give();
   value.bOwnsText = true;
-  Storage::NoteHeapAt(value);
 }
 
 bool IsEmptyValue(const JSONValue* pValue) {
@@ -73,26 +81,24 @@ JSONValue* ArrayValue::UpdateByOrdinal(int ordinal, const char* text, Type type)
   if (ordinal < 0) {
     return nullptr;
   }
-  Storage::Truncate(vOrdinalMap);
+  Items::Truncate(vOrdinalMap, 0);
   PrivateText copy(text);
   const int nSize = Size();
   if (ordinal < nSize) {
-    JSONValue& element = Storage::Values(*this)[ordinal];
+    JSONValue& element = Items::HandOut(vValues)[ordinal];
     CompositeValue* const pOld = element.pComposite;
     element.pComposite = nullptr;
     TakeText(element, copy);
     element.eType = type;
-    Storage::Release(pOld);
+    Release(pOld);
     return &element;
   }
-  const std::size_t nWanted = static_cast<std::size_t>(ordinal) + 1;
-  if (nWanted > vValues.capacity()) {
-    Storage::Reserve(*this, std::max(nWanted, vValues.size() * 2));
-  }
+  Items::ReserveAhead(vValues, nullptr, static_cast<std::size_t>(ordinal) + 1);
   for (int i = nSize; i < ordinal; ++i) {
-    Storage::Append(*this, jtNull, nullptr, 0, 0, nullptr);
+    Storage::Append(*this, nullptr, jtNull, nullptr, 0, 0, nullptr);
   }
-  JSONValue& added = Storage::Append(*this, type, nullptr, 0, 0, nullptr);
+  JSONValue& added = Storage::Append(*this, nullptr, type, nullptr, 0, 0, nullptr);
+  Items::HandOut(vValues);
   TakeText(added, copy);
   return &added;
 }
@@ -105,20 +111,21 @@ namespace {
 
 // A parse that failed behind a name leaves the name without a value. No update can give it one.
 void DropNamesWithoutValue(ObjectValue& object) {
-  const std::size_t nValues = static_cast<std::size_t>(object.Size());
-  if (Storage::NameCount(object) <= nValues) {
+  const std::uint32_t nNames = Items::Count(object.vNameMap);
+  const std::uint32_t nValues = Items::Count(object.avValues.vValues);
+  if (nNames <= nValues) {
     return;
   }
-  ObjectValue::NameMap* const pNames = Storage::OwnNames(object);
-  std::size_t nKept = 0;
-  for (std::size_t i = 0; i < Storage::NameCount(object); ++i) {
-    if (static_cast<std::size_t>(pNames[i].nOrdinal) < nValues) {
+  ObjectValue::NameMap* const pNames = Items::Own(object.vNameMap);
+  std::uint32_t nKept = 0;
+  for (std::uint32_t i = 0; i < nNames; ++i) {
+    if (static_cast<std::uint32_t>(pNames[i].nOrdinal) < nValues) {
       pNames[nKept++] = pNames[i];
     } else if (pNames[i].bOwnsName) {
       delete[] pNames[i].pName;
     }
   }
-  Storage::CutNames(object, nKept);
+  Items::Truncate(object.vNameMap, nKept);
   object.bSorted = false;
 }
 
@@ -143,14 +150,15 @@ JSONValue* ObjectValue::UpdateByName(const char* name, const char* text, Type ty
   }
   // All memory is taken before the object changes: name and value come together or not at all.
   PrivateText copy(name);
-  Storage::ReserveNameForOne(*this);
+  Items::ReserveAhead(vNameMap, nullptr, Items::Count(vNameMap) + std::size_t{1});
   JSONValue* const pAdded = avValues.UpdateByOrdinal(Size(), text, type);
   NameMap entry;
   entry.nLength = copy.Length();
   entry.pName = copy.Give();
   entry.bOwnsName = true;
-  entry.nOrdinal = static_cast<int>(vNameMap.size());
-  Storage::AppendName(*this, entry);
+  entry.nOrdinal = static_cast<int>(Items::Count(vNameMap));
+  Items::Append(vNameMap, nullptr, entry);
+  Items::HandOut(vNameMap);
   bSorted = false;
   return pAdded;
 }
@@ -159,8 +167,21 @@ JSONValue* ObjectValue::UpdateByName(const char* name, const char* text, Type ty
 
 namespace {
 
+template <typename Update>
+JSONValue* UpdateNewRoot(Message& message, Type type, Update update) {
+  const Type before = message.eType;
+  try {
+    return update(Storage::MakeRoot(message, type, kNewContainerReserve));
+  } catch (...) {
+    Storage::ReleaseRoot(message);
+    message.eType = before;
+    throw;
+  }
+}
+
 // Updates the container of `value`. A value without one gets a new Container, which it keeps also
-// when nothing can be stored in it; but when memory runs out, the value stays what it was.
+// when nothing can be stored in it; but when memory runs out, the value stays what it was. The
+// container of a message is its root, and the message makes it.
 template <typename Container, typename Update>
 JSONValue* UpdateIn(JSONValue& value, Type type, Update update) {
   if (IsEmptyValue(&value)) {
@@ -169,9 +190,11 @@ JSONValue* UpdateIn(JSONValue& value, Type type, Update update) {
   if (value.pComposite != nullptr) {
     return update(*value.pComposite);
   }
+  if (typeid(value) == typeid(Message)) {
+    return UpdateNewRoot(static_cast<Message&>(value), type, update);
+  }
   std::unique_ptr<CompositeValue> pNew(Storage::Make<Container>(nullptr, kNewContainerReserve));
   JSONValue* const pStored = update(*pNew);
-  Storage::NoteHeapAt(value);
   value.pComposite = pNew.release();
   value.eType = type;
   return pStored;

@@ -6,7 +6,10 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <typeinfo>
 
+#include "json/Items.h"
+#include "json/JSONMessage.h"
 #include "json/JSONValue.h"
 #include "json/Storage.h"
 #include "text/ReadDecimal.h"
@@ -18,29 +21,8 @@ JSONValue::~JSONValue() = default;
 UnsafeJSONValue::~UnsafeJSONValue() = default;
 CompositeValue::~CompositeValue() = default;
 
-// A copy lies somewhere else, so it does not take the way back along.
-JSONValue::JSONValue(const JSONValue& other) noexcept
-    : BaseValue(other),
-      nLength(other.nLength),
-      pText(other.pText),
-      pComposite(other.pComposite),
-      nNameIndex(other.nNameIndex),
-      bOwnsText(other.bOwnsText) {}
-
-// An element that is assigned to stays where it is and keeps its way back. To
-// itself it may be assigned, too. NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
-JSONValue& JSONValue::operator=(const JSONValue& other) noexcept {
-  BaseValue::operator=(other);
-  pText = other.pText;
-  nLength = other.nLength;
-  bOwnsText = other.bOwnsText;
-  nNameIndex = other.nNameIndex;
-  pComposite = other.pComposite;
-  if (bOwnsText || pComposite != nullptr) {
-    Storage::NoteHeapAt(*this);
-  }
-  return *this;
-}
+JSONValue::JSONValue(const JSONValue& other) noexcept = default;
+JSONValue& JSONValue::operator=(const JSONValue& other) noexcept = default;
 
 const JSONValue& JSONValue::None() {
   static const JSONValue jvNone(jtNone);
@@ -62,19 +44,74 @@ JSONValue* JSONValue::GetByName(const char* name, int length) const {
   return pComposite != nullptr ? pComposite->GetByName(name, length) : nullptr;
 }
 
+// ---- Const lookups ------------------------------------------------------------------------------
+//
+// A scalar that a const lookup finds is not handed out: nobody can change it. A container that it
+// finds is, because what is in it can be changed. Only elements in a pool are told apart like this,
+// and only where nothing is a host's own kind; otherwise the virtual lookups answer.
+
+namespace {
+
+// The pool's elements below the value, or null. That value and class are ours is seen by address: a
+// class that is taken for a host's own is only slower.
+const ArrayValue* ElementsInPool(const JSONValue& value) {
+  const std::type_info* const pClass = &typeid(value);
+  const bool bOurs = pClass == &typeid(UnsafeJSONValue) || pClass == &typeid(Message);
+  return bOurs && value.pComposite != nullptr && Storage::InPool(*value.pComposite)
+             ? &Storage::ElementsOf(*value.pComposite)
+             : nullptr;
+}
+
+const JSONValue* At(const ArrayValue& elements, int ordinal) {
+  return static_cast<unsigned>(ordinal) < Items::Count(elements.vValues)
+             ? Items::Data(elements.vValues) + ordinal
+             : nullptr;
+}
+
+const JSONValue* At(const JSONValue& value, const ArrayValue& elements, const char* name,
+                    int length) {
+  const bool bObject = Storage::KindOf(*value.pComposite) == Storage::Kind::kObject;
+  return At(
+      elements,
+      bObject
+          ? static_cast<const ObjectValue&>(*value.pComposite).ObjectValue::OrdinalOf(name, length)
+          : Storage::OrdinalIn(elements, name));
+}
+
+const JSONValue& HandOut(const ArrayValue& elements, const JSONValue* pFound) {
+  if (pFound == nullptr) return JSONValue::None();
+  if (pFound->pComposite != nullptr) Items::HandOut(elements.vValues);
+  return *pFound;
+}
+
+}  // namespace
+
+const JSONValue* Storage::Look(const JSONValue& value, const char* name, int length) {
+  const ArrayValue* const pElements = ElementsInPool(value);
+  return pElements != nullptr ? At(value, *pElements, name, length) : value.GetByName(name, length);
+}
+
 const JSONValue& JSONValue::operator[](int ordinal) const {
+  if (const ArrayValue* const pElements = ElementsInPool(*this)) {
+    return HandOut(*pElements, At(*pElements, ordinal));
+  }
   const JSONValue* const pFound = GetByOrdinal(ordinal);
   return pFound != nullptr ? *pFound : None();
 }
 
+const JSONValue& JSONValue::operator[](const char* name) const {
+  if (const ArrayValue* const pElements = ElementsInPool(*this)) {
+    return HandOut(*pElements, At(*this, *pElements, name, -1));
+  }
+  const JSONValue* const pFound = GetByName(name, -1);
+  return pFound != nullptr ? *pFound : None();
+}
+
+// ---- Lookups of what can be changed -------------------------------------------------------------
+
 JSONValue& JSONValue::operator[](int ordinal) {
   JSONValue* const pFound = GetByOrdinal(ordinal);
   return pFound != nullptr ? *pFound : NonConstNone();
-}
-
-const JSONValue& JSONValue::operator[](const char* name) const {
-  const JSONValue* const pFound = GetByName(name, -1);
-  return pFound != nullptr ? *pFound : None();
 }
 
 JSONValue& JSONValue::operator[](const char* name) {
@@ -84,24 +121,13 @@ JSONValue& JSONValue::operator[](const char* name) {
 
 // ---- Readers ------------------------------------------------------------------------------------
 //
-// The text of a parsed number runs on into the rest of the document, which may end right there, so
-// no reader looks beyond nLength.
+// A text is read as the C library reads it, up to the first byte that does not belong to the number
+// or literal, and not by its length. Behind a parsed number there is such a byte: the separator or
+// bracket, or for a number that the end of the text cuts off, a NUL.
 
 namespace {
 
-bool BeginsWithT(const JSONValue& value) { return value.nLength > 0 && value.pText[0] == 't'; }
-
-// What strtod reads. It needs a NUL behind the number, so the number is copied.
-double ReadDouble(const char* pText, int nLength) {
-  char szNumber[64];
-  const std::size_t nBytes = static_cast<std::size_t>(nLength);
-  if (nBytes >= sizeof szNumber) {
-    return std::strtod(std::string(pText, nBytes).c_str(), nullptr);
-  }
-  std::memcpy(szNumber, pText, nBytes);
-  szNumber[nBytes] = '\0';
-  return std::strtod(szNumber, nullptr);
-}
+bool BeginsWithT(const JSONValue& value) { return value.pText != nullptr && *value.pText == 't'; }
 
 int ToInt(double value) {
   if (std::isnan(value)) {
@@ -121,7 +147,7 @@ int ToInt(double value) {
 int JSONValue::AsInt() const {
   switch (eType) {
     case jtInteger:
-      return ReadDecimal<int>({pText, static_cast<std::size_t>(nLength)});
+      return ReadDecimal<int>(pText);
     case jtDouble:
       return ToInt(AsDouble());
     case jtBoolean:
@@ -134,7 +160,7 @@ int JSONValue::AsInt() const {
 double JSONValue::AsDouble() const {
   switch (eType) {
     case jtDouble:
-      return nLength > 0 ? ReadDouble(pText, nLength) : 0.0;
+      return pText != nullptr ? std::strtod(pText, nullptr) : 0.0;
     case jtInteger:
       return AsInt();
     case jtBoolean:
@@ -153,7 +179,7 @@ bool JSONValue::AsBoolean() const {
     case jtDouble:
       return AsDouble() != 0.0;
     case jtString:
-      return nLength > 0 && pText[0] != '\0';
+      return pText != nullptr && *pText != '\0';
     default:
       return false;
   }

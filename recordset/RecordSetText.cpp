@@ -5,13 +5,11 @@
 
 #include <algorithm>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "json/JSONMessage.h"
 #include "json/JSONSerialize.h"
-#include "recordset/IntegerText.h"
 #include "recordset/QXRecordSet.h"
 #include "recordset/RowWriter.h"
 #include "recordset/Table.h"
@@ -23,31 +21,19 @@ namespace {
 
 constexpr std::size_t kTextBytes = 1024;  // reserved for a text
 
-// An integer as the library writes it; digits that are so already are not converted.
-void WriteInteger(JSON::Serialize& writer, std::string_view text) {
-  if (recordset::IsCanonicalInteger(text)) {
-    writer.JS_N(text.data(), static_cast<int>(text.size()));
-  } else {
-    writer.V(JSON::ReadDecimal<long>(text));
-  }
-}
-
-// Everything but objects, the name included.
+// Everything but objects, the name included. The text is read as the C library reads it, not by its
+// length.
 void WriteWalkedScalar(JSON::Serialize& writer, const JSON::JSONValue& value) {
-  const std::string_view text(value.pText, static_cast<std::size_t>(value.nLength));
   switch (value.eType) {
     case JSON::jtBoolean:
-      writer.AppendString(!text.empty() && text.front() == 't' ? "true" : "false");
+      writer.AppendString(value.pText != nullptr && *value.pText == 't' ? "true" : "false");
       break;
     case JSON::jtInteger:
-      WriteInteger(writer, text);
+      writer.V(JSON::ReadDecimal<long>(value.pText));
       break;
     case JSON::jtString:
-      if (value.pText != nullptr) {
-        writer.V(text);
-        break;
-      }
-      [[fallthrough]];
+      writer.V(value.pText);
+      break;
     default:
       writer.JS(nullptr);
   }

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstddef>
 #include <limits>
 #include <string_view>
 #include <system_error>
@@ -34,6 +35,31 @@ Integer ReadDecimal(std::string_view text) {
     return bNegative ? std::numeric_limits<Integer>::min() : std::numeric_limits<Integer>::max();
   }
   return value;
+}
+
+// The same from a text that some byte ends which cannot belong to the number; nothing behind it is
+// read. No text reads as 0.
+template <typename Integer>
+Integer ReadDecimal(const char* pText) {
+  constexpr int kSurelyFit = 18;  // digits of any number that a long long holds
+  if (pText == nullptr) return 0;
+  const char* p = pText;
+  while (*p == ' ' || (*p >= '\t' && *p <= '\r'))
+    ++p;
+  const char* const pNumber = p;
+  const bool bNegative = *p == '-';
+  if (bNegative || *p == '+') ++p;
+  const char* const pDigits = p;
+  long long nValue = 0;
+  for (; *p >= '0' && *p <= '9'; ++p) {
+    if (p - pDigits < kSurelyFit) nValue = nValue * 10 + (*p - '0');
+  }
+  if (p - pDigits > kSurelyFit) {
+    return ReadDecimal<Integer>(std::string_view(pNumber, static_cast<std::size_t>(p - pNumber)));
+  }
+  using Limits = std::numeric_limits<Integer>;
+  return static_cast<Integer>(
+      std::clamp<long long>(bNegative ? -nValue : nValue, Limits::min(), Limits::max()));
 }
 
 }  // namespace JSON

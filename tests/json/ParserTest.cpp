@@ -69,8 +69,10 @@ TEST(JsonParser, KeepsWhatItReadAndStopsWhereItFails) {
       {"{\"b\":1,\"a\"", R"({"b":1})", 10},
       {" \0[]"sv, "null", 1},
       {"{\"\x01\n\xE9x\0b\":\"\0c\"}"sv, "{\"\\u0001\\n\xE9x\":\"\"}", 15},
-      // The last byte of the text never belongs to a number.
-      {"[12", "[1]", 2},
+      // The last byte of the text stops the parse, but it is still the number's.
+      {"[12", "[12]", 2},
+      {R"({"a":1,"b":2)", R"({"a":1,"b":2})", 11},
+      {"[[],{\"a\":-1.5e", R"([[],{"a":-1.5e}])", 13},
       // The four bytes behind \u are consumed whatever they hold, and read as strtoul does.
       {R"(["\u07FF\uD83D\u 41x\u0x1g\u12"x","\u-001"])",
        "[\"\xDF\xBF\xED\xA0\xBD"

@@ -29,6 +29,12 @@ UnsafeJSONValue MakeValue(Type type, std::string_view text) {
   return value;
 }
 
+std::string Written(const JSONValue& value) {
+  std::string strWritten;
+  EXPECT_TRUE(value.Serialize(strWritten));
+  return strWritten;
+}
+
 void ExpectReads(const JSONValue& value, double dExpected, bool bExpected) {
   SCOPED_TRACE("type " + std::to_string(value.eType));
   const double d = value.AsDouble();
@@ -38,12 +44,13 @@ void ExpectReads(const JSONValue& value, double dExpected, bool bExpected) {
   EXPECT_EQ(value.AsBoolean(), bExpected);
 }
 
-// And nothing behind their text: neither where nothing can be read, nor where more digits follow.
+// From the text itself, whatever nLength says, up to the first byte that does not belong to it.
+// Behind that byte nothing can be read.
 TEST(JsonValue, ReadsNumbersAsTheCLibraryDoes) {
   std::istringstream tokens(
-      "0 007 1-2 +-1 +1 - 2147483647 2147483648 -2147483648 -2147483649 4294967296 2.9 -2.9 0.0 "
-      "-99999999999999999999999 0000000000000000000000042 1e2e3 -.e 2147483646.999 2147483647.5 "
-      "-2147483648.9 1e400 -1e400 1e-400 nan -inf 0x1p4 "
+      "0 007 1-2 +-1 -+1 +1 - 2147483647 2147483648 -2147483648 -2147483649 4294967296 2.9 -2.9 "
+      "0.0 -99999999999999999999999 0000000000000000000000042 1e2e3 -.e 1e+ 2147483646.999 "
+      "2147483647.5 -2147483648.9 1e400 -1e400 1e-400 nan -inf 0x1p4 "
       "0.10000000000000000555111512312578270211815834045410156250000000");
   std::string strText;  // empty at first
   do {
@@ -51,15 +58,17 @@ TEST(JsonValue, ReadsNumbersAsTheCLibraryDoes) {
     const long long nInteger = std::strtoll(strText.c_str(), nullptr, 10);
     const auto dInteger = static_cast<double>(std::clamp<long long>(nInteger, INT_MIN, INT_MAX));
     const double dReal = std::strtod(strText.c_str(), nullptr);
-    const Support::GuardedBuffer atEnd(strText);
-    const std::string strMore = strText + "9e9";
-    for (const std::string_view read :
-         {atEnd.view(), std::string_view(strMore).substr(0, strText.size())}) {
-      ExpectReads(MakeValue(JSON::jtInteger, read), dInteger, dInteger != 0);
-      ExpectReads(MakeValue(JSON::jtDouble, read), dReal, dReal != 0);
-      std::string strWritten;
-      EXPECT_TRUE(MakeValue(JSON::jtInteger, read).Serialize(strWritten));
-      EXPECT_TRUE(MakeValue(JSON::jtDouble, read).Serialize(strWritten));
+    for (const char cBehind : {'\0', ',', ']', '"'}) {
+      const Support::GuardedBuffer buffer(strText + cBehind);
+      for (const int nLength : {static_cast<int>(strText.size()), 0, 1, INT_MAX, -1}) {
+        UnsafeJSONValue value = MakeValue(JSON::jtInteger, buffer.view());
+        value.nLength = nLength;
+        ExpectReads(value, dInteger, dInteger != 0);
+        EXPECT_EQ(Written(value), strText.substr(0, strText.find_first_not_of("+-0123456789")));
+        value.eType = JSON::jtDouble;
+        ExpectReads(value, dReal, dReal != 0);
+        EXPECT_EQ(Written(value), strText.substr(0, strText.find_first_not_of("+-0123456789.eE")));
+      }
     }
   } while (tokens >> strText);
 }
@@ -80,8 +89,12 @@ TEST(JsonValue, ReadsTheOtherTypesByWhatTheySay) {
       {JSON::jtNone, "1", 0, false},       {JSON::jtArray, "1", 0, false},
       {JSON::jtObject, "1", 0, false},     {JSON::jtInteger, " \t12", 12, true},
   };
-  for (const auto& c : cases)
-    ExpectReads(MakeValue(c.type, c.text), c.nExpected, c.bExpected);
+  for (const auto& c : cases) {
+    UnsafeJSONValue value = MakeValue(c.type, c.text);
+    ExpectReads(value, c.nExpected, c.bExpected);
+    value.nLength = 0;  // as a host leaves it
+    ExpectReads(value, c.nExpected, c.bExpected);
+  }
 }
 
 TEST(JsonValue, AnswersLookupsInScalarsWithTheEmptyValues) {

@@ -133,6 +133,7 @@ class Reader {
       if (IsIn(Byte(), ".eE")) eType = JSON::jtDouble;
     }
     Take(value, nStart, nCursor);
+    if (nCursor + 1 == nEnd && IsIn(Byte(), "+-0123456789.eE")) value.strRest = Byte();
     return eType;
   }
 
@@ -197,7 +198,8 @@ Value Taken(const JSON::JSONValue& got, const char* pStart) {
   value.eType = got.eType;
   value.nNameIndex = got.nNameIndex;
   if (got.pText != nullptr) {
-    value.text = std::string(got.pText, static_cast<std::size_t>(got.nLength));
+    const std::string_view text(got.pText, static_cast<std::size_t>(got.nLength));
+    value.text = got.bOwnsText ? std::string(got.pText) : std::string(text);
     if (pStart != nullptr) value.nAt = static_cast<std::size_t>(got.pText - pStart);
     if (got.bOwnsText) value.nAt = std::string::npos;
   }
@@ -221,7 +223,15 @@ Value Taken(const JSON::JSONValue& got, const char* pStart) {
   return value;
 }
 
-std::string TreeDifference(const Value& want, const Value& got, bool bParsed) {
+// A number that was cut off may have a copy of its own, which is whole.
+std::string TreeDifference(const Value& expected, const Value& got, bool bParsed) {
+  if (!expected.strRest.empty() && got.text == *expected.text + expected.strRest) {
+    Value whole = expected;
+    whole.strRest.clear();
+    whole.text = got.text;
+    whole.nAt = got.nAt;
+    return TreeDifference(whole, got, bParsed);
+  }
   const auto Held = [](const Value& value) {
     return std::tie(value.eType, value.text, value.bContainer, value.bObject);
   };
@@ -229,13 +239,14 @@ std::string TreeDifference(const Value& want, const Value& got, bool bParsed) {
     return std::tie(value.nAt, value.eContainerType, value.bSorted, value.vIndex, value.nNameIndex,
                     value.vNames);
   };
-  if (Held(want) != Held(got) || want.vValues.size() != got.vValues.size()) {
+  if (Held(expected) != Held(got) || expected.vValues.size() != got.vValues.size()) {
     return ": type " + std::to_string(got.eType) + ", text " + Printable(got.text.value_or("none"));
   }
-  if (bParsed && Left(want) != Left(got)) return ": place, container type or name index";
-  for (std::size_t i = 0; i < want.vValues.size(); ++i) {
-    if (want.bObject && want.vNames.at(i) != got.vNames.at(i)) return ": name of another member";
-    const std::string strDifference = TreeDifference(want.vValues[i], got.vValues[i], bParsed);
+  if (bParsed && Left(expected) != Left(got)) return ": place, container type or name index";
+  for (std::size_t i = 0; i < expected.vValues.size(); ++i) {
+    if (expected.bObject && expected.vNames.at(i) != got.vNames.at(i))
+      return ": name of another member";
+    const std::string strDifference = TreeDifference(expected.vValues[i], got.vValues[i], bParsed);
     if (!strDifference.empty()) return '/' + std::to_string(i) + strDifference;
   }
   return "";
@@ -302,7 +313,7 @@ std::string LookupDifference(const Value& expected, const JSON::JSONValue& value
 // Appends a value as JSON text, or what comes before an empty value: then the result is false.
 bool Write(const Value& value, std::string& strOutput) {
   if (value.eType == JSON::jtNone) return false;
-  const std::string strText = value.text.value_or("");
+  const std::string strText = value.text.value_or("") + value.strRest;
   if (value.bContainer) {
     strOutput += value.bObject ? '{' : '[';
     for (std::size_t i = 0; i < value.vValues.size(); ++i) {

@@ -21,7 +21,8 @@ namespace Plain {
 // A value, and its container where it has one.
 struct Value {
   int eType = JSON::jtInvalid;
-  std::optional<std::string> text;
+  std::optional<std::string> text;  // as long as nLength says
+  std::string strRest;              // what the end of the text cut off a number: it is read, too
   bool bContainer = false;
   bool bObject = false;             // the container is an object
   std::vector<Value> vValues;       // elements or members

@@ -1,0 +1,57 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// How far the text of a scalar reaches. The text itself says it, up to the first byte that does not
+// belong to the value: a parsed text runs on into the rest of its document, and a host that makes a
+// value by hand gives no length.
+
+#ifndef QXRECORDSET_JSON_SCALARTEXT_H
+#define QXRECORDSET_JSON_SCALARTEXT_H
+
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+
+#include "json/JSONValue.h"
+
+namespace JSON {
+
+inline bool IsIntegerByte(char c) { return (c >= '0' && c <= '9') || c == '+' || c == '-'; }
+inline bool IsRealByte(char c) { return IsIntegerByte(c) || c == '.' || c == 'e' || c == 'E'; }
+
+// The bytes of a number from its first one on. REQUIRES: a byte behind them that is none of them.
+inline std::string_view IntegerText(const char* pText) {
+  std::size_t n = 0;
+  while (IsIntegerByte(pText[n]))
+    ++n;
+  return {pText, n};
+}
+inline std::string_view RealText(const char* pText) {
+  std::size_t n = 0;
+  while (IsRealByte(pText[n]))
+    ++n;
+  return {pText, n};
+}
+
+// The text of a value that is no container; without a text the empty one. A boolean is "true" when
+// it begins with 't'.
+inline std::string_view ScalarText(const JSONValue& value) {
+  if (value.pText == nullptr) return {};
+  switch (value.eType) {
+    case jtString:
+      return value.pText;
+    case jtInteger:
+      return IntegerText(value.pText);
+    case jtDouble:
+      return RealText(value.pText);
+    case jtBoolean:
+      return *value.pText == 't' ? "true" : "false";
+    case jtNull:
+      return *value.pText == 'n' ? "null" : "";
+    default:
+      return {};
+  }
+}
+
+}  // namespace JSON
+
+#endif  // QXRECORDSET_JSON_SCALARTEXT_H

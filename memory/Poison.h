@@ -1,0 +1,51 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Memory that the library holds without content: the free part of a pool's blocks. Builds with the
+// address sanitizer report whoever touches it; other builds with assertions fill it with a pattern,
+// so that what is read from it by mistake is wrong at once; release builds do nothing.
+
+#ifndef QXRECORDSET_MEMORY_POISON_H
+#define QXRECORDSET_MEMORY_POISON_H
+
+#include <cstddef>
+#include <cstring>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define QXRECORDSET_ADDRESS_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define QXRECORDSET_ADDRESS_SANITIZER 1
+#endif
+#endif
+#ifndef QXRECORDSET_ADDRESS_SANITIZER
+#define QXRECORDSET_ADDRESS_SANITIZER 0
+#endif
+
+#if QXRECORDSET_ADDRESS_SANITIZER
+#include <sanitizer/asan_interface.h>
+#endif
+
+namespace memory {
+
+constexpr bool kAddressSanitizer = QXRECORDSET_ADDRESS_SANITIZER != 0;
+
+// No one may read or write the bytes until Unpoison().
+inline void Poison([[maybe_unused]] void* p, [[maybe_unused]] std::size_t nBytes) noexcept {
+#if QXRECORDSET_ADDRESS_SANITIZER
+  __asan_poison_memory_region(p, nBytes);
+#elif !defined(NDEBUG)
+  constexpr int kPattern = 0xDD;
+  std::memset(p, kPattern, nBytes);
+#endif
+}
+
+// The bytes have content again, or are about to be released.
+inline void Unpoison([[maybe_unused]] void* p, [[maybe_unused]] std::size_t nBytes) noexcept {
+#if QXRECORDSET_ADDRESS_SANITIZER
+  __asan_unpoison_memory_region(p, nBytes);
+#endif
+}
+
+}  // namespace memory
+
+#endif  // QXRECORDSET_MEMORY_POISON_H
