@@ -22,8 +22,8 @@ ASAN_TOOLS ?= ON
 MEMCHECK_TESTS := json memory params portable recordset text
 MEMCHECK := valgrind --quiet --error-exitcode=1 --soname-synonyms=somalloc=nouserintercepts
 
-.PHONY: help build demo check bench bench-report asan tsan memcheck fuzz fmt fmt-check tidy cppcheck \
-  symbols coverage docs packages packages-check
+.PHONY: help build demo check bench bench-report asan tsan memcheck fuzz fuzz-prove fmt fmt-check tidy \
+  cppcheck symbols coverage docs packages packages-check
 
 help: ## list these commands
 	@sed -nE 's/^([a-z-]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 20
@@ -86,6 +86,10 @@ fuzz: ## run every fuzz target for SECONDS=60, both architectures (FUZZ="--jobs 
 	$(call build,x86-fuzz)
 	$(call build,x64-fuzz)
 	fuzz/run.py --seconds $(SECONDS) $(FUZZ)
+
+fuzz-prove: ## plant faults in a copy of the library: each fuzz target has to find its own
+	$(DEPS) build tests fuzz
+	fuzz/prove.py --seconds $(SECONDS)
 
 fmt: ## format all sources
 	$(DEPS) fmt
