@@ -12,9 +12,10 @@
 #include <cstring>
 #include <exception>
 #include <limits>
-#include <new>
 #include <system_error>
 #include <utility>
+
+#include "text/TextRoom.h"
 
 namespace {
 
@@ -112,11 +113,9 @@ std::size_t FirstSegment(std::string_view text) {
   return nSeparator == std::string_view::npos ? nSeparator : nSeparator + 1;
 }
 
-// Makes room for a text of `nNeeded` bytes, growing by doubling so that appending stays linear.
-void MakeRoom(std::string& text, std::size_t nNeeded) {
-  if (nNeeded > text.capacity()) {
-    text.reserve(std::max(nNeeded, 2 * text.capacity()));
-  }
+// Makes room for nMore bytes behind a text.
+void MakeRoom(std::string& text, std::size_t nMore) {
+  JSON::MakeCapacity(text, text.size(), nMore);
 }
 
 }  // namespace
@@ -127,13 +126,7 @@ void MakeRoom(std::string& text, std::size_t nNeeded) {
 [[gnu::init_priority(101)]] const std::string PARAM_SEP(1, kSeparator);
 
 CParamsRS::CParamsRS(long reserve) {
-  if (reserve <= 0) {
-    return;
-  }
-  if (static_cast<unsigned long>(reserve) > paramText.max_size()) {
-    throw std::bad_alloc();
-  }
-  paramText.reserve(static_cast<std::size_t>(reserve));
+  if (reserve > 0) MakeRoom(paramText, static_cast<std::size_t>(reserve));
 }
 
 CParamsRS::CParamsRS(const std::string& text) { constructor(text); }
@@ -176,9 +169,8 @@ void CParamsRS::addHeader(const std::string& header) {
     return addHeader(paramList());
   }
   const long lNewLength = static_cast<long>(header.size()) + 1;
-  const std::size_t nParams = paramText.size() - static_cast<std::size_t>(headerLength);
   textCursor = nullptr;
-  MakeRoom(paramText, header.size() + 1 + nParams);  // from here on nothing can throw
+  MakeRoom(paramText, header.size() + 1);  // from here on nothing can throw
   paramText.replace(0, static_cast<std::size_t>(headerLength), header);
   paramText.insert(header.size(), 1, kSeparator);
   for (long& lOffset : paramOffsets) {
@@ -222,7 +214,7 @@ void CParamsRS::addSegment(std::string_view text) {
   const std::size_t nOffset = paramText.size() + (bFollows ? 1 : 0);
 
   textCursor = nullptr;
-  MakeRoom(paramText, nOffset + nPadding + nDigits + 1 + text.size());
+  MakeRoom(paramText, 1 + nPadding + nDigits + 1 + text.size());
   paramOffsets.push_back(static_cast<long>(nOffset));  // from here on nothing can throw
   if (bFollows) {
     paramText += kSeparator;
@@ -238,7 +230,7 @@ void CParamsRS::append(const std::string& segments) {
   }
   const bool bFollows = static_cast<std::size_t>(headerLength) < paramText.size();
   textCursor = nullptr;
-  MakeRoom(paramText, paramText.size() + (bFollows ? 1 : 0) + segments.size());
+  MakeRoom(paramText, 1 + segments.size());
   if (bFollows) {
     paramText += kSeparator;
   }

@@ -53,8 +53,9 @@ std::size_t BumpBlocks::NextBlock() const {
   }
   const std::size_t nDone = pProgress_->nDone;
   const std::size_t nToDo = pProgress_->nAll - nDone;
-  const auto nRest = static_cast<std::size_t>(
-      static_cast<double>(nFootprint_) * static_cast<double>(nToDo) / static_cast<double>(nDone));
+  const double rest =
+      static_cast<double>(nFootprint_) * static_cast<double>(nToDo) / static_cast<double>(nDone);
+  const auto nRest = static_cast<std::size_t>(std::min(rest, 2.0 * kLargestBlock));
   return nToDo > nDone ? nRest / 2 : nRest + nRest / kSpareDivisor;
 }
 

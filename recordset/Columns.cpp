@@ -8,6 +8,7 @@
 #include <new>
 #include <numeric>
 
+#include "memory/Spare.h"
 #include "text/Escape.h"
 
 namespace recordset {
@@ -157,7 +158,11 @@ QXRECORDSET_HOT void Columns::Enlist(std::uint32_t nPosition) noexcept {
 // Room for as many columns again. They move, and what they expect moves with them.
 void Columns::MakeRoom() {
   std::vector<Column> vMoved;
-  vMoved.reserve(std::max(kFirstColumns, 2 * vColumns_.size()));
+  const std::size_t nNeeded = vColumns_.size() + 1;
+  if (nNeeded > vMoved.max_size()) throw std::bad_alloc();
+  const std::size_t nGrown = std::min(2 * vColumns_.size(), vMoved.max_size());
+  memory::WithSpare(nNeeded, std::max({nGrown, nNeeded, kFirstColumns}) - nNeeded,
+                    [&vMoved](std::size_t nRoom) { vMoved.reserve(nRoom); });
   vMoved = vColumns_;
   const auto moved = [&vMoved](const Column* p) {
     return p != nullptr ? &vMoved[p->nPosition] : nullptr;

@@ -10,6 +10,7 @@
 
 #include "json/JSONMessage.h"
 #include "json/JSONSerialize.h"
+#include "memory/Spare.h"
 #include "recordset/QXRecordSet.h"
 #include "recordset/RowWriter.h"
 #include "recordset/Table.h"
@@ -48,7 +49,9 @@ std::string CQXRecordSet::BufferForText() {
   strText.clear();
   if (buffer.capacity() < kTextBytes) {
     const std::size_t nTable = pTable != nullptr ? pTable->Footprint() : 0;
-    buffer.reserve(std::max(kTextBytes, nTable - nTable / 4));
+    const std::size_t nEstimate = std::clamp(nTable - nTable / 4, kTextBytes, buffer.max_size());
+    memory::WithSpare(kTextBytes, nEstimate - kTextBytes,
+                      [&buffer](std::size_t nRoom) { buffer.reserve(nRoom); });
   }
   return buffer;
 }

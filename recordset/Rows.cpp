@@ -13,6 +13,8 @@
 #include <new>
 #include <type_traits>
 
+#include "memory/Spare.h"
+
 namespace recordset {
 namespace {
 
@@ -227,7 +229,10 @@ bool Rows::Widen(long lRow, Row& row, std::uint32_t nColumn) {
   if (nColumn - nSpan > kColumnsAhead) return false;
   if (!WidenInPlace(row, nColumn)) {
     if (nSpan > kAlwaysWidened && CountCells(row) < nSpan / 2) return false;
-    Relocate(row, std::max(nColumn, nSpan < kLastColumn / 2 ? 2 * nSpan : kLastColumn));
+    const std::uint32_t nGrown = nSpan < kLastColumn / 2 ? 2 * nSpan : kLastColumn;
+    memory::WithSpare(nColumn, std::max(nGrown, nColumn) - nColumn, [&](std::size_t nCells) {
+      Relocate(row, static_cast<std::uint32_t>(nCells));
+    });
   }
   if (row.bHasFar) TakeOverFarCells(lRow, row);
   return true;

@@ -4,6 +4,8 @@
 
 #include "text/Escape.h"
 
+#include "text/TextRoom.h"
+
 namespace JSON {
 namespace {
 
@@ -54,6 +56,7 @@ char* EscapeBytes(std::string_view text, char* out) {
 
 void AppendEscaped(std::string& output, std::string_view text) {
   if (IsPlain(text)) {
+    MakeCapacity(output, output.size(), text.size());
     output.append(text);
     return;
   }
@@ -61,7 +64,9 @@ void AppendEscaped(std::string& output, std::string_view text) {
   char piece[EscapedRoom(kPieceBytes)];
   while (!text.empty()) {
     const std::string_view source = text.substr(0, kPieceBytes);
-    output.append(piece, static_cast<std::size_t>(EscapeBytes(source, piece) - piece));
+    const auto nEscaped = static_cast<std::size_t>(EscapeBytes(source, piece) - piece);
+    MakeCapacity(output, output.size(), nEscaped);
+    output.append(piece, nEscaped);
     text.remove_prefix(source.size());
   }
 }

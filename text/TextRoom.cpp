@@ -5,7 +5,9 @@
 #include "text/TextRoom.h"
 
 #include <algorithm>
+#include <new>
 
+#include "memory/Spare.h"
 #include "text/Escape.h"
 
 namespace JSON {
@@ -27,13 +29,25 @@ constexpr std::size_t kEscapePiece = 256;
 
 }  // namespace
 
-void MakeRoom(std::string& buffer, std::size_t nText, std::size_t nBytes) {
+// The new capacity is that of a new string: one that has a text asks for twice as much at least.
+void MakeCapacity(std::string& buffer, std::size_t nText, std::size_t nBytes) {
+  const std::size_t nMost = buffer.max_size();
+  if (nBytes > nMost - nText) throw std::bad_alloc();
   const std::size_t nNeeded = nText + nBytes;
   const std::size_t nCapacity = buffer.capacity();
-  if (nNeeded > nCapacity) {
-    const std::size_t nGrown = nCapacity * (nCapacity < kLargeText ? 4 : 2);
-    buffer.reserve(std::max(nNeeded, std::min(nGrown, buffer.max_size())));
-  }
+  if (nNeeded <= nCapacity) return;
+  const std::size_t nGrown = std::min(nCapacity * (nCapacity < kLargeText ? 4 : 2), nMost);
+  memory::WithSpare(nNeeded, std::max(nGrown, nNeeded) - nNeeded, [&](std::size_t nRoom) {
+    std::string grown;
+    grown.reserve(nRoom);
+    grown.assign(buffer, 0, nText);
+    buffer.swap(grown);
+  });
+}
+
+void MakeRoom(std::string& buffer, std::size_t nText, std::size_t nBytes) {
+  MakeCapacity(buffer, nText, nBytes);
+  const std::size_t nNeeded = nText + nBytes;
   buffer.resize(std::max(nNeeded, std::min(buffer.capacity(), nNeeded + kRoomStep)));
 }
 

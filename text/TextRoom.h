@@ -13,9 +13,13 @@
 
 namespace JSON {
 
-// Makes the string at least nBytes longer than the text, which is its first nText bytes and stays.
-// What lies behind the text may change. REQUIRES: nBytes is about the size of something that is in
-// memory, so that the sums do not overflow.
+// Makes the string's capacity at least nBytes larger than the text, which is its first nText bytes
+// and stays. It grows geometrically. Throws std::bad_alloc, also for a text longer than a string
+// can be, and nothing has changed then.
+void MakeCapacity(std::string& buffer, std::size_t nText, std::size_t nBytes);
+
+// Makes the string itself at least nBytes longer than the text. What lies behind the text may
+// change. Fails like MakeCapacity().
 void MakeRoom(std::string& buffer, std::size_t nText, std::size_t nBytes);
 
 // Writes `text`, up to its first NUL, with escapes to the string, from its byte nAt on. The result

@@ -14,6 +14,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
+#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <memory>
@@ -25,9 +27,13 @@
 #include "json/JSON.h"
 #include "json/JSONMessage.h"
 #include "params/CParamsX.h"
+#include "recordset/Columns.h"
 #include "recordset/QXRecordSet.h"
+#include "recordset/Rows.h"
+#include "recordset/TextStore.h"
 #include "tests/support/CountedMemory.h"
 #include "tests/support/PlainLoad.h"
+#include "text/TextRoom.h"
 
 namespace {
 
@@ -251,7 +257,7 @@ TEST(ExhaustedMemory, LeavesTextsAlone) {
 // ---- Parameter strings --------------------------------------------------------------------------
 
 TEST(ExhaustedMemory, LeavesParameterStringsWhole) {
-  const std::string strHeader(100, 'H');
+  const std::string strHeader(400, 'H');
   const std::string strSegments = "     1;x;   300;" + std::string(300, 'y') + ";     1;z";
   const std::vector<Operation<CParamsRS>> operations = {
       {"reserve", [](CParamsRS&) { CParamsRS(1000L); }},
@@ -339,6 +345,80 @@ TEST(ExhaustedMemory, LeavesRecordsWhole) {
     return pRecord;
   };
   ExpectSurvived(operations, make, Plain::Picture);
+}
+
+// ---- Growth -------------------------------------------------------------------------------------
+
+// Something that grows by one step, and the bytes of its largest allocation that are in use.
+struct Growing {
+  const char* szName;
+  std::function<void()> grow;
+  std::function<std::size_t()> used;
+};
+
+// Spare room is asked for as long as there is some, and what is needed as long as there is that.
+TEST(ExhaustedMemory, IsUsedToItsEnd) {
+  constexpr std::size_t kLimit = 300000;
+  JSON::Serialize writer(0);
+  std::size_t nWritten = writer.AO().String().size();
+  std::string strEscaped;
+  CParamsRS params;
+  recordset::TextStore texts;
+  recordset::Columns columns(texts);
+  recordset::Rows rows;
+  std::uint32_t nCells = 0;
+  const Growing growings[] = {
+      {"written text", [&] { writer.V(kLong); }, [&] { return nWritten += kLong.size() + 3; }},
+      {"escaped text", [&] { JSON::EscapeString(strEscaped, "with an escape\n"); },
+       [&] { return strEscaped.size(); }},
+      {"plain text", [&] { JSON::EscapeString(strEscaped, "without escapes"); },
+       [&] { return strEscaped.size(); }},
+      {"parameter string", [&] { params.addParam(kLong); },
+       [&] { return params.paramListRef().size(); }},
+      {"columns", [&] { columns.FindOrAdd(std::to_string(columns.Count()).c_str()); },
+       [&] { return columns.Count() * sizeof(recordset::Columns::Column); }},
+      {"cells of a row", [&] { rows.EnsureCell(1, ++nCells).pText = ""; },
+       [&] { return (nCells - 1) * sizeof(recordset::Cell); }},
+  };
+  for (const Growing& growing : growings) {
+    SCOPED_TRACE(growing.szName);
+    std::size_t nUsed = 0;
+    CountedMemory::FailAbove(kLimit);
+    EXPECT_THROW(
+        for (;;) {
+          growing.grow();
+          nUsed = growing.used();
+        },
+        std::bad_alloc);
+    CountedMemory::StopFailing();
+    EXPECT_GT(nUsed, kLimit - kLimit / 20);
+    EXPECT_LE(nUsed, kLimit);
+  }
+}
+
+// The room that is reserved for a text is an estimate.
+TEST(ExhaustedMemory, SufficesForATextSmallerThanEstimated) {
+  CQXRecordSet set;
+  for (long i = 1; i <= 1000; ++i)
+    set.SetValue("a", "", i, CQXRecordSet::QX_NULL);
+  CQXRecordSet copy(set);
+  const std::size_t nText = copy.GetString().size();
+  CountedMemory::FailAbove(nText + 100);
+  EXPECT_EQ(set.GetString().size(), nText);
+  EXPECT_TRUE(CountedMemory::StopFailing()) << "the estimate is not above the text";
+}
+
+// On 32 bits these are longer than a string can be.
+TEST(ExhaustedMemory, IsOutForALengthThatNothingCanHave) {
+  CountedMemory::FailAbove(kLong.size());
+  EXPECT_THROW(JSON::Serialize(0).AO().JS_N("1", INT_MAX), std::bad_alloc);
+  EXPECT_THROW(JSON::Serialize{INT_MAX}, std::bad_alloc);
+  EXPECT_THROW(CParamsRS{LONG_MAX}, std::bad_alloc);
+  std::string strText = "text";
+  for (const std::size_t nMore : {SIZE_MAX, SIZE_MAX - 3, strText.max_size() - 3})
+    EXPECT_THROW(JSON::MakeRoom(strText, strText.size(), nMore), std::bad_alloc) << nMore;
+  EXPECT_EQ(strText, "text");
+  CountedMemory::StopFailing();
 }
 
 }  // namespace

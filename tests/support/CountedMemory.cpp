@@ -6,6 +6,7 @@
 
 #include <malloc.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 #include <utility>
@@ -17,10 +18,11 @@ namespace {
 std::size_t nLive = 0;         // bytes
 std::size_t nAllocations = 0;  // that succeeded
 long nAllowed = -1;            // allocations that may still succeed; negative: all
+std::size_t nLargest = SIZE_MAX;  // bytes of an allocation that may succeed
 bool bFailed = false;
 
 void* Allocate(std::size_t nBytes) {
-  if (nAllowed == 0) {
+  if (nAllowed == 0 || nBytes > nLargest) {
     bFailed = true;
     return nullptr;
   }
@@ -60,7 +62,9 @@ std::size_t CountedMemory::Live() {
 }
 std::size_t CountedMemory::Allocations() { return nAllocations; }
 void CountedMemory::FailAfter(long nMore) { nAllowed = nMore; }
+void CountedMemory::FailAbove(std::size_t nBytes) { nLargest = nBytes; }
 bool CountedMemory::StopFailing() {
   nAllowed = -1;
+  nLargest = SIZE_MAX;
   return std::exchange(bFailed, false);
 }

@@ -20,7 +20,10 @@ std::size_t Allocations();
 // Lets `nMore` allocations with new succeed and every one after that fail.
 void FailAfter(long nMore);
 
-// Ends that, and tells whether an allocation failed.
+// Lets every allocation with new of more than nBytes fail.
+void FailAbove(std::size_t nBytes);
+
+// Ends both, and tells whether an allocation failed.
 bool StopFailing();
 
 }  // namespace CountedMemory
