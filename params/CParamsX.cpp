@@ -5,16 +5,15 @@
 
 #include "params/CParamsX.h"
 
-#include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <exception>
-#include <limits>
-#include <system_error>
 #include <utility>
 
+#include "text/Bytes.h"
+#include "text/Digits.h"
+#include "text/ReadDecimal.h"
 #include "text/TextRoom.h"
 
 namespace {
@@ -25,49 +24,11 @@ constexpr char kSeparator = ';';
 // A length field is padded to this many bytes, its ';' not counted.
 constexpr std::size_t kLengthFieldWidth = 6;
 
-// Digits and sign of any 64-bit integer.
-constexpr std::size_t kMaxIntegerText = 20;
-
 // "0x" and eight digits.
 constexpr std::size_t kResultTextLength = 10;
 
 // What both getHRESULT() give for a text without a result code.
 constexpr long kNoResult = -1;
-
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
-// White space to strtol and sscanf.
-bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-
-// Reads a decimal integer as strtol does, from a text that need not be NUL-terminated.
-long ReadLong(std::string_view text) {
-  const char* p = text.data();
-  const char* const pEnd = p + text.size();
-  while (p < pEnd && IsSpace(*p)) {
-    ++p;
-  }
-  const bool bNegative = p < pEnd && *p == '-';
-  if (p < pEnd && *p == '+') {
-    ++p;
-    if (p < pEnd && !IsDigit(*p)) {
-      return 0;  // from_chars would take a second sign
-    }
-  }
-  long value = 0;
-  if (std::from_chars(p, pEnd, value).ec == std::errc::result_out_of_range) {
-    return bNegative ? std::numeric_limits<long>::min() : std::numeric_limits<long>::max();
-  }
-  return value;
-}
-
-// The value of a hexadecimal digit of either case, or -1.
-int HexValue(char c) {
-  if (IsDigit(c)) {
-    return c - '0';
-  }
-  const char cLower = static_cast<char>(c | 0x20);
-  return cLower >= 'a' && cLower <= 'f' ? cLower - 'a' + 10 : -1;
-}
 
 // The bits of a result code as the signed value that callers compare with.
 long SignedResult(std::uint32_t nBits) { return static_cast<std::int32_t>(nBits); }
@@ -91,7 +52,7 @@ long ReadResult(std::string_view text) {
   }
   std::uint32_t nBits = 0;
   for (const char c : text.substr(2)) {
-    const int nDigit = HexValue(c);
+    const int nDigit = JSON::HexValue(c);
     if (nDigit < 0) {
       return ScanResult(text);
     }
@@ -100,13 +61,10 @@ long ReadResult(std::string_view text) {
   return SignedResult(nBits);
 }
 
-// The part of `text` in front of its first NUL, which is all that a C function would see.
-std::string_view UpToNul(std::string_view text) { return text.substr(0, text.find('\0')); }
-
 // Where the first segment begins: behind the header, if there is one. npos when the text neither
 // begins with a digit nor holds a separator.
 std::size_t FirstSegment(std::string_view text) {
-  if (IsDigit(text.front())) {
+  if (JSON::IsDigit(text.front())) {
     return 0;
   }
   const std::size_t nSeparator = text.find(kSeparator);
@@ -187,8 +145,8 @@ void CParamsRS::addParam(const std::string& text) {
 }
 
 void CParamsRS::addParam(long value) {
-  char szText[kMaxIntegerText];
-  const char* const pEnd = std::to_chars(szText, szText + sizeof szText, value).ptr;
+  char szText[JSON::kMaxDecimal<long>];
+  const char* const pEnd = JSON::WriteDecimal(value, szText);
   addSegment({szText, static_cast<std::size_t>(pEnd - szText)});
 }
 
@@ -206,8 +164,8 @@ void CParamsRS::addResult(long code) {
 // Appends one segment: the separator when one is due, the length field, its ';' and the text.
 // REQUIRES: `text` does not lie in paramText.
 void CParamsRS::addSegment(std::string_view text) {
-  char szDigits[kMaxIntegerText];
-  const char* const pEnd = std::to_chars(szDigits, szDigits + sizeof szDigits, text.size()).ptr;
+  char szDigits[JSON::kMaxDecimal<std::size_t>];
+  const char* const pEnd = JSON::WriteDecimal(text.size(), szDigits);
   const auto nDigits = static_cast<std::size_t>(pEnd - szDigits);
   const std::size_t nPadding = nDigits < kLengthFieldWidth ? kLengthFieldWidth - nDigits : 0;
   const bool bFollows = static_cast<std::size_t>(headerLength) < paramText.size();
@@ -301,7 +259,7 @@ long CParamsRS::getLength(long offset, long* consumed) const {
   if (consumed != nullptr) {
     *consumed = static_cast<long>(nField) + 1;
   }
-  return ReadLong(rest.substr(0, nField));
+  return JSON::ReadDecimal<long>(rest.substr(0, nField));
 }
 
 // The text of parameter `index`, inside paramText; empty for an index out of range.
@@ -319,13 +277,13 @@ std::string_view CParamsRS::textAt(int index) const {
 
 std::string CParamsRS::getStringParamAt(int index) const { return std::string(textAt(index)); }
 
-long CParamsRS::getLongParamAt(int index) const { return ReadLong(textAt(index)); }
+long CParamsRS::getLongParamAt(int index) const { return JSON::ReadDecimal<long>(textAt(index)); }
 
 long CParamsRS::getHRESULT() const {
   if (count() == 0) {
     return kNoResult;
   }
-  const std::string_view text = UpToNul(textAt(0));
+  const std::string_view text = JSON::UpToNul(textAt(0));
   return text.size() == kResultTextLength ? ReadResult(text) : kNoResult;
 }
 
@@ -338,14 +296,14 @@ long CParamsRS::getHRESULT(const std::string& text) {
     return kNoResult;
   }
   const std::string_view segment = std::string_view(text).substr(nFirst);
-  if (ReadLong(segment) != static_cast<long>(kResultTextLength)) {
+  if (JSON::ReadDecimal<long>(segment) != static_cast<long>(kResultTextLength)) {
     return kNoResult;
   }
   const std::size_t nField = segment.find(kSeparator);
   if (nField == std::string_view::npos) {
     return 0;
   }
-  return ReadResult(UpToNul(segment.substr(nField + 1, kResultTextLength)));
+  return ReadResult(JSON::UpToNul(segment.substr(nField + 1, kResultTextLength)));
 }
 
 // ---- The whole text -----------------------------------------------------------------------------

@@ -28,9 +28,9 @@
 #include <vector>
 
 #include "recordset/NameHash.h"
-#include "recordset/ShortBytes.h"
 #include "recordset/TextStore.h"
 #include "text/ExpectedName.h"
+#include "text/ShortBytes.h"
 
 namespace recordset {
 
@@ -156,7 +156,7 @@ class Columns {
     return pGuess != nullptr && IsName(*pGuess, name, length);
   }
   static bool IsName(const Column& column, const char* name, std::size_t length) {
-    return column.name.Length() == length && SameBytes(column.name.Text(), name, length);
+    return column.name.Length() == length && JSON::SameBytes(column.name.Text(), name, length);
   }
   static bool IsText(const Column& column, const char* name) {
     const char* p = column.name.Text();

@@ -13,7 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "recordset/ShortBytes.h"
+#include "text/ShortBytes.h"
 
 namespace recordset {
 
@@ -34,8 +34,8 @@ class NameHash {
     const std::uint64_t nLength = length;
     std::uint64_t nHash = nKeyA_;
     for (; length > 16; name += 16, length -= 16) {
-      nHash = Multiply(ReadWord<std::uint64_t>(name) ^ nKeyB_,
-                       ReadWord<std::uint64_t>(name + 8) ^ nHash);
+      nHash = Multiply(JSON::ReadWord<std::uint64_t>(name) ^ nKeyB_,
+                       JSON::ReadWord<std::uint64_t>(name + 8) ^ nHash);
     }
     nHash = Multiply(Front(name, length) ^ nKeyB_, Back(name, length) ^ nHash);
     return static_cast<std::uint32_t>(Multiply(nHash ^ nKeyA_, nLength ^ nKeyB_));
@@ -46,16 +46,16 @@ class NameHash {
 
   // The two words that cover a name of up to 16 bytes; they may overlap.
   static std::uint64_t Front(const char* name, std::size_t length) {
-    if (length >= 8) return ReadWord<std::uint64_t>(name);
-    if (length >= 4) return ReadWord<std::uint32_t>(name);
+    if (length >= 8) return JSON::ReadWord<std::uint64_t>(name);
+    if (length >= 4) return JSON::ReadWord<std::uint32_t>(name);
     if (length == 0) return 0;
     return static_cast<std::uint64_t>(static_cast<unsigned char>(name[0])) << 16 |
            static_cast<std::uint64_t>(static_cast<unsigned char>(name[length / 2])) << 8 |
            static_cast<unsigned char>(name[length - 1]);
   }
   static std::uint64_t Back(const char* name, std::size_t length) {
-    if (length >= 8) return ReadWord<std::uint64_t>(name + length - 8);
-    return length >= 4 ? ReadWord<std::uint32_t>(name + length - 4) : 0;
+    if (length >= 8) return JSON::ReadWord<std::uint64_t>(name + length - 8);
+    return length >= 4 ? JSON::ReadWord<std::uint32_t>(name + length - 4) : 0;
   }
 
   // The two halves of the 128-bit product, combined.

@@ -9,16 +9,14 @@
 #ifndef QXRECORDSET_RECORDSET_PLAINMEMBERS_H
 #define QXRECORDSET_RECORDSET_PLAINMEMBERS_H
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <utility>
 
 #include "recordset/QXRecordSet.h"
-#include "recordset/ShortBytes.h"
 #include "recordset/Table.h"
 #include "text/Block.h"
+#include "text/IntegerText.h"
 #include "text/Scan.h"
 
 namespace recordset {
@@ -43,10 +41,6 @@ class PlainMembers {
   // Bytes that must be there where a name, or a value, is looked at: a block behind a quote, and
   // the byte behind it.
   static constexpr std::ptrdiff_t kReach = 2 + Block16::kBytes;
-
-  // As many digits as fit any `long`, whatever they are.
-  static constexpr unsigned kShortDigits =
-      std::min<unsigned>(std::numeric_limits<long>::digits10, Block16::kBytes - 2);
 
   // What goes into a cell. A block can be read at any text but "", "0" and "1".
   struct Value {
@@ -83,29 +77,16 @@ QXRECORDSET_HOT const char* PlainMembers::ReadValue(const char* p, Value& value)
 
 // Digits as the library writes them; they are the cell's text as they stand.
 QXRECORDSET_HOT const char* PlainMembers::ReadInteger(const char* p, Value& value) {
-  const unsigned nSign = *p == '-' ? 1 : 0;
-  const std::uint32_t nOther = Block16::Load(p).NonDigits() & ~nSign;
-  if (nOther == 0 || p[nSign] == '0') {
-    value = {p, 1, CQXRecordSet::QX_LONG};
-    return *p == '0' && (p[1] == ',' || p[1] == '}') ? p + 1 : nullptr;
-  }
-  const unsigned nLength = JSON::LowestBit(nOther);
+  const unsigned nLength = JSON::CanonicalLength(p);
   value = {p, nLength, CQXRecordSet::QX_LONG};
-  return nLength > nSign && nLength <= kShortDigits + nSign ? p + nLength : nullptr;
+  return nLength != 0 ? p + nLength : nullptr;
 }
 
 QXRECORDSET_HOT const char* PlainMembers::ReadLiteral(const char* p, Value& value) {
-  const auto word = ReadWord<std::uint32_t>(p);
-  if (word == ReadWord<std::uint32_t>("null")) {
-    value = {"", 0, CQXRecordSet::QX_NULL};
-    return p + 4;
-  }
-  if (word == ReadWord<std::uint32_t>("true")) {
-    value = {"1", 1, CQXRecordSet::QX_BOOL};
-    return p + 4;
-  }
-  value = {"0", 1, CQXRecordSet::QX_BOOL};
-  return word == ReadWord<std::uint32_t>("fals") && p[4] == 'e' ? p + 5 : nullptr;
+  const unsigned nLength = JSON::LiteralLength(p);
+  value = *p == 'n' ? Value{"", 0, CQXRecordSet::QX_NULL}
+                    : Value{*p == 't' ? "1" : "0", 1, CQXRecordSet::QX_BOOL};
+  return nLength != 0 ? p + nLength : nullptr;
 }
 
 // A name that is not the one expected. It has no escapes, its colon follows at once, and no array

@@ -18,12 +18,13 @@
 
 #include "json/JSONMessage.h"
 #include "json/JSONSerialize.h"
-#include "recordset/IntegerText.h"
 #include "recordset/PlainMembers.h"
 #include "recordset/QXRecordSet.h"
 #include "recordset/Table.h"
-#include "text/Escape.h"
+#include "text/Bytes.h"
+#include "text/Digits.h"
 #include "text/Grammar.h"
+#include "text/IntegerText.h"
 #include "text/ReadDecimal.h"
 
 using JSON::UpToNul;
@@ -35,7 +36,6 @@ namespace {
 using Text = JSON::Text<const char, true>;  // the bytes of a std::string
 
 constexpr int kWriterBytes = 1024;  // reserved for the text of a nested object
-constexpr int kLongBytes = 21;      // the digits of a long, its sign and a NUL
 constexpr char szRows[] = "rows";
 
 // Reads a value, or a name, that is of no interest.
@@ -62,9 +62,8 @@ class Skipper {
         return ReadArray(text_, p, *this);
       case 't':
       case 'f':
-        return ReadBoolean(text_, p);
       case 'n':
-        return ReadNull(text_, p);
+        return ReadLiteral(text_, p);
       default:
         break;
     }
@@ -168,11 +167,11 @@ class CellLoader {
     const std::string_view digits(p, static_cast<std::size_t>(pNext - p));
     if (bReal) {
       Set(lRow, nColumn, "", CQXRecordSet::QX_TEXT);
-    } else if (recordset::IsCanonicalInteger(digits)) {
+    } else if (JSON::IsCanonicalInteger(digits)) {
       Set(lRow, nColumn, digits, CQXRecordSet::QX_LONG);
     } else {
-      char szDigits[kLongBytes];
-      const char* const pEnd = LongToStr(JSON::ReadDecimal<long>(digits), szDigits, kLongBytes);
+      char szDigits[JSON::kMaxDecimal<long>];
+      const char* const pEnd = JSON::WriteDecimal(JSON::ReadDecimal<long>(digits), szDigits);
       Set(lRow, nColumn, {szDigits, static_cast<std::size_t>(pEnd - szDigits)},
           CQXRecordSet::QX_LONG);
     }

@@ -7,14 +7,13 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
-#include <limits>
 
 #include "json/JSONSerialize.h"
-#include "recordset/IntegerText.h"
 #include "recordset/QXRecordSet.h"
 #include "text/Block.h"
 #include "text/Digits.h"
 #include "text/Escape.h"
+#include "text/IntegerText.h"
 #include "text/ReadDecimal.h"
 #include "text/TextRoom.h"
 
@@ -30,10 +29,6 @@ constexpr std::uint32_t kSparseFactor = 4;
 // Room for a member beside its name and text: quotes and commas, or a number or literal, and what
 // the last block of a copy writes beyond its end.
 constexpr std::size_t kSpare = 24 + Block16::kBytes;
-
-// As many digits as fit any `long`, whatever they are, and a block.
-constexpr std::size_t kShortDigits =
-    std::min<std::size_t>(std::numeric_limits<long>::digits10, Block16::kBytes - 1);
 
 constexpr int kObjectBytes = 1024;  // reserved for the text of a nested object
 
@@ -211,15 +206,9 @@ char* RowWriter::Escaped(char* p, std::string_view text, std::size_t nBehind) {
 
 // Digits that are written as the library writes integers are copied, others are converted.
 QXRECORDSET_HOT char* RowWriter::Integer(char* p, const Cell& cell) {
-  const Block16 block = Block16::Load(cell.pText);
-  const unsigned nSign = *cell.pText == '-' ? 1 : 0;
-  const std::size_t nDigits = cell.nLength - nSign;
-  const bool bShort = nDigits - 1 < kShortDigits;
-  const bool bCanonical = bShort && (cell.pText[nSign] != '0' || cell.nLength == 1) &&
-                          ((block.NonDigits() >> nSign) & ((1u << nDigits) - 1)) == 0;
-  if (!bCanonical)
+  if (cell.nLength == 0 || JSON::CanonicalLength(cell.pText) != cell.nLength)
     return JSON::WriteDecimal(JSON::ReadDecimal<long>({cell.pText, cell.nLength}), p);
-  block.Store(p);
+  Block16::Load(cell.pText).Store(p);
   return p + cell.nLength;
 }
 

@@ -37,7 +37,7 @@ const char* TextStore::Replace(const char* pOld, std::size_t nOldLength, const c
                           PieceSize(nOldLength) == PieceSize(length);
   if (bSamePiece) {
     char* const pPiece = const_cast<char*>(pOld);
-    MoveBytes(pPiece, text, length);
+    JSON::MoveBytes(pPiece, text, length);
     pPiece[length] = '\0';
     return pOld;
   }

@@ -27,8 +27,8 @@
 #include <memory>
 
 #include "recordset/BumpBlocks.h"
-#include "recordset/ShortBytes.h"
 #include "text/Block.h"
+#include "text/ShortBytes.h"
 
 namespace recordset {
 
@@ -60,7 +60,7 @@ class TextStore {
       if (pConstant != nullptr) return pConstant;
     }
     char* const pText = Allocate(length);
-    MoveBytes(pText, text, length);
+    JSON::MoveBytes(pText, text, length);
     return pText;
   }
 

@@ -12,6 +12,7 @@
 #ifndef QXRECORDSET_TEXT_BLOCK_H
 #define QXRECORDSET_TEXT_BLOCK_H
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -40,6 +41,13 @@ class Block16 {
     return Block16(v);
   }
   void Store(char* p) const { std::memcpy(p, &v_, sizeof v_); }
+
+  // The `n` bytes at `p`, and zeros. REQUIRES: n is no more than kBytes.
+  static Block16 LoadFirst(const char* p, std::size_t n) {
+    char aBytes[kBytes] = {};
+    std::memcpy(aBytes, p, n);
+    return Load(aBytes);
+  }
 
   // Eight bytes at `p` and eight at `q` side by side, and back again.
   static Block16 LoadHalves(const char* p, const char* q) {
@@ -138,6 +146,13 @@ class Block16 {
     return block;
   }
   void Store(char* p) const { std::memcpy(p, bytes_, sizeof bytes_); }
+
+  static Block16 LoadFirst(const char* p, std::size_t n) {
+    Block16 block;
+    std::memset(block.bytes_, 0, sizeof block.bytes_);
+    std::memcpy(block.bytes_, p, n);
+    return block;
+  }
 
   static Block16 LoadHalves(const char* p, const char* q) {
     Block16 block;

@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "text/Block.h"
+#include "text/Bytes.h"
 
 namespace JSON {
 
@@ -80,9 +81,6 @@ inline bool IsPlain(std::string_view text) { return ScanPlain<false>(text, nullp
 QXRECORDSET_HOT bool CopyPlain(std::string_view text, char* out) {
   return ScanPlain<true>(text, out);
 }
-
-// `text` up to its first NUL.
-inline std::string_view UpToNul(std::string_view text) { return text.substr(0, text.find('\0')); }
 
 // Room that EscapeBytes needs for `length` bytes: each may become \u00XX, and the last block stored
 // may reach beyond the text.

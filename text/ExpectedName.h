@@ -48,9 +48,7 @@ class ExpectedName {
 
   // The first bytes of a name that may end anywhere.
   static Block16 FirstBytes(const char* pName, std::size_t nLength) {
-    char aStart[Block16::kBytes] = {};
-    std::memcpy(aStart, pName, std::min(nLength, std::size_t{Block16::kBytes}));
-    return Block16::Load(aStart);
+    return Block16::LoadFirst(pName, std::min(nLength, std::size_t{Block16::kBytes}));
   }
 
   const char* Text() const { return pName_; }

@@ -193,26 +193,24 @@ QXRECORDSET_HOT typename Text::Char* ReadArray(Text& text, typename Text::Char* 
   }
 }
 
-// The literals, matched as prefixes: what follows is judged by whoever reads on. Null for no match.
+// A literal, matched as a prefix: what follows is judged by whoever reads on. Null for no match.
+template <typename Text>
+typename Text::Char* ReadLiteral(Text& text, typename Text::Char* p) {
+  const std::ptrdiff_t nLeft = text.pEnd - p;
+  char aLast[kLongestLiteral] = {};
+  if (nLeft < kLongestLiteral) std::memcpy(aLast, p, static_cast<std::size_t>(nLeft));
+  const unsigned nLength = LiteralLength(nLeft < kLongestLiteral ? aLast : p);
+  return nLength != 0 ? p + nLength : text.Fail(p);
+}
+
 template <typename Text>
 typename Text::Char* ReadBoolean(Text& text, typename Text::Char* p) {
-  if (text.pEnd - p >= 4 && std::memcmp(p, "true", 4) == 0) {
-    return p + 4;
-  }
-  if (text.pEnd - p >= 5 && std::memcmp(p, "false", 5) == 0) {
-    return p + 5;
-  }
-  return text.Fail(p);
+  return ReadLiteral(text, p);
 }
 template <typename Text>
 typename Text::Char* ReadNull(Text& text, typename Text::Char* p) {
-  if (text.pEnd - p >= 4 && std::memcmp(p, "null", 4) == 0) {
-    return p + 4;
-  }
-  return text.Fail(p);
+  return ReadLiteral(text, p);
 }
-
-inline bool BeginsNumber(char c) { return (c >= '0' && c <= '9') || c == '+' || c == '-'; }
 
 }  // namespace JSON
 

@@ -13,14 +13,6 @@ namespace {
 constexpr int kHexDigits = 4;  // behind "\u"
 constexpr int kLongestEscape = 2 + kHexDigits;
 
-int HexValue(char c) {
-  if (c >= '0' && c <= '9') {
-    return c - '0';
-  }
-  const char cLower = static_cast<char>(c | 0x20);
-  return cLower >= 'a' && cLower <= 'f' ? cLower - 'a' + 10 : -1;
-}
-
 // The four bytes behind "\u" count as strtoul reads them in base 16, also when they are no
 // hexadecimal digits: it skips white space and takes a sign and "0x".
 std::uint32_t CodePoint(const char* p) {

@@ -16,65 +16,54 @@
 #include <cstring>
 
 #include "text/Block.h"
+#include "text/Bytes.h"
+#include "text/ShortBytes.h"
 
 namespace JSON {
 
-inline bool IsSpace(char c) {
-  return static_cast<unsigned char>(c) <= ' ' &&
-         (c == ' ' || c == '\n' || c == '\r' || c == '\t' || c == '\f');
+// The first byte at or behind p that `find` marks in a block, or the end.
+template <typename Char, typename Find>
+inline Char* FindInBlocks(Char* p, Char* pEnd, Find find) {
+  while (pEnd - p >= Block16::kBytes) {
+    const std::uint32_t found = find(Block16::Load(p));
+    if (found != 0) return p + LowestBit(found);
+    p += Block16::kBytes;
+  }
+  const auto nRest = static_cast<std::size_t>(pEnd - p);
+  const std::uint32_t found = find(Block16::LoadFirst(p, nRest)) & ((1u << nRest) - 1);
+  return found != 0 ? p + LowestBit(found) : pEnd;
 }
 
 // The first byte at or behind p that is no white space, or the end. A run of white space is mostly
 // a line break and many blanks, so it is blanks that are looked for.
 template <typename Char>
 Char* SkipSpaceRun(Char* p, Char* pEnd) {
-  while (pEnd - p >= Block16::kBytes) {
-    const std::uint32_t other = ~Block16::Load(p).Equals(' ') & 0xFFFFu;
-    if (other == 0) {
-      p += Block16::kBytes;
-      continue;
-    }
-    p += LowestBit(other);
-    if (!IsSpace(*p)) {
-      return p;
-    }
-    ++p;
+  for (;; ++p) {
+    p = FindInBlocks(p, pEnd, [](Block16 block) { return ~block.Equals(' ') & 0xFFFFu; });
+    if (p == pEnd || !IsSpace(*p)) return p;
   }
-  while (p != pEnd && IsSpace(*p)) {
-    ++p;
-  }
-  return p;
 }
 
 // The first '"' or '\' at or behind p, or the end.
 template <typename Char>
 inline Char* FindQuoteOrBackslash(Char* p, Char* pEnd) {
-  while (pEnd - p >= Block16::kBytes) {
-    const std::uint32_t found = Block16::Load(p).QuoteOrBackslash();
-    if (found != 0) {
-      return p + LowestBit(found);
-    }
-    p += Block16::kBytes;
-  }
-  while (p != pEnd && *p != '"' && *p != '\\') {
-    ++p;
-  }
-  return p;
+  return FindInBlocks(p, pEnd, [](Block16 block) { return block.QuoteOrBackslash(); });
 }
 
 // The first '"', '\\' or NUL at or behind p, or the end.
 inline const char* FindTextStop(const char* p, const char* pEnd) {
-  while (pEnd - p >= Block16::kBytes) {
-    const std::uint32_t found = Block16::Load(p).QuoteBackslashOrNul();
-    if (found != 0) {
-      return p + LowestBit(found);
-    }
-    p += Block16::kBytes;
-  }
-  while (p != pEnd && *p != '"' && *p != '\\' && *p != '\0') {
-    ++p;
-  }
-  return p;
+  return FindInBlocks(p, pEnd, [](Block16 block) { return block.QuoteBackslashOrNul(); });
+}
+
+constexpr int kLongestLiteral = 5;
+
+// Bytes of the literal at p, "true", "false" or "null"; 0 when there is none. REQUIRES: as many
+// bytes as the longest has at p.
+inline unsigned LiteralLength(const char* p) {
+  const auto nWord = ReadWord<std::uint32_t>(p);
+  if (nWord == ReadWord<std::uint32_t>("null") || nWord == ReadWord<std::uint32_t>("true"))
+    return 4;
+  return nWord == ReadWord<std::uint32_t>("fals") && p[4] == 'e' ? 5 : 0;
 }
 
 // What a byte that is no digit does in a number.

@@ -15,9 +15,9 @@
 
 namespace {
 
-std::size_t nLive = 0;         // bytes
-std::size_t nAllocations = 0;  // that succeeded
-long nAllowed = -1;            // allocations that may still succeed; negative: all
+std::size_t nLive = 0;            // bytes
+std::size_t nAllocations = 0;     // that succeeded
+long nAllowed = -1;               // allocations that may still succeed; negative: all
 std::size_t nLargest = SIZE_MAX;  // bytes of an allocation that may succeed
 bool bFailed = false;
 

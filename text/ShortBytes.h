@@ -5,14 +5,14 @@
 // covered by two words read from both ends, which may overlap; nothing outside the run is touched,
 // since a word is read or written only where the run is as long as the word.
 
-#ifndef QXRECORDSET_RECORDSET_SHORTBYTES_H
-#define QXRECORDSET_RECORDSET_SHORTBYTES_H
+#ifndef QXRECORDSET_TEXT_SHORTBYTES_H
+#define QXRECORDSET_TEXT_SHORTBYTES_H
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
-namespace recordset {
+namespace JSON {
 
 // The word that begins at `p`, which need not be aligned.
 template <typename Word>
@@ -65,6 +65,6 @@ inline void MoveBytes(char* to, const char* from, std::size_t n) {
   }
 }
 
-}  // namespace recordset
+}  // namespace JSON
 
-#endif  // QXRECORDSET_RECORDSET_SHORTBYTES_H
+#endif  // QXRECORDSET_TEXT_SHORTBYTES_H

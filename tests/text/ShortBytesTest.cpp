@@ -2,7 +2,7 @@
 //
 // The short byte runs below names and texts stay within their bounds, and texts within theirs.
 
-#include "recordset/ShortBytes.h"
+#include "text/ShortBytes.h"
 
 #include <gtest/gtest.h>
 
@@ -20,17 +20,17 @@ TEST(ShortBytes, StayWithinTheirRunAtEveryLength) {
   for (std::size_t n = 0; n <= strBytes.size(); ++n) {
     SCOPED_TRACE(n);
     char* const p = buffer.Place(std::string(n, '-'));
-    recordset::MoveBytes(p, strBytes.data(), n);
+    JSON::MoveBytes(p, strBytes.data(), n);
     EXPECT_EQ(buffer.view(), strBytes.substr(0, n));
-    EXPECT_TRUE(recordset::SameBytes(p, strBytes.data(), n));
+    EXPECT_TRUE(JSON::SameBytes(p, strBytes.data(), n));
     for (std::size_t i = 0; i < n; ++i) {
       p[i] ^= 1;
-      EXPECT_FALSE(recordset::SameBytes(p, strBytes.data(), n)) << i;
+      EXPECT_FALSE(JSON::SameBytes(p, strBytes.data(), n)) << i;
       p[i] ^= 1;
     }
     for (std::size_t nShift = 1; nShift < 3 && nShift < n; ++nShift) {
       std::string strMoved = strBytes.substr(0, n);
-      recordset::MoveBytes(strMoved.data(), strMoved.data() + nShift, n - nShift);
+      JSON::MoveBytes(strMoved.data(), strMoved.data() + nShift, n - nShift);
       EXPECT_EQ(strMoved.substr(0, n - nShift), strBytes.substr(nShift, n - nShift));
     }
   }
