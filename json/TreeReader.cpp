@@ -90,10 +90,10 @@ char* TreeReader::ReadOther(char* p, ArrayValue& parent, Place& place) {
       return ReadContainer<ArrayValue>(p, parent, place);
     case 't':
     case 'f':
-      pNext = ReadBoolean(text_, p);
+      pNext = ReadLiteral(text_, p);
       break;
     case 'n':
-      pNext = ReadNull(text_, p);
+      pNext = ReadLiteral(text_, p);
       type = jtNull;
       break;
     default:

@@ -203,15 +203,6 @@ typename Text::Char* ReadLiteral(Text& text, typename Text::Char* p) {
   return nLength != 0 ? p + nLength : text.Fail(p);
 }
 
-template <typename Text>
-typename Text::Char* ReadBoolean(Text& text, typename Text::Char* p) {
-  return ReadLiteral(text, p);
-}
-template <typename Text>
-typename Text::Char* ReadNull(Text& text, typename Text::Char* p) {
-  return ReadLiteral(text, p);
-}
-
 }  // namespace JSON
 
 #endif  // QXRECORDSET_TEXT_GRAMMAR_H
