@@ -61,6 +61,14 @@ long ReadResult(std::string_view text) {
   return SignedResult(nBits);
 }
 
+// Reads a length field, which begins with blanks.
+long ReadLength(std::string_view field) {
+  while (!field.empty() && field.front() == ' ') {
+    field.remove_prefix(1);
+  }
+  return JSON::ReadDecimal<long>(field);
+}
+
 // Where the first segment begins: behind the header, if there is one. npos when the text neither
 // begins with a digit nor holds a separator.
 std::size_t FirstSegment(std::string_view text) {
@@ -73,7 +81,7 @@ std::size_t FirstSegment(std::string_view text) {
 
 // Makes room for nMore bytes behind a text.
 void MakeRoom(std::string& text, std::size_t nMore) {
-  JSON::MakeCapacity(text, text.size(), nMore);
+  if (text.capacity() - text.size() < nMore) JSON::MakeCapacity(text, text.size(), nMore);
 }
 
 }  // namespace
@@ -259,7 +267,7 @@ long CParamsRS::getLength(long offset, long* consumed) const {
   if (consumed != nullptr) {
     *consumed = static_cast<long>(nField) + 1;
   }
-  return JSON::ReadDecimal<long>(rest.substr(0, nField));
+  return ReadLength(rest.substr(0, nField));
 }
 
 // The text of parameter `index`, inside paramText; empty for an index out of range.

@@ -1,21 +1,19 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Columns: lookups that were not expected, the hash table, and the order by name.
+// Columns: searching, adding, and the hash table.
 
 #include "recordset/Columns.h"
 
 #include <algorithm>
 #include <new>
-#include <numeric>
 
-#include "memory/Spare.h"
 #include "text/Escape.h"
 
 namespace recordset {
 namespace {
 
-// Room for columns that is made at first.
-constexpr std::size_t kFirstColumns = 16;
+// A position has 30 bits.
+constexpr std::uint32_t kMostColumns = 0x3FFFFFFF;
 
 // The byte-wise order. Names differ in their first bytes; memcmp would be a detour.
 bool IsBefore(std::string_view a, std::string_view b) {
@@ -25,157 +23,102 @@ bool IsBefore(std::string_view a, std::string_view b) {
 }
 
 // Whether nothing in a name has to be escaped.
-bool IsPlain(const char* name, std::size_t length, JSON::Block16 start) {
-  if (length >= JSON::Block16::kBytes) return JSON::IsPlain({name, length});
-  return (start.NeedsEscape() & ((1u << length) - 1)) == 0;
+bool IsPlain(std::string_view name, JSON::Block16 start) {
+  if (name.size() >= JSON::Block16::kBytes) return JSON::IsPlain(name);
+  return (start.NeedsEscape() & ((1u << name.size()) - 1)) == 0;
 }
 
 }  // namespace
 
-// The names are gone with their texts. The first bytes, which a short name is all of, are still
-// there; by its text no column is found, or one whose cells do not exist.
+Column::Column(std::string_view text, JSON::Block16 start, std::uint32_t nAt, bool bIsBeyond,
+               const Column* pFirst, Column* pNextInList)
+    : name(text.data(), text.size(), start),
+      nPosition(nAt & kMostColumns),
+      bPlainName(IsPlain(text, start) ? 1 : 0),
+      bBeyond(bIsBeyond ? 1 : 0),
+      apNext{pFirst, pFirst},
+      pBehind(pNextInList) {}
+
 void Columns::Reset() noexcept {
-  for (std::uint32_t i = 0; i < nRemembered_; ++i) {
-    vColumns_[i].name.SetText("");
+  Column* pColumn = pFirst_;
+  for (std::uint32_t i = 0; i < nRemembered_; ++i, pColumn = pColumn->pBehind) {
+    pColumn->name.SetText("");
   }
   nCount_ = 0;
-  for (Chain& chain : chains_) {
-    chain = {};
-  }
-  bAscending_ = true;
+  pLast_ = nullptr;
   vSlots_.clear();
-  vSorted_.clear();
 }
 
-std::size_t Columns::Footprint() const {
-  return vColumns_.capacity() * sizeof(Column) +
-         (vSlots_.capacity() + vSorted_.capacity()) * sizeof(std::uint32_t);
-}
-
-// ---- Lookup -------------------------------------------------------------------------------------
-
-std::uint32_t Columns::FindElsewhere(Use use, const char* name, std::size_t length) {
-  const std::uint32_t nColumn = Search(name, length);
-  if (nColumn != 0) Learn(use, nColumn - 1);
-  return nColumn;
-}
-
-std::uint32_t Columns::FindOrAddAny(Use use, const char* name, std::size_t length) {
-  return FindOrAddElsewhere(use, name, length, JSON::ExpectedName::FirstBytes(name, length));
-}
-
-// `start` is a block that begins with the first bytes of the name.
-std::uint32_t Columns::FindOrAddElsewhere(Use use, const char* name, std::size_t length,
-                                          JSON::Block16 start) {
-  const bool bBeyond = IsBeyond(name, length);
-  const std::uint32_t nColumn = bBeyond ? 0 : FindElsewhere(use, name, length);
-  return nColumn != 0 ? nColumn : Add(use, name, length, start, bBeyond);
-}
-
-// Whether the columns are in the order of their names, and the name comes behind all of them.
-bool Columns::IsBeyond(const char* name, std::size_t length) const {
-  return bAscending_ && (nCount_ == 0 || IsBefore(NameOf(nCount_), {name, length}));
-}
-
-std::uint32_t Columns::Search(const char* name, std::size_t length) const {
-  if (!vSlots_.empty()) return SearchTable(name, length);
-  for (std::uint32_t i = 0; i < nCount_; ++i) {
-    if (IsName(vColumns_[i], name, length)) return i + 1;
+const Column* Columns::Find(std::string_view name) const {
+  if (!vSlots_.empty()) return SearchTable(name);
+  const Column* pColumn = pFirst_;
+  for (std::uint32_t i = 0; i < nCount_; ++i, pColumn = pColumn->pBehind) {
+    if (pColumn->Is(name)) return pColumn;
   }
-  return 0;
+  return nullptr;
 }
 
-std::uint32_t Columns::SearchTable(const char* name, std::size_t length) const {
-  const std::uint32_t nHash = (*hash_)(name, length);
-  const std::size_t nMask = vSlots_.size() - 1;
-  for (std::size_t i = nHash & nMask; vSlots_[i] != 0; i = (i + 1) & nMask) {
-    const Column& column = vColumns_[vSlots_[i] - 1];
-    if (column.nHash == nHash && IsName(column, name, length)) return vSlots_[i];
-  }
-  return 0;
-}
-
-// The column at nPosition follows the one found before; remember that.
-QXRECORDSET_HOT void Columns::Learn(Use use, std::uint32_t nPosition) {
-  const Column& column = vColumns_[nPosition];
-  const Column* const pLast = chains_[use].pLast;
-  if (pLast != nullptr && pLast != &column) vColumns_[pLast->nPosition].apNext[use] = &column;
-  Found(use, column);
+// A text that was written by this library has its names in order: as long as each comes behind all
+// others, it is known to be new.
+const Column& Columns::FindOrAdd(std::string_view name, JSON::Block16 start) {
+  const bool bBeyond = Ascend() && (pLast_ == nullptr || IsBefore(pLast_->Name(), name));
+  const Column* const pFound = bBeyond ? nullptr : Find(name);
+  return pFound != nullptr ? *pFound : Add(name, start, bBeyond);
 }
 
 // ---- Adding -------------------------------------------------------------------------------------
 
-// A new column takes the place of one that is remembered; what is behind that one will not come
-// again in this order.
-std::uint32_t Columns::Add(Use use, const char* name, std::size_t length, JSON::Block16 start,
-                           bool bBeyond) {
+// A new column takes the place of one that is remembered; those behind that one are forgotten.
+const Column& Columns::Add(std::string_view name, JSON::Block16 start, bool bBeyond) {
   PrepareToAdd();
-  const std::uint32_t nPosition = nCount_;
-  const char* const pName = length < JSON::Block16::kBytes ? texts_.StoreStart(start, length)
-                                                           : texts_.Store(name, length);
-  const bool bPlain = IsPlain(pName, length, start);
-  if (nPosition < vColumns_.size()) {
-    new (&vColumns_[nPosition]) Column(pName, length, start, nPosition, bPlain, bBeyond);
-  } else {
-    vColumns_.emplace_back(pName, length, start, nPosition, bPlain, bBeyond);
+  const char* const pName = name.size() < JSON::Block16::kBytes
+                                ? texts_.StoreStart(start, name.size())
+                                : texts_.Store(name.data(), name.size());
+  Column*& pPlace = NextPlace();
+  Column* const pBehind = pPlace != nullptr ? pPlace->pBehind : nullptr;
+  try {
+    if (pPlace == nullptr) pPlace = reinterpret_cast<Column*>(blocks_.Allocate(sizeof(Column)));
+  } catch (...) {
+    texts_.Release(pName, name.size());
+    throw;
   }
-  nRemembered_ = nPosition + 1;
-  for (const Column*& pNext : vColumns_[nPosition].apNext) {
-    pNext = vColumns_.data();
-  }
-  Enlist(nPosition);
-  Learn(use, nPosition);
-  return nPosition + 1;
+  new (pPlace) Column({pName, name.size()}, start, nCount_, bBeyond, pFirst_, pBehind);
+  nRemembered_ = nCount_ + 1;
+  return Enlist(*pPlace);
 }
 
 // The column behind the last one is there again. Its name stands at `name`.
-const Columns::Column& Columns::Restore(const char* name) {
+const Column& Columns::Restore(Column& column, const char* name) {
   PrepareToAdd();
-  const std::uint32_t nPosition = nCount_;
-  Column& column = vColumns_[nPosition];
   column.name.SetText(texts_.StoreStart(JSON::Block16::Load(name), column.name.Length()));
-  column.apNext[kInText] = vColumns_.data();
-  Enlist(nPosition);
-  Learn(kInText, nPosition);
-  return column;
+  column.apNext[Column::kText] = pFirst_;
+  return Enlist(column);
 }
 
-// Whatever may fail for want of memory.
+// Makes room in the hash table.
 QXRECORDSET_HOT void Columns::PrepareToAdd() {
   const std::size_t nCount = std::size_t{nCount_} + 1;
-  if (nCount > kLastColumn) throw std::bad_alloc();
-  if (nCount > vColumns_.capacity()) MakeRoom();
+  if (nCount > kMostColumns) throw std::bad_alloc();
   if (nCount > kFewColumns && 2 * nCount > vSlots_.size()) MakeTable(4 * nCount);
 }
 
-// The column at nPosition is there from now on.
-QXRECORDSET_HOT void Columns::Enlist(std::uint32_t nPosition) noexcept {
-  nCount_ = nPosition + 1;
-  bAscending_ = vColumns_[nPosition].bBeyond != 0;
-  if (!vSlots_.empty()) Enter(nPosition);
+// The column is there from now on.
+QXRECORDSET_HOT const Column& Columns::Enlist(Column& column) noexcept {
+  pLast_ = &column;
+  ++nCount_;
+  if (!vSlots_.empty()) Enter(column);
+  return column;
 }
 
-// Room for as many columns again. They move, and what they expect moves with them.
-void Columns::MakeRoom() {
-  std::vector<Column> vMoved;
-  const std::size_t nNeeded = vColumns_.size() + 1;
-  if (nNeeded > vMoved.max_size()) throw std::bad_alloc();
-  const std::size_t nGrown = std::min(2 * vColumns_.size(), vMoved.max_size());
-  memory::WithSpare(nNeeded, std::max({nGrown, nNeeded, kFirstColumns}) - nNeeded,
-                    [&vMoved](std::size_t nRoom) { vMoved.reserve(nRoom); });
-  vMoved = vColumns_;
-  const auto moved = [&vMoved](const Column* p) {
-    return p != nullptr ? &vMoved[p->nPosition] : nullptr;
-  };
-  for (Column& column : vMoved) {
-    for (const Column*& pNext : column.apNext) {
-      pNext = moved(pNext);
-    }
+// ---- Hash table ---------------------------------------------------------------------------------
+
+const Column* Columns::SearchTable(std::string_view name) const {
+  const std::uint32_t nHash = (*hash_)(name.data(), name.size());
+  const std::size_t nMask = vSlots_.size() - 1;
+  for (std::size_t i = nHash & nMask; vSlots_[i] != nullptr; i = (i + 1) & nMask) {
+    if (vSlots_[i]->nHash == nHash && vSlots_[i]->Is(name)) return vSlots_[i];
   }
-  for (Chain& chain : chains_) {
-    chain = {moved(chain.pLast), moved(chain.pGuess)};
-  }
-  vColumns_.swap(vMoved);
+  return nullptr;
 }
 
 // Makes a hash table of at least nSlots slots, a power of two, and enters all columns.
@@ -184,44 +127,22 @@ void Columns::MakeTable(std::size_t nSlots) {
   while (nSize < nSlots) {
     nSize *= 2;
   }
-  std::vector<std::uint32_t>(nSize).swap(vSlots_);
+  std::vector<const Column*>(nSize).swap(vSlots_);
   if (!hash_) hash_.emplace();
-  for (std::uint32_t i = 0; i < nCount_; ++i) {
-    Enter(i);
+  Column* pColumn = pFirst_;
+  for (std::uint32_t i = 0; i < nCount_; ++i, pColumn = pColumn->pBehind) {
+    Enter(*pColumn);
   }
 }
 
-void Columns::Enter(std::uint32_t nPosition) noexcept {
-  Column& column = vColumns_[nPosition];
+void Columns::Enter(Column& column) noexcept {
   column.nHash = (*hash_)(column.name.Text(), column.name.Length());
   const std::size_t nMask = vSlots_.size() - 1;
   std::size_t i = column.nHash & nMask;
-  while (vSlots_[i] != 0) {
+  while (vSlots_[i] != nullptr) {
     i = (i + 1) & nMask;
   }
-  vSlots_[i] = nPosition + 1;
-}
-
-// ---- Order by name ------------------------------------------------------------------------------
-
-const std::vector<std::uint32_t>& Columns::InNameOrder() {
-  const std::size_t nSorted = vSorted_.size();
-  if (nSorted == nCount_) return vSorted_;
-  const auto less = [this](std::uint32_t a, std::uint32_t b) { return NameOf(a) < NameOf(b); };
-  const auto nNew = static_cast<std::uint32_t>(nSorted + 1);
-  if (nNew == nCount_ && !bAscending_) {
-    // One name is inserted with few comparisons, in case names are added and listed by turns.
-    vSorted_.insert(std::upper_bound(vSorted_.begin(), vSorted_.end(), nNew, less), nNew);
-    return vSorted_;
-  }
-  vSorted_.resize(nCount_);
-  const auto middle = vSorted_.begin() + static_cast<std::ptrdiff_t>(nSorted);
-  std::iota(middle, vSorted_.end(), nNew);
-  if (!bAscending_) {
-    std::sort(middle, vSorted_.end(), less);
-    std::inplace_merge(vSorted_.begin(), middle, vSorted_.end(), less);
-  }
-  return vSorted_;
+  vSlots_[i] = &column;
 }
 
 }  // namespace recordset

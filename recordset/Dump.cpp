@@ -14,6 +14,7 @@
 #include "recordset/Table.h"
 
 using recordset::Cell;
+using recordset::Column;
 using recordset::Row;
 using recordset::Table;
 
@@ -26,10 +27,10 @@ std::string CQXRecordSet::Dump() {
     strDump.append("Row ").append(std::to_string(lRow)).append("\n");
     const Row* const pRow = table.rows.FindRow(lRow);
     const bool bHasCells = pRow != nullptr && table.rows.HasCells(lRow, *pRow);
-    for (const std::uint32_t nColumn : table.columns.InNameOrder()) {
-      strDump.append("\tField (").append(table.columns.NameOf(nColumn)).append("):");
+    for (const Column* const pColumn : table.ColumnsByName()) {
+      strDump.append("\tField (").append(pColumn->Name()).append("):");
       if (bHasCells) {
-        const Cell* const pCell = table.rows.FindCell(lRow, *pRow, nColumn);
+        const Cell* const pCell = table.rows.FindCell(lRow, *pRow, pColumn->Index());
         strDump.append(" ");
         if (pCell != nullptr) strDump.append(pCell->pText, pCell->nLength);
       }

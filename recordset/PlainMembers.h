@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 #include <utility>
 
 #include "recordset/QXRecordSet.h"
@@ -23,8 +24,11 @@ namespace recordset {
 
 class PlainMembers {
  public:
+  using Expected = ExpectedColumn<Column::kText>;
+
   // Reads a text that ends at pEnd with a NUL.
-  PlainMembers(Table& table, const char* pEnd) : table_(table), pEnd_(pEnd) {}
+  PlainMembers(Table& table, Expected& expected, const char* pEnd)
+      : table_(table), expected_(expected), pEnd_(pEnd) {}
 
   // Reads members of a row from p, where one is due, and puts them into cells that do not exist
   // yet. The result is the position behind the closing brace of the row or behind the comma in
@@ -49,17 +53,18 @@ class PlainMembers {
     std::int32_t eType;
   };
 
-  const Columns::Column* ReadName(const char*& p);
+  const Column* ReadName(const char*& p);
   const char* ReadValue(const char* p, Value& value) const;
   static const char* ReadInteger(const char* p, Value& value);
   static const char* ReadLiteral(const char* p, Value& value);
-  bool MakeRoom(long lRow, const Columns::Column& column, Rows::Cells& cells);
+  bool MakeRoom(long lRow, const Column& column, Rows::Cells& cells);
 
   // The first byte at or behind p that is no white space. Where none stands, which is usual, the
   // callers look before they call.
   const char* SkipSpace(const char* p) const { return JSON::SkipSpaceRun(p, pEnd_); }
 
   Table& table_;
+  Expected& expected_;
   const char* const pEnd_;
 };
 
@@ -92,22 +97,24 @@ QXRECORDSET_HOT const char* PlainMembers::ReadLiteral(const char* p, Value& valu
 // A name that is not the one expected. It has no escapes, its colon follows at once, and no array
 // or object behind that. Moves p behind the colon; null when it is no such name. REQUIRES: *p is a
 // '"', and a block can be read behind it.
-inline const Columns::Column* PlainMembers::ReadName(const char*& p) {
+inline const Column* PlainMembers::ReadName(const char*& p) {
   const char* const pName = p + 1;
-  if (const Columns::Column* const pColumn = table_.columns.AddAgain(pName, pEnd_)) {
+  if (const Column* const pColumn = table_.columns.AddAgain(pName, pEnd_)) {
     p = pName + pColumn->name.Length() + 2;
-    return pColumn;
+    return &expected_.Learn(*pColumn);
   }
   const char* const pStop = JSON::FindTextStop(pName, pEnd_);
   if (*pStop != '"' || pStop[1] != ':') return nullptr;  // at pEnd_ stands a NUL
   if (pStop[2] == '[' || pStop[2] == '{') return nullptr;
   p = pStop + 2;
-  return &table_.columns.FoundOrAdded(pName, static_cast<std::size_t>(pStop - pName));
+  const std::string_view name(pName, static_cast<std::size_t>(pStop - pName));
+  if (const Column* const pColumn = expected_.Take(name)) return pColumn;
+  return &expected_.Learn(table_.columns.FindOrAdd(name, Block16::Load(pName)));
 }
 
 // Lets the row's array reach a column. False when the cell belongs somewhere else.
-inline bool PlainMembers::MakeRoom(long lRow, const Columns::Column& column, Rows::Cells& cells) {
-  table_.rows.EnsureCell(lRow, column.nPosition + 1);
+inline bool PlainMembers::MakeRoom(long lRow, const Column& column, Rows::Cells& cells) {
+  table_.rows.EnsureCell(lRow, column.Index());
   cells = table_.rows.CellsOf(lRow);
   return column.nPosition < cells.nCount;
 }
@@ -117,8 +124,8 @@ inline bool PlainMembers::MakeRoom(long lRow, const Columns::Column& column, Row
 inline const char* PlainMembers::Read(const char* p, long lRow) {
   if (pEnd_ - p <= kReach) return p;
   const char* const pLimit = pEnd_ - kReach;
-  const Columns::Column* pLast = nullptr;  // the column of the last member that was read
-  const Columns::Column* pColumn = table_.columns.Expected();
+  const Column* pLast = nullptr;  // the column of the last member that was read
+  const Column* pColumn = expected_.Get();
   const char* pMember = p;
   if (JSON::IsSpace(*p)) p = SkipSpace(p);
   Rows::Cells cells = {nullptr, 0};
@@ -127,7 +134,7 @@ inline const char* PlainMembers::Read(const char* p, long lRow) {
     if (pColumn != nullptr && pColumn->name.MatchesMember(p + 1, pEnd_)) {
       p += 3 + pColumn->name.Length();
     } else {
-      if (pLast != nullptr) table_.columns.Found(*std::exchange(pLast, nullptr));
+      if (pLast != nullptr) expected_.Found(*std::exchange(pLast, nullptr));
       pColumn = ReadName(p);
       if (pColumn == nullptr) break;
     }
@@ -142,12 +149,12 @@ inline const char* PlainMembers::Read(const char* p, long lRow) {
     cell = {table_.texts.StoreReadable(value.pText, value.nLength),
             static_cast<std::uint32_t>(value.nLength), value.eType};
     pLast = pColumn;
-    pColumn = pColumn->apNext[Columns::kInText];
+    pColumn = pColumn->apNext[Column::kText];
     pMember = p + 1;
     if (*p == '}') break;
     if (*++p != '"') p = SkipSpace(p);
   }
-  if (pLast != nullptr) table_.columns.Found(*pLast);
+  if (pLast != nullptr) expected_.Found(*pLast);
   return pMember;
 }
 

@@ -100,7 +100,7 @@ std::unique_ptr<Table> CQXRecordSet::CopyOf(const Table* pSource) {
 
 // The index of a column, or 0.
 std::uint32_t CQXRecordSet::FindColumn(const char* name) {
-  return name != nullptr && pTable != nullptr ? pTable->columns.Find(name) : 0;
+  return name != nullptr && pTable != nullptr ? pTable->FindColumn(name) : 0;
 }
 
 long CQXRecordSet::GetColumnIndex(const char* name) {
@@ -110,13 +110,12 @@ long CQXRecordSet::GetColumnIndex(const char* name) {
 
 long CQXRecordSet::AddColumn(const char* name) {
   if (name == nullptr) return -1;
-  return static_cast<long>(EnsureTable().columns.FindOrAdd(name));
+  return static_cast<long>(EnsureTable().EnsureColumn(name));
 }
 
 const char* CQXRecordSet::GetColumnName(long position) {
   if (position < 0 || position >= GetColumnCount()) return "";
-  const std::uint32_t nColumn = pTable->columns.InNameOrder()[static_cast<unsigned long>(position)];
-  return pTable->columns.NameOf(nColumn).data();
+  return pTable->ColumnsByName()[static_cast<unsigned long>(position)]->name.Text();
 }
 
 long CQXRecordSet::GetColumnCount() {
@@ -130,7 +129,7 @@ long CQXRecordSet::GetRowsCount() { return lRowsCount; }
 void CQXRecordSet::SetText(const char* name, std::string_view text, long row, QX_TYPE type) {
   if (name == nullptr) return;
   Table& table = EnsureTable();
-  table.SetCell(row, table.columns.FindOrAdd(name), text.data(), text.size(), type);
+  table.SetCell(row, table.EnsureColumn(name), text.data(), text.size(), type);
   lRowsCount = std::max(lRowsCount, row);
   bModified = true;
 }
@@ -171,8 +170,8 @@ void CQXRecordSet::SetValue(const char* name, CQXRecordSet& value, long row) {
 // case comes first and makes no call but the comparison of names.
 const char* CQXRecordSet::GetValueAsString(const char* name, long row) {
   if (name == nullptr || pTable == nullptr) return "";
-  if (const auto* const pColumn = pTable->columns.Expected(name)) {
-    const recordset::Cell* const pCell = pTable->rows.FindInGrid(row, pColumn->nPosition + 1);
+  if (const auto* const pColumn = pTable->asked.Take(name)) {
+    const recordset::Cell* const pCell = pTable->rows.FindInGrid(row, pColumn->Index());
     if (pCell != nullptr && pCell->Exists()) return pCell->pText;
   }
   return FindValue(name, row);
@@ -180,8 +179,8 @@ const char* CQXRecordSet::GetValueAsString(const char* name, long row) {
 
 // The same for a column that is not the one expected, or a cell that is not where most cells are.
 const char* CQXRecordSet::FindValue(const char* name, long row) {
-  const std::uint32_t nColumn = pTable->columns.FindUnexpected(name);
-  return nColumn != 0 ? pTable->ReadCell(row, nColumn).pText : "";
+  const recordset::Column* const pColumn = pTable->FindOtherColumn(name);
+  return pColumn != nullptr ? pTable->ReadCell(row, pColumn->Index()).pText : "";
 }
 
 void CQXRecordSet::GetValueAsStringUTF8(std::string& out, const char* name, long row) {

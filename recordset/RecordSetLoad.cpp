@@ -28,6 +28,7 @@
 #include "text/ReadDecimal.h"
 
 using JSON::UpToNul;
+using recordset::Column;
 using recordset::PlainMembers;
 using recordset::Table;
 
@@ -204,7 +205,7 @@ class CellLoader {
 class RowSink {
  public:
   RowSink(const Text& text, Table& table, CellLoader& cells)
-      : table_(table), cells_(cells), plain_(table, text.pEnd) {}
+      : table_(table), cells_(cells), plain_(table, expected_, text.pEnd) {}
 
   void BeginRow(long lRow) { lRow_ = lRow; }
   void Complete() {}
@@ -233,14 +234,23 @@ class RowSink {
   }
 
   long LastRow() const { return lLastRow_; }
-  void Forget() { lLastRow_ = 0; }
   void SetColumn(std::string_view name) {
-    nColumn_ = table_.columns.FindOrAdd(name.data(), name.size());
+    const Column* const pColumn = expected_.Take(name);
+    nColumn_ =
+        (pColumn != nullptr ? *pColumn : expected_.Learn(table_.columns.FindOrAdd(name))).Index();
+  }
+
+  // Nothing was read so far, into an empty table.
+  void Restart() {
+    lLastRow_ = 0;
+    expected_.Forget();
+    if (table_.columns.Count() != 0) table_.Reset();
   }
 
  private:
   Table& table_;
   CellLoader& cells_;
+  PlainMembers::Expected expected_;
   PlainMembers plain_;
   long lRow_ = 1;
   long lLastRow_ = 0;  // the last row that received a cell
@@ -304,8 +314,8 @@ class DocumentSink {
     const JSON::Due due = row_.Shortcut(p);
     if (p != pDue && due == JSON::Due::kItem && !bRowsSeen_) {
       // A column of that name may also stem from the member that was left.
-      const std::uint32_t nRows = table_.columns.Find(szRows);
-      bRowsSeen_ = nRows != 0 && table_.rows.FindCell(1, nRows) != nullptr;
+      const Column* const pRows = table_.columns.Find(szRows);
+      bRowsSeen_ = pRows != nullptr && table_.rows.FindCell(1, pRows->Index()) != nullptr;
     }
     return due;
   }
@@ -323,8 +333,7 @@ class DocumentSink {
     bRowsSeen_ = bRowsSeen_ || bFirstRows;
     if (bFirstRows && *p == '[') {
       bRowsRead_ = true;
-      if (table_.columns.Count() != 0) table_.Reset();
-      row_.Forget();
+      row_.Restart();
       RowsSink rows(text_, p, row_, table_);
       return ReadArray(text_, p, rows);
     }

@@ -70,7 +70,7 @@ RowWriter::RowWriter(Table& table, std::string&& buffer)
       strText_(std::move(buffer)),
       pNext_(strText_.data()),
       pLimit_(pNext_ + strText_.size()),
-      vColumns_(table.columns.InNameOrder()) {}
+      vColumns_(table.ColumnsByName()) {}
 
 std::string RowWriter::Finish() && {
   strText_.resize(At(pNext_));
@@ -112,10 +112,10 @@ void RowWriter::Row(long lRow) {
 }
 
 void RowWriter::DenseRow(const recordset::Row& row) {
-  for (const std::uint32_t nColumn : vColumns_) {
-    if (nColumn > row.nSpan) continue;
-    const Cell& cell = row.pCells[nColumn - 1];
-    if (cell.Exists()) Member(table_.columns.At(nColumn), cell);
+  for (const Column* const pColumn : vColumns_) {
+    if (pColumn->nPosition >= row.nSpan) continue;
+    const Cell& cell = row.pCells[pColumn->nPosition];
+    if (cell.Exists()) Member(*pColumn, cell);
   }
 }
 
@@ -128,20 +128,20 @@ void RowWriter::SparseRow(long lRow, const recordset::Row& row) {
   std::sort(vRowCells_.begin(), vRowCells_.end(),
             [](const auto& a, const auto& b) { return a.first < b.first; });
   for (const auto& [nRank, pCell] : vRowCells_) {
-    Member(table_.columns.At(vColumns_[nRank]), *pCell);
+    Member(*vColumns_[nRank], *pCell);
   }
 }
 
 void RowWriter::RankColumns() {
   vRanks_.resize(vColumns_.size());
   for (std::uint32_t i = 0; i < vColumns_.size(); ++i) {
-    vRanks_[vColumns_[i] - 1] = i;
+    vRanks_[vColumns_[i]->nPosition] = i;
   }
 }
 
 // ---- Members ------------------------------------------------------------------------------------
 
-QXRECORDSET_HOT void RowWriter::Member(const Columns::Column& column, const Cell& cell) {
+QXRECORDSET_HOT void RowWriter::Member(const Column& column, const Cell& cell) {
   if (MayBeObject(cell.pText) && LooksLikeObject({cell.pText, cell.nLength})) {
     Object(column, {cell.pText, cell.nLength});
     return;
@@ -155,7 +155,7 @@ QXRECORDSET_HOT void RowWriter::Member(const Columns::Column& column, const Cell
 }
 
 // A name and its colon. There is room for nBehind bytes more in the end.
-QXRECORDSET_HOT char* RowWriter::Name(char* p, const Columns::Column& column, std::size_t nBehind) {
+QXRECORDSET_HOT char* RowWriter::Name(char* p, const Column& column, std::size_t nBehind) {
   *p++ = '"';
   const std::size_t nLength = column.name.Length();
   if (nLength < JSON::ExpectedName::kShortName && column.bPlainName) {
@@ -213,7 +213,7 @@ QXRECORDSET_HOT char* RowWriter::Integer(char* p, const Cell& cell) {
 }
 
 // The parser rewrites its text, so it gets a copy. What does not parse is left out.
-void RowWriter::Object(const Columns::Column& column, std::string_view text) {
+void RowWriter::Object(const Column& column, std::string_view text) {
   if (text.size() > INT_MAX) return;
   if (!message_) message_.emplace(true);
   strScratch_.assign(text);

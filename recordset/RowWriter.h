@@ -41,11 +41,11 @@ class RowWriter {
   void RankColumns();
 
   // Each writes one member and a comma behind it.
-  void Member(const Columns::Column& column, const Cell& cell);
-  void Object(const Columns::Column& column, std::string_view text);
+  void Member(const Column& column, const Cell& cell);
+  void Object(const Column& column, std::string_view text);
 
   // Each writes to p, where the room that Member() makes begins, and gives the end.
-  char* Name(char* p, const Columns::Column& column, std::size_t nBehind);
+  char* Name(char* p, const Column& column, std::size_t nBehind);
   char* Value(char* p, const Cell& cell);
   char* Escaped(char* p, std::string_view text, std::size_t nBehind);
   char* Integer(char* p, const Cell& cell);
@@ -57,7 +57,7 @@ class RowWriter {
   std::string strText_;                         // the text, and room behind it
   char* pNext_;                                 // the end of the text
   char* pLimit_;                                // the end of the room
-  const std::vector<std::uint32_t>& vColumns_;  // in name order; a column's rank is its place here
+  const std::vector<const Column*>& vColumns_;  // in name order; a column's rank is its place here
   std::vector<std::uint32_t> vRanks_;  // by column index - 1; made for the first sparse row
   std::vector<std::pair<std::uint32_t, const Cell*>> vRowCells_;  // a sparse row's cells by rank
   std::string strScratch_;

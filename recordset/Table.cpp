@@ -8,6 +8,15 @@
 
 namespace recordset {
 
+const Column* Table::FindOtherColumn(const char* name) {
+  const Column* const pColumn = columns.Find(name);
+  return pColumn != nullptr ? &asked.Learn(*pColumn) : nullptr;
+}
+
+std::uint32_t Table::EnsureOtherColumn(const char* name) {
+  return asked.Learn(columns.FindOrAdd(name)).Index();
+}
+
 // A cell that does not exist, or does not lie where most cells do.
 const Cell& Table::ReadOtherCell(long lRow, std::uint32_t nColumn) {
   Cell& cell = rows.EnsureCell(lRow, nColumn);
@@ -17,9 +26,10 @@ const Cell& Table::ReadOtherCell(long lRow, std::uint32_t nColumn) {
 
 void Table::Merge(const Table& other) {
   std::vector<std::uint32_t> vColumns(other.columns.Count());
-  for (std::uint32_t i = 0; i < vColumns.size(); ++i) {
-    const std::string_view name = other.columns.NameOf(i + 1);
-    vColumns[i] = columns.FindOrAdd(name.data(), name.size());
+  const Column* pColumn = other.columns.First();
+  for (std::uint32_t& nColumn : vColumns) {
+    nColumn = columns.FindOrAdd(pColumn->Name()).Index();
+    pColumn = pColumn->pBehind;
   }
   other.rows.ForEachRow([&](long lRow, const Row& row) {
     other.rows.ForEachCell(lRow, row, [&](std::uint32_t nColumn, const Cell& cell) {
@@ -31,11 +41,13 @@ void Table::Merge(const Table& other) {
 void Table::Reset() noexcept {
   rows.Reset();
   columns.Reset();
+  asked.Forget();
+  order.Reset();
   texts.Reset();
 }
 
 std::size_t Table::Footprint() const {
-  return rows.Footprint() + columns.Footprint() + texts.Footprint();
+  return rows.Footprint() + columns.Footprint() + order.Footprint() + texts.Footprint();
 }
 
 }  // namespace recordset

@@ -6,8 +6,8 @@
 // Cells are written through a table alone, because a cell's text must be given back to the text
 // store it came from. A loader writes like this:
 //
-//   const std::uint32_t nColumn = table.columns.FindOrAdd(name, nNameLength);
-//   table.SetCell(lRow, nColumn, pText, nLength, CQXRecordSet::QX_TEXT);
+//   const Column& column = table.columns.FindOrAdd(name);
+//   table.SetCell(lRow, column.Index(), pText, nLength, CQXRecordSet::QX_TEXT);
 
 #ifndef QXRECORDSET_RECORDSET_TABLE_H
 #define QXRECORDSET_RECORDSET_TABLE_H
@@ -15,7 +15,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "recordset/ColumnOrder.h"
 #include "recordset/Columns.h"
+#include "recordset/ExpectedColumn.h"
 #include "recordset/Rows.h"
 #include "recordset/TextStore.h"
 
@@ -27,6 +29,25 @@ class Table {
   Table(const Table&) = delete;
   Table& operator=(const Table&) = delete;
   ~Table() = default;
+
+  // A host's lookup: the index of a column, or 0.
+  std::uint32_t FindColumn(const char* name) {
+    const Column* pColumn = asked.Take(name);
+    if (pColumn == nullptr || !columns.Has(*pColumn)) pColumn = FindOtherColumn(name);
+    return pColumn != nullptr ? pColumn->Index() : 0;
+  }
+
+  // The same for a column that is not the one expected; null when there is none.
+  const Column* FindOtherColumn(const char* name);
+
+  // A host's lookup where a new name becomes a column. When memory runs out, nothing has changed.
+  std::uint32_t EnsureColumn(const char* name) {
+    const Column* const pColumn = asked.Take(name);
+    return pColumn != nullptr && columns.Has(*pColumn) ? pColumn->Index() : EnsureOtherColumn(name);
+  }
+
+  // All columns in the byte-wise order of their names.
+  const std::vector<const Column*>& ColumnsByName() { return order.Of(columns); }
 
   // Gives the cell in row lRow, column nColumn a copy of `length` bytes of text, which may come
   // from this table, and a type. When memory runs out, all cells are as before.
@@ -63,9 +84,13 @@ class Table {
 
   TextStore texts;
   Columns columns;
+  ExpectedColumn<Column::kHost> asked;
   Rows rows;
 
  private:
+  ColumnOrder order;
+
+  std::uint32_t EnsureOtherColumn(const char* name);
   const Cell& ReadOtherCell(long lRow, std::uint32_t nColumn);
 
   static constexpr std::int32_t kNullType = 0;  // CQXRecordSet::QX_NULL

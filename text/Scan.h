@@ -38,10 +38,20 @@ inline Char* FindInBlocks(Char* p, Char* pEnd, Find find) {
 // a line break and many blanks, so it is blanks that are looked for.
 template <typename Char>
 Char* SkipSpaceRun(Char* p, Char* pEnd) {
-  for (;; ++p) {
-    p = FindInBlocks(p, pEnd, [](Block16 block) { return ~block.Equals(' ') & 0xFFFFu; });
-    if (p == pEnd || !IsSpace(*p)) return p;
+  while (pEnd - p >= Block16::kBytes) {
+    const std::uint32_t other = ~Block16::Load(p).Equals(' ') & 0xFFFFu;
+    if (other == 0) {
+      p += Block16::kBytes;
+      continue;
+    }
+    p += LowestBit(other);
+    if (!IsSpace(*p)) return p;
+    ++p;
   }
+  while (p != pEnd && IsSpace(*p)) {
+    ++p;
+  }
+  return p;
 }
 
 // The first '"' or '\' at or behind p, or the end.

@@ -27,10 +27,8 @@
 #include "json/JSON.h"
 #include "json/JSONMessage.h"
 #include "params/CParamsX.h"
-#include "recordset/Columns.h"
 #include "recordset/QXRecordSet.h"
 #include "recordset/Rows.h"
-#include "recordset/TextStore.h"
 #include "tests/support/CountedMemory.h"
 #include "tests/support/PlainLoad.h"
 #include "text/TextRoom.h"
@@ -363,8 +361,6 @@ TEST(ExhaustedMemory, IsUsedToItsEnd) {
   std::size_t nWritten = writer.AO().String().size();
   std::string strEscaped;
   CParamsRS params;
-  recordset::TextStore texts;
-  recordset::Columns columns(texts);
   recordset::Rows rows;
   std::uint32_t nCells = 0;
   const Growing growings[] = {
@@ -375,8 +371,6 @@ TEST(ExhaustedMemory, IsUsedToItsEnd) {
        [&] { return strEscaped.size(); }},
       {"parameter string", [&] { params.addParam(kLong); },
        [&] { return params.paramListRef().size(); }},
-      {"columns", [&] { columns.FindOrAdd(std::to_string(columns.Count()).c_str()); },
-       [&] { return columns.Count() * sizeof(recordset::Columns::Column); }},
       {"cells of a row", [&] { rows.EnsureCell(1, ++nCells).pText = ""; },
        [&] { return (nCells - 1) * sizeof(recordset::Cell); }},
   };

@@ -38,12 +38,6 @@ def unique_pointer(unique):
     return pair[pair.type.fields()[1]]["_M_head_impl"]
 
 
-def vector_items(vector):
-    begin, end = vector["_M_impl"]["_M_start"], vector["_M_impl"]["_M_finish"]
-    for i in range(int(end - begin)):
-        yield begin[i]
-
-
 def map_items(tree):
     """The pairs of a std::map, in order."""
     pair = tree["_M_t"].type.strip_typedefs().template_argument(1).pointer()
@@ -70,9 +64,11 @@ class Table:
         self.rows = None
         pointer = unique_pointer(record_set["pTable"])
         if int(pointer):
-            for column in vector_items(pointer["columns"]["vColumns_"]):
+            column = pointer["columns"]["pFirst_"]
+            for _ in range(int(pointer["columns"]["nCount_"])):
                 name = column["name"]
                 self.names.append(text_at(name["pName_"], name["nLength_"]))
+                column = column["pBehind"]
             self.rows = pointer["rows"]
 
     def numbered_rows(self):

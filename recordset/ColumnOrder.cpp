@@ -1,0 +1,34 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Sorting columns by name.
+
+#include "recordset/ColumnOrder.h"
+
+#include <algorithm>
+
+namespace recordset {
+
+const std::vector<const Column*>& ColumnOrder::Of(const Columns& columns) {
+  const std::size_t nSorted = vSorted_.size();
+  if (nSorted == columns.Count()) return vSorted_;
+  const auto less = [](const Column* a, const Column* b) { return a->Name() < b->Name(); };
+  const Column* pColumn = nSorted != 0 ? pNewest_->pBehind : columns.First();
+  if (nSorted + 1 == columns.Count() && !columns.Ascend()) {
+    // One name is inserted with few comparisons, in case names are added and listed by turns.
+    vSorted_.insert(std::upper_bound(vSorted_.begin(), vSorted_.end(), pColumn, less), pColumn);
+    pNewest_ = pColumn;
+    return vSorted_;
+  }
+  vSorted_.resize(columns.Count());
+  const auto middle = vSorted_.begin() + static_cast<std::ptrdiff_t>(nSorted);
+  for (auto it = middle; it != vSorted_.end(); ++it, pColumn = pColumn->pBehind) {
+    *it = pNewest_ = pColumn;
+  }
+  if (!columns.Ascend()) {
+    std::sort(middle, vSorted_.end(), less);
+    std::inplace_merge(vSorted_.begin(), middle, vSorted_.end(), less);
+  }
+  return vSorted_;
+}
+
+}  // namespace recordset
