@@ -53,7 +53,7 @@ struct Row {
 class Rows {
  public:
   // aOwn_ is room for pieces, not content. NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
-  Rows() noexcept : blocks_(aOwn_, kOwnBytes), pPages_(&pOnlyPage_) {}
+  Rows() noexcept : blocks_(aOwn_, kOwnBytes) {}
   Rows(const Rows&) = delete;
   Rows& operator=(const Rows&) = delete;
   ~Rows() = default;
@@ -174,8 +174,6 @@ class Rows {
   const Row* FindOdd(long lRow) const;
   unsigned long ReachableSlots() const;
   void AddSlots();
-  void GrowOnlyPage(unsigned long nRows);
-  void AddPage();
   void TakeOverOddRows(unsigned long nOldSlots) noexcept;
   void ReachForOddRows();
 
@@ -195,10 +193,8 @@ class Rows {
   void TakeOverFarCells(long lRow, Row& row) noexcept;
 
   BumpBlocks blocks_;            // pages and cells
-  Row** pPages_;                 // pOnlyPage_, or an array in the blocks
-  Row* pOnlyPage_ = nullptr;     // the first page, as long as it is the only one
-  unsigned long nPages_ = 0;     // pages in use
-  unsigned long nPageRoom_ = 1;  // pages there is room for at pPages_
+  Row** pPages_ = nullptr;       // an array in the blocks
+  unsigned long nPageRoom_ = 0;  // pages there is room for at pPages_
   unsigned long nSlots_ = 0;     // rows in all pages
   unsigned long nGridRows_ = 0;  // of these, rows that were begun
   bool bHasLatest_ = false;
