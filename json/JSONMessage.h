@@ -64,8 +64,8 @@ class QXRECORDSET_EXPORT Message : public JSONValue {
   // A message may parse any number of times; a root of the same kind is emptied and used again, and
   // the memory of one content is kept for the next. All pointers into the old tree become invalid.
   // A root that a host put there stays the root when it is of the kind that the text needs, or a
-  // subclass; it is then filled as Parser::ParseObject() and Parser::ParseArray() fill it. Any other
-  // is released.
+  // subclass; it is then filled as Parser::ParseObject() and Parser::ParseArray() fill it. Any
+  // other is released.
   //
   // False means: a null text or length 0 (nothing changes); a text that does not begin with '{' or
   // '[' behind white space (a copying message is left empty, an in-place one unchanged); or a text
@@ -88,8 +88,8 @@ class QXRECORDSET_EXPORT Message : public JSONValue {
 
   // Makes `target` an independent copy of this message; what it held is released. Texts and names
   // that lie outside of this message's text, because they came from another document or from a
-  // host, are duplicated. The target keeps its bInPlace. When memory runs out, it is as it was or holds no document; so is a message that
-  // is assigned to.
+  // host, are duplicated. The target keeps its bInPlace. When memory runs out, it is as it was or
+  // holds no document; so is a message that is assigned to.
   void CopyTo(Message& target) const;
 
   bool bInPlace;            // Parse() works on the caller's text

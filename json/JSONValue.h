@@ -219,9 +219,9 @@ class QXRECORDSET_EXPORT CompositeValue : public BaseValue {
 
   // A new container with copies of everything in this one; the caller owns it and deletes it. Texts
   // and names that are not owned are not copied: the copy's pointers are moved by `nDelta` bytes,
-  // the distance from this document's buffer to the buffer that the copy will belong to. Owned texts
-  // and names are duplicated. A tree may be of any depth; a host's own containers are copied by
-  // their own Clone(), one within the other.
+  // the distance from this document's buffer to the buffer that the copy will belong to. Owned
+  // texts and names are duplicated. A tree may be of any depth; a host's own containers are copied
+  // by their own Clone(), one within the other.
   virtual CompositeValue* Clone(std::ptrdiff_t nDelta) const = 0;
 
   // Number of elements or members.

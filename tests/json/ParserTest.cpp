@@ -85,6 +85,10 @@ TEST(JsonParser, KeepsWhatItReadAndStopsWhereItFails) {
   };
   for (const auto& test : kCases) {
     SCOPED_TRACE(test.text);
+    Message untouched;  // written before anything is looked up
+    untouched.Parse(test.text.data(), static_cast<int>(test.text.size()));
+    EXPECT_EQ(Written(untouched), test.written);
+    EXPECT_EQ(Written(Message(untouched)), test.written);
     SideBySide parsers;
     EXPECT_EQ(parsers.Check(test.text), "");
     EXPECT_EQ(Written(parsers.copying), test.written);
