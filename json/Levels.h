@@ -15,7 +15,7 @@ namespace JSON {
 
 // Level is a plain record.
 template <typename Level>
-class Levels {
+class Levels {  // NOLINT(cppcoreguidelines-pro-type-member-init): records are written when pushed
  public:
   bool IsEmpty() const { return nCount_ == 0; }
 

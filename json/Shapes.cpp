@@ -4,8 +4,7 @@
 
 #include "json/Shapes.h"
 
-#include <algorithm>
-#include <cstring>
+#include <cstddef>
 #include <new>
 
 #include "json/Items.h"
@@ -30,29 +29,9 @@ Shape* Shape::Find(Shape** ppLonger, const char* p, const char* pEnd, int& nSeen
 Shape* Shape::Add(Arena& arena, Shape* pParent, Shape** ppLonger, const char* pName, int nLength) {
   const ExpectedName name(pName, static_cast<std::size_t>(nLength));
   Shape* const pShape = new (arena.Allocate(sizeof(Shape))) Shape(pParent, name);
-  pShape->pBefore = *ppLonger;
-  if (pShape->pBefore == nullptr && pParent != nullptr) {
-    pShape->pBefore = pParent->pBefore;
-  }
-  pShape->pPlace = pShape->FindPlace(arena);
   pShape->pOther = *ppLonger;
   *ppLonger = pShape;
   return pShape;
-}
-
-// An object that has a member more or less than the one before is still made of the same things. So
-// the values of a name that earlier objects had a little further on belong to the same place.
-Place* Shape::FindPlace(Arena& arena) {
-  constexpr int kLookAhead = 16;
-  const Shape* pSame = pBefore;
-  for (int i = 0; i < kLookAhead && pSame != nullptr; ++i, pSame = pSame->pLonger) {
-    if (pSame->name.Length() == name.Length() &&
-        std::memcmp(pSame->name.Text(), name.Text(), name.Length()) == 0) {
-      pBefore = pSame->pLonger;
-      return pSame->pPlace;
-    }
-  }
-  return new (arena.Allocate(sizeof(Place))) Place;
 }
 
 void Shape::CopyNames(Arena& arena, ObjectValue& object) const {

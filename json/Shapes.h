@@ -49,15 +49,13 @@ struct NameIndex {
 struct Shape {
   // From here on an object is read without shapes: it is a dictionary rather than a record.
   static constexpr int kMostNames = 1024;
-  // The same for the number of names that may follow the same names.
+  // The same for the number of names that may follow the same names: they are searched one by one.
   static constexpr int kMostAlternatives = 8;
 
-  Shape* pParent;            // one name less; null for the first name
-  Shape* pLonger = nullptr;  // one name more; the one seen last comes first
-  Shape* pOther = nullptr;   // another one with the same parent
-  const Shape* pBefore =
-      nullptr;              // where earlier objects at this place went on when this one differed
-  Place* pPlace = nullptr;  // the values of the last name
+  Shape* pParent;               // one name less; null for the first name
+  Shape* pLonger = nullptr;     // one name more; the one seen last comes first
+  Shape* pOther = nullptr;      // another one with the same parent
+  Place place;                  // the values of the last name
   NameIndex* pIndex = nullptr;  // there as soon as an object ended here
   int nCount;                   // names in all
   ExpectedName name;            // the last name
@@ -77,9 +75,6 @@ struct Shape {
 
   // Gives an object its own, unsorted names: it goes on, or ends, otherwise than shapes can tell.
   void CopyNames(Arena& arena, ObjectValue& object) const;
-
- private:
-  Place* FindPlace(Arena& arena);
 };
 
 }  // namespace JSON

@@ -276,7 +276,7 @@ Due TreeReader::ReadPlainMembers(char*& p, ArrayValue& values, Place& place, Sha
     pLast = pNext;
     pNext = pNext->pLonger;
     if (pBehind == nullptr) {
-      pDue = ReadNested(pValue, values, *pLast->pPlace);
+      pDue = ReadNested(pValue, values, pLast->place);
       pBehind = pDue != nullptr ? FindSeparator(pDue, pLimit, pEnd, '}') : nullptr;
       if (pBehind == nullptr) {
         due = Due::kSeparator;
@@ -408,7 +408,7 @@ class ObjectSink {
   }
 
   char* Value(char* p) {
-    return reader_.ReadInline(p, object_.avValues, pShape_ != nullptr ? *pShape_->pPlace : others_);
+    return reader_.ReadInline(p, object_.avValues, pShape_ != nullptr ? pShape_->place : others_);
   }
 
   void Complete() {
