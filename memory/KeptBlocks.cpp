@@ -8,17 +8,7 @@
 #include <new>
 #include <utility>
 
-// The address sanitizer is to see what is used after its release, so nothing is kept for it.
-#if defined(__SANITIZE_ADDRESS__)
-#define QXRECORDSET_KEEPS_BLOCKS 0
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define QXRECORDSET_KEEPS_BLOCKS 0
-#endif
-#endif
-#ifndef QXRECORDSET_KEEPS_BLOCKS
-#define QXRECORDSET_KEEPS_BLOCKS 1
-#endif
+#include "memory/Poison.h"
 
 namespace memory {
 namespace {
@@ -134,8 +124,7 @@ void* KeptBlocks::Take(std::size_t nBytes) {
 }
 
 void KeptBlocks::Give(void* pBlock, std::size_t nBytes) noexcept {
-  constexpr bool bKeeps = QXRECORDSET_KEEPS_BLOCKS != 0;
-  if (!bKeeps || !IsStandard(nBytes) || !Keep(pBlock, nBytes)) ::operator delete(pBlock);
+  if (kSanitized || !IsStandard(nBytes) || !Keep(pBlock, nBytes)) ::operator delete(pBlock);
 }
 
 void KeptBlocks::Release() noexcept { ReleaseAll(false); }
