@@ -17,6 +17,13 @@ namespace {
 
 using NameMap = ObjectValue::NameMap;
 
+// The order of the index. Equal names stand in document order, whatever order they come in: names
+// may have been changed since they were sorted.
+bool IsBefore(const NameMap& a, const NameMap& b) {
+  const int nOrder = CompareNames(a.pName, a.nLength, b.pName, b.nLength);
+  return nOrder != 0 ? nOrder < 0 : a.nOrdinal < b.nOrdinal;
+}
+
 // Up to here insertion beats the set-up of the keys.
 constexpr std::size_t kMostByInsertion = 24;
 
@@ -24,7 +31,7 @@ void SortByInsertion(NameMap* pNames, std::size_t nCount) {
   for (std::size_t i = 1; i < nCount; ++i) {
     const NameMap name = pNames[i];
     std::size_t j = i;
-    while (j > 0 && NameMap::Less(name, pNames[j - 1])) {
+    while (j > 0 && IsBefore(name, pNames[j - 1])) {
       pNames[j] = pNames[j - 1];
       --j;
     }
@@ -37,7 +44,7 @@ constexpr std::size_t kMostNew = 4;
 
 void InsertNewNames(NameMap* pNames, NameMap* pNew, NameMap* pEnd) {
   for (; pNew != pEnd; ++pNew) {
-    std::rotate(std::upper_bound(pNames, pNew, *pNew, NameMap::Less), pNew, pNew + 1);
+    std::rotate(std::upper_bound(pNames, pNew, *pNew, IsBefore), pNew, pNew + 1);
   }
 }
 
@@ -70,8 +77,7 @@ void SortByKey(NameMap* pNames, std::size_t nCount) {
     if (a.nFirstBytes != b.nFirstBytes) {
       return a.nFirstBytes < b.nFirstBytes;
     }
-    const int nOrder = CompareNames(pNames[a.nAt].pName, a.nLength, pNames[b.nAt].pName, b.nLength);
-    return nOrder != 0 ? nOrder < 0 : a.nAt < b.nAt;
+    return IsBefore(pNames[a.nAt], pNames[b.nAt]);
   });
   std::vector<NameMap> sorted;
   sorted.reserve(nCount);
@@ -89,7 +95,7 @@ void SortNames(NameMap* pNames, std::size_t nCount) {
     return;
   }
   NameMap* const pEnd = pNames + nCount;
-  NameMap* const pNew = std::is_sorted_until(pNames, pEnd, NameMap::Less);
+  NameMap* const pNew = std::is_sorted_until(pNames, pEnd, IsBefore);
   if (static_cast<std::size_t>(pEnd - pNew) <= kMostNew) {
     InsertNewNames(pNames, pNew, pEnd);
   } else {
