@@ -5,6 +5,7 @@
 #include "recordset/ColumnOrder.h"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace recordset {
 

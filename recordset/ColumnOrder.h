@@ -7,7 +7,6 @@
 #ifndef QXRECORDSET_RECORDSET_COLUMNORDER_H
 #define QXRECORDSET_RECORDSET_COLUMNORDER_H
 
-#include <cstddef>
 #include <vector>
 
 #include "recordset/Columns.h"
@@ -21,9 +20,6 @@ class ColumnOrder {
 
   // The columns were removed.
   void Reset() noexcept { vSorted_.clear(); }
-
-  // Bytes of memory in use.
-  std::size_t Footprint() const { return vSorted_.capacity() * sizeof(const Column*); }
 
  private:
   std::vector<const Column*> vSorted_;

@@ -107,14 +107,12 @@ class Columns {
   // Removes all columns, and remembers them. REQUIRES: the text store is reset as well.
   void Reset() noexcept;
 
-  // Bytes of memory in use.
-  std::size_t Footprint() const {
-    return blocks_.Footprint() + vSlots_.capacity() * sizeof(const Column*);
-  }
+  // Bytes of memory in use, what is made for searching aside.
+  std::size_t Footprint() const { return blocks_.Footprint(); }
 
  private:
   // Up to this many columns are searched one by one: a search then costs no more than a hash.
-  static constexpr std::uint32_t kFewColumns = 16;
+  static constexpr std::size_t kFewColumns = 16;
 
   Column*& NextPlace() { return pLast_ != nullptr ? pLast_->pBehind : pFirst_; }
   const Column& Add(std::string_view name, JSON::Block16 start, bool bBeyond);

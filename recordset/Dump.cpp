@@ -7,7 +7,6 @@
 #include <cwchar>
 #include <memory>
 #include <string>
-#include <string_view>
 
 #include "portable/CPortable.h"
 #include "recordset/QXRecordSet.h"

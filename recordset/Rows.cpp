@@ -92,8 +92,8 @@ Row& Rows::EnsureRow(long lRow) {
   return Slot(nIndex);
 }
 
-// To remember the last one saves a fifth of the instructions where such rows are filled or read cell
-// by cell (eight cells each, x86-64).
+// To remember the last one saves a fifth of the instructions where such rows are filled or read
+// cell by cell (eight cells each, x86-64).
 Row& Rows::OddRow(long lRow) {
   if (pLastOdd_ == nullptr || lLastOdd_ != lRow) {
     pLastOdd_ = &mapOdd_[lRow];

@@ -47,7 +47,7 @@ void Table::Reset() noexcept {
 }
 
 std::size_t Table::Footprint() const {
-  return rows.Footprint() + columns.Footprint() + order.Footprint() + texts.Footprint();
+  return rows.Footprint() + columns.Footprint() + texts.Footprint();
 }
 
 }  // namespace recordset

@@ -3,8 +3,9 @@
 // The contents of a record set: columns, rows of cells, and their texts. A table lies at a fixed
 // address; a whole one changes hands by its pointer.
 //
-// Cells are written through a table alone, because a cell's text must be given back to the text
-// store it came from. A loader writes like this:
+// A cell's text belongs to the table's text store, and goes back to it when the cell gets another:
+// SetCell() sees to that. A reader of a text may also fill a cell that does not exist yet, as
+// PlainMembers.h does.
 //
 //   const Column& column = table.columns.FindOrAdd(name);
 //   table.SetCell(lRow, column.Index(), pText, nLength, CQXRecordSet::QX_TEXT);
@@ -14,6 +15,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "recordset/ColumnOrder.h"
 #include "recordset/Columns.h"

@@ -5,6 +5,7 @@
 #include "recordset/TextStore.h"
 
 #include <cstring>
+#include <functional>
 #include <new>
 
 namespace recordset {

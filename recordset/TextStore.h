@@ -22,8 +22,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
-#include <functional>
 #include <memory>
 
 #include "recordset/BumpBlocks.h"

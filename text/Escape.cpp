@@ -4,6 +4,8 @@
 
 #include "text/Escape.h"
 
+#include <cstdint>
+
 #include "text/TextRoom.h"
 
 namespace JSON {

@@ -24,6 +24,7 @@
 #ifndef QXRECORDSET_TEXT_GRAMMAR_H
 #define QXRECORDSET_TEXT_GRAMMAR_H
 
+#include <cstddef>
 #include <cstring>
 
 #include "text/Scan.h"

@@ -13,7 +13,6 @@
 #include <climits>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 #include "text/Block.h"
 #include "text/Bytes.h"
