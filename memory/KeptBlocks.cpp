@@ -20,8 +20,9 @@ struct Link {
 
 constexpr int ListOf(std::size_t nBytes) {
   int nList = 0;
-  for (std::size_t nSize = KeptBlocks::kSmallest; nSize < nBytes; nSize *= 2)
+  for (std::size_t nSize = KeptBlocks::kSmallest; nSize < nBytes; nSize *= 2) {
     ++nList;
+  }
   return nList;
 }
 constexpr int kLists = ListOf(KeptBlocks::kLargest) + 1;
@@ -37,12 +38,12 @@ struct Store {
   std::atomic_flag bBusy = ATOMIC_FLAG_INIT;
   Link* apFirst[kLists] = {};
   std::size_t nBytes = 0;  // in all blocks that are kept
-  bool bClosed = false;    // the library is about to go
+  bool bClosed = false;    // the library is being unloaded
 };
 Store store;
 
-// The right to use the store; or not, when another thread has it. Nobody waits for it, so a process
-// that was forked while somebody had it goes on without kept blocks.
+// The right to use the store, unless another thread has it. No thread waits for it, so a process
+// that was forked while a thread had it runs without kept blocks.
 class Access {
  public:
   Access() : bGranted_(!store.bBusy.test_and_set(std::memory_order_acquire)) {}
@@ -93,11 +94,12 @@ Link* TakeAll(bool bClose) noexcept {
 
 void ReleaseAll(bool bClose) noexcept {
   Link* pBlock = TakeAll(bClose);
-  while (pBlock != nullptr)
+  while (pBlock != nullptr) {
     ::operator delete(std::exchange(pBlock, pBlock->pNext));
+  }
 }
 
-// When the library is unloaded, nobody is left to release the blocks. What objects of static
+// When the library is unloaded, no code is left to release the blocks. What objects of static
 // storage give back later is released at once.
 [[gnu::destructor]] void Close() { ReleaseAll(true); }
 

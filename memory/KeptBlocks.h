@@ -4,12 +4,13 @@
 // released at the end of its heap, and all really large pieces, back to the system, and gets them
 // again as pages that have to be faulted in and cleared one by one. A host that makes a document or
 // a record set for each text that comes in would spend more time on that than on reading the text.
-// So the library keeps a bounded number of blocks for whoever needs one next, on whatever thread.
+// So the library keeps a bounded number of blocks for the next object that needs one, on any
+// thread.
 //
 // Only blocks of the standard sizes are kept: powers of two from kSmallest to kLargest bytes.
 // Everything else comes from, and goes back to, operator new and delete. Safe for use from several
-// threads at once, and nobody waits: while one thread is here, another one's blocks come from and
-// go to the allocator as well.
+// threads at once, and no thread waits: while one thread is here, the blocks of another come from
+// and go to the allocator as well.
 
 #ifndef QXRECORDSET_MEMORY_KEPTBLOCKS_H
 #define QXRECORDSET_MEMORY_KEPTBLOCKS_H

@@ -7,7 +7,9 @@
 #ifndef QXRECORDSET_MEMORY_SPARE_H
 #define QXRECORDSET_MEMORY_SPARE_H
 
+#include <cassert>
 #include <cstddef>
+#include <cstdint>
 #include <new>
 
 namespace memory {
@@ -17,6 +19,7 @@ namespace memory {
 // and a call of make() that throws changes nothing.
 template <typename Make>
 void WithSpare(std::size_t nNeeded, std::size_t nSpare, Make make) {
+  assert(nSpare <= SIZE_MAX - nNeeded);
   for (;; nSpare /= 2) {
     try {
       make(nNeeded + nSpare);

@@ -5,6 +5,7 @@
 
 #include "params/CParamsX.h"
 
+#include <cassert>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -47,15 +48,11 @@ long ScanResult(std::string_view text) {
 
 // Reads a result code from at most ten bytes; 0 when there is none.
 long ReadResult(std::string_view text) {
-  if (text.size() != kResultTextLength || text[0] != '0' || text[1] != 'x') {
-    return ScanResult(text);
-  }
+  if (text.size() != kResultTextLength || text[0] != '0' || text[1] != 'x') return ScanResult(text);
   std::uint32_t nBits = 0;
   for (const char c : text.substr(2)) {
     const int nDigit = JSON::HexValue(c);
-    if (nDigit < 0) {
-      return ScanResult(text);
-    }
+    if (nDigit < 0) return ScanResult(text);
     nBits = nBits << 4 | static_cast<std::uint32_t>(nDigit);
   }
   return SignedResult(nBits);
@@ -72,9 +69,7 @@ long ReadLength(std::string_view field) {
 // Where the first segment begins: behind the header, if there is one. npos when the text neither
 // begins with a digit nor holds a separator.
 std::size_t FirstSegment(std::string_view text) {
-  if (JSON::IsDigit(text.front())) {
-    return 0;
-  }
+  if (JSON::IsDigit(text.front())) return 0;
   const std::size_t nSeparator = text.find(kSeparator);
   return nSeparator == std::string_view::npos ? nSeparator : nSeparator + 1;
 }
@@ -128,12 +123,8 @@ void CParamsRS::clear() {
 // ---- Building -----------------------------------------------------------------------------------
 
 void CParamsRS::addHeader(const std::string& header) {
-  if (header.empty()) {
-    return;
-  }
-  if (&header == &paramText) {
-    return addHeader(paramList());
-  }
+  if (header.empty()) return;
+  if (&header == &paramText) return addHeader(paramList());
   const long lNewLength = static_cast<long>(header.size()) + 1;
   textCursor = nullptr;
   MakeRoom(paramText, header.size() + 1);  // from here on nothing can throw
@@ -146,9 +137,7 @@ void CParamsRS::addHeader(const std::string& header) {
 }
 
 void CParamsRS::addParam(const std::string& text) {
-  if (&text == &paramText) {
-    return addParam(paramList());
-  }
+  if (&text == &paramText) return addParam(paramList());
   addSegment(text);
 }
 
@@ -172,6 +161,8 @@ void CParamsRS::addResult(long code) {
 // Appends one segment: the separator when one is due, the length field, its ';' and the text.
 // REQUIRES: `text` does not lie in paramText.
 void CParamsRS::addSegment(std::string_view text) {
+  assert(text.data() + text.size() <= paramText.data() ||
+         text.data() > paramText.data() + paramText.size());
   char szDigits[JSON::kMaxDecimal<std::size_t>];
   const char* const pEnd = JSON::WriteDecimal(text.size(), szDigits);
   const auto nDigits = static_cast<std::size_t>(pEnd - szDigits);
@@ -182,24 +173,18 @@ void CParamsRS::addSegment(std::string_view text) {
   textCursor = nullptr;
   MakeRoom(paramText, 1 + nPadding + nDigits + 1 + text.size());
   paramOffsets.push_back(static_cast<long>(nOffset));  // from here on nothing can throw
-  if (bFollows) {
-    paramText += kSeparator;
-  }
+  if (bFollows) paramText += kSeparator;
   paramText.append(nPadding, ' ').append(szDigits, nDigits);
   paramText += kSeparator;
   paramText.append(text);
 }
 
 void CParamsRS::append(const std::string& segments) {
-  if (&segments == &paramText) {
-    return append(paramList());
-  }
+  if (&segments == &paramText) return append(paramList());
   const bool bFollows = static_cast<std::size_t>(headerLength) < paramText.size();
   textCursor = nullptr;
   MakeRoom(paramText, 1 + segments.size());
-  if (bFollows) {
-    paramText += kSeparator;
-  }
+  if (bFollows) paramText += kSeparator;
   const long lStart = length();
   paramText += segments;
   indexFrom(lStart);
@@ -214,9 +199,7 @@ void CParamsRS::constructor(const std::string& text) {
   paramText = text;
   headerLength = 0;
   paramOffsets.clear();
-  if (paramText.empty()) {
-    return;
-  }
+  if (paramText.empty()) return;
   const std::size_t nFirst = FirstSegment(paramText);
   headerLength = nFirst == std::string::npos ? 0 : static_cast<long>(nFirst);
   indexFrom(headerLength);
@@ -230,13 +213,9 @@ void CParamsRS::indexFrom(long offset) {
     paramOffsets.push_back(offset);
     long lConsumed = 0;
     const long lText = getLength(offset, &lConsumed);
-    if (lText < 0) {
-      throw std::exception();
-    }
+    if (lText < 0) throw std::exception();
     offset += lConsumed;
-    if (lText >= length() - offset) {
-      return;
-    }
+    if (lText >= length() - offset) return;
     offset += lText + 1;
   }
 }
@@ -246,35 +225,23 @@ void CParamsRS::indexFrom(long offset) {
 int CParamsRS::count() const { return static_cast<int>(paramOffsets.size()); }
 
 std::string CParamsRS::getHeader() const {
-  if (headerLength < 1) {
-    return {};
-  }
+  if (headerLength < 1) return {};
   return paramText.substr(0, static_cast<std::size_t>(headerLength) - 1);
 }
 
 long CParamsRS::getLength(long offset, long* consumed) const {
-  if (offset < 0 || offset > length()) {
-    throw std::exception();
-  }
-  if (textCursor == nullptr) {
-    textCursor = paramText.data();
-  }
+  if (offset < 0 || offset > length()) throw std::exception();
+  if (textCursor == nullptr) textCursor = paramText.data();
   const std::string_view rest(textCursor + offset, static_cast<std::size_t>(length() - offset));
   const std::size_t nField = rest.find(kSeparator);
-  if (nField == std::string_view::npos || nField == 0) {
-    throw std::exception();
-  }
-  if (consumed != nullptr) {
-    *consumed = static_cast<long>(nField) + 1;
-  }
+  if (nField == std::string_view::npos || nField == 0) throw std::exception();
+  if (consumed != nullptr) *consumed = static_cast<long>(nField) + 1;
   return ReadLength(rest.substr(0, nField));
 }
 
 // The text of parameter `index`, inside paramText; empty for an index out of range.
 std::string_view CParamsRS::textAt(int index) const {
-  if (index < 0 || index >= count()) {
-    return {};
-  }
+  if (index < 0 || index >= count()) return {};
   const long lOffset = paramOffsets[static_cast<std::size_t>(index)];
   long lConsumed = 0;
   const long lText = getLength(lOffset, &lConsumed);
@@ -288,29 +255,19 @@ std::string CParamsRS::getStringParamAt(int index) const { return std::string(te
 long CParamsRS::getLongParamAt(int index) const { return JSON::ReadDecimal<long>(textAt(index)); }
 
 long CParamsRS::getHRESULT() const {
-  if (count() == 0) {
-    return kNoResult;
-  }
+  if (count() == 0) return kNoResult;
   const std::string_view text = JSON::UpToNul(textAt(0));
   return text.size() == kResultTextLength ? ReadResult(text) : kNoResult;
 }
 
 long CParamsRS::getHRESULT(const std::string& text) {
-  if (text.empty()) {
-    return kNoResult;
-  }
+  if (text.empty()) return kNoResult;
   const std::size_t nFirst = FirstSegment(text);
-  if (nFirst >= text.size()) {
-    return kNoResult;
-  }
+  if (nFirst >= text.size()) return kNoResult;
   const std::string_view segment = std::string_view(text).substr(nFirst);
-  if (JSON::ReadDecimal<long>(segment) != static_cast<long>(kResultTextLength)) {
-    return kNoResult;
-  }
+  if (JSON::ReadDecimal<long>(segment) != static_cast<long>(kResultTextLength)) return kNoResult;
   const std::size_t nField = segment.find(kSeparator);
-  if (nField == std::string_view::npos) {
-    return 0;
-  }
+  if (nField == std::string_view::npos) return 0;
   return ReadResult(JSON::UpToNul(segment.substr(nField + 1, kResultTextLength)));
 }
 

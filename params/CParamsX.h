@@ -18,7 +18,7 @@
 //   sender.addParam(42);                        receiver.getLongParamAt(2);     // 42
 //
 // A text built without a header begins with the spaces of its first length field, and a reader
-// takes that field as the header. So build with a header, unless nobody reads the text back.
+// takes that field as the header. So build with a header, unless the text is not read back.
 //
 // Everything is held by value and copied in and out. All lengths and offsets are in bytes.
 //

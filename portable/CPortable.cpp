@@ -9,6 +9,7 @@
 
 #include "portable/CPortable.h"
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -37,48 +38,31 @@ bool IsScalarValue(std::uint32_t nCode) {
 
 // Bytes of a code point in UTF-8.
 std::size_t EncodedLength(std::uint32_t nCode) {
-  if (nCode < kFirstOfTwo) {
-    return 1;
-  }
-  if (nCode < kFirstOfThree) {
-    return 2;
-  }
+  if (nCode < kFirstOfTwo) return 1;
+  if (nCode < kFirstOfThree) return 2;
   return nCode < kFirstOfFour ? 3 : 4;
 }
 
 // Bytes of the sequence that `nLead` begins; 0 when none begins with it.
 std::size_t SequenceLength(std::uint32_t nLead) {
-  if (nLead < 0x80) {
-    return 1;
-  }
-  if (nLead < 0xC0) {
-    return 0;
-  }
-  if (nLead < 0xE0) {
-    return 2;
-  }
-  if (nLead < 0xF0) {
-    return 3;
-  }
+  if (nLead < 0x80) return 1;
+  if (nLead < 0xC0) return 0;
+  if (nLead < 0xE0) return 2;
+  if (nLead < 0xF0) return 3;
   return nLead < 0xF8 ? 4 : 0;
 }
 
 // Reads one code point and gives the address behind it, or null when there is no well-formed
 // sequence between `p` and `pEnd`. REQUIRES: p < pEnd.
 const char* DecodeOne(const char* p, const char* pEnd, std::uint32_t& nCode) {
+  assert(p < pEnd);
   nCode = static_cast<unsigned char>(*p);
   const std::size_t nBytes = SequenceLength(nCode);
-  if (nBytes == 1) {
-    return p + 1;
-  }
-  if (nBytes == 0 || static_cast<std::size_t>(pEnd - p) < nBytes) {
-    return nullptr;
-  }
+  if (nBytes == 1) return p + 1;
+  if (nBytes == 0 || static_cast<std::size_t>(pEnd - p) < nBytes) return nullptr;
   nCode &= 0x7FU >> nBytes;  // the lead byte holds nBytes ones, a zero and the uppermost bits
   for (std::size_t i = 1; i < nBytes; ++i) {
-    if (!IsContinuation(p[i])) {
-      return nullptr;
-    }
+    if (!IsContinuation(p[i])) return nullptr;
     nCode = nCode << 6 | (static_cast<unsigned char>(p[i]) & 0x3FU);
   }
   return EncodedLength(nCode) == nBytes && IsScalarValue(nCode) ? p + nBytes : nullptr;
@@ -115,9 +99,7 @@ char* EncodeOne(std::uint32_t nCode, char* p) {
   for (const char* p = text; p < pEnd; ++pWide) {
     std::uint32_t nCode = 0;
     p = DecodeOne(p, pEnd, nCode);
-    if (p == nullptr) {
-      return nullptr;
-    }
+    if (p == nullptr) return nullptr;
     *pWide = static_cast<wchar_t>(nCode);
   }
   *pWide = L'\0';
@@ -128,9 +110,7 @@ char* EncodeOne(std::uint32_t nCode, char* p) {
   std::size_t nBytes = 0;
   for (std::size_t i = 0; i < length; ++i) {
     const std::uint32_t nCode = CodeOf(text[i]);
-    if (!IsScalarValue(nCode)) {
-      return nullptr;
-    }
+    if (!IsScalarValue(nCode)) return nullptr;
     nBytes += EncodedLength(nCode);
   }
   auto bytes = std::make_unique<char[]>(nBytes + 1);

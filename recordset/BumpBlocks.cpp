@@ -23,10 +23,10 @@ constexpr std::size_t kSmallestBlock = 1024;
 constexpr std::size_t kLargestBlock = std::size_t{sizeof(void*) == 4 ? 256 : 1024} * 1024;
 
 // A new block has this part of the size of all blocks so far: what may lie unused stays within it.
-// When the same part of a known amount of work is done, the rest can be foretold.
+// When the same part of a known amount of work is done, the rest can be estimated.
 constexpr std::size_t kGrowthDivisor = 8;
 
-// What is foretold is made larger by this part: another block would cost more.
+// An estimate is made larger by this part: another block would cost more.
 constexpr std::size_t kSpareDivisor = 64;
 
 }  // namespace
@@ -45,8 +45,8 @@ void BumpBlocks::Release(Block* pBlock) noexcept {
   }
 }
 
-// What is to come is foretold twice, since a work's beginning may not be like the rest of it: the
-// first time half of it is taken.
+// The rest is estimated twice, since the beginning of the work may not be like the rest of it: the
+// first time half of the estimate is taken.
 std::size_t BumpBlocks::NextBlock() const {
   if (pProgress_ == nullptr || pProgress_->nDone <= pProgress_->nAll / kGrowthDivisor) {
     return nFootprint_ / kGrowthDivisor;

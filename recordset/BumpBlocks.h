@@ -39,7 +39,7 @@ class BumpBlocks {
     return p;
   }
 
-  // Bytes behind the last piece that belong to nobody yet.
+  // Bytes behind the last piece that are free.
   std::size_t Room() const { return static_cast<std::size_t>(pLimit_ - pNext_); }
 
   // Makes the piece that ends at `pEnd` longer by `nMore` bytes; false when it is not the last one
@@ -58,12 +58,12 @@ class BumpBlocks {
     return true;
   }
 
-  // Takes back everything. The blocks that were in use are kept for the next pieces; those that the
-  // time before left and nobody needed are released.
+  // Takes back everything. The blocks that were in use are kept for the next pieces; those that
+  // were kept the time before and were not needed are released.
   void Reset() noexcept;
 
-  // How much is done of the work that pieces are taken for, in any unit. As long as somebody tells,
-  // a new block becomes as large as what is going to be needed.
+  // How much is done of the work that pieces are taken for, in any unit. As long as it is
+  // known, a new block becomes as large as the estimate of what will be needed.
   struct Progress {
     std::size_t nDone;
     std::size_t nAll;

@@ -5,17 +5,20 @@
 #include "recordset/ColumnOrder.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 
 namespace recordset {
 
 const std::vector<const Column*>& ColumnOrder::Of(const Columns& columns) {
   const std::size_t nSorted = vSorted_.size();
+  assert(nSorted <= columns.Count());
   if (nSorted == columns.Count()) return vSorted_;
   const auto less = [](const Column* a, const Column* b) { return a->Name() < b->Name(); };
   const Column* pColumn = nSorted != 0 ? pNewest_->pBehind : columns.First();
   if (nSorted + 1 == columns.Count() && !columns.Ascend()) {
-    // One name is inserted with few comparisons, in case names are added and listed by turns.
+    // One name is inserted with few comparisons, for a host that adds a name and lists all, again
+    // and again.
     vSorted_.insert(std::upper_bound(vSorted_.begin(), vSorted_.end(), pColumn, less), pColumn);
     pNewest_ = pColumn;
     return vSorted_;

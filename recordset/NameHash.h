@@ -1,6 +1,6 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The hash of a column name. Names come out of texts that strangers send, so nobody may be able to
+// The hash of a column name. Names come from texts of unknown origin, which must not be able to
 // prepare names that collide: every object that hashes draws keys of its own, and each step
 // multiplies two words that both depend on the keys and mixes the two halves of the product.
 // (Without a key in both factors, words exist that turn the product to 0 or carry a difference

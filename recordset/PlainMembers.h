@@ -1,14 +1,15 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The short road for loading a row. Nearly all rows that arrive were written by a program: their
+// The fast path for loading a row. Nearly all rows that arrive were written by a program: their
 // members have the names that the row before had, in the same order, and their values are short.
 // Such members go from the text into their cells here, each decided by a few comparisons of sixteen
-// bytes. A member that is not plain, in whatever way, is left where it stands, for the grammar to
-// read; so this file decides nothing about what is accepted.
+// bytes. A member that is not plain in any way is left to the grammar; so this file decides nothing
+// about what is accepted.
 
 #ifndef QXRECORDSET_RECORDSET_PLAINMEMBERS_H
 #define QXRECORDSET_RECORDSET_PLAINMEMBERS_H
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -98,6 +99,7 @@ QXRECORDSET_HOT const char* PlainMembers::ReadLiteral(const char* p, Value& valu
 // or object behind that. Moves p behind the colon; null when it is no such name. REQUIRES: *p is a
 // '"', and a block can be read behind it.
 inline const Column* PlainMembers::ReadName(const char*& p) {
+  assert(*p == '"');
   const char* const pName = p + 1;
   if (const Column* const pColumn = table_.columns.AddAgain(pName, pEnd_)) {
     p = pName + pColumn->name.Length() + 2;
@@ -120,7 +122,8 @@ inline bool PlainMembers::MakeRoom(long lRow, const Column& column, Rows::Cells&
 }
 
 // Positions stay within the text: before a name or a value is looked at, kReach bytes are left or p
-// is on the NUL at pEnd_, which is neither white space nor any byte that goes on.
+// is on the NUL at pEnd_, which is neither white space nor a byte that a name or a value begins
+// with.
 inline const char* PlainMembers::Read(const char* p, long lRow) {
   if (pEnd_ - p <= kReach) return p;
   const char* const pLimit = pEnd_ - kReach;

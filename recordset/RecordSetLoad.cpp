@@ -5,7 +5,7 @@
 // The text is read by the grammar that documents are read by (text/Grammar.h), but without a tree
 // and without a copy of the text: members go straight into the cells of a new table, which the
 // record set takes over when the text was read to its end. Only an object inside a cell is parsed
-// into a tree, because it is written anew.
+// into a tree, because it is written again.
 
 #include <algorithm>
 #include <climits>
@@ -51,9 +51,7 @@ class Skipper {
   static JSON::Due Shortcut(const char*& /*p*/) { return JSON::Due::kItem; }
 
   const char* Value(const char* p) {
-    if (text_.AtEnd(p)) {
-      return text_.Fail(p);
-    }
+    if (text_.AtEnd(p)) return text_.Fail(p);
     switch (*p) {
       case '"':
         return SkipString(p);
@@ -88,16 +86,10 @@ class CellLoader {
 
   // Reads the value at p into a cell.
   const char* Load(const char* p, long lRow, std::uint32_t nColumn) {
-    if (*p == '"') {
-      return LoadString(p, lRow, nColumn);
-    }
-    if (JSON::BeginsNumber(*p)) {
-      return LoadNumber(p, lRow, nColumn);
-    }
+    if (*p == '"') return LoadString(p, lRow, nColumn);
+    if (JSON::BeginsNumber(*p)) return LoadNumber(p, lRow, nColumn);
     const char* const pNext = Skipper(text_).Value(p);
-    if (pNext == nullptr) {
-      return nullptr;
-    }
+    if (pNext == nullptr) return nullptr;
     switch (*p) {
       case 't':
         Set(lRow, nColumn, "1", CQXRecordSet::QX_BOOL);
@@ -156,9 +148,7 @@ class CellLoader {
       return pStop + 1;
     }
     const std::string_view text = ReadString(p);
-    if (p != nullptr) {
-      Set(lRow, nColumn, UpToNul(text), CQXRecordSet::QX_TEXT);
-    }
+    if (p != nullptr) Set(lRow, nColumn, UpToNul(text), CQXRecordSet::QX_TEXT);
     return p;
   }
 
@@ -182,12 +172,8 @@ class CellLoader {
   // The text of an object as the library writes it; valid until the next one.
   std::string_view WrittenAnew(std::string_view object) {
     strObject_.assign(object);
-    if (!message_) {
-      message_.emplace(true);
-    }
-    if (!message_->Parse(strObject_.data(), static_cast<int>(strObject_.size()))) {
-      return {};
-    }
+    if (!message_) message_.emplace(true);
+    if (!message_->Parse(strObject_.data(), static_cast<int>(strObject_.size()))) return {};
     JSON::Serialize writer(kWriterBytes);
     json_walk_obj(writer, &*message_, 0);
     strObject_ = writer.String();
@@ -213,18 +199,14 @@ class RowSink {
   JSON::Due Shortcut(const char*& p) {
     const char* const pDue = p;
     p = plain_.Read(p, lRow_);
-    if (p == pDue) {
-      return JSON::Due::kItem;
-    }
+    if (p == pDue) return JSON::Due::kItem;
     lLastRow_ = lRow_;
     return PlainMembers::IsRowEnd(p) ? JSON::Due::kNothing : JSON::Due::kItem;
   }
 
   const char* Name(const char* p) {
     const std::string_view name = cells_.ReadName(p);
-    if (p != nullptr) {
-      SetColumn(name);
-    }
+    if (p != nullptr) SetColumn(name);
     return p;
   }
 
@@ -307,9 +289,7 @@ class DocumentSink {
   void Complete() {}
 
   JSON::Due Shortcut(const char*& p) {
-    if (bRowsRead_ || (bRowsCut_ && !bRowsSeen_)) {
-      return JSON::Due::kItem;
-    }
+    if (bRowsRead_ || (bRowsCut_ && !bRowsSeen_)) return JSON::Due::kItem;
     const char* const pDue = p;
     const JSON::Due due = row_.Shortcut(p);
     if (p != pDue && due == JSON::Due::kItem && !bRowsSeen_) {
@@ -326,9 +306,7 @@ class DocumentSink {
   }
 
   const char* Value(const char* p) {
-    if (bRowsRead_) {
-      return Skipper(text_).Value(p);
-    }
+    if (bRowsRead_) return Skipper(text_).Value(p);
     const bool bFirstRows = !bRowsSeen_ && name_ == szRows;
     bRowsSeen_ = bRowsSeen_ || bFirstRows;
     if (bFirstRows && *p == '[') {
@@ -358,15 +336,11 @@ class DocumentSink {
 
 // Loads the text into an empty table. False when it is no JSON object; the table is then of no use.
 bool LoadText(const std::string& strText, Table& table, long& lLastRow) {
-  if (strText.empty() || strText.size() > INT_MAX || strText.front() == '\0') {
-    return false;
-  }
+  if (strText.empty() || strText.size() > INT_MAX || strText.front() == '\0') return false;
   const char* const pEnd = strText.data() + strText.size();
   Text text(pEnd, JSON::kMaxNesting);
   const char* const p = text.SkipSpace(strText.data());
-  if (*p != '{') {
-    return false;
-  }
+  if (*p != '{') return false;
   DocumentSink document(text, table);
   const bool bLoaded = ReadObject(text, p, document) != nullptr;
   lLastRow = document.LastRow();
@@ -380,9 +354,7 @@ bool CQXRecordSet::SetString(const std::string& text) {
   auto pLoaded =
       pTable != nullptr && GetColumnCount() == 0 ? std::move(pTable) : std::make_unique<Table>();
   long lLastRow = 0;
-  if (LoadText(text, *pLoaded, lLastRow)) {
-    Adopt(std::move(pLoaded), lLastRow);
-  }
+  if (LoadText(text, *pLoaded, lLastRow)) Adopt(std::move(pLoaded), lLastRow);
   bModified = true;
   return true;
 }

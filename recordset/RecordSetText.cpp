@@ -42,8 +42,8 @@ void WriteWalkedScalar(JSON::Serialize& writer, const JSON::JSONValue& value) {
 
 }  // namespace
 
-// The memory of the last text, which the next one needs again, or about as much as a first text is
-// going to need.
+// The memory of the last text, which the next one needs again, or an estimate of what a first text
+// needs.
 std::string CQXRecordSet::BufferForText() {
   std::string buffer = std::move(strText);
   strText.clear();

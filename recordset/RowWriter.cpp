@@ -206,8 +206,9 @@ char* RowWriter::Escaped(char* p, std::string_view text, std::size_t nBehind) {
 
 // Digits that are written as the library writes integers are copied, others are converted.
 QXRECORDSET_HOT char* RowWriter::Integer(char* p, const Cell& cell) {
-  if (cell.nLength == 0 || JSON::CanonicalLength(cell.pText) != cell.nLength)
+  if (cell.nLength == 0 || JSON::CanonicalLength(cell.pText) != cell.nLength) {
     return JSON::WriteDecimal(JSON::ReadDecimal<long>({cell.pText, cell.nLength}), p);
+  }
   Block16::Load(cell.pText).Store(p);
   return p + cell.nLength;
 }

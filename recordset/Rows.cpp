@@ -43,8 +43,8 @@ void MakeEmpty(Cell* pCells, std::uint32_t nCells) {
 
 void Rows::Reset() noexcept {
   mapFar_.clear();
-  mapOdd_.clear();
-  pLastOdd_ = nullptr;
+  mapOutside_.clear();
+  pLastOutside_ = nullptr;
   bHasLatest_ = false;
   nPageRoom_ = 0;
   nSlots_ = 0;
@@ -81,31 +81,31 @@ Cell& Rows::MakeCell(long lRow, std::uint32_t nColumn) {
 
 Row& Rows::EnsureRow(long lRow) {
   const unsigned long nIndex = IndexOf(lRow);
-  if (nIndex >= nSlots_ && nIndex >= ReachableSlots()) return OddRow(lRow);
+  if (nIndex >= nSlots_ && nIndex >= ReachableSlots()) return OutsideRow(lRow);
   while (nIndex >= nSlots_) {
     AddSlots();
   }
   if (Slot(nIndex).IsUnused()) {
     ++nGridRows_;
-    if (!mapOdd_.empty()) ReachForOddRows();
+    if (!mapOutside_.empty()) ReachForRows();
   }
   return Slot(nIndex);
 }
 
 // To remember the last one saves a fifth of the instructions where such rows are filled or read
 // cell by cell (eight cells each, x86-64).
-Row& Rows::OddRow(long lRow) {
-  if (pLastOdd_ == nullptr || lLastOdd_ != lRow) {
-    pLastOdd_ = &mapOdd_[lRow];
-    lLastOdd_ = lRow;
+Row& Rows::OutsideRow(long lRow) {
+  if (pLastOutside_ == nullptr || lLastOutside_ != lRow) {
+    pLastOutside_ = &mapOutside_[lRow];
+    lLastOutside_ = lRow;
   }
-  return *pLastOdd_;
+  return *pLastOutside_;
 }
 
-const Row* Rows::FindOdd(long lRow) const {
-  if (pLastOdd_ != nullptr && lLastOdd_ == lRow) return pLastOdd_;
-  const auto it = mapOdd_.find(lRow);
-  return it != mapOdd_.end() ? &it->second : nullptr;
+const Row* Rows::FindOutside(long lRow) const {
+  if (pLastOutside_ != nullptr && lLastOutside_ == lRow) return pLastOutside_;
+  const auto it = mapOutside_.find(lRow);
+  return it != mapOutside_.end() ? &it->second : nullptr;
 }
 
 unsigned long Rows::ReachableSlots() const { return kRowsAhead + kPlacesPerRow * nGridRows_; }
@@ -131,27 +131,27 @@ void Rows::AddSlots() {
   std::uninitialized_value_construct_n(pPage + nKept, nRows - nKept);
   pPages_[nPage] = pPage;
   nSlots_ += nRows - nKept;
-  TakeOverOddRows(nOldSlots);
+  TakeInRows(nOldSlots);
 }
 
 // Moves the rows that new slots are for from the map to the pages.
-void Rows::TakeOverOddRows(unsigned long nOldSlots) noexcept {
-  auto it = mapOdd_.lower_bound(static_cast<long>(nOldSlots + 1));
-  while (it != mapOdd_.end() && IndexOf(it->first) < nSlots_) {
+void Rows::TakeInRows(unsigned long nOldSlots) noexcept {
+  auto it = mapOutside_.lower_bound(static_cast<long>(nOldSlots + 1));
+  while (it != mapOutside_.end() && IndexOf(it->first) < nSlots_) {
     Slot(IndexOf(it->first)) = it->second;
     ++nGridRows_;
-    it = mapOdd_.erase(it);
-    pLastOdd_ = nullptr;
+    it = mapOutside_.erase(it);
+    pLastOutside_ = nullptr;
   }
 }
 
 // Another row in the pages may have brought the next row of the map within reach, and that one the
 // next.
-void Rows::ReachForOddRows() {
-  auto it = mapOdd_.lower_bound(1);
-  while (it != mapOdd_.end() && IndexOf(it->first) < ReachableSlots()) {
+void Rows::ReachForRows() {
+  auto it = mapOutside_.lower_bound(1);
+  while (it != mapOutside_.end() && IndexOf(it->first) < ReachableSlots()) {
     AddSlots();
-    it = mapOdd_.lower_bound(1);
+    it = mapOutside_.lower_bound(1);
   }
 }
 
@@ -168,7 +168,7 @@ void Rows::BeginRow(long lRow, Row& row) {
 // Looks at the row that was begun last as at a finished one: takes back the room it did not use,
 // and brings its far cells into its array when they fill it at least by half. The result is the
 // span that the next row is to begin with. Of a wide row it is no more than twice the number of
-// cells here, so that wide empty rows do not follow from one another.
+// cells here, so that one wide row is not followed by wide empty ones.
 std::uint32_t Rows::FinishLatestRow() {
   if (!bHasLatest_) return 0;
   Row& row = *const_cast<Row*>(FindRow(lLatest_));
@@ -180,8 +180,9 @@ std::uint32_t Rows::FinishLatestRow() {
 // The same for a row that is not short and full.
 std::uint32_t Rows::FinishRow(Row& row) {
   std::uint32_t nLast = row.nSpan;
-  while (nLast != 0 && !row.pCells[nLast - 1].Exists())
+  while (nLast != 0 && !row.pCells[nLast - 1].Exists()) {
     --nLast;
+  }
   std::uint32_t nCells = nLast <= kAlwaysWidened ? nLast : CountCells(row);
   if (row.bHasFar) {
     std::uint32_t nLastFar = 0;
@@ -256,7 +257,7 @@ const Cell* Rows::FindFar(long lRow, std::uint32_t nColumn) const {
   return it != mapFar_.end() ? &it->second : nullptr;
 }
 
-// Moves the far cells that a row's array has come to reach into it.
+// Moves the far cells that a row's array reaches now into it.
 void Rows::TakeOverFarCells(long lRow, Row& row) noexcept {
   auto it = mapFar_.lower_bound({lRow, 0});
   while (it != mapFar_.end() && it->first.first == lRow && it->first.second <= row.nSpan) {

@@ -1,24 +1,25 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // The rows of a table and their cells, by row number and column index. Usual tables are dense grids
-// and are stored like one; whatever does not fit a grid costs memory for the cells that exist and
+// and are stored like one; what does not fit a grid costs memory for the cells that exist and
 // never for the gaps between them.
 //
 //   Rows 1 to N lie in pages, a Row each: the address of its cells and how many columns they span.
 //   A row's cells are one array by column index, taken from BumpBlocks.
-//   Rows with other numbers (0, negative, far ahead of the others) are in an ordered map. The pages
-//   take them over when they come to reach them.
+//   Rows with other numbers (0, negative, far ahead of the others) are in an ordered map, until the
+//   pages reach them.
 //   Cells far to the right of the others in their row are in an ordered map, too, until the row's
 //   array reaches them.
 //
 // A new row is given room for as many cells as the row before it has. What it turns out not to need
 // is taken back when the next row begins.
 //
-// Rows only finds cells and makes room for them: their texts belong to somebody else.
+// Rows only finds cells and makes room for them: their texts belong to the TextStore.
 
 #ifndef QXRECORDSET_RECORDSET_ROWS_H
 #define QXRECORDSET_RECORDSET_ROWS_H
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -58,10 +59,11 @@ class Rows {
   Rows& operator=(const Rows&) = delete;
   ~Rows() = default;
 
-  // The place of a cell, which comes into being without a text when it is new. The reference stays
+  // The place of a cell, which is made, without a text, when it is new. The reference stays
   // valid until the next call of EnsureCell(). When memory runs out, all cells are as before.
   // REQUIRES: nColumn is from 1 to kLastColumn.
   Cell& EnsureCell(long lRow, std::uint32_t nColumn) {
+    assert(nColumn >= 1 && nColumn <= kLastColumn);
     Cell* const pCell = FindInGrid(lRow, nColumn);
     return pCell != nullptr ? *pCell : MakeCell(lRow, nColumn);
   }
@@ -86,10 +88,10 @@ class Rows {
     return pRow != nullptr ? Cells{pRow->pCells, pRow->nSpan} : Cells{nullptr, 0};
   }
 
-  // The same for a row that is going to have cells: if it is new, it may get its array at once.
+  // The same for a row that will have cells: if it is new, it may get its array at once.
   Cells CellsToFill(long lRow) {
     const unsigned long nIndex = IndexOf(lRow);
-    if (nIndex < nSlots_ && mapOdd_.empty() && Slot(nIndex).IsUnused()) {
+    if (nIndex < nSlots_ && mapOutside_.empty() && Slot(nIndex).IsUnused()) {
       BeginRow(lRow, Slot(nIndex));
       nGridRows_ += Slot(nIndex).IsUnused() ? 0 : 1;
     }
@@ -111,7 +113,7 @@ class Rows {
   // The row, or null. A row may be there without any cell that exists.
   const Row* FindRow(long lRow) const {
     const unsigned long nIndex = IndexOf(lRow);
-    return nIndex < nSlots_ ? &Slot(nIndex) : FindOdd(lRow);
+    return nIndex < nSlots_ ? &Slot(nIndex) : FindOutside(lRow);
   }
 
   // Whether any cell of a row exists.
@@ -132,13 +134,16 @@ class Rows {
   // Calls f(lRow, row) for every row by ascending number; some may have no cell.
   template <typename F>
   void ForEachRow(F f) const {
-    auto it = mapOdd_.begin();
-    for (; it != mapOdd_.end() && it->first <= 0; ++it)
+    auto it = mapOutside_.begin();
+    for (; it != mapOutside_.end() && it->first <= 0; ++it) {
       f(it->first, it->second);
-    for (unsigned long i = 0; i < nSlots_; ++i)
+    }
+    for (unsigned long i = 0; i < nSlots_; ++i) {
       f(static_cast<long>(i + 1), Slot(i));
-    for (; it != mapOdd_.end(); ++it)
+    }
+    for (; it != mapOutside_.end(); ++it) {
       f(it->first, it->second);
+    }
   }
 
   // Removes all rows. Memory is kept; see BumpBlocks::Reset.
@@ -170,12 +175,12 @@ class Rows {
 
   // Rows.
   Row& EnsureRow(long lRow);
-  Row& OddRow(long lRow);
-  const Row* FindOdd(long lRow) const;
+  Row& OutsideRow(long lRow);
+  const Row* FindOutside(long lRow) const;
   unsigned long ReachableSlots() const;
   void AddSlots();
-  void TakeOverOddRows(unsigned long nOldSlots) noexcept;
-  void ReachForOddRows();
+  void TakeInRows(unsigned long nOldSlots) noexcept;
+  void ReachForRows();
 
   // Cells of one row.
   void BeginRow(long lRow, Row& row);
@@ -198,11 +203,11 @@ class Rows {
   unsigned long nSlots_ = 0;     // rows in all pages
   unsigned long nGridRows_ = 0;  // of these, rows that were begun
   bool bHasLatest_ = false;
-  long lLatest_ = 0;            // the row begun last, if there is one
-  std::map<long, Row> mapOdd_;  // rows outside the pages
-  long lLastOdd_ = 0;           // the row there that was asked for last,
-  Row* pLastOdd_ = nullptr;     // and where it is
-  FarCells mapFar_;             // cells beyond the span of their row, by row and column
+  long lLatest_ = 0;                // the row begun last, if there is one
+  std::map<long, Row> mapOutside_;  // rows outside the pages
+  long lLastOutside_ = 0;           // the row there that was asked for last,
+  Row* pLastOutside_ = nullptr;     // and where it is
+  FarCells mapFar_;                 // cells beyond the span of their row, by row and column
   alignas(Cell) char aOwn_[kOwnBytes + BumpBlocks::kSlack];
 };
 

@@ -4,6 +4,7 @@
 
 #include "recordset/Table.h"
 
+#include <cassert>
 #include <vector>
 
 namespace recordset {
@@ -25,6 +26,7 @@ const Cell& Table::ReadOtherCell(long lRow, std::uint32_t nColumn) {
 }
 
 void Table::Merge(const Table& other) {
+  assert(&other != this);
   std::vector<std::uint32_t> vColumns(other.columns.Count());
   const Column* pColumn = other.columns.First();
   for (std::uint32_t& nColumn : vColumns) {

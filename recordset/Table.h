@@ -62,7 +62,7 @@ class Table {
            length, eType);
   }
 
-  // The cell, which comes into being as a null cell when it does not exist.
+  // The cell; one that does not exist is made, as a null cell.
   const Cell& ReadCell(long lRow, std::uint32_t nColumn) {
     const Cell* const pCell = rows.FindInGrid(lRow, nColumn);
     return pCell != nullptr && pCell->Exists() ? *pCell : ReadOtherCell(lRow, nColumn);
@@ -72,7 +72,7 @@ class Table {
   // REQUIRES: `other` is another table. When memory runs out, some of them may have been set.
   void Merge(const Table& other);
 
-  // What is going to be set comes from somebody who tells how far they have come; null: no longer.
+  // Cells are set by a caller that keeps this progress up to date; null: no longer.
   void Follow(const BumpBlocks::Progress* pProgress) noexcept {
     texts.Follow(pProgress);
     rows.Follow(pProgress);

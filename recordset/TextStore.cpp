@@ -62,7 +62,7 @@ char* TextStore::TakeFree(std::size_t nSize) {
   return pPiece;
 }
 
-// Without memory for the lists themselves the piece is out of use until everything is taken back.
+// Without memory for the lists themselves the piece is not used again until Reset().
 void TextStore::ReleaseSmall(char* pPiece, std::size_t nSize) noexcept {
   if (blocks_.ShrinkLast(pPiece + nSize, nSize)) return;
   if (pFree_ == nullptr) pFree_.reset(new (std::nothrow) char*[kPieceSizes]());

@@ -3,19 +3,20 @@
 // The texts of a table: cell texts and column names. A text never moves once it is stored, so
 // callers may keep pointers to it while everything around it grows.
 //
-// A stored text has no header. Whoever holds it knows its length, and the length alone tells how
-// large its piece is:
+// A stored text has no header. Its owner knows its length, and the length alone says how large
+// its piece is:
 //
 //   "", "0", "1"                    constants, shared by all tables
 //   up to kLongestSmall bytes       a piece of BumpBlocks, in steps of kGranule bytes
 //   longer                          a heap allocation, in steps of kLargeStep bytes
 //
 // A released small piece goes to the free list of its size and is the first to be taken again:
-// texts that are replaced for ever use no more memory than the most that were stored at a time,
-// size by size. A text that is replaced by one of the same piece size is written over where it is.
+// texts that are replaced again and again use no more memory than the most that were stored at a
+// time, size by size. A text that is replaced by one of the same piece size is written over where
+// it is.
 //
 // Texts may be read in blocks: all of the sixteen bytes that begin at any byte of a text, its NUL
-// included, may be read, whatever lies there.
+// included, may be read; what lies behind the NUL is undefined.
 
 #ifndef QXRECORDSET_RECORDSET_TEXTSTORE_H
 #define QXRECORDSET_RECORDSET_TEXTSTORE_H
@@ -42,7 +43,7 @@ class TextStore {
   static constexpr std::size_t kLargeStep = 64;
 
   // Lengths are kept in 32 bits, and so is the size of a large piece. Storing a longer text fails
-  // like any other want of memory.
+  // like any allocation that runs out of memory.
   static constexpr std::size_t kLongest = 0xFFFFFF00;
 
   // aOwn_ is room for pieces, not content. NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)

@@ -12,6 +12,7 @@
 #ifndef QXRECORDSET_TEXT_BLOCK_H
 #define QXRECORDSET_TEXT_BLOCK_H
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -28,7 +29,10 @@
 namespace JSON {
 
 // Number of zero bits below the lowest set bit. REQUIRES: mask is not 0.
-inline unsigned LowestBit(std::uint32_t mask) { return static_cast<unsigned>(__builtin_ctz(mask)); }
+inline unsigned LowestBit(std::uint32_t mask) {
+  assert(mask != 0);
+  return static_cast<unsigned>(__builtin_ctz(mask));
+}
 
 class Block16 {
  public:
@@ -44,6 +48,7 @@ class Block16 {
 
   // The `n` bytes at `p`, and zeros. REQUIRES: n is no more than kBytes.
   static Block16 LoadFirst(const char* p, std::size_t n) {
+    assert(n <= kBytes);
     char aBytes[kBytes] = {};
     std::memcpy(aBytes, p, n);
     return Load(aBytes);
@@ -86,6 +91,7 @@ class Block16 {
   // Stores eight bytes: the lower half without its first nSkip bytes, then zeros. REQUIRES:
   // nSkip < 8.
   void StoreHalfFrom(unsigned nSkip, char* p) const {
+    assert(nSkip < 8);
     const __m128i v = _mm_srl_epi64(v_, _mm_cvtsi32_si128(static_cast<int>(8 * nSkip)));
     _mm_storel_epi64(reinterpret_cast<__m128i*>(p), v);
   }
@@ -148,6 +154,7 @@ class Block16 {
   void Store(char* p) const { std::memcpy(p, bytes_, sizeof bytes_); }
 
   static Block16 LoadFirst(const char* p, std::size_t n) {
+    assert(n <= kBytes);
     Block16 block;
     std::memset(block.bytes_, 0, sizeof block.bytes_);
     std::memcpy(block.bytes_, p, n);
@@ -184,6 +191,7 @@ class Block16 {
     return block;
   }
   void StoreHalfFrom(unsigned nSkip, char* p) const {
+    assert(nSkip < 8);
     std::memset(p, 0, 8);
     std::memcpy(p, bytes_ + nSkip, 8 - nSkip);
   }

@@ -1,9 +1,10 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Escaping of string contents: the road for text that does hold bytes to escape.
+// Escaping of string contents, for text that has bytes to escape.
 
 #include "text/Escape.h"
 
+#include <cassert>
 #include <cstdint>
 
 #include "text/TextRoom.h"
@@ -19,6 +20,7 @@ constexpr std::size_t kPieceBytes = 64;
 char* WriteEscape(char c, char* out) {
   static constexpr char kHexDigits[] = "0123456789abcdef";
   const char escape = EscapeOf(c);
+  assert(escape != 0);
   *out++ = '\\';
   *out++ = escape;
   if (escape != 'u') return out;
@@ -35,6 +37,7 @@ char* WriteEscape(char c, char* out) {
 // A byte read becomes six bytes at most, so a block may always be stored: EscapedRoom() is as many
 // and a block.
 char* EscapeBytes(std::string_view text, char* out) {
+  assert(text.find('\0') == std::string_view::npos);
   const char* p = text.data();
   const char* const end = p + text.size();
   while (end - p >= Block16::kBytes) {

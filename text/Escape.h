@@ -1,8 +1,8 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // The one string escaping of the library, as the writer and the tree serializer use it. Most text
-// needs no escape: it is copied while it is looked at, in blocks, and only when a byte turns up
-// that a JSON string cannot hold is the text begun again and escaped.
+// needs no escape: it is checked in blocks while it is copied, and escaped from its beginning when
+// a byte is found that a JSON string cannot hold.
 
 #ifndef QXRECORDSET_TEXT_ESCAPE_H
 #define QXRECORDSET_TEXT_ESCAPE_H
@@ -21,8 +21,9 @@ namespace JSON {
 // written as \u00XX. NUL counts as such a byte, so that a search stops there.
 constexpr std::array<char, 256> MakeEscapeTable() {
   std::array<char, 256> table{};
-  for (std::size_t c = 0; c < 0x20; ++c)
+  for (std::size_t c = 0; c < 0x20; ++c) {
     table[c] = 'u';
+  }
   table['"'] = '"';
   table['\\'] = '\\';
   table['\b'] = 'b';
@@ -36,8 +37,8 @@ inline constexpr std::array<char, 256> kEscape = MakeEscapeTable();
 
 inline char EscapeOf(char c) { return kEscape[static_cast<unsigned char>(c)]; }
 
-// Whether `text` can stand in a JSON string as it is. With bCopy it is copied to `out` meanwhile,
-// whatever the answer. Reads and writes nothing but these bytes: where the length is no multiple of
+// Whether `text` can stand in a JSON string as it is. With bCopy it is also copied to `out`, if
+// it can or not. Reads and writes nothing but these bytes: where the length is no multiple of
 // a step, the last step overlaps the one before.
 template <bool bCopy>
 QXRECORDSET_HOT bool ScanPlain(std::string_view text, [[maybe_unused]] char* out) {

@@ -8,6 +8,7 @@
 #define QXRECORDSET_TEXT_EXPECTEDNAME_H
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -52,7 +53,7 @@ class ExpectedName {
   }
 
   const char* Text() const { return pName_; }
-  // The same name, or another one that nobody is going to look for.
+  // The same name at another address, or a text that no caller looks for.
   void SetText(const char* pName) { pName_ = pName; }
   std::size_t Length() const { return nLength_; }
 
@@ -61,24 +62,19 @@ class ExpectedName {
   Block16 QuotedName() const { return Block16::Load(aStart_); }
 
   // Whether the text at p, behind an opening quote, is the name and a closing quote. False also
-  // where fewer than 16 bytes are left: the name is then read the plain way.
+  // where fewer than 16 bytes are left: the caller then looks for the end of the name.
   bool Matches(const char* p, const char* pEnd) const {
-    if (pEnd - p < Block16::kBytes) {
-      return false;
-    }
-    if ((Block16::Load(p).Equals(Block16::Load(aStart_)) & nMask_) != nMask_) {
-      return false;
-    }
+    if (pEnd - p < Block16::kBytes) return false;
+    if ((Block16::Load(p).Equals(Block16::Load(aStart_)) & nMask_) != nMask_) return false;
     return nLength_ < Block16::kBytes || MatchesRest(p, pEnd);
   }
 
   // Whether the text at p is the name, a closing quote and a colon. REQUIRES: 16 bytes at p. Of a
-  // name that is not short the text has to go on for as many bytes behind the colon.
+  // name that is not short the text has to have as many bytes behind the colon.
   bool MatchesMember(const char* p, const char* pEnd) const {
+    assert(pEnd - p >= Block16::kBytes);
     const std::uint32_t nEqual = Block16::Load(p).Equals(Block16::Load(aStart_));
-    if ((nEqual & nMemberMask_) == nMemberMask_) {
-      return true;
-    }
+    if ((nEqual & nMemberMask_) == nMemberMask_) return true;
     constexpr std::size_t kBlock = Block16::kBytes;
     if (nLength_ < kShortName || (nEqual & nMask_) != nMask_ ||
         static_cast<std::size_t>(pEnd - p) <= nLength_ + 2 + kBlock) {
@@ -93,9 +89,7 @@ class ExpectedName {
   static constexpr std::uint32_t kNever = 1u << Block16::kBytes;  // no block has this bit
 
   bool MatchesRest(const char* p, const char* pEnd) const {
-    if (static_cast<std::size_t>(pEnd - p) <= nLength_ || p[nLength_] != '"') {
-      return false;
-    }
+    if (static_cast<std::size_t>(pEnd - p) <= nLength_ || p[nLength_] != '"') return false;
     return nLength_ <= Block16::kBytes || std::memcmp(p + Block16::kBytes, pName_ + Block16::kBytes,
                                                       nLength_ - Block16::kBytes) == 0;
   }

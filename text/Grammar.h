@@ -50,9 +50,7 @@ struct Text {
   // The first byte at or behind p that is no white space. Most places where white space may stand
   // have none, or a single blank: these two cases are decided here.
   Char* SkipSpace(Char* p) const {
-    if (!IsSpace(Peek(p))) {
-      return p;
-    }
+    if (!IsSpace(Peek(p))) return p;
     ++p;
     return IsSpace(Peek(p)) ? SkipSpaceRun(p, pEnd) : p;
   }
@@ -98,28 +96,18 @@ QXRECORDSET_HOT typename Text::Char* ReadMembers(Text& text, typename Text::Char
         sink.Complete();
         return p;
       }
-      if (*p != '"') {
-        return text.Fail(p);
-      }
+      if (*p != '"') return text.Fail(p);
       p = sink.Name(p);
-      if (p == nullptr) {
-        return nullptr;
-      }
+      if (p == nullptr) return nullptr;
       p = text.SkipSpace(p);
-      if (text.Peek(p) != ':') {
-        return text.Fail(p);
-      }
+      if (text.Peek(p) != ':') return text.Fail(p);
       p = sink.Value(text.SkipSpace(p + 1));
     }
-    if (p == nullptr) {
-      return nullptr;
-    }
+    if (p == nullptr) return nullptr;
     p = text.SkipSpace(p);
     const char cBehind = text.Peek(p);
     if (cBehind != ',') {
-      if (cBehind != '}') {
-        return text.Fail(p);
-      }
+      if (cBehind != '}') return text.Fail(p);
       sink.Complete();
       return p + 1;
     }
@@ -131,13 +119,9 @@ QXRECORDSET_HOT typename Text::Char* ReadMembers(Text& text, typename Text::Char
 template <typename Text, typename Sink>
 QXRECORDSET_HOT typename Text::Char* ReadObject(Text& text, typename Text::Char* p, Sink& sink) {
   const Nesting<Text> nesting(text);
-  if (nesting.TooDeep()) {
-    return text.Fail(p);
-  }
+  if (nesting.TooDeep()) return text.Fail(p);
   ++p;
-  if (text.AtEnd(p)) {
-    return text.Fail(p);
-  }
+  if (text.AtEnd(p)) return text.Fail(p);
   p = text.SkipSpace(p);
   return text.Peek(p) == '}' ? p + 1 : ReadMembers(text, p, sink);
 }
@@ -146,30 +130,18 @@ QXRECORDSET_HOT typename Text::Char* ReadObject(Text& text, typename Text::Char*
 template <typename Text, typename Sink>
 QXRECORDSET_HOT typename Text::Char* ReadArray(Text& text, typename Text::Char* p, Sink& sink) {
   const Nesting<Text> nesting(text);
-  if (nesting.TooDeep()) {
-    return text.Fail(p);
-  }
+  if (nesting.TooDeep()) return text.Fail(p);
   ++p;
-  if (text.AtEnd(p)) {
-    return text.Fail(p);
-  }
+  if (text.AtEnd(p)) return text.Fail(p);
   p = text.SkipSpace(p);
-  if (text.AtEnd(p)) {
-    return p;
-  }
-  if (*p == ']') {
-    return p + 1;
-  }
+  if (text.AtEnd(p)) return p;
+  if (*p == ']') return p + 1;
   for (;;) {
     const typename Text::Char* const pDue = p;
     const Due due = sink.Shortcut(p);
-    if (due == Due::kNothing) {
-      return p;
-    }
+    if (due == Due::kNothing) return p;
     if (due == Due::kItem) {
-      if (p != pDue && text.AtEnd(p)) {
-        return p;
-      }
+      if (p != pDue && text.AtEnd(p)) return p;
       p = text.SkipSpace(p);
       if (text.Peek(p) == ',' || text.Peek(p) == ']') {
         sink.Missing();
@@ -177,24 +149,16 @@ QXRECORDSET_HOT typename Text::Char* ReadArray(Text& text, typename Text::Char* 
         p = sink.Element(p);
       }
     }
-    if (p == nullptr) {
-      return nullptr;
-    }
+    if (p == nullptr) return nullptr;
     p = text.SkipSpace(p);
-    if (text.Peek(p) == ']') {
-      return p + 1;
-    }
-    if (text.Peek(p) != ',') {
-      return text.Fail(p);
-    }
+    if (text.Peek(p) == ']') return p + 1;
+    if (text.Peek(p) != ',') return text.Fail(p);
     ++p;
-    if (text.AtEnd(p)) {
-      return p;
-    }
+    if (text.AtEnd(p)) return p;
   }
 }
 
-// A literal, matched as a prefix: what follows is judged by whoever reads on. Null for no match.
+// A literal, matched as a prefix: the caller checks what follows. Null for no match.
 template <typename Text>
 typename Text::Char* ReadLiteral(Text& text, typename Text::Char* p) {
   const std::ptrdiff_t nLeft = text.pEnd - p;

@@ -63,16 +63,12 @@ char SimpleEscape(char c) {
 const char* Unescape(const char* p, const char* pEnd, char*& pWrite) {
   for (;;) {
     // p stands on a backslash.
-    if (pEnd - p < 2) {
-      return nullptr;
-    }
+    if (pEnd - p < 2) return nullptr;
     if (p[1] != 'u') {
       *pWrite++ = SimpleEscape(p[1]);
       p += 2;
     } else {
-      if (pEnd - p < kLongestEscape) {
-        return nullptr;
-      }
+      if (pEnd - p < kLongestEscape) return nullptr;
       pWrite = WriteUtf8(CodePoint(p + 2), pWrite);
       p += kLongestEscape;
     }
@@ -81,28 +77,18 @@ const char* Unescape(const char* p, const char* pEnd, char*& pWrite) {
     const std::size_t nRun = static_cast<std::size_t>(p - pRun);
     std::memmove(pWrite, pRun, nRun);
     pWrite += nRun;
-    if (p == pEnd) {
-      return nullptr;
-    }
-    if (*p == '"') {
-      return p;
-    }
+    if (p == pEnd) return nullptr;
+    if (*p == '"') return p;
   }
 }
 
 const char* FindStringEnd(const char* p, const char* pEnd) {
   for (;;) {
     p = FindQuoteOrBackslash(p, pEnd);
-    if (p == pEnd) {
-      return nullptr;
-    }
-    if (*p == '"') {
-      return p;
-    }
+    if (p == pEnd) return nullptr;
+    if (*p == '"') return p;
     const std::ptrdiff_t nEscape = pEnd - p >= 2 && p[1] == 'u' ? kLongestEscape : 2;
-    if (pEnd - p < nEscape) {
-      return nullptr;
-    }
+    if (pEnd - p < nEscape) return nullptr;
     p += nEscape;
   }
 }

@@ -10,6 +10,7 @@
 #ifndef QXRECORDSET_TEXT_SCAN_H
 #define QXRECORDSET_TEXT_SCAN_H
 
+#include <cassert>
 #include <climits>
 #include <cstddef>
 #include <cstdint>
@@ -70,8 +71,9 @@ constexpr int kLongestLiteral = 5;
 // bytes as the longest has at p.
 inline unsigned LiteralLength(const char* p) {
   const auto nWord = ReadWord<std::uint32_t>(p);
-  if (nWord == ReadWord<std::uint32_t>("null") || nWord == ReadWord<std::uint32_t>("true"))
+  if (nWord == ReadWord<std::uint32_t>("null") || nWord == ReadWord<std::uint32_t>("true")) {
     return 4;
+  }
   return nWord == ReadWord<std::uint32_t>("fals") && p[4] == 'e' ? 5 : 0;
 }
 
@@ -90,9 +92,9 @@ struct NumberMarks {
 };
 inline constexpr NumberMarks kNumberMarks;
 
-// The end of the number token that goes on at p: the first byte outside "+-0123456789.eE". The last
-// byte of the text is never part of a token. `bReal` is set when one of ".eE" is passed. Digits
-// come in runs with few marks between them, so it is the runs that are skipped.
+// The end of the number token that continues at p: the first byte outside "+-0123456789.eE". The
+// last byte of the text is never part of a token. `bReal` is set when one of ".eE" is passed.
+// Digits come in runs with few marks between them, so it is the runs that are skipped.
 template <typename Char>
 inline Char* ScanNumberRest(Char* p, Char* pEnd, bool& bReal) {
   while (pEnd - p > Block16::kBytes) {
@@ -103,17 +105,13 @@ inline Char* ScanNumberRest(Char* p, Char* pEnd, bool& bReal) {
     }
     p += LowestBit(other);
     const NumberMark mark = kNumberMarks[*p];
-    if (mark == NumberMark::kNone) {
-      return p;
-    }
+    if (mark == NumberMark::kNone) return p;
     bReal = bReal || mark == NumberMark::kReal;
     ++p;
   }
   for (; p < pEnd - 1; ++p) {
     const NumberMark mark = kNumberMarks[*p];
-    if (mark == NumberMark::kNone && (*p < '0' || *p > '9')) {
-      break;
-    }
+    if (mark == NumberMark::kNone && (*p < '0' || *p > '9')) break;
     bReal = bReal || mark == NumberMark::kReal;
   }
   return p;
@@ -122,6 +120,7 @@ inline Char* ScanNumberRest(Char* p, Char* pEnd, bool& bReal) {
 // The same for a token that begins at p. REQUIRES: a digit or a sign at p.
 template <typename Char>
 inline Char* ScanNumber(Char* p, Char* pEnd, bool& bReal) {
+  assert(BeginsNumber(*p));
   bReal = false;
   return ScanNumberRest(pEnd - p > 1 ? p + 1 : p, pEnd, bReal);
 }
@@ -130,7 +129,7 @@ inline Char* ScanNumber(Char* p, Char* pEnd, bool& bReal) {
 // unescaped bytes to pWrite, which may lie in the same text at or before p, or elsewhere with as
 // much room as is left of the content. Moves pWrite behind what was written and returns the closing
 // quote, or null when the text ends first. Nothing beyond the written bytes is touched, so text
-// that is rewritten in place keeps its unread bytes whatever happens.
+// that is rewritten in place keeps its unread bytes in any case.
 const char* Unescape(const char* p, const char* pEnd, char*& pWrite);
 
 // The closing quote of the string content that begins at p, or null when the text ends first.

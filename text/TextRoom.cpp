@@ -20,7 +20,7 @@ constexpr std::size_t kRoomStep = 4096;
 
 // Capacity is quadrupled up to this size in bytes and doubled beyond. Memory that is not yet
 // written to costs next to nothing, copying the text and touching new pages for it costs more than
-// writing it; but a large text shall not claim an address space of 32 bits.
+// writing it; but a large text must not use up an address space of 32 bits.
 constexpr std::size_t kLargeText = std::size_t{16} << 20;
 
 // A text is escaped in pieces of this many bytes, so that room for the worst case is made for a

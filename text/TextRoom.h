@@ -2,7 +2,7 @@
 //
 // A text that grows at its end, byte by byte and token by token, inside a std::string: the string
 // is longer than the text, and the room behind the text is filled through a pointer, without a call
-// per piece. Whoever writes looks for room first, and cuts the string to the text in the end.
+// per piece. The caller makes room before it writes, and cuts the string to the text in the end.
 
 #ifndef QXRECORDSET_TEXT_TEXTROOM_H
 #define QXRECORDSET_TEXT_TEXTROOM_H

@@ -75,12 +75,12 @@ class Table:
         """The rows by ascending number: number, row. Rows of the grid without cells are left out."""
         if self.rows is None:
             return
-        odd = [(int(number), row) for number, row in map_items(self.rows["mapOdd_"])]
-        yield from (entry for entry in odd if entry[0] <= 0)
+        outside = [(int(number), row) for number, row in map_items(self.rows["mapOutside_"])]
+        yield from (entry for entry in outside if entry[0] <= 0)
         page_rows = int(gdb.parse_and_eval("recordset::Rows::kPageRows"))
         for i in range(int(self.rows["nSlots_"])):
             yield i + 1, self.rows["pPages_"][i // page_rows][i % page_rows]
-        yield from (entry for entry in odd if entry[0] > 0)
+        yield from (entry for entry in outside if entry[0] > 0)
 
     def cells(self, number, row):
         """The cells of a row that exist: column name, cell."""
