@@ -5,7 +5,6 @@
 #include "json/TreeCopy.h"
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 #include <string_view>
 
@@ -23,7 +22,7 @@ constexpr std::uint32_t kHeapReserve = 4;
 // A private copy, as values and names own it: released with delete[].
 const char* Duplicate(std::string_view text) {
   char* const pCopy = new char[text.size() + 1];
-  std::memcpy(pCopy, text.data(), text.size());
+  std::copy(text.begin(), text.end(), pCopy);
   pCopy[text.size()] = '\0';
   return pCopy;
 }
