@@ -1,0 +1,497 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// The model of a record set, the arrangements of its cells, and the steps.
+
+#include "tests/support/lives/CellLife.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+#include <map>
+#include <utility>
+#include <vector>
+
+#include "json/JSONSerialize.h"
+#include "recordset/QXRecordSet.h"
+
+namespace {
+
+using CountedMemory::Aside;
+
+struct Item {
+  std::string strValue;
+  std::string strWritten = "null";   // in the JSON text; "" for a member that is left out
+  const char* pHandedOut = nullptr;  // where the record set said the text is, if it was asked
+};
+
+// Texts that look like objects, and what they are written as; "" for one that is left out.
+struct ObjectText {
+  const char* szText;
+  const char* szWritten;
+};
+const ObjectText kObjects[] = {
+    {R"({"k":[1,2],"m":1.5,"n":null,"s":"v\n","f":false,"i":-0,"s":""})",
+     R"({"k":null,"m":null,"n":null,"s":"v\n","f":false,"i":0,"s":""})"},
+    {R"(  {"o":{"i":007,"t":true,"k":{}}} )", R"({"o":{"i":7,"t":true,"k":{}}})"},
+    {"{ \n \"a\" : 1 } {oops}", R"({"a":1})"},
+    {"{oops}", ""},
+    {"{}", "{}"}};
+
+// Texts that do not, or mean something as a number or a boolean.
+const char* const kTexts[] = {"",    "0",   "1",    "01",   "x",   "true",      "-",  "007",
+                              "-0",  "-12", "+-3",  "1-2",  "0x1", "{",         " {", "   ",
+                              "} {", "{}x", "\t{}", "{}\n", "[1]", " \v\f\r+2x"};
+
+const char* const kNested[] = {"", R"({"y":"z","x":-5})", R"({"rows":[{"y":1},{"y":2}]})"};
+
+std::string Quoted(const std::string& text) {
+  std::string strEscaped;
+  JSON::EscapeString(strEscaped, text.c_str());
+  return '"' + strEscaped + '"';
+}
+
+std::string WrittenOf(int eType, const std::string& text) {
+  for (const ObjectText& object : kObjects) {
+    if (text == object.szText) return object.szWritten;
+  }
+  if (text.compare(0, 9, "{\"rows\":[") == 0) return R"({"rows":null})";
+  if (text.compare(0, 2, "{\"") == 0) return text;  // a record set's
+  if (eType == CQXRecordSet::QX_NULL) return "null";
+  if (eType == CQXRecordSet::QX_BOOL) return text == "1" ? "true" : "false";
+  if (eType != CQXRecordSet::QX_LONG) return Quoted(text);
+  return std::to_string(std::strtol(text.c_str(), nullptr, 10));
+}
+
+// Every other name is of any length and differs from others in one byte.
+std::string NameOf(std::uint32_t n) {
+  if (n % 2 != 0) return 'c' + std::to_string(n);
+  std::string name(n * 7 % 41, 'n');
+  if (!name.empty()) name[n % name.size()] = "AZ\"\x01\x7F\x80\xFF"[n % 7];
+  return name;
+}
+
+class Model {
+ public:
+  void Set(const std::string& name, long row, int eType, const std::string& text) {
+    const Aside aside;
+    mapRows[row][AddColumn(name)] = {text, WrittenOf(eType, text), nullptr};
+    lRowsCount = std::max(lRowsCount, row);
+    bModified = true;
+  }
+
+  long AddColumn(const std::string& name) {
+    const Aside aside;
+    return mapColumns.try_emplace(name, static_cast<long>(mapColumns.size()) + 1).first->second;
+  }
+
+  // The cell that a read finds or makes; null for an unknown column.
+  Item* Get(const std::string& name, long row) {
+    const Aside aside;
+    const auto column = mapColumns.find(name);
+    return column != mapColumns.end() ? &mapRows[row][column->second] : nullptr;
+  }
+
+  std::string Text() const {
+    if (!bModified) return "";
+    if (lRowsCount < 2) return RowText(1);
+    std::string strText = "{\"rows\":[" + RowText(1);
+    for (long row = 2; row <= lRowsCount; ++row) {
+      strText += ',' + RowText(row);
+    }
+    return strText + "]}";
+  }
+
+  // Bytes, with the text last built.
+  std::size_t Need() const {
+    std::size_t n = 20000 + 400 * mapColumns.size() + 2 * strBuilt.size();
+    for (const auto& [row, cells] : mapRows) {
+      n += 400 + 20 * mapColumns.size();
+      for (const auto& [index, item] : cells)
+        n += 100 + 2 * item.strValue.size();
+    }
+    return n;
+  }
+
+  std::string Dump() const {
+    std::string strDump;
+    for (long row = 1; row <= lRowsCount; ++row) {
+      strDump += "Row " + std::to_string(row) + '\n';
+      const auto cells = mapRows.find(row);
+      for (const auto& [name, index] : mapColumns) {
+        strDump += "\tField (" + name + "):";
+        if (cells != mapRows.end()) {
+          const auto cell = cells->second.find(index);
+          strDump += ' ' + (cell != cells->second.end() ? cell->second.strValue : "");
+        }
+        strDump += '\n';
+      }
+    }
+    return strDump;
+  }
+
+  long lRowsCount = 0;
+  bool bModified = false;
+  std::string strBuilt;  // the text last built
+  std::map<std::string, long> mapColumns;
+  std::map<long, std::map<long, Item>> mapRows;
+
+ private:
+  std::string RowText(long row) const {
+    std::string strText;
+    const auto cells = mapRows.find(row);
+    if (cells == mapRows.end() || row > lRowsCount) return "{}";
+    for (const auto& [name, index] : mapColumns) {
+      const auto cell = cells->second.find(index);
+      if (cell == cells->second.end()) continue;
+      const std::string& strWritten = cell->second.strWritten;
+      if (!strWritten.empty()) strText += ',' + Quoted(name) + ':' + strWritten;
+    }
+    return '{' + (strText.empty() ? strText : strText.substr(1)) + '}';
+  }
+};
+
+// Where the cells of a round lie.
+struct Profile {
+  const char* szName;
+  std::vector<long> vRows;  // picked at random when not empty, else
+  long lStep;               // the row number changes by this now and then,
+  long lFirstRow;           // from here
+  std::uint32_t nColumns;
+  bool bColumnsInOrder;  // as a loader writes them, not at random
+};
+const Profile kProfiles[] = {
+    {"grid", {}, 1, 1, 10, true},
+    {"grid of random cells", {}, 1, 1, 60, false},
+    {"backwards", {}, -1, 700, 6, true},
+    {"gaps", {}, 3, 1, 5, false},
+    {"rows far ahead", {}, 1, 3000, 20, true},
+    {"wide and sparse", {1, 2, 3, 4, 5, 6, 7, 8, 9}, 0, 0, 3000, false},
+    {"odd numbers", {LONG_MIN, -7, -1, 0, 1, 2, 60, 70, 400, 1500}, 0, 0, 40, false},
+    {"one row", {1}, 0, 0, 30, true},
+};
+
+class RecordSetLife : public Support::Life {
+ public:
+  RecordSetLife(Support::World& common, const Profile& profile)
+      : Life(common), profile_(profile), lRow_(profile.lFirstRow) {}
+
+  std::string CheckAll() override {
+    CheckString();
+    CheckNulls();
+    if (random.OneIn(12)) Expect(set_.Dump() == model_.Dump(), "Dump");
+    const long lColumns = static_cast<long>(model_.mapColumns.size());
+    Expect(set_.GetRowsCount() == model_.lRowsCount, "GetRowsCount");
+    Expect(set_.GetColumnCount() == lColumns, "GetColumnCount");
+    Expect(record_.GetChangeCount() == lColumns && record_.IsChanged() == (lColumns > 0),
+           "GetChangeCount");
+    for (const long lBeyond : {lColumns, LONG_MAX, -1L, LONG_MIN}) {
+      Expect(*set_.GetColumnName(lBeyond) == '\0', "the name at no position");
+    }
+    long position = 0;
+    std::map<long, const char*> mapNames;
+    for (const auto& [name, index] : model_.mapColumns) {
+      Expect(set_.GetColumnName(position++) == name, "GetColumnName");
+      Expect(set_.GetColumnIndex(name.c_str()) == index, "GetColumnIndex");
+      mapNames[index] = name.c_str();
+    }
+    for (auto& [row, cells] : model_.mapRows) {
+      for (auto& [index, item] : cells)
+        CheckText(set_.GetValueAsString(mapNames[index], row), &item);
+    }
+    return strFault;
+  }
+
+  std::size_t Need() const override { return model_.Need(); }
+
+ private:
+  void TakeOne() override {
+    static const Named<RecordSetLife> kSteps[] = {
+        {"write a cell", &RecordSetLife::Write, 1600},
+        {"read a cell", &RecordSetLife::ReadCell, 320},
+        {"read a cell otherwise", &RecordSetLife::ReadOtherwise, 160},
+        {"add a column", &RecordSetLife::AddColumn, 160},
+        {"load a text", &RecordSetLife::Load, 156},
+        {"load a text of any size", &RecordSetLife::LoadSized, 4},
+        {"write a text of any size", &RecordSetLife::WriteSized, 4},
+        {"field of a record", &RecordSetLife::Field, 40},
+        {"replace everything", &RecordSetLife::Replace, 4},
+        {"compare everything", &RecordSetLife::CheckNow, 8},
+    };
+    TakeOneOf("record set", *this, kSteps);
+  }
+
+  void CheckNow() { CheckAll(); }
+  void ReadCell() { Read(); }
+
+  // Rows of one column, in place of everything.
+  void LoadSized() {
+    const long lRows = static_cast<long>(world.Size() / 2);
+    std::string strText = "{\"rows\":[";
+    Clear();
+    for (long i = 1; i <= lRows; ++i) {
+      const std::string text = std::to_string(i * 7919);
+      strText += (i > 1 ? ",{\"c1\":\"" : "{\"c1\":\"") + text + "\"}";
+      model_.Set("c1", i, CQXRecordSet::QX_TEXT, text);
+    }
+    Expect(set_.SetString(strText + "]}"), "SetString");
+    model_.bModified = true;
+  }
+
+  void WriteSized() {
+    const std::string text(world.Size() * 10, 'w');
+    set_.SetValue("c1", text);
+    model_.Set("c1", 1, CQXRecordSet::QX_TEXT, text);
+  }
+
+  void Field() {
+    std::string before = "before";
+    std::string after = Text();
+    const long lAfter = static_cast<long>(random.Below(1000));
+    const char* const name = NextName();
+    if (random.OneIn(2)) {
+      record_.SetFieldValues(name, before, after);
+      model_.Set(strName_, 1, CQXRecordSet::QX_TEXT, after);
+    } else {
+      record_.SetFieldValues(name, 0L, lAfter);
+      model_.Set(strName_, 1, CQXRecordSet::QX_LONG, after = std::to_string(lAfter));
+    }
+    std::string got;
+    record_.GetFieldValues(name, before, got);
+    Expect(got == after && before == "before", "GetFieldValues");
+  }
+
+  void Clear() {
+    const Aside aside;
+    set_.Clear();
+    model_ = Model();
+    bRenewed = true;
+  }
+
+  void Write() {
+    // A text of the record set itself, or the end of one, is as good as any.
+    const bool bOwnText = random.OneIn(20);
+    const char* pText = bOwnText ? Read() : "";
+    if (std::strchr(pText, '{') == nullptr) pText += random.Below(std::strlen(pText) + 1);
+    const long row = NextRow();
+    const char* const name = NextName();
+    std::string text = bOwnText ? pText : Text();
+    int eType = CQXRecordSet::QX_TEXT;
+    const std::uint32_t nHow = bOwnText ? 9 : random.Below(10);
+    if (nHow == 0) {
+      eType = CQXRecordSet::QX_BOOL;
+      text = random.OneIn(2) ? "1" : "0";
+      set_.SetValue(name, text == "1", row);
+    } else if (nHow == 1) {
+      eType = CQXRecordSet::QX_LONG;
+      const int nValue = static_cast<int>(random.Below(100000)) - 50000;
+      set_.SetValue(name, nValue, row);
+      text = std::to_string(nValue);
+    } else if (nHow == 2) {
+      eType = CQXRecordSet::QX_LONG;
+      const long lValue = random.OneIn(2) ? LONG_MIN : LONG_MAX;
+      set_.SetValue(name, lValue, row);
+      text = std::to_string(lValue);
+    } else if (nHow == 3) {
+      set_.SetValue(name, text + '\0' + text, row);
+    } else if (nHow == 4) {
+      eType = CQXRecordSet::QX_RECORDSET;
+      text = random.Of(kObjects).szText;
+      set_.SetValue(name, text.c_str(), row, CQXRecordSet::QX_RECORDSET);
+    } else if (nHow == 5) {
+      eType = CQXRecordSet::QX_RECORDSET;
+      text = Nest(name, row);
+    } else {
+      eType = static_cast<int>(random.Below(8)) - 1;
+      set_.SetValue(name, bOwnText ? pText : text.c_str(), row,
+                    static_cast<CQXRecordSet::QX_TYPE>(eType));
+    }
+    model_.Set(strName_, row, eType, text);
+  }
+
+  // Another record set as a cell, or this one in itself; its text.
+  std::string Nest(const char* name, long row) {
+    CQXRecordSet inner;
+    if (!random.OneIn(4)) inner = random.Of(kNested);
+    const bool bSelf = random.OneIn(10) && model_.Text().size() < 2000;
+    if (bSelf) CheckString();
+    set_.SetValue(name, bSelf ? set_ : inner, row);
+    return bSelf ? model_.strBuilt : inner.GetStringRef();
+  }
+
+  void AddColumn() {
+    const char* const name = random.OneIn(8) ? Read() : Name().c_str();
+    const long lExpected = model_.AddColumn(name);
+    Expect(set_.AddColumn(name) == lExpected, "AddColumn");
+    if (!model_.bModified) CheckString();
+  }
+
+  const char* Read() {
+    const long row = NextRow();
+    const char* const text = set_.GetValueAsString(NextName(), row);
+    CheckText(text, model_.Get(strName_, row));
+    return text;
+  }
+
+  void ReadOtherwise() {
+    const long row = NextRow();
+    const char* const name = NextName();
+    const Item* const pItem = model_.Get(strName_, row);
+    const std::string text = pItem != nullptr ? pItem->strValue : "";
+    const long lExpected = std::strtol(text.c_str(), nullptr, 10);
+    Expect(set_.GetValueAsLong(name, row) == lExpected, "GetValueAsLong");
+    Expect(set_.GetValueAsBool(name, row) == (lExpected != 0), "GetValueAsBool");
+    std::string strCopy = "old";
+    set_.GetValueAsStringUTF8(strCopy, name, row);
+    Expect(strCopy == text, "GetValueAsStringUTF8");
+    Expect(set_.GetValueAsRecordSet(name, row).GetString() == CQXRecordSet(text).GetString(),
+           "GetValueAsRecordSet");
+  }
+
+  // Loads rows of texts, which also tells where the last one lies, or what cannot be loaded.
+  void Load() {
+    static const char* const kRefused[] = {"", "{\"c1\":7", "[{\"c1\":7}]", nullptr};
+    model_.bModified = true;
+    if (random.OneIn(10)) return Expect(set_.SetString(random.Of(kRefused)), "SetString");
+    const std::uint32_t nRows = 1 + random.Below(4);
+    std::string strText;
+    for (std::uint32_t i = 0; i < nRows; ++i) {
+      strText += i == 0 ? "{" : ",{";
+      for (std::uint32_t nMember = random.Below(5); nMember > 0; --nMember) {
+        const std::string text = Text();
+        strText += Quoted(Name()) + ':' + Quoted(text) + (nMember > 1 ? "," : "");
+        model_.Set(strName_, static_cast<long>(i) + 1, CQXRecordSet::QX_TEXT, text);
+      }
+      strText += '}';
+    }
+    Expect(set_.SetUTF8String("{\"rows\":[" + strText + "]}"), "SetUTF8String");
+  }
+
+  // Copies, moves, assigns or clears the whole record set. Only a new one takes over the state and
+  // the last text.
+  void Replace() {
+    switch (random.Below(5)) {
+      case 0: {
+        CQXRecordSet copy(set_);
+        Expect(copy.GetStringRef() == model_.strBuilt, "GetStringRef of a copy");
+        Expect(CQXRecordSet(copy).GetString() == model_.Text(), "GetString of a copy");
+        ForgetAddresses();
+        set_ = std::move(copy);
+        ExpectCleared(copy);  // NOLINT: moved-from
+        break;
+      }
+      case 1: {
+        CQXRecordSet moved(std::move(set_));
+        ExpectCleared(set_);  // NOLINT: moved-from
+        Expect(moved.GetStringRef() == model_.strBuilt, "GetStringRef of what was moved");
+        set_ = std::move(moved);
+        break;
+      }
+      case 2: {
+        CQXRecordSet assigned("{\"gone\":1}");
+        assigned.GetString();
+        assigned = set_;
+        Expect(assigned.GetStringRef().empty(), "GetStringRef of what was assigned");
+        ForgetAddresses();
+        set_ = std::move(assigned);
+        break;
+      }
+      case 3:
+        if (random.OneIn(2)) set_ = *&set_;
+        if (random.OneIn(2)) set_ = std::move(*&set_);
+        set_ = *&set_;
+        break;
+      default: {
+        Clear();
+        CQXRecordSet copy(set_);
+        ExpectCleared(copy);
+        ExpectCleared(set_);
+        copy = set_;
+        Expect(copy.GetString() == "{}", "what was assigned counts as written");
+        return;
+      }
+    }
+    model_.bModified = true;
+    model_.strBuilt.clear();
+  }
+
+  void ExpectCleared(CQXRecordSet& set) {
+    Expect(set.GetRowsCount() == 0 && set.GetColumnCount() == 0, "counts when cleared");
+    Expect(set.GetStringRef().empty() && set.GetString().empty(), "the text when cleared");
+    Expect(set.Dump().empty(), "Dump when cleared");
+  }
+
+  // Null pointers and unknown names change nothing.
+  void CheckNulls() {
+    set_.SetValue("none", static_cast<const char*>(nullptr));
+    set_.SetValue("none", static_cast<CQXRecordSet*>(nullptr));
+    set_.SetValue(nullptr, "none");
+    Expect(set_.AddColumn(nullptr) == -1 && set_.GetColumnIndex(nullptr) == -1, "null as a name");
+    Expect(set_.GetColumnIndex("none") == -1, "GetColumnIndex of no column");
+    Expect(*set_.GetValueAsString(nullptr) == '\0', "the text of a null name");
+  }
+
+  void CheckString() {
+    Expect(set_.GetStringRef() == model_.strBuilt, "GetStringRef");
+    {
+      const Aside aside;
+      model_.strBuilt = model_.Text();
+    }
+    Expect(set_.GetString() == model_.strBuilt, "GetString");
+  }
+
+  void CheckText(const char* text, Item* pItem) {
+    if (pItem == nullptr) return Expect(*text == '\0', "the text of an unknown column");
+    Expect(text == pItem->strValue, "GetValueAsString");
+    const bool bStays = pItem->pHandedOut == nullptr || text == pItem->pHandedOut;
+    Expect(bStays, "a text stays where it is");
+    pItem->pHandedOut = text;
+  }
+
+  void ForgetAddresses() {
+    for (auto& [row, cells] : model_.mapRows) {
+      for (auto& [index, item] : cells)
+        item.pHandedOut = nullptr;
+    }
+  }
+
+  long NextRow() {
+    if (!profile_.vRows.empty()) return random.Of(profile_.vRows);
+    if (random.OneIn(profile_.nColumns)) lRow_ += profile_.lStep;
+    return random.OneIn(10) ? profile_.lFirstRow : lRow_;
+  }
+
+  const std::string& Name() { return strName_ = NameOf(random.Below(profile_.nColumns)); }
+
+  const char* NextName() {
+    if (!profile_.bColumnsInOrder || random.OneIn(8)) return Name().c_str();
+    nColumn_ = (nColumn_ + 1) % profile_.nColumns;
+    strName_ = NameOf(nColumn_);
+    return strName_.c_str();
+  }
+
+  std::string Text() {
+    if (random.OneIn(3)) return random.Of(kTexts);
+    std::string text(random.OneIn(30) ? random.Below(700) : random.Below(24), 'a');
+    for (char& c : text) {
+      c = "abc\"\\\n\x01\xC3 zyx"[random.Below(12)];
+    }
+    return text;
+  }
+
+  const Profile& profile_;
+  Model model_;
+  CBeforeAfterRecord record_;
+  CQXRecordSet& set_ = record_;
+  long lRow_;
+  std::uint32_t nColumn_ = 0;
+  std::string strName_;
+};
+
+}  // namespace
+
+std::unique_ptr<Support::Life> Support::MakeRecordSetLife(World& common, std::size_t nProfile) {
+  static_assert(std::size(kProfiles) == kRecordSetProfiles);
+  return std::make_unique<RecordSetLife>(common, kProfiles[nProfile % kRecordSetProfiles]);
+}
