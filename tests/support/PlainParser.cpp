@@ -134,7 +134,7 @@ class Reader {
       if (IsIn(Byte(), ".eE")) eType = JSON::jtDouble;
     }
     Take(value, nStart, nCursor);
-    if (IsIn(Byte(), "+-0123456789.eE")) value.strBeyond = Byte();
+    if (IsIn(Byte(), "+-0123456789.eE")) value.strRest = Byte();
     return eType;
   }
 
@@ -224,7 +224,13 @@ Value Taken(const JSON::JSONValue& got, const char* pStart) {
 }
 
 // All the text that readers find.
-std::string Whole(const Value& value) { return value.text.value_or("") + value.strBeyond; }
+std::string Whole(const Value& value) { return value.text.value_or("") + value.strRest; }
+
+std::string Described(const Value& value) {
+  return "type " + std::to_string(value.eType) + ", text " +
+         Printable(value.text.value_or("none")) + (value.bObject ? ", object of " : ", size ") +
+         std::to_string(value.vValues.size());
+}
 
 std::string TreeDifference(const Value& want, const Value& got, bool bParsed) {
   const auto Held = [](const Value& value) {
@@ -234,11 +240,12 @@ std::string TreeDifference(const Value& want, const Value& got, bool bParsed) {
     return std::tie(value.eContainerType, value.bSorted, value.vIndex, value.nNameIndex,
                     value.vNames);
   };
-  // A copy of a text that no length counted may be a counted one.
-  const bool bCounted = want.strBeyond.empty();
-  const bool bText = want.text == got.text || (!bCounted && Whole(want) == got.text.value_or(""));
+  // A private copy of a text has all that readers find, up to a NUL. Nobody reads a container's.
+  const bool bCounted = want.strRest.empty();
+  const bool bCopied = got.text.value_or("") == Whole(want).c_str() && (!bParsed || !bCounted);
+  const bool bText = want.text == got.text || bCopied || (want.bContainer && !bParsed);
   if (!bText || Held(want) != Held(got) || want.vValues.size() != got.vValues.size()) {
-    return ": type " + std::to_string(got.eType) + ", text " + Printable(got.text.value_or("none"));
+    return ": " + Described(got) + " instead of " + Described(want);
   }
   if (bParsed && (Left(want) != Left(got) || (bCounted && want.nAt != got.nAt))) {
     return ": place, container type or name index";

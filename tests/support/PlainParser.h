@@ -29,7 +29,7 @@ struct Value {
 
   // Text behind `text` that no length counts: the last byte of a number that the end of a parsed
   // text cuts off, or the text of a value whose maker gave no length.
-  std::string strBeyond;
+  std::string strRest;
 
   // Where the container lies, as far as a host may know: in a message's pool, on the heap, there
   // as an object of a host's own class, or anywhere.

@@ -86,7 +86,7 @@ class ChainLife : public Support::Life {
     message.CopyTo(copy);
     Expect(Written(copy) == Text(strLevels), "what the copy of a chain writes");
     bRenewed = true;
-    if (random.OneIn(2)) message = copy;
+    if (random.OneIn(2)) copy.CopyTo(message);
   }
 
   void Clone() {
@@ -102,10 +102,9 @@ class ChainLife : public Support::Life {
   void Add() {
     if (message.pComposite == nullptr) return;
     JSON::ArrayValue array;
-    {
-      JSON::Message copy(message);
-      array.AddValue(copy);
-    }
+    JSON::Message copy(message);
+    array.AddValue(copy);
+    copy.pComposite->Clear();
     Expect(Written(array.vValues[0]) == Text(strLevels), "what an added chain writes");
   }
 

@@ -188,7 +188,12 @@ std::string LifePlayer::CheckMemory() {
     nBound += kEach + kTimes * (slot.nTaken + slot.nBefore);
   const std::size_t nLive = CountedMemory::Live();
   if (nLive <= nBound) return "";
-  return std::to_string(nLive) + " bytes in use instead of " + std::to_string(nBound);
+  std::string strNeeds = std::to_string(nLive) + " bytes in use; needed now and before:";
+  for (const Slot& slot : vSlots) {
+    strNeeds += ' ' + std::to_string(slot.pLife->nNumber) + ": " + std::to_string(slot.nTaken) +
+                " and " + std::to_string(slot.nBefore);
+  }
+  return strNeeds;
 }
 
 std::string LifePlayer::End() {

@@ -51,19 +51,12 @@ void TreeLife::FieldTextAlone() {
   spot.pParent->pComposite->MakeMap();
 }
 
-// A container from the heap, in place of what was there: that is deleted by who made it, or
-// emptied where it lies in the pool.
+// A container from the heap, for a value without one, or in place of another one from the heap.
 void TreeLife::GiveContainerTo(const Spot& spot) {
   Value& value = *spot.pValue;
-  if (spot.pNode->bContainer) {
-    if (spot.pNode->home == Home::kAnywhere) return;
-    if (spot.pNode->home == Home::kPool) {
-      value.pComposite->Clear();
-    } else {
-      delete value.pComposite;
-    }
-    value.pComposite = nullptr;
-  }
+  const Home home = spot.pNode->home;
+  if (spot.pNode->bContainer && home != Home::kHeap && home != Home::kHost) return;
+  delete std::exchange(value.pComposite, nullptr);
   const std::uint32_t nKind = random.Below(5);
   const bool bObject = nKind < 2;
   if (nKind == 0) value.pComposite = new JSON::ObjectValue(4);
@@ -93,7 +86,7 @@ void TreeLife::RootContainer() { GiveContainerTo({&Root(), &model}); }
 
 void TreeLife::FieldType() {
   Spot spot{nullptr, nullptr};
-  if (!FindElement(spot)) return;
+  if (!FindElement(spot) || !spot.pValue->bOwnsText) return;  // no NUL may end another text
   spot.pNode->eType = static_cast<int>(random.Below(9)) - 1;
   spot.pValue->eType = static_cast<JSON::Type>(spot.pNode->eType);
   spot.pParent->pComposite->MakeMap();

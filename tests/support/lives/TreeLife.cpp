@@ -28,7 +28,10 @@ int Copied(int nOrdinal) { return nOrdinal; }
 }  // namespace
 
 TreeLife::TreeLife(World& common, Kind kind) : Life(common) {
-  world.vTrees.push_back(this);
+  {
+    const CountedMemory::Aside aside;
+    world.vTrees.push_back(this);
+  }
   if (kind == Kind::kCopying || kind == Kind::kInPlace) {
     pMessage = std::make_unique<JSON::Message>(kind == Kind::kInPlace);
     return;
@@ -167,10 +170,12 @@ void TreeLife::UpdateUnder(const Spot& spot, Key key) {
   // The key may be a name of this very object, and the text one from below it.
   const auto kept = Copied(key);
   Value& value = *spot.pValue;
+  const bool bNewRoot = &value == pMessage.get() && !spot.pNode->bContainer;
   const auto Store = [&](const Value& stored, const Text& strText, int eType) {
     const Value* pExpected = &Value::None();
     if (const Node* pStored = UpdateModel(*spot.pNode, kept, strText, eType))
       pExpected = value.GetByOrdinal(static_cast<int>(pStored - spot.pNode->vValues.data()));
+    if (bNewRoot) spot.pNode->home = Home::kAnywhere;  // as the library likes
     Expect(&stored == pExpected, "what an update returns");
   };
   const int n = static_cast<int>(random.Below(100000)) - 50000;

@@ -51,10 +51,10 @@ Node* UpdateModel(Node& node, const Text& name, const Text& text, int eType) {
   return UpdateModel(node, nOrdinal, text, eType);
 }
 
-void GiveText(Node& node, const Text& text, const std::string& strBeyond) {
+void GiveText(Node& node, const Text& text, const std::string& strRest) {
   const Aside aside;
   node.text = text;
-  node.strBeyond = strBeyond;
+  node.strRest = strRest;
 }
 
 void GiveContainer(Node& node, bool bObject, Home home) {
@@ -72,8 +72,9 @@ void Empty(Node& node) {
 Node CopyAt(const Node& node, Home home) {
   const Aside aside;
   Node copy = node;
-  if (copy.home != Home::kHost) copy.home = home;
-  const Home below = copy.home == Home::kHost ? Home::kHeap : home;
+  const bool bHost = node.home == Home::kHost && home == Home::kPool;
+  copy.home = bHost ? Home::kAnywhere : home;
+  const Home below = copy.home;
   for (Node& value : copy.vValues)
     value = CopyAt(value, below);
   return copy;
@@ -96,7 +97,7 @@ std::size_t Count(const Node& node) {
 }
 
 std::size_t NeedOf(const Node& node) {
-  std::size_t n = 100 + 2 * (node.text.value_or("").size() + node.strBeyond.size());
+  std::size_t n = 100 + 2 * (node.text.value_or("").size() + node.strRest.size());
   if (node.bContainer) n += 300;
   for (const std::string& name : node.vNames)
     n += 100 + 2 * name.size();

@@ -23,11 +23,12 @@ Node* UpdateModel(Node& node, int nOrdinal, const Text& text, int eType);
 Node* UpdateModel(Node& node, const Text& name, const Text& text, int eType);
 
 // The value gets another text, or a new empty container.
-void GiveText(Node& node, const Text& text, const std::string& strBeyond = "");
+void GiveText(Node& node, const Text& text, const std::string& strRest = "");
 void GiveContainer(Node& node, bool bObject, Home home);
 void Empty(Node& node);
 
-// A copy whose containers lie at `home`; a host's own kinds copy themselves, to the heap.
+// A copy whose containers lie at `home`. Where those of a host's own kind get to is not known in a
+// pool.
 Node CopyAt(const Node& node, Home home);
 
 // Whether every container is known to lie on the heap.

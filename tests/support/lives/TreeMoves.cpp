@@ -214,11 +214,8 @@ void TreeLife::GrowSlowly() {
     const std::size_t nOne = static_cast<std::size_t>(nSize) * sizeof(Value);
     Expect(CountedMemory::Live() <= nBefore + 7 * nOne + 65536, "memory grows with each use");
   }
-  bRenewed = true;
-  model = Node();
-  GiveContainer(model, false, Home::kAnywhere);
-  model.eType = JSON::jtArray;
-  pMessage->pComposite->Clear();
+  ParseText("[]");
+  ParseText("[]");  // now the content before is small, too
 }
 
 void TreeLife::TurnInPlace() {
@@ -322,7 +319,7 @@ void TreeLife::AddByHand() {
     Node node;
     node.eType = value.eType;
     node.text = "";
-    node.strBeyond = value.pText;
+    node.strRest = value.pText;
     const char* const name = NameFor(spot);
     spot.Container().AddValue(value);
     const Aside aside;
