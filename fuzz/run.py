@@ -26,7 +26,7 @@ JSON_TARGETS = {"parse", "roundtrip", "recordset", "flat", "pretty"}
 
 # Bytes of an input. Where the work grows with the square of the input, shorter ones find more.
 LONGEST_INPUT = 4096
-SHORTER_INPUT = {"pretty": 512, "recordset": 1024, "cells": 256, "update": 512}
+SHORTER_INPUT = {"pretty": 512, "recordset": 1024, "lives": 512}
 LONGEST_RUN = 10  # seconds for one input; nothing that small may take as long
 MEMORY = 2048  # megabytes
 

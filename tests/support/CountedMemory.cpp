@@ -77,8 +77,8 @@ void* AllocateOrThrow(std::size_t nBytes, Form form) {
 
 // Looks at the header, which is nobody's memory, also after the release.
 __attribute__((no_sanitize("address"))) bool Has(const Header* pHeader, Form form) {
-  return *reinterpret_cast<const volatile std::uint32_t*>(&pHeader->form) ==
-         static_cast<std::uint32_t>(form);
+  const volatile Form* const pForm = &pHeader->form;
+  return *pForm == form;
 }
 
 void Release(void* pBlock, Form form) noexcept {

@@ -36,7 +36,7 @@ class Diary {
 
 struct World {
   Random random;
-  std::size_t nMost;       // elements that one step adds or removes at most
+  std::size_t nMost;         // elements that one step adds or removes at most
   std::string strWithout{};  // names of the steps that are left out, separated by ';'
   std::list<std::string> vTexts{};
   std::vector<TreeLife*> vTrees{};

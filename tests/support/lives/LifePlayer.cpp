@@ -14,8 +14,10 @@
 #include <utility>
 
 #include "tests/support/lives/CellLife.h"
-#include "tests/support/lives/OtherLives.h"
+#include "tests/support/lives/ChainLife.h"
+#include "tests/support/lives/ParamsLife.h"
 #include "tests/support/lives/TreeLife.h"
+#include "tests/support/lives/WriterLife.h"
 
 namespace Support {
 
@@ -56,6 +58,9 @@ void PrintOpenDiary() {
 extern "C" {
 __attribute__((weak)) void __sanitizer_set_death_callback(void (*)(void));
 }
+
+// The undefined behaviour sanitizer calls this.
+extern "C" void __ubsan_on_report() { PrintOpenDiary(); }
 
 extern "C" void DieWithDiary(int nSignal) {
   PrintOpenDiary();
@@ -107,7 +112,8 @@ char* World::Keep(const std::string& text) {
 }
 
 bool World::LeavesOut(const char* szStep) const {
-  return !strWithout.empty() && strWithout.find(';' + std::string(szStep) + ';') != std::string::npos;
+  return !strWithout.empty() &&
+         strWithout.find(';' + std::string(szStep) + ';') != std::string::npos;
 }
 
 // ---- The player ---------------------------------------------------------------------------------
@@ -149,6 +155,8 @@ LifePlayer::LifePlayer(std::size_t nProfile, const Random& choices)
               Kind::kArray, Kind::kHostObject, Kind::kHostArray});
     addRecordSet(world.random.Below(kRecordSetProfiles), true);
     vSlots.push_back({[this] { return MakeChainLife(world); }});
+    vSlots.push_back({[this] { return std::make_unique<WriterLife>(world); }});
+    vSlots.push_back({[this] { return std::make_unique<ParamsLife>(world); }});
   } else if (nProfile == 2) {
     addTrees({Kind::kCopying, Kind::kInPlace});
   } else {

@@ -34,9 +34,9 @@ void TreeLife::FieldTextAlone() {
     const char* szText;
     JSON::Type eType;
   };
-  static const Alone kTexts[] = {
-      {"12", JSON::jtInteger},   {"99999999999", JSON::jtInteger}, {"-3.5e1", JSON::jtDouble},
-      {"true", JSON::jtBoolean}, {"a text alone", JSON::jtString}, {"1.", JSON::jtDouble}};
+  static const Alone kTexts[] = {{"12", JSON::jtInteger},          {"99999999999", JSON::jtInteger},
+                                 {"-3.5e1", JSON::jtDouble},       {"true", JSON::jtBoolean},
+                                 {"a text alone", JSON::jtString}, {"1.", JSON::jtDouble}};
   Spot spot{nullptr, nullptr};
   if (!FindElement(spot) || spot.pNode->bContainer) return;
   Value& value = *spot.pValue;

@@ -127,9 +127,7 @@ bool TreeLife::FindContainer(Spot& spot) {
   return spot.pNode->bContainer;
 }
 
-const char* TreeLife::Name() {
-  return random.OneIn(3) ? random.Of(kLongNames) : random.Of(kNames);
-}
+const char* TreeLife::Name() { return random.OneIn(3) ? random.Of(kLongNames) : random.Of(kNames); }
 
 // ---- Comparison ---------------------------------------------------------------------------------
 
@@ -146,7 +144,8 @@ void TreeLife::CompareSample() {
     while (spot.pNode->bContainer && spot.pValue->Size() == spot.Size() && spot.Size() > 0)
       spot = Below(spot);
     if (spot.pNode->bContainer) Expect(spot.pValue->Size() == spot.Size(), "the size");
-    if (strFault.empty() && spot.Size() == 0) strFault = Plain::Difference(*spot.pNode, *spot.pValue);
+    if (strFault.empty() && spot.Size() == 0)
+      strFault = Plain::Difference(*spot.pNode, *spot.pValue);
   }
 }
 
@@ -154,11 +153,12 @@ void TreeLife::CompareSample() {
 
 namespace {
 
-JSON::JSONValue* InternalUpdate(JSON::JSONValue& value, int nOrdinal, const char* text, JSON::Type eType) {
+JSON::JSONValue* InternalUpdate(JSON::JSONValue& value, int nOrdinal, const char* text,
+                                JSON::Type eType) {
   return value.InternalUpdateByOrdinal(nOrdinal, text, eType);
 }
 JSON::JSONValue* InternalUpdate(JSON::JSONValue& value, const char* name, const char* text,
-                      JSON::Type eType) {
+                                JSON::Type eType) {
   return value.InternalUpdateByName(name, text, eType);
 }
 

@@ -16,8 +16,8 @@ namespace {
 
 using CountedMemory::Aside;
 
-const char* const kTiny[] = {"[",    "[]",      "{",    "{}",      "",  " ",
-                             "x",    "[1",      "[1,2", "[-1.5e3", "7", R"({"a":1,"b":2)",
+const char* const kTiny[] = {"[",     "[]",      "{",    "{}",      "",  " ",
+                             "x",     "[1",      "[1,2", "[-1.5e3", "7", R"({"a":1,"b":2)",
                              "[1,2]", R"({"a")", "[[",   "[12,3.x"};
 
 Plain::Document Parsed(const std::string& text) {
@@ -81,7 +81,8 @@ void TreeLife::ParseText(const std::string& strText) {
   const char* const pText = message.bInPlace ? world.Keep(strGiven) : strGiven.c_str();
 
   JSON::CompositeValue* const pOld = message.pComposite;
-  const bool bSameKind = document.bRoot && pOld != nullptr && model.bObject == document.root.bObject;
+  const bool bSameKind =
+      document.bRoot && pOld != nullptr && model.bObject == document.root.bObject;
   HostCounts* const pCounts = bSameKind ? CountsOf(pOld) : nullptr;
   if (pCounts != nullptr) *pCounts = HostCounts();
   const bool bAccepted = message.Parse(pText, bLength ? static_cast<int>(strText.size()) : -1);
@@ -90,8 +91,9 @@ void TreeLife::ParseText(const std::string& strText) {
 
   const bool bKept = bSameKind && message.pComposite == pOld;
   const bool bHost = pCounts != nullptr;
-  const Home home = bHost ? Home::kHost : bKept && model.home == Home::kHeap ? Home::kHeap
-                                                                             : Home::kPool;
+  const Home home = bHost                                ? Home::kHost
+                    : bKept && model.home == Home::kHeap ? Home::kHeap
+                                                         : Home::kPool;
   if (bSameKind && (bHost || model.home == Home::kPool)) Expect(bKept, "the root stays in place");
   if (bHost && bKept) {
     const int nValues = static_cast<int>(document.root.vValues.size());
@@ -108,7 +110,8 @@ void TreeLife::ParseText(const std::string& strText) {
 
 void TreeLife::ParseDocument() {
   Author author(random.Below(1 << 16));
-  std::string strText = author.Document(random.OneIn(2) ? Support::Kind::kRows : Support::Kind::kMixed);
+  std::string strText =
+      author.Document(random.OneIn(2) ? Support::Kind::kRows : Support::Kind::kMixed);
   for (std::size_t n = random.Below(3); n > 0; --n)
     author.Damage(strText);
   if (random.OneIn(2)) strText.resize(std::strlen(strText.c_str()));
@@ -128,8 +131,9 @@ void TreeLife::ParseMore() {
   Spot spot{nullptr, nullptr};
   if (!FindContainer(spot) || !NamesMatch(*spot.pNode)) return;
   Author author(random.Below(1 << 16));
-  std::string strText = random.OneIn(2) ? author.Document(Support::Kind::kMixed)
-                                        : SizedText(random, std::min<std::size_t>(world.Size(), 2000));
+  std::string strText = random.OneIn(2)
+                            ? author.Document(Support::Kind::kMixed)
+                            : SizedText(random, std::min<std::size_t>(world.Size(), 2000));
   if (random.OneIn(3)) strText.resize(strText.size() / 2);
   strText.erase(0, strText.find_first_of("[{"));
   Plain::Document document = Parsed(strText);
@@ -150,8 +154,8 @@ void TreeLife::ParseMore() {
 
 // One value of any kind becomes the last one of a container.
 void TreeLife::ParseElement() {
-  static const char* const kElements[] = {"12", " \"text\" ", "[1,{\"a\":2}]", "{\"b\":[]}",
-                                          "true", "-1.5e3", "nul", "[1,2", "\"cut"};
+  static const char* const kElements[] = {
+      "12", " \"text\" ", "[1,{\"a\":2}]", "{\"b\":[]}", "true", "-1.5e3", "nul", "[1,2", "\"cut"};
   Spot spot{nullptr, nullptr};
   if (!FindContainer(spot) || !NamesMatch(*spot.pNode)) return;
   const std::string strText = random.Of(kElements);
@@ -194,8 +198,8 @@ void TreeLife::GrowSlowly() {
   if (pMessage == nullptr || Count(model) > 1000) return;
   constexpr int kRounds = 12;
   ParseText("[]");
-  const int nSize = world.nMost < 100000 || !random.OneIn(4) ? static_cast<int>(world.Size() / 10)
-                                                             : 250000;
+  const int nSize =
+      world.nMost < 100000 || !random.OneIn(4) ? static_cast<int>(world.Size() / 10) : 250000;
   const bool bCopy = random.OneIn(2);
   {
     JSON::Message source;
@@ -235,9 +239,8 @@ bool TreeLife::RefersToOwnText(const Value& value) const {
 
 // A host's own container moves all that it does not own, so it may hold nothing from elsewhere.
 bool TreeLife::CanBeCopied() {
-  return !AnyHosted(Root(), [&](const char* pText) {
-    return !Within(pText, pMessage->pStart, pMessage->pEnd);
-  });
+  return !AnyHosted(
+      Root(), [&](const char* pText) { return !Within(pText, pMessage->pStart, pMessage->pEnd); });
 }
 
 void TreeLife::CopyMessage() {
@@ -335,7 +338,8 @@ void TreeLife::AddParsed() {
   Spot spot{nullptr, nullptr};
   if (!FindContainer(spot) || !NamesMatch(*spot.pNode)) return;
   Author author(random.Below(1 << 16));
-  const std::string strText = author.Document(random.OneIn(2) ? Support::Kind::kRows : Support::Kind::kMixed);
+  const std::string strText =
+      author.Document(random.OneIn(2) ? Support::Kind::kRows : Support::Kind::kMixed);
   TreeLife donor(world, Kind::kInPlace);
   donor.ParseText(strText);
   const Spot from = donor.Anywhere();
