@@ -39,8 +39,8 @@ TEST_P(Lives, AgreeWithTheirModels) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, Lives,
-                         testing::Values(Case{"All", 0, 1, 20 / kStride, 600},
-                                         Case{"AllOfSmallerSizes", 1, 1, 60 / kStride, 500},
+                         testing::Values(Case{"All", 0, 1, 10 / kStride, 600},
+                                         Case{"AllOfSmallerSizes", 1, 1, 50 / kStride, 500},
                                          Case{"Documents", 2, 1, 60 / kStride, 500},
                                          Case{"RecordSets", 3, 8, 30 / kStride, 1200}),
                          [](const auto& test) { return std::string(test.param.szName); });

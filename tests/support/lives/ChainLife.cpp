@@ -36,6 +36,7 @@ class ChainLife : public Support::Life {
     };
     TakeOneOf("chain", *this, kSteps);
     if (strFault.empty()) CheckAll();
+    if (strLevels.size() >= world.nMost && random.OneIn(4)) Parse();
   }
 
   // The text of a chain: 1 is at its end.
@@ -65,7 +66,7 @@ class ChainLife : public Support::Life {
 
   void Lengthen() {
     const Value* pEnd = &At(strLevels.size());
-    for (std::size_t n = random.OneIn(8) ? world.nMost : world.Size(); n > 0; --n) {
+    for (std::size_t n = random.OneIn(12) ? world.nMost : world.Size(); n > 0; --n) {
       const bool bArray = random.OneIn(2);
       Value& end = const_cast<Value&>(*pEnd);
       pEnd = bArray ? &end.Set(0, 1) : &end.Set("d", 1);

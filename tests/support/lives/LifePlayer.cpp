@@ -1,15 +1,12 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The player: which lives there are, birth and death, the check of memory, and the diary.
+// The player: which lives there are, birth and death, and the check of memory.
 
 #include "tests/support/lives/LifePlayer.h"
 
 #include <signal.h>
-#include <unistd.h>
 
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <functional>
 #include <utility>
 
@@ -23,37 +20,18 @@ namespace Support {
 
 using CountedMemory::Aside;
 
-// ---- The diary ----------------------------------------------------------------------------------
-
-void Diary::Note(const char* szLife, int nLife, const char* szStep) {
-  char* const szLine = szLines[nNotes++ % kLines];
-  std::snprintf(szLine, sizeof szLines[0], "  %s %d: %s\n", szLife, nLife, szStep);
-}
-
-void Diary::Print() const {
-  for (std::size_t i = 0; i < kLines; ++i) {
-    const char* const szLine = szLines[(nNotes + i) % kLines];
-    if (write(STDERR_FILENO, szLine, std::strlen(szLine)) < 0) return;
-  }
-}
-
-std::string Diary::Text() const {
-  std::string strText = "step " + std::to_string(nNotes) + ", the last ones:\n";
-  for (std::size_t i = 0; i < kLines; ++i)
-    strText += szLines[(nNotes + i) % kLines];
-  return strText;
-}
+// ---- Sudden death -------------------------------------------------------------------------------
 
 namespace {
 
 const Diary* pOpenDiary = nullptr;
 
+// A fuzzer has its own ways; it finds the input again.
+#ifndef QXRECORDSET_LIBFUZZER
+
 void PrintOpenDiary() {
   if (pOpenDiary != nullptr) pOpenDiary->Print();
 }
-
-// A fuzzer has its own ways; it finds the input again.
-#ifndef QXRECORDSET_LIBFUZZER
 
 extern "C" {
 __attribute__((weak)) void __sanitizer_set_death_callback(void (*)(void));
@@ -92,29 +70,6 @@ void PrintDiaryAtDeath() {}
 #endif
 
 }  // namespace
-
-// ---- The world ----------------------------------------------------------------------------------
-
-std::size_t World::Size() {
-  const std::uint32_t n = random.Below(1000);
-  const std::size_t nSize = n < 150   ? 0
-                            : n < 300 ? 1
-                            : n < 800 ? 2 + random.Below(9)
-                            : n < 950 ? 700 + random.Below(600)
-                            : n < 990 ? 9000 + random.Below(3000)
-                                      : 100000;
-  return nSize <= nMost ? nSize : random.Below(nMost);
-}
-
-char* World::Keep(const std::string& text) {
-  const Aside aside;
-  return vTexts.emplace_back(text).data();
-}
-
-bool World::LeavesOut(const char* szStep) const {
-  return !strWithout.empty() &&
-         strWithout.find(';' + std::string(szStep) + ';') != std::string::npos;
-}
 
 // ---- The player ---------------------------------------------------------------------------------
 
