@@ -178,7 +178,7 @@ void TreeLife::StaleNames() {
   expected.vNames[n].clear();
   std::string strExpected;
   std::string strWritten;
-  Expect(Plain::Write(expected, strExpected) == object.Serialize(strWritten), "Serialize");
+  Expect(Plain::Write(expected, strExpected) == spot.pValue->Serialize(strWritten), "Serialize");
   Expect(strWritten == strExpected, "what is written for a lost name");
   JSON::Serialize writer(0);
   json_walk_obj(writer, spot.pValue, 0);

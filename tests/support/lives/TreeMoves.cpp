@@ -173,6 +173,7 @@ void TreeLife::ParseScalar() {
     int (*parse)(JSON::ParseContext&, JSON::UnsafeJSONValue&);
     JSON::Type eType;
     const char* szValue;
+    const char* szRest = "";
   };
   using JSON::Parser;
   static const Scalar kScalars[] = {
@@ -181,6 +182,7 @@ void TreeLife::ParseScalar() {
       {"1.5e1]", Parser::ParseNumber, JSON::jtDouble, "1.5e1"},
       {"false", Parser::ParseBoolean, JSON::jtBoolean, "false"},
       {"null ", Parser::ParseNull, JSON::jtNull, "null"},
+      {"34", Parser::ParseNumber, JSON::jtInteger, "3", "4"},
   };
   Spot spot{nullptr, nullptr};
   if (!FindElement(spot) || spot.pNode->bContainer) return;
@@ -188,7 +190,7 @@ void TreeLife::ParseScalar() {
   auto& value = static_cast<JSON::UnsafeJSONValue&>(*spot.pValue);
   JSON::ParseContext context = Context(world.Keep(scalar.szText));
   Expect(scalar.parse(context, value) == scalar.eType, "result of parsing a scalar");
-  GiveText(*spot.pNode, scalar.szValue);
+  GiveText(*spot.pNode, scalar.szValue, scalar.szRest);
   spot.pNode->eType = scalar.eType;
   spot.pParent->pComposite->MakeMap();
 }
