@@ -35,7 +35,6 @@
 namespace {
 
 std::size_t nLive = 0;         // bytes
-std::size_t nLiveAside = 0;    // bytes set aside
 std::size_t nAllocations = 0;  // that succeeded
 long nAllowed = -1;            // allocations that may still succeed; negative: all
 bool bFailed = false;
@@ -50,7 +49,6 @@ struct alignas(16) Header {
 };
 
 std::size_t Bytes(Header* pHeader) { return malloc_usable_size(pHeader) - sizeof(Header); }
-std::size_t& CounterOf(const Header& header) { return header.bAside ? nLiveAside : nLive; }
 
 void* Allocate(std::size_t nBytes, Form form) {
   if (nAllowed == 0) {
@@ -61,7 +59,7 @@ void* Allocate(std::size_t nBytes, Form form) {
   if (p == nullptr) return nullptr;
   if (bFill) std::memset(p, 0xA5, sizeof(Header) + nBytes);
   auto* const pHeader = new (p) Header{form, nAsides > 0};
-  CounterOf(*pHeader) += Bytes(pHeader);
+  if (!pHeader->bAside) nLive += Bytes(pHeader);
   ++nAllocations;
   if (nAllowed > 0) --nAllowed;
   void* const pBlock = pHeader + 1;
@@ -95,7 +93,7 @@ void Release(void* pBlock, Form form) noexcept {
   }
   ASAN_UNPOISON_MEMORY_REGION(pHeader, sizeof(Header));
   const std::size_t nBytes = Bytes(pHeader);
-  CounterOf(*pHeader) -= nBytes;
+  if (!pHeader->bAside) nLive -= nBytes;
   if (bFill) std::memset(pBlock, 0xDD, nBytes);
   pHeader->form = Form::kNone;
   // The allocator's own notes overwrite the header of a small block, but not with a valid form.
@@ -123,7 +121,6 @@ std::size_t CountedMemory::Live() {
 }
 CountedMemory::Aside::Aside() { ++nAsides; }
 CountedMemory::Aside::~Aside() { --nAsides; }
-std::size_t CountedMemory::LiveAside() { return nLiveAside; }
 void CountedMemory::FillWithPatterns() { bFill = true; }
 std::size_t CountedMemory::Allocations() { return nAllocations; }
 void CountedMemory::FailAfter(long nMore) { nAllowed = nMore; }

@@ -23,7 +23,6 @@ class Aside {
   Aside(const Aside&) = delete;
   Aside& operator=(const Aside&) = delete;
 };
-std::size_t LiveAside();
 
 // From now on new memory and released memory are filled with patterns, so that reads of either show
 // without a sanitizer.

@@ -216,13 +216,17 @@ class RecordSetLife : public Support::Life {
         {"load a text of any size", &RecordSetLife::LoadSized, 4},
         {"write a text of any size", &RecordSetLife::WriteSized, 4},
         {"field of a record", &RecordSetLife::Field, 40},
-        {"replace everything", &RecordSetLife::Replace, 4},
+        {"replace everything", &RecordSetLife::ReplaceAll, 4},
         {"compare everything", &RecordSetLife::CheckNow, 8},
     };
     TakeOneOf("record set", *this, kSteps);
   }
 
   void CheckNow() { CheckAll(); }
+  void ReplaceAll() {
+    Replace();
+    CheckAll();
+  }
   void ReadCell() { Read(); }
 
   // Rows of one column, in place of everything.

@@ -11,20 +11,24 @@
 
 namespace Support {
 
+void Diary::Begin(const std::string& strTitle) {
+  std::snprintf(szTitle, sizeof szTitle, "%s\n", strTitle.c_str());
+}
+
 void Diary::Note(const char* szLife, int nLife, const char* szStep) {
   char* const szLine = szLines[nNotes++ % kLines];
   std::snprintf(szLine, sizeof szLines[0], "  %s %d: %s\n", szLife, nLife, szStep);
 }
 
 void Diary::Print() const {
-  for (std::size_t i = 0; i < kLines; ++i) {
-    const char* const szLine = szLines[(nNotes + i) % kLines];
+  for (std::size_t i = 0; i <= kLines; ++i) {
+    const char* const szLine = i == 0 ? szTitle : szLines[(nNotes + i - 1) % kLines];
     if (write(STDERR_FILENO, szLine, std::strlen(szLine)) < 0) return;
   }
 }
 
 std::string Diary::Text() const {
-  std::string strText = "step " + std::to_string(nNotes) + ", the last ones:\n";
+  std::string strText = "step " + std::to_string(nNotes) + " of " + szTitle;
   for (std::size_t i = 0; i < kLines; ++i)
     strText += szLines[(nNotes + i) % kLines];
   return strText;

@@ -24,12 +24,14 @@ class TreeLife;
 // The last steps, by name, where a program that dies can still print them.
 class Diary {
  public:
+  void Begin(const std::string& strTitle);
   void Note(const char* szLife, int nLife, const char* szStep);
   std::string Text() const;
   void Print() const;  // to stderr, without allocating
 
  private:
   static constexpr std::size_t kLines = 12;
+  char szTitle[80] = {};
   char szLines[kLines][80] = {};
   std::size_t nNotes = 0;
 };

@@ -90,11 +90,12 @@ constexpr std::size_t kMostOf[] = {100000, 1300, 20};
 
 }  // namespace
 
-LifePlayer::LifePlayer(std::size_t nProfile, const Random& choices)
+LifePlayer::LifePlayer(std::size_t nProfile, const Random& choices, const std::string& strTitle)
     : world{choices, nProfile < 3 ? kMostOf[nProfile] : 100}, nLiveBefore(CountedMemory::Live()) {
   const Aside aside;
   if (const char* const szWithout = std::getenv("QXRECORDSET_LIVES_WITHOUT"))
     world.strWithout = ';' + std::string(szWithout) + ';';
+  world.diary.Begin(strTitle);
   pOpenDiary = &world.diary;
   PrintDiaryAtDeath();
   using Kind = TreeLife::Kind;

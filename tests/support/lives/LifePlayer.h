@@ -26,7 +26,8 @@ class LifePlayer {
   // two messages with small ones; from 3 on there is one record set of each arrangement.
   static constexpr std::size_t kProfiles = 3 + 8;
 
-  LifePlayer(std::size_t nProfile, const Random& choices);
+  // The title is printed with the last steps.
+  LifePlayer(std::size_t nProfile, const Random& choices, const std::string& strTitle = "");
   LifePlayer(const LifePlayer&) = delete;
   LifePlayer& operator=(const LifePlayer&) = delete;
   ~LifePlayer();

@@ -94,7 +94,12 @@ class ParamsLife : public Life {
     });
   }
   void Assign() {
-    params = CParamsRS(params);
+    CParamsRS other(static_cast<long>(random.Below(100)));
+    other.addHeader("another header");
+    other.addResult(1);
+    other = params;
+    Expect(ParamsDifference(other, content).empty(), "what was assigned");
+    params = std::move(other);
     bRenewed = true;
   }
   void Clear() {

@@ -82,6 +82,7 @@ void TreeLife::TakeOne() {
       {"grow slowly", &TreeLife::GrowSlowly, 1},
       {"turn in-place parsing on or off", &TreeLife::TurnInPlace, 1},
       {"copy a message", &TreeLife::CopyMessage, 5},
+      {"clone to another buffer", &TreeLife::CloneElsewhere, 2},
       {"copy a container", &TreeLife::CopyContainer, 3},
       {"add by hand", &TreeLife::AddByHand, 4},
       {"add from a parsed document", &TreeLife::AddParsed, 4},

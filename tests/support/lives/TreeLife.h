@@ -96,6 +96,7 @@ class TreeLife : public Life {
   void Append(const Spot& spot, Value& value, Node node);
   void AppendModel(const Spot& spot, const char* name, Node node);
   void CopyMessage();
+  void CloneElsewhere();
   void CopyContainer();
   void AddByHand();
   void AddParsed();

@@ -72,11 +72,10 @@ void Empty(Node& node) {
 Node CopyAt(const Node& node, Home home) {
   const Aside aside;
   Node copy = node;
-  const bool bHost = node.home == Home::kHost && home == Home::kPool;
-  copy.home = bHost ? Home::kAnywhere : home;
-  const Home below = copy.home;
+  const bool bHosts = node.home == Home::kHost || node.home == Home::kAnywhere;
+  copy.home = bHosts && home == Home::kPool ? Home::kAnywhere : home;
   for (Node& value : copy.vValues)
-    value = CopyAt(value, below);
+    value = CopyAt(value, copy.home);
   return copy;
 }
 

@@ -3,6 +3,7 @@
 // The steps that parse into a tree, and those that copy and move between trees.
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <utility>
@@ -259,6 +260,24 @@ void TreeLife::CopyMessage() {
   if (nHow == 3) pMessage = std::make_unique<JSON::Message>(*other.pMessage);
   bRenewed = true;
   model = CopyAt(other.model, Home::kPool);
+}
+
+// A clone refers to another buffer, as far away as it is told, and to nothing in the old one.
+void TreeLife::CloneElsewhere() {
+  if (pMessage == nullptr || pMessage->pComposite == nullptr || pMessage->pStart == nullptr) return;
+  const char* const pStart = pMessage->pStart;
+  const auto isInBuffer = [&](const char* pText) { return Within(pText, pStart, pMessage->pEnd); };
+  const auto isElsewhere = [&](const char* pText) { return !isInBuffer(pText); };
+  if (AnyBorrowed(*pMessage, isElsewhere)) return;
+  const char* const pCopy = world.Keep({pStart, pMessage->pEnd});
+  const auto nDelta =
+      reinterpret_cast<std::uintptr_t>(pCopy) - reinterpret_cast<std::uintptr_t>(pStart);
+  JSON::UnsafeJSONValue clone(pMessage->eType);
+  clone.pComposite = pMessage->pComposite->Clone(static_cast<std::ptrdiff_t>(nDelta));
+  const std::string strDifference = Plain::Difference(model, clone);
+  Expect(strDifference.empty(), "a clone elsewhere: " + strDifference);
+  Expect(!AnyBorrowed(clone, isInBuffer), "where the texts of a clone lie");
+  delete clone.pComposite;
 }
 
 // Appends copies of the elements, or of the members to an empty object.

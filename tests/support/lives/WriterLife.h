@@ -1,7 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // The life of a streaming writer: calls in order for the most part. After each the text is that of
-// the plain writer.
+// the plain pWriter->
 
 #ifndef QXRECORDSET_TESTS_SUPPORT_LIVES_WRITERLIFE_H
 #define QXRECORDSET_TESTS_SUPPORT_LIVES_WRITERLIFE_H
@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstring>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -48,13 +49,14 @@ constexpr WriterStep kWriterSteps[] = {{'{', "OO"},
 class WriterLife : public Life {
  public:
   explicit WriterLife(World& common)
-      : Life(common), writer(static_cast<int>(random.Below(3)) * 64) {}
+      : Life(common),
+        pWriter(std::make_unique<JSON::Serialize>(static_cast<int>(random.Below(3)) * 64)) {}
 
   // Closes what is open. Then there is a text, unless a call came out of order.
   std::string CheckAll() override {
     while (plain.Depth() != 0)
       Call(plain.Allowed('}') ? '}' : plain.Allowed(']') ? ']' : '~');
-    Expect(writer.String().empty() == (plain.Failed() || nTopLevel == 0), "the text is there");
+    Expect(pWriter->String().empty() == (plain.Failed() || nTopLevel == 0), "the text is there");
     return strFault;
   }
 
@@ -63,11 +65,11 @@ class WriterLife : public Life {
   }
 
   // The text of one container, or "".
-  std::string OneText() const { return nTopLevel == 1 ? writer.String() : ""; }
+  std::string OneText() const { return nTopLevel == 1 ? pWriter->String() : ""; }
 
  private:
   void TakeOne() override {
-    if (random.OneIn(64)) writer = JSON::Serialize(writer);
+    if (random.OneIn(64)) Assign();
     if (plain.Failed()) Renew();
     // A writer that is out of order stays so.
     const WriterStep& step = Choose();
@@ -76,11 +78,22 @@ class WriterLife : public Life {
     Call(step.c);
   }
 
+  // Another one, in some state of its own, goes on in its place.
+  void Assign() {
+    auto pOther = std::make_unique<JSON::Serialize>(0);
+    pOther->AO();
+    if (random.OneIn(2)) pOther->V(1);
+    if (random.OneIn(2)) pOther->OO();
+    *pOther = *pWriter;
+    if (random.OneIn(2)) pWriter = std::make_unique<JSON::Serialize>(*pOther);
+    pWriter.swap(pOther);
+  }
+
   // A writer is used once.
   void Renew() {
     if (!random.OneIn(20)) return;
     const CountedMemory::Aside aside;
-    writer = JSON::Serialize(0);
+    *pWriter = JSON::Serialize(0);
     plain = Plain::Writer();
     nTopLevel = 0;
   }
@@ -105,15 +118,15 @@ class WriterLife : public Life {
     switch (c) {
       case 'n':
         call.strText = Text();
-        writer.N(std::string_view(call.strText));
+        pWriter->N(std::string_view(call.strText));
         break;
       case 'v':
         call.strText = Text();
-        writer.V(std::string_view(call.strText));
+        pWriter->V(std::string_view(call.strText));
         break;
       case 'j':
         call.strText = random.Of(kRawTexts);
-        writer.JS_N((call.strText + "rest").c_str(), static_cast<int>(call.strText.size()));
+        pWriter->JS_N((call.strText + "rest").c_str(), static_cast<int>(call.strText.size()));
         break;
       case 'i':
         Number<int>(call);
@@ -136,11 +149,11 @@ class WriterLife : public Life {
       default:
         if (c == 'J' || c == 'A') call.strText = random.Of(kRawTexts);
         if (c == 'N' || c == 'V') call.strText = Text();
-        Plain::Apply(writer, call);
+        Plain::Apply(*pWriter, call);
     }
     const CountedMemory::Aside aside;
     plain.Apply(call);
-    Expect(writer.String() == plain.String(), "the text of the plain writer");
+    Expect(pWriter->String() == plain.String(), "the text of the plain writer");
   }
 
   std::uint64_t Bits() {
@@ -153,7 +166,7 @@ class WriterLife : public Life {
   void Number(Plain::Call& call) {
     const auto n = static_cast<Integer>(Bits());
     call.strText = std::to_string(n);
-    writer.V(n);
+    pWriter->V(n);
   }
   void Real(Plain::Call& call) {
     const std::uint64_t nBits = Bits();
@@ -163,7 +176,7 @@ class WriterLife : public Life {
     char szText[32];
     std::snprintf(szText, sizeof szText, "%g", d);
     call.strText = szText;
-    writer.V(d);
+    pWriter->V(d);
   }
 
   std::string Text() {
@@ -173,7 +186,7 @@ class WriterLife : public Life {
     return strText;
   }
 
-  JSON::Serialize writer;
+  std::unique_ptr<JSON::Serialize> pWriter;
   Plain::Writer plain;
   int nTopLevel = 0;  // containers opened outside of all others
 };
