@@ -266,10 +266,11 @@ void TreeLife::CopyMessage() {
 void TreeLife::CloneElsewhere() {
   if (pMessage == nullptr || pMessage->pComposite == nullptr || pMessage->pStart == nullptr) return;
   const char* const pStart = pMessage->pStart;
-  const auto isInBuffer = [&](const char* pText) { return Within(pText, pStart, pMessage->pEnd); };
+  const char* const pEnd = pMessage->pEnd;
+  const auto isInBuffer = [&](const char* pText) { return Within(pText, pStart, pEnd); };
   const auto isElsewhere = [&](const char* pText) { return !isInBuffer(pText); };
   if (AnyBorrowed(*pMessage, isElsewhere)) return;
-  const char* const pCopy = world.Keep({pStart, pMessage->pEnd});
+  const char* const pCopy = world.Keep(std::string(pStart, pEnd));
   const auto nDelta =
       reinterpret_cast<std::uintptr_t>(pCopy) - reinterpret_cast<std::uintptr_t>(pStart);
   JSON::UnsafeJSONValue clone(pMessage->eType);
