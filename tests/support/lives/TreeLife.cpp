@@ -79,7 +79,7 @@ void TreeLife::TakeOne() {
       {"parse more into a container", &TreeLife::ParseMore, 3},
       {"parse an element", &TreeLife::ParseElement, 3},
       {"parse a scalar", &TreeLife::ParseScalar, 3},
-      {"grow slowly", &TreeLife::GrowSlowly, 1},
+      {"grow slowly", &TreeLife::GrowSlowly, 2},
       {"turn in-place parsing on or off", &TreeLife::TurnInPlace, 1},
       {"copy a message", &TreeLife::CopyMessage, 5},
       {"clone to another buffer", &TreeLife::CloneElsewhere, 2},

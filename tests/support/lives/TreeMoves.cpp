@@ -202,7 +202,7 @@ void TreeLife::GrowSlowly() {
   constexpr int kRounds = 12;
   ParseText("[]");
   const int nSize =
-      world.nMost < 100000 || !random.OneIn(4) ? static_cast<int>(world.Size() / 10) : 250000;
+      world.nMost < 100000 || random.OneIn(2) ? static_cast<int>(world.Size() / 10) : 250000;
   const bool bCopy = random.OneIn(2);
   {
     JSON::Message source;
