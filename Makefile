@@ -19,7 +19,7 @@ ASAN_TOOLS ?= ON
 
 # What `make memcheck` runs: the tests of the library that take no programs of their own. The option
 # leaves it to the tests to count allocations, and to let them fail.
-MEMCHECK_TESTS := json memory params portable recordset text
+MEMCHECK_TESTS := json lives memory params portable recordset text
 MEMCHECK := valgrind --quiet --error-exitcode=1 --soname-synonyms=somalloc=nouserintercepts
 
 .PHONY: help build demo check bench bench-report asan tsan memcheck fuzz fuzz-prove fmt fmt-check tidy \

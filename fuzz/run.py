@@ -28,7 +28,7 @@ JSON_TARGETS = {"parse", "roundtrip", "recordset", "flat", "pretty"}
 
 # Bytes of an input. Where the work grows with the square of the input, shorter ones find more.
 LONGEST_INPUT = 4096
-SHORTER_INPUT = {"pretty": 512, "recordset": 1024, "cells": 256, "update": 512}
+SHORTER_INPUT = {"pretty": 512, "recordset": 1024, "lives": 512}
 LONGEST_RUN = 10  # seconds for one input; nothing that small may take as long
 LONGEST_END = 300  # seconds that a program may take beyond twice its time, with its seeds and report
 LEAST_INPUTS = 50  # that a run from the seeds makes up, or it says nothing

@@ -24,9 +24,8 @@ bool Same(const char* a, const char* b) {
 }
 bool Same(double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); }
 
-std::string TextOf(const JSONValue& value) {
-  return {value.pText == nullptr ? "" : value.pText, static_cast<std::size_t>(value.nLength)};
-}
+// With all that stands behind it in the document, as the C library is given it.
+std::string TextOf(const JSONValue& value) { return value.pText == nullptr ? "" : value.pText; }
 
 unsigned long long UnsignedOf(const JSONValue& value) {
   long long n = value.AsBoolean() ? 1 : 0;

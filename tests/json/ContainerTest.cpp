@@ -90,7 +90,7 @@ TEST(JsonObject, FindsTheFirstOfEachNameAmongMany) {
   }
 }
 
-// So is what is looked up in arrays of strings, and, in UpdateModelTest.cpp, after changes.
+// So is what is looked up in arrays of strings, and, in in tests/lives, after changes.
 TEST(JsonArray, IndexesItsStrings) {
   ArrayValue array(4);
   EXPECT_TRUE(array.MakeMap());

@@ -1,7 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // The message: paths, copies, and what a message keeps from one parse to the next. Updates and what
-// they refuse are the business of UpdateModelTest.cpp, what parsing and failing leave that of
+// they refuse are the business of tests/lives, what parsing and failing leave that of
 // ParserTest.cpp.
 
 #include <gtest/gtest.h>

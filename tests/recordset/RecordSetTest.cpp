@@ -1,6 +1,6 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// What the random tests beside it (ModelTest.cpp, LoadDifferentialTest.cpp) do not reach: numbers
+// What the random tests beside it (LoadDifferentialTest.cpp) and tests/lives do not reach: numbers
 // at the bounds of a long, wide text, the before/after record, and the walk over a parsed object.
 
 #include "recordset/QXRecordSet.h"

@@ -2,7 +2,7 @@
 //
 // Rows and cells: whatever the order of writing, the memory follows the cells that exist and not
 // the gaps between them, and every cell is found again. What the cells hold is the business of
-// ModelTest.cpp.
+// tests/lives.
 
 #include "recordset/Rows.h"
 

@@ -2,6 +2,7 @@
 //
 // The heap of a test program, counted: how much is in use, and allocations that fail on request.
 // CountedMemory.cpp replaces operator new of the program that it is compiled into. For one thread.
+// A block that is released twice, or by the wrong form of delete, ends the program.
 
 #ifndef QXRECORDSET_TESTS_SUPPORT_COUNTEDMEMORY_H
 #define QXRECORDSET_TESTS_SUPPORT_COUNTEDMEMORY_H
@@ -10,9 +11,22 @@
 
 namespace CountedMemory {
 
-// Bytes that were allocated with new and not released yet, as the allocator rounded them. What the
-// library keeps for later is released first.
+// Bytes that were allocated with new and not released yet, as the allocator rounded them, without
+// what was set aside. What the library keeps for later is released first.
 std::size_t Live();
+
+// What is allocated while one of these lives is set aside: the models of a test, for example.
+class Aside {
+ public:
+  Aside();
+  ~Aside();
+  Aside(const Aside&) = delete;
+  Aside& operator=(const Aside&) = delete;
+};
+
+// From now on new memory and released memory are filled with patterns, so that reads of either show
+// without a sanitizer.
+void FillWithPatterns();
 
 // Number of successful allocations with new since the program began.
 std::size_t Allocations();

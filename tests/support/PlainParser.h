@@ -21,12 +21,19 @@ namespace Plain {
 // A value, and its container where it has one.
 struct Value {
   int eType = JSON::jtInvalid;
-  std::optional<std::string> text;  // as long as nLength says
-  std::string strRest;              // what the end of the text cut off a number: it is read, too
+  std::optional<std::string> text;
   bool bContainer = false;
   bool bObject = false;             // the container is an object
   std::vector<Value> vValues;       // elements or members
   std::vector<std::string> vNames;  // of the members; one too many when a value is missing
+
+  // Text behind `text` that no length counts: the last byte of a number that the end of a parsed
+  // text cuts off, or the text of a value whose maker gave no length.
+  std::string strRest;
+
+  // Where the container lies, as far as a host may know: in a message's pool, on the heap, there
+  // as an object of a host's own class, or anywhere.
+  enum class Home { kPool, kHeap, kHost, kAnywhere } home = Home::kPool;
 
   // What else a parse leaves.
   std::size_t nAt = 0;                   // where the text begins in the buffer, in bytes
@@ -46,6 +53,9 @@ struct Document {
 
 // Parses as JSON::Message::Parse does when the length is given.
 Document Parse(std::string_view text);
+
+// Appends a value as JSON text, or what comes before an empty value: then the result is false.
+bool Write(const Value& value, std::string& strOutput);
 
 // The text with its unprintable bytes written as \xHH.
 std::string Printable(std::string_view text);

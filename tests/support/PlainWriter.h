@@ -75,6 +75,7 @@ class Writer {
     static const std::string strNone;
     return bError || !vOpen.empty() ? strNone : strText;
   }
+  const std::string& Written() const { return strText; }
   bool Failed() const { return bError; }
   std::size_t Depth() const { return bError ? 0 : vOpen.size(); }
 

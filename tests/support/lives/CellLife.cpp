@@ -1,8 +1,8 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The model, the arrangements, and the steps in the record set and in the model.
+// The model of a record set, the arrangements of its cells, and the steps.
 
-#include "tests/support/CellPlayer.h"
+#include "tests/support/lives/CellLife.h"
 
 #include <algorithm>
 #include <climits>
@@ -18,7 +18,7 @@
 
 namespace {
 
-using Support::Random;
+using CountedMemory::Aside;
 
 struct Item {
   std::string strValue;
@@ -75,17 +75,20 @@ std::string NameOf(std::uint32_t n) {
 class Model {
  public:
   void Set(const std::string& name, long row, int eType, const std::string& text) {
+    const Aside aside;
     mapRows[row][AddColumn(name)] = {text, WrittenOf(eType, text), nullptr};
     lRowsCount = std::max(lRowsCount, row);
     bModified = true;
   }
 
   long AddColumn(const std::string& name) {
+    const Aside aside;
     return mapColumns.try_emplace(name, static_cast<long>(mapColumns.size()) + 1).first->second;
   }
 
   // The cell that a read finds or makes; null for an unknown column.
   Item* Get(const std::string& name, long row) {
+    const Aside aside;
     const auto column = mapColumns.find(name);
     return column != mapColumns.end() ? &mapRows[row][column->second] : nullptr;
   }
@@ -98,6 +101,17 @@ class Model {
       strText += ',' + RowText(row);
     }
     return strText + "]}";
+  }
+
+  // Bytes, with the text last built.
+  std::size_t Need() const {
+    std::size_t n = 20000 + 400 * mapColumns.size() + 2 * strBuilt.size();
+    for (const auto& [row, cells] : mapRows) {
+      n += 400 + 20 * mapColumns.size();
+      for (const auto& [index, item] : cells)
+        n += 100 + 2 * item.strValue.size();
+    }
+    return n;
   }
 
   std::string Dump() const {
@@ -158,36 +172,20 @@ const Profile kProfiles[] = {
     {"one row", {1}, 0, 0, 30, true},
 };
 
-class Player : public Support::CellPlayer {
+class RecordSetLife : public Support::Life {
  public:
-  Player(const Profile& profile, const Random& choices)
-      : profile_(profile), random_(choices), lRow_(profile.lFirstRow) {}
+  RecordSetLife(Support::World& common, const Profile& profile)
+      : Life(common), profile_(profile), lRow_(profile.lFirstRow) {}
 
-  const std::string& Step() override {
-    const std::uint32_t nWhat = random_.Below(16);
-    if (nWhat > 5) {
-      Write();
-    } else if (nWhat > 3) {
-      Read();
-    } else if (nWhat == 3) {
-      ReadOtherwise();
-    } else if (nWhat == 2) {
-      AddColumn();
-    } else if (nWhat == 1) {
-      random_.OneIn(40) ? Replace() : Load();
-    } else if (random_.OneIn(20)) {
-      CheckAll();
-    }
-    return strFault_;
-  }
-
-  const std::string& CheckAll() override {
+  std::string CheckAll() override {
     CheckString();
     CheckNulls();
-    if (random_.OneIn(12)) Expect(set_.Dump() == model_.Dump(), "Dump");
+    if (random.OneIn(12)) Expect(set_.Dump() == model_.Dump(), "Dump");
     const long lColumns = static_cast<long>(model_.mapColumns.size());
     Expect(set_.GetRowsCount() == model_.lRowsCount, "GetRowsCount");
     Expect(set_.GetColumnCount() == lColumns, "GetColumnCount");
+    Expect(record_.GetChangeCount() == lColumns && record_.IsChanged() == (lColumns > 0),
+           "GetChangeCount");
     for (const long lBeyond : {lColumns, LONG_MAX, -1L, LONG_MIN}) {
       Expect(*set_.GetColumnName(lBeyond) == '\0', "the name at no position");
     }
@@ -202,51 +200,114 @@ class Player : public Support::CellPlayer {
       for (auto& [index, item] : cells)
         CheckText(set_.GetValueAsString(mapNames[index], row), &item);
     }
-    return strFault_;
+    return strFault;
   }
 
-  bool UsedUp() const override { return random_.UsedUp(); }
+  std::size_t Need() const override { return model_.Need(); }
 
  private:
-  void Expect(bool bHolds, const char* what) {
-    if (!bHolds && strFault_.empty()) strFault_ = what;
+  void TakeOne() override {
+    static const Named<RecordSetLife> kSteps[] = {
+        {"write a cell", &RecordSetLife::Write, 1600},
+        {"read a cell", &RecordSetLife::ReadCell, 320},
+        {"read a cell otherwise", &RecordSetLife::ReadOtherwise, 160},
+        {"add a column", &RecordSetLife::AddColumn, 160},
+        {"load a text", &RecordSetLife::Load, 156},
+        {"load a text of any size", &RecordSetLife::LoadSized, 4},
+        {"write a text of any size", &RecordSetLife::WriteSized, 4},
+        {"field of a record", &RecordSetLife::Field, 40},
+        {"replace everything", &RecordSetLife::ReplaceAll, 4},
+        {"compare everything", &RecordSetLife::CheckNow, 8},
+    };
+    TakeOneOf("record set", *this, kSteps);
+  }
+
+  void CheckNow() { CheckAll(); }
+  void ReplaceAll() {
+    Replace();
+    CheckAll();
+  }
+  void ReadCell() { Read(); }
+
+  // Rows of one column, in place of everything.
+  void LoadSized() {
+    const long lRows = static_cast<long>(world.Size() / 2);
+    std::string strText = "{\"rows\":[";
+    Clear();
+    for (long i = 1; i <= lRows; ++i) {
+      const std::string text = std::to_string(i * 7919);
+      strText += (i > 1 ? ",{\"c1\":\"" : "{\"c1\":\"") + text + "\"}";
+      model_.Set("c1", i, CQXRecordSet::QX_TEXT, text);
+    }
+    Expect(set_.SetString(strText + "]}"), "SetString");
+    model_.bModified = true;
+  }
+
+  void WriteSized() {
+    const std::string text(world.Size() * 10, 'w');
+    set_.SetValue("c1", text);
+    model_.Set("c1", 1, CQXRecordSet::QX_TEXT, text);
+  }
+
+  void Field() {
+    std::string before = "before";
+    std::string after = Text();
+    const long lAfter = static_cast<long>(random.Below(1000));
+    const char* const name = NextName();
+    if (random.OneIn(2)) {
+      record_.SetFieldValues(name, before, after);
+      model_.Set(strName_, 1, CQXRecordSet::QX_TEXT, after);
+    } else {
+      record_.SetFieldValues(name, 0L, lAfter);
+      model_.Set(strName_, 1, CQXRecordSet::QX_LONG, after = std::to_string(lAfter));
+    }
+    std::string got;
+    record_.GetFieldValues(name, before, got);
+    Expect(got == after && before == "before", "GetFieldValues");
+  }
+
+  void Clear() {
+    const Aside aside;
+    set_.Clear();
+    model_ = Model();
+    bRenewed = true;
   }
 
   void Write() {
     // A text of the record set itself, or the end of one, is as good as any.
-    const bool bOwnText = random_.OneIn(20);
+    const bool bOwnText = random.OneIn(20);
     const char* pText = bOwnText ? Read() : "";
-    if (std::strchr(pText, '{') == nullptr) pText += random_.Below(std::strlen(pText) + 1);
+    if (std::strchr(pText, '{') == nullptr) pText += random.Below(std::strlen(pText) + 1);
     const long row = NextRow();
     const char* const name = NextName();
     std::string text = bOwnText ? pText : Text();
     int eType = CQXRecordSet::QX_TEXT;
-    const std::uint32_t nHow = bOwnText ? 9 : random_.Below(10);
+    const std::uint32_t nHow = bOwnText ? 9 : random.Below(10);
     if (nHow == 0) {
       eType = CQXRecordSet::QX_BOOL;
-      text = random_.OneIn(2) ? "1" : "0";
+      text = random.OneIn(2) ? "1" : "0";
       set_.SetValue(name, text == "1", row);
     } else if (nHow == 1) {
       eType = CQXRecordSet::QX_LONG;
-      const int nValue = static_cast<int>(random_.Below(100000)) - 50000;
+      const int nValue = static_cast<int>(random.Below(100000)) - 50000;
       set_.SetValue(name, nValue, row);
       text = std::to_string(nValue);
     } else if (nHow == 2) {
       eType = CQXRecordSet::QX_LONG;
-      const long lValue = random_.OneIn(2) ? LONG_MIN : LONG_MAX;
+      const long lValue = random.OneIn(2) ? LONG_MIN : LONG_MAX;
       set_.SetValue(name, lValue, row);
       text = std::to_string(lValue);
     } else if (nHow == 3) {
       set_.SetValue(name, text + '\0' + text, row);
     } else if (nHow == 4) {
       eType = CQXRecordSet::QX_RECORDSET;
-      text = random_.Of(kObjects).szText;
+      text = random.Of(kObjects).szText;
       set_.SetValue(name, text.c_str(), row, CQXRecordSet::QX_RECORDSET);
     } else if (nHow == 5) {
       eType = CQXRecordSet::QX_RECORDSET;
       text = Nest(name, row);
     } else {
-      eType = static_cast<int>(random_.Below(8)) - 1;
+      eType = static_cast<int>(random.Below(8)) - 1;
       set_.SetValue(name, bOwnText ? pText : text.c_str(), row,
                     static_cast<CQXRecordSet::QX_TYPE>(eType));
     }
@@ -256,15 +317,15 @@ class Player : public Support::CellPlayer {
   // Another record set as a cell, or this one in itself; its text.
   std::string Nest(const char* name, long row) {
     CQXRecordSet inner;
-    if (!random_.OneIn(4)) inner = random_.Of(kNested);
-    const bool bSelf = random_.OneIn(10) && model_.Text().size() < 2000;
+    if (!random.OneIn(4)) inner = random.Of(kNested);
+    const bool bSelf = random.OneIn(10) && model_.Text().size() < 2000;
     if (bSelf) CheckString();
     set_.SetValue(name, bSelf ? set_ : inner, row);
     return bSelf ? model_.strBuilt : inner.GetStringRef();
   }
 
   void AddColumn() {
-    const char* const name = random_.OneIn(8) ? Read() : Name().c_str();
+    const char* const name = random.OneIn(8) ? Read() : Name().c_str();
     const long lExpected = model_.AddColumn(name);
     Expect(set_.AddColumn(name) == lExpected, "AddColumn");
     if (!model_.bModified) CheckString();
@@ -296,12 +357,12 @@ class Player : public Support::CellPlayer {
   void Load() {
     static const char* const kRefused[] = {"", "{\"c1\":7", "[{\"c1\":7}]", nullptr};
     model_.bModified = true;
-    if (random_.OneIn(10)) return Expect(set_.SetString(random_.Of(kRefused)), "SetString");
-    const std::uint32_t nRows = 1 + random_.Below(4);
+    if (random.OneIn(10)) return Expect(set_.SetString(random.Of(kRefused)), "SetString");
+    const std::uint32_t nRows = 1 + random.Below(4);
     std::string strText;
     for (std::uint32_t i = 0; i < nRows; ++i) {
       strText += i == 0 ? "{" : ",{";
-      for (std::uint32_t nMember = random_.Below(5); nMember > 0; --nMember) {
+      for (std::uint32_t nMember = random.Below(5); nMember > 0; --nMember) {
         const std::string text = Text();
         strText += Quoted(Name()) + ':' + Quoted(text) + (nMember > 1 ? "," : "");
         model_.Set(strName_, static_cast<long>(i) + 1, CQXRecordSet::QX_TEXT, text);
@@ -314,7 +375,7 @@ class Player : public Support::CellPlayer {
   // Copies, moves, assigns or clears the whole record set. Only a new one takes over the state and
   // the last text.
   void Replace() {
-    switch (random_.Below(5)) {
+    switch (random.Below(5)) {
       case 0: {
         CQXRecordSet copy(set_);
         Expect(copy.GetStringRef() == model_.strBuilt, "GetStringRef of a copy");
@@ -341,18 +402,17 @@ class Player : public Support::CellPlayer {
         break;
       }
       case 3:
-        if (random_.OneIn(2)) set_ = *&set_;
-        if (random_.OneIn(2)) set_ = std::move(*&set_);
+        if (random.OneIn(2)) set_ = *&set_;
+        if (random.OneIn(2)) set_ = std::move(*&set_);
         set_ = *&set_;
         break;
       default: {
-        set_.Clear();
+        Clear();
         CQXRecordSet copy(set_);
         ExpectCleared(copy);
         ExpectCleared(set_);
         copy = set_;
         Expect(copy.GetString() == "{}", "what was assigned counts as written");
-        model_ = Model();
         return;
       }
     }
@@ -378,7 +438,10 @@ class Player : public Support::CellPlayer {
 
   void CheckString() {
     Expect(set_.GetStringRef() == model_.strBuilt, "GetStringRef");
-    model_.strBuilt = model_.Text();
+    {
+      const Aside aside;
+      model_.strBuilt = model_.Text();
+    }
     Expect(set_.GetString() == model_.strBuilt, "GetString");
   }
 
@@ -398,34 +461,33 @@ class Player : public Support::CellPlayer {
   }
 
   long NextRow() {
-    if (!profile_.vRows.empty()) return random_.Of(profile_.vRows);
-    if (random_.OneIn(profile_.nColumns)) lRow_ += profile_.lStep;
-    return random_.OneIn(10) ? profile_.lFirstRow : lRow_;
+    if (!profile_.vRows.empty()) return random.Of(profile_.vRows);
+    if (random.OneIn(profile_.nColumns)) lRow_ += profile_.lStep;
+    return random.OneIn(10) ? profile_.lFirstRow : lRow_;
   }
 
-  const std::string& Name() { return strName_ = NameOf(random_.Below(profile_.nColumns)); }
+  const std::string& Name() { return strName_ = NameOf(random.Below(profile_.nColumns)); }
 
   const char* NextName() {
-    if (!profile_.bColumnsInOrder || random_.OneIn(8)) return Name().c_str();
+    if (!profile_.bColumnsInOrder || random.OneIn(8)) return Name().c_str();
     nColumn_ = (nColumn_ + 1) % profile_.nColumns;
     strName_ = NameOf(nColumn_);
     return strName_.c_str();
   }
 
   std::string Text() {
-    if (random_.OneIn(3)) return random_.Of(kTexts);
-    std::string text(random_.OneIn(30) ? random_.Below(700) : random_.Below(24), 'a');
+    if (random.OneIn(3)) return random.Of(kTexts);
+    std::string text(random.OneIn(30) ? random.Below(700) : random.Below(24), 'a');
     for (char& c : text) {
-      c = "abc\"\\\n\x01\xC3 zyx"[random_.Below(12)];
+      c = "abc\"\\\n\x01\xC3 zyx"[random.Below(12)];
     }
     return text;
   }
 
-  std::string strFault_;  // the first thing that went wrong
   const Profile& profile_;
-  Random random_;
   Model model_;
-  CQXRecordSet set_;
+  CBeforeAfterRecord record_;
+  CQXRecordSet& set_ = record_;
   long lRow_;
   std::uint32_t nColumn_ = 0;
   std::string strName_;
@@ -433,8 +495,7 @@ class Player : public Support::CellPlayer {
 
 }  // namespace
 
-std::unique_ptr<Support::CellPlayer> Support::CellPlayer::Make(std::size_t nProfile,
-                                                               const Random& choices) {
-  static_assert(std::size(kProfiles) == kProfileCount);
-  return std::make_unique<Player>(kProfiles[nProfile % kProfileCount], choices);
+std::unique_ptr<Support::Life> Support::MakeRecordSetLife(World& common, std::size_t nProfile) {
+  static_assert(std::size(kProfiles) == kRecordSetProfiles);
+  return std::make_unique<RecordSetLife>(common, kProfiles[nProfile % kRecordSetProfiles]);
 }

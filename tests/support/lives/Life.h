@@ -1,0 +1,116 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// A life: an object of the library that goes through any number of steps, and a model of it in
+// standard containers that goes through the same. The steps of a kind stand in a table by name.
+// What all lives of a player share is their World.
+
+#ifndef QXRECORDSET_TESTS_SUPPORT_LIVES_LIFE_H
+#define QXRECORDSET_TESTS_SUPPORT_LIVES_LIFE_H
+
+#include <algorithm>
+#include <cstddef>
+#include <list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tests/support/CountedMemory.h"
+#include "tests/support/Random.h"
+
+namespace Support {
+
+class TreeLife;
+
+// The last steps, by name, where a program that dies can still print them.
+class Diary {
+ public:
+  void Begin(const std::string& strTitle);
+  void Note(const char* szLife, int nLife, const char* szStep);
+  std::string Text() const;
+  void Print() const;  // to stderr, without allocating
+
+ private:
+  static constexpr std::size_t kLines = 12;
+  char szTitle[80] = {};
+  char szLines[kLines][80] = {};
+  std::size_t nNotes = 0;
+};
+
+struct World {
+  Random random;
+  std::size_t nMost;         // elements that one step adds or removes at most
+  std::string strWithout{};  // names of the steps that are left out, separated by ';'
+  std::list<std::string> vTexts{};
+  std::vector<TreeLife*> vTrees{};
+  Diary diary{};
+
+  // A number of elements. It jumps: none, one, a few, a block's worth, many blocks' worth.
+  std::size_t Size();
+
+  // A copy of `text` that lives as long as the world.
+  char* Keep(const std::string& text);
+
+  bool LeavesOut(const char* szStep) const;
+};
+
+class Life {
+ public:
+  explicit Life(World& common) : world(common), random(common.random) {}
+  Life(const Life&) = delete;
+  Life& operator=(const Life&) = delete;
+  virtual ~Life() = default;
+
+  // Takes a step and compares what it was about with the model. The first difference, or "".
+  std::string Step() {
+    strFault.clear();
+    bRenewed = false;
+    TakeOne();
+    return strFault;
+  }
+
+  // Compares everything.
+  virtual std::string CheckAll() = 0;
+
+  // Bytes that the object's content may take, as a rough upper bound.
+  virtual std::size_t Need() const = 0;
+
+  int nNumber = 0;
+  bool bRenewed = false;  // a step has put new content in the place of all there was
+
+ protected:
+  template <typename Self>
+  struct Named {
+    const char* szName;
+    void (Self::*take)();
+    unsigned nWeight;  // how often, beside the others
+  };
+
+  virtual void TakeOne() = 0;
+
+  // Takes a step of the table.
+  template <typename Self, std::size_t nSteps>
+  void TakeOneOf(const char* szLife, Self& self, const Named<Self> (&steps)[nSteps]) {
+    unsigned nWeights = 0;
+    for (const auto& step : steps)
+      nWeights += step.nWeight;
+    std::uint32_t n = random.Below(nWeights);
+    const Named<Self>* pStep = steps;
+    for (; n >= pStep->nWeight; ++pStep)
+      n -= pStep->nWeight;
+    if (world.LeavesOut(pStep->szName)) return;
+    world.diary.Note(szLife, nNumber, pStep->szName);
+    (self.*pStep->take)();
+  }
+
+  void Expect(bool bHolds, const std::string& what) {
+    if (!bHolds && strFault.empty()) strFault = what;
+  }
+
+  World& world;
+  Random& random;
+  std::string strFault;  // what went wrong in this step
+};
+
+}  // namespace Support
+
+#endif  // QXRECORDSET_TESTS_SUPPORT_LIVES_LIFE_H
