@@ -1,7 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // The number that the end of a failed text cuts off. Every other number has a byte behind it that
-// ends it for whoever reads it; this one runs up to the end of the text, where there may be nothing
+// ends it for a reader; this one runs up to the end of the text, where there may be nothing
 // that can be read.
 
 #ifndef QXRECORDSET_JSON_CUTNUMBER_H

@@ -4,14 +4,11 @@
 
 #include <cmath>
 #include <cstddef>
-#include <cstring>
 #include <limits>
-#include <string>
 #include <utility>
 
 #include "json/JSON.h"
 #include "json/JSONMessage.h"
-#include "json/JSONSerialize.h"
 #include "memory/KeptBlocks.h"
 #include "text/ReadDecimal.h"
 
@@ -126,19 +123,4 @@ unsigned long long JSON_GetOrdinalAsUnsignedLong64(JSON_HANDLE handle, int ordin
 }
 unsigned long long JSON_GetNameAsUnsignedLong64(JSON_HANDLE handle, const char* name) {
   return AsUnsignedLong64(AtName(handle, name));
-}
-
-// ---- Writing strings ----------------------------------------------------------------------------
-
-// NOLINTNEXTLINE(readability-non-const-parameter): the signature is given
-int JSON_EscapeString(char** ppDest, char* pDestEnd, const char* pszText) {
-  std::string escaped;
-  JSON::EscapeString(escaped, pszText);
-  // A room that is not positive holds nothing, so the comparison is made with the sign.
-  const std::ptrdiff_t nRoom = pDestEnd - *ppDest;
-  if (static_cast<std::ptrdiff_t>(escaped.size()) + 1 >= nRoom) {
-    return 0;
-  }
-  std::memcpy(*ppDest, escaped.c_str(), escaped.size() + 1);
-  return 1;
 }

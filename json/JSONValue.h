@@ -286,7 +286,7 @@ class QXRECORDSET_EXPORT CompositeValue : public BaseValue {
 class QXRECORDSET_EXPORT ArrayValue : public CompositeValue {
  public:
   // An empty array with room for `nReserve` elements. Allocated with new (or held by value) by
-  // whoever owns it.
+  // its owner.
   explicit ArrayValue(int nReserve = 0);
   ArrayValue(const ArrayValue&) = delete;
   ArrayValue& operator=(const ArrayValue&) = delete;
@@ -334,7 +334,7 @@ class QXRECORDSET_EXPORT ArrayValue : public CompositeValue {
 class QXRECORDSET_EXPORT ObjectValue : public CompositeValue {
  public:
   // An empty object with room for `nReserve` members. Allocated with new (or held by value) by
-  // whoever owns it.
+  // its owner.
   explicit ObjectValue(int nReserve = 0);
   ObjectValue(const ObjectValue&) = delete;
   ObjectValue& operator=(const ObjectValue&) = delete;

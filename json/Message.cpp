@@ -261,7 +261,7 @@ const JSONValue* Follow(const JSONValue* pValue, const char* path, Lookup lookup
 
 }  // namespace
 
-// A scalar is not handed out: nobody can change it. The way to a container is.
+// A scalar is not handed out: a caller cannot change it. The path to a container is.
 const JSONValue& Message::Path(const char* path) const {
   if (path == nullptr || *path == '\0') {
     return None();

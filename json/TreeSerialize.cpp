@@ -24,7 +24,7 @@ namespace JSON {
 namespace {
 
 // A value's text. Elements that were never handed out are as the parser left them, and so are their
-// lengths; but a number that the end of the text cut off goes on behind it.
+// lengths; but a number that the end of the text cut off is longer than that.
 std::string_view StringText(const JSONValue& value, bool bAsParsed) {
   if (bAsParsed) return {value.pText, static_cast<std::size_t>(value.nLength)};
   return ScalarText(value);
@@ -228,7 +228,7 @@ class TreeWriter {
   }
 
   std::string& output_;
-  char* pNext_ = nullptr;   // where the text goes on
+  char* pNext_ = nullptr;   // where the next byte is written
   char* pLimit_ = nullptr;  // the end of the room
   Levels<Level> levels_;
 };

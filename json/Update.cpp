@@ -22,7 +22,7 @@ namespace {
 // Containers made by updates start with room for this many elements.
 constexpr int kNewContainerReserve = 4;
 
-// A private copy of a text that nobody owns yet. A null text has no copy. Lengths are ints, so
+// A private copy of a text, before it has an owner. A null text has no copy. Lengths are ints, so
 // there is no memory for a longer one.
 class PrivateText {
  public:

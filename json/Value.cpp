@@ -46,9 +46,9 @@ JSONValue* JSONValue::GetByName(const char* name, int length) const {
 
 // ---- Const lookups ------------------------------------------------------------------------------
 //
-// A scalar that a const lookup finds is not handed out: nobody can change it. A container that it
-// finds is, because what is in it can be changed. Only elements in a pool are told apart like this,
-// and only where nothing is a host's own kind; otherwise the virtual lookups answer.
+// A scalar that a const lookup finds is not handed out: the caller cannot change it. A container
+// that it finds is, because what is in it can be changed. Only elements in a pool are told apart
+// like this, and only where nothing is a host's own kind; otherwise the virtual lookups answer.
 
 namespace {
 

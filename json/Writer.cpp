@@ -1,7 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // JSON::Serialize, the streaming writer: a state machine of a few bits, and a pen that writes
-// tokens into the text; and EscapeString.
+// tokens into the text.
 //
 // While a container is open, strOutput is longer than the text: the room behind its first nWritten
 // bytes is filled token by token, without a call per byte or piece. When the last container closes
@@ -35,8 +35,8 @@ constexpr std::size_t kLevelsPerWord = 32;
 }  // namespace
 
 // Writes one token behind the text. What it has written becomes part of the text with Done(): a
-// token that is given up, or that ends early for want of memory, leaves no trace. Whoever makes a
-// pen sees to the room for what it writes.
+// token that is given up, or that ends early when memory runs out, leaves no trace. The caller that
+// makes a pen sees to the room for what it writes.
 class Serialize::Pen {
  public:
   explicit Pen(Serialize& writer)
@@ -293,7 +293,5 @@ Serialize& Serialize::JS_N(const char* json, int length) {
 }
 
 void Serialize::AppendString(const char* text) { WriteJson(text); }
-
-void EscapeString(std::string& output, const char* text) { AppendEscaped(output, text); }
 
 }  // namespace JSON

@@ -1,7 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // Memory that the library holds without content: the free part of a pool's blocks. Builds with the
-// address sanitizer report whoever touches it; other builds with assertions fill it with a pattern,
+// address sanitizer report each access to it; other builds with assertions fill it with a pattern,
 // so that what is read from it by mistake is wrong at once; release builds do nothing.
 
 #ifndef QXRECORDSET_MEMORY_POISON_H
