@@ -145,7 +145,7 @@ std::string LifePlayer::Step() {
 }
 
 std::string LifePlayer::CheckMemory() {
-  constexpr std::size_t kEach = 8192;  // whatever the content
+  constexpr std::size_t kEach = 16384;  // whatever the content: room that cleared containers keep
   constexpr std::size_t kTimes = 3;
   std::size_t nBound = nLiveBefore;
   for (const Slot& slot : vSlots)

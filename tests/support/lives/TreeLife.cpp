@@ -104,9 +104,19 @@ JSON::Sequence<JSON::UnsafeJSONValue>* TreeLife::Spot::Values() const {
   return pArray != nullptr ? &pArray->vValues : nullptr;
 }
 
+// By a lookup, or through the sequence of the elements, which may be a constant on the way.
 TreeLife::Spot TreeLife::Below(const Spot& spot) {
   const std::uint32_t n = random.Below(spot.pNode->vValues.size());
-  return {&(*spot.pValue)[static_cast<int>(n)], &spot.pNode->vValues[n], spot.pValue, spot.pNode};
+  auto* const pValues = random.OneIn(2) ? spot.Values() : nullptr;
+  Value* pValue = nullptr;
+  if (pValues == nullptr) {
+    pValue = &(*spot.pValue)[static_cast<int>(n)];
+  } else if (random.OneIn(2)) {
+    pValue = &(*pValues)[n];
+  } else {
+    pValue = const_cast<JSON::UnsafeJSONValue*>(&std::as_const(*pValues)[n]);
+  }
+  return {pValue, &spot.pNode->vValues[n], spot.pValue, spot.pNode};
 }
 
 TreeLife::Spot TreeLife::Anywhere() {
@@ -132,8 +142,9 @@ const char* TreeLife::Name() { return random.OneIn(3) ? random.Of(kLongNames) : 
 
 // ---- Comparison ---------------------------------------------------------------------------------
 
+// Looking hands out whatever it looks at, so now and then nothing is compared for a while.
 void TreeLife::Compare() {
-  if (!strFault.empty()) return;
+  if (!strFault.empty() || random.OneIn(3)) return;
   if (Count(model) > kSmallTree && !random.OneIn(10)) return CompareSample();
   strFault = CheckAll();
 }
