@@ -1,15 +1,13 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The short byte runs below names and texts stay within their bounds, and texts within theirs.
+// Short runs of bytes are compared and copied within their bounds.
 
 #include "text/ShortBytes.h"
 
 #include <gtest/gtest.h>
 
-#include <new>
 #include <string>
 
-#include "recordset/TextStore.h"
 #include "tests/support/GuardedBuffer.h"
 
 namespace {
@@ -34,11 +32,6 @@ TEST(ShortBytes, StayWithinTheirRunAtEveryLength) {
       EXPECT_EQ(strMoved.substr(0, n - nShift), strBytes.substr(nShift, n - nShift));
     }
   }
-}
-
-TEST(TextStore, RefusesATextWhoseLengthHasMoreThan32Bits) {
-  recordset::TextStore store;
-  EXPECT_THROW(store.Allocate(recordset::TextStore::kLongest + 1), std::bad_alloc);
 }
 
 }  // namespace
