@@ -22,4 +22,5 @@ if(NOT TARGET GTest::gtest)
   add_subdirectory(${QXRECORDSET_GOOGLETEST_SOURCE} ${PROJECT_BINARY_DIR}/googletest
                    EXCLUDE_FROM_ALL SYSTEM)
   unset(CMAKE_WARN_DEPRECATED)
+  target_compile_options(gtest PRIVATE -O0 -g0) # the largest source of all, and no test waits for it
 endif()

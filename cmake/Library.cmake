@@ -18,6 +18,9 @@ set_target_properties(qxrecordset PROPERTIES VERSION ${PROJECT_VERSION}
 if(NOT QXRECORDSET_INSTALL)
   # Inside a parent project each library is built only when something links to it.
   set_target_properties(qxrecordset qxrecordset_static PROPERTIES EXCLUDE_FROM_ALL ON)
+elseif(QXRECORDSET_SANITIZE)
+  # The sources are the same: what sanitizers find in one library they find in the other.
+  set_target_properties(qxrecordset PROPERTIES EXCLUDE_FROM_ALL ON)
 endif()
 
 set(sGeneratedInclude ${PROJECT_BINARY_DIR}/generated/include)

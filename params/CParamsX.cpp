@@ -5,7 +5,6 @@
 
 #include "params/CParamsX.h"
 
-#include <cassert>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -161,8 +160,6 @@ void CParamsRS::addResult(long code) {
 // Appends one segment: the separator when one is due, the length field, its ';' and the text.
 // REQUIRES: `text` does not lie in paramText.
 void CParamsRS::addSegment(std::string_view text) {
-  assert(text.data() + text.size() <= paramText.data() ||
-         text.data() > paramText.data() + paramText.size());
   char szDigits[JSON::kMaxDecimal<std::size_t>];
   const char* const pEnd = JSON::WriteDecimal(text.size(), szDigits);
   const auto nDigits = static_cast<std::size_t>(pEnd - szDigits);

@@ -129,12 +129,10 @@ class Compiler:
 
     def compile(self, text, line, language, *options):
         c = language == "c"
-        sanitize = os.environ["SANITIZE"]
         source = self.folder / f"line{line}.{language}"
         source.write_text(text, encoding="utf-8")
         run(line, [os.environ["CC" if c else "CXX"],
                    *shlex.split(os.environ["CFLAGS" if c else "CXXFLAGS"]),
-                   *([f"-fsanitize={sanitize}", "-fno-sanitize-recover=all"] if sanitize else []),
                    "-std=c99" if c else "-std=c++17", *WARNINGS,
                    f"-I{SOURCE}", f"-I{os.environ['GENERATED']}", str(source), *options])
 
