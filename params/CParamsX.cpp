@@ -57,14 +57,6 @@ long ReadResult(std::string_view text) {
   return SignedResult(nBits);
 }
 
-// Reads a length field, which begins with blanks.
-long ReadLength(std::string_view field) {
-  while (!field.empty() && field.front() == ' ') {
-    field.remove_prefix(1);
-  }
-  return JSON::ReadDecimal<long>(field);
-}
-
 // Where the first segment begins: behind the header, if there is one. npos when the text neither
 // begins with a digit nor holds a separator.
 std::size_t FirstSegment(std::string_view text) {
@@ -233,7 +225,7 @@ long CParamsRS::getLength(long offset, long* consumed) const {
   const std::size_t nField = rest.find(kSeparator);
   if (nField == std::string_view::npos || nField == 0) throw std::exception();
   if (consumed != nullptr) *consumed = static_cast<long>(nField) + 1;
-  return ReadLength(rest.substr(0, nField));
+  return JSON::ReadDecimal<long>(rest.substr(0, nField));
 }
 
 // The text of parameter `index`, inside paramText; empty for an index out of range.

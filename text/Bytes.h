@@ -15,6 +15,9 @@ inline bool IsSpace(char c) {
          (c == ' ' || c == '\n' || c == '\r' || c == '\t' || c == '\f');
 }
 
+// White space to the functions of the C library.
+inline bool IsCSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
 inline bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 inline bool BeginsNumber(char c) { return IsDigit(c) || c == '+' || c == '-'; }
 

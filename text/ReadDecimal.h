@@ -6,12 +6,13 @@
 #ifndef QXRECORDSET_TEXT_READDECIMAL_H
 #define QXRECORDSET_TEXT_READDECIMAL_H
 
-#include <algorithm>
 #include <charconv>
 #include <cstddef>
 #include <limits>
 #include <string_view>
 #include <system_error>
+
+#include "text/Bytes.h"
 
 namespace JSON {
 
@@ -19,9 +20,10 @@ namespace JSON {
 // digits give 0, a value beyond the range of Integer (a signed type) the nearest bound.
 template <typename Integer>
 Integer ReadDecimal(std::string_view text) {
-  constexpr std::string_view szSpace = " \t\n\v\f\r";
   static_assert(std::numeric_limits<Integer>::is_signed);
-  text.remove_prefix(std::min(text.find_first_not_of(szSpace), text.size()));
+  while (!text.empty() && IsCSpace(text.front())) {
+    text.remove_prefix(1);
+  }
   const bool bNegative = !text.empty() && text.front() == '-';
   if (!text.empty() && text.front() == '+') {
     text.remove_prefix(1);

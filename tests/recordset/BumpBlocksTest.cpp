@@ -64,7 +64,8 @@ TEST(BumpBlocks, KeepTheirBlocksForOneTime) {
   fill(1);
   blocks.Reset();
   fill(1);
-  EXPECT_LT(CountedMemory::Live() - nBefore, nFull / 2) << "what one time did not need is gone the next";
+  EXPECT_LT(CountedMemory::Live() - nBefore, nFull / 2)
+      << "what one time did not need is gone the next";
 }
 
 // The size of a block is computed from figures whose product has more than 32 bits.
