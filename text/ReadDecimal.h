@@ -6,6 +6,7 @@
 #ifndef QXRECORDSET_TEXT_READDECIMAL_H
 #define QXRECORDSET_TEXT_READDECIMAL_H
 
+#include <algorithm>
 #include <charconv>
 #include <cstddef>
 #include <limits>
@@ -46,7 +47,7 @@ Integer ReadDecimal(const char* pText) {
   constexpr int kSurelyFit = 18;  // digits of any number that a long long holds
   if (pText == nullptr) return 0;
   const char* p = pText;
-  while (*p == ' ' || (*p >= '\t' && *p <= '\r'))
+  while (IsCSpace(*p))
     ++p;
   const char* const pNumber = p;
   const bool bNegative = *p == '-';
