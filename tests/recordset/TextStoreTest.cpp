@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <new>
 #include <string>
@@ -28,8 +30,12 @@ TEST(TextStore, KeepsEveryTextWhereItIs) {
   {
     TextStore store;
     std::map<const char*, std::string> mapTexts;  // "", "0" and "1" are shared
+    const auto isStored = [](const auto& text) {
+      return std::string_view(text.first, text.second.size() + 1) == text.second + '\0';
+    };
     Support::Random random(1);
     for (int i = 0; i < 20000; i += Support::kStride) {
+      ASSERT_TRUE(i % 50 != 0 || std::all_of(mapTexts.begin(), mapTexts.end(), isStored)) << i;
       const std::string strText =
           Text(random.Of(kLengths), static_cast<char>('0' + random.Below(70)));
       const char* pText = nullptr;
@@ -50,9 +56,7 @@ TEST(TextStore, KeepsEveryTextWhereItIs) {
       if (!bConstant) mapTexts[pText] = strText;
       ASSERT_EQ(std::string_view(pText, strText.size() + 1), strText + '\0');
     }
-    for (const auto& [pText, strText] : mapTexts) {
-      ASSERT_EQ(std::string_view(pText, strText.size() + 1), strText + '\0');
-    }
+    EXPECT_TRUE(std::all_of(mapTexts.begin(), mapTexts.end(), isStored));
     store.Reset();
     EXPECT_STREQ(store.Store("again", 5), "again");
   }
@@ -69,6 +73,10 @@ TEST(TextStore, UsesReleasedPiecesForTextsOfTheirSize) {
     EXPECT_NE(store.Store(Text(nLength + 20, 'c').data(), nLength + 20), pFirst);
     EXPECT_EQ(store.Store(Text(nLength, 'd').data(), nLength), pFirst);
     EXPECT_EQ(store.Replace(pSecond, nLength, Text(nLength, 'e').data(), nLength), pSecond);
+    for (const std::size_t nOther : {nLength + 6, nLength + 70}) {
+      const char* const pOther = store.Store(Text(nLength, 'f').data(), nLength);
+      EXPECT_NE(store.Replace(pOther, nLength, Text(nOther, 'g').data(), nOther), pOther) << nOther;
+    }
   }
   TextStore one;
   TextStore other;
