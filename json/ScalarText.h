@@ -21,14 +21,16 @@ inline bool IsRealByte(char c) { return IsIntegerByte(c) || c == '.' || c == 'e'
 // The bytes of a number from its first one on. REQUIRES: a byte behind them that is none of them.
 inline std::string_view IntegerText(const char* pText) {
   std::size_t n = 0;
-  while (IsIntegerByte(pText[n]))
+  while (IsIntegerByte(pText[n])) {
     ++n;
+  }
   return {pText, n};
 }
 inline std::string_view RealText(const char* pText) {
   std::size_t n = 0;
-  while (IsRealByte(pText[n]))
+  while (IsRealByte(pText[n])) {
     ++n;
+  }
   return {pText, n};
 }
 

@@ -201,7 +201,7 @@ class TreeWriter {
   }
 
   // Up to the first NUL, with escapes.
-  char* Escaped(char* p, std::string_view text) {
+  char* Escaped(const char* p, std::string_view text) {
     const std::size_t nAt = static_cast<std::size_t>(p - output_.data());
     const std::size_t nEnd = WriteEscaped(output_, nAt, text, kPunctuation);
     pLimit_ = output_.data() + output_.size();
