@@ -150,7 +150,7 @@ void ReleaseElements(ArrayValue& array) noexcept {
     if (pCurrent == &array) return;
     Dispose(*pCurrent);
     pCurrent = pHolder;
-    Sequence<UnsafeJSONValue>& outer = Storage::ElementsOf(*pCurrent).vValues;
+    const Sequence<UnsafeJSONValue>& outer = Storage::ElementsOf(*pCurrent).vValues;
     UnsafeJSONValue& element = Items::Data(outer)[Items::Count(outer) - 1];
     pHolder = element.pComposite;
     element.pComposite = nullptr;  // the next step takes the element off
