@@ -21,14 +21,14 @@ COPY = SOURCE / "build" / "fuzz" / "prove"
 # What is wrong; the targets of which one has to find it; file, text and what replaces it.
 FAULTS = [
     ("a bracket closes an object", ["parse"], "text/Grammar.h",
-     "if (cBehind != '}') return", "if (cBehind != '}' && cBehind != ']') return"),
+     "if (end.Peek(p) != '}') return", "if (end.Peek(p) != '}' && end.Peek(p) != ']') return"),
     ("the byte behind a text is read", ["parse"], "text/Grammar.h",
      "return !bTerminated && p == pEnd ? '\\0' : *p;", "return *p;"),
     ("a comma stays before a closing bracket", ["roundtrip"], "json/TreeSerialize.cpp",
      "if (pNext_[-1] == ',') --pNext_;", ""),
     ("a text is stored beyond its NUL", ["recordset"], "recordset/RecordSetLoad.cpp",
-     "Set(lRow, nColumn, UpToNul(text), CQXRecordSet::QX_TEXT);",
-     "Set(lRow, nColumn, text, CQXRecordSet::QX_TEXT);"),
+     "Set(lRow, column, UpToNul(text), CQXRecordSet::QX_TEXT);",
+     "Set(lRow, column, text, CQXRecordSet::QX_TEXT);"),
     ("a longer text is written over a shorter one", ["lives"], "recordset/TextStore.cpp",
      "PieceSize(nOldLength) == PieceSize(length);", "PieceSize(nOldLength) <= PieceSize(length);"),
     ("a reset keeps the list of free pieces", ["lives"], "recordset/TextStore.cpp",

@@ -28,6 +28,7 @@
 
 #include "json/Arena.h"
 #include "json/Sequence.h"
+#include "text/Block.h"
 
 namespace JSON {
 
@@ -80,14 +81,21 @@ class Items {
     if (nCount > items.nCapacity) Grow(items, pArena, nCount);
   }
   template <typename T>
-  static void ReserveAhead(Sequence<T>& items, Arena* pArena, std::size_t nCount) {
+  QXRECORDSET_HOT static void ReserveAhead(Sequence<T>& items, Arena* pArena, std::size_t nCount) {
     if (nCount > items.nCapacity) GrowAhead(items, pArena, nCount);
   }
 
   // One more item, made from the arguments.
   template <typename T, typename... Arguments>
   static T& Append(Sequence<T>& items, Arena* pArena, Arguments&&... arguments) {
-    if (items.nSize >= items.nCapacity) GrowAhead(items, pArena, items.nSize + std::size_t{1});
+    ReserveAhead(items, pArena, items.nSize + std::size_t{1});
+    return AppendInRoom(items, std::forward<Arguments>(arguments)...);
+  }
+
+  // The same where there is room. REQUIRES: the capacity is more than the items use.
+  template <typename T, typename... Arguments>
+  QXRECORDSET_HOT static T& AppendInRoom(Sequence<T>& items, Arguments&&... arguments) {
+    assert(items.nSize < items.nCapacity);
     return *new (items.pItems + items.nSize++) T(std::forward<Arguments>(arguments)...);
   }
 

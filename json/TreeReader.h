@@ -27,20 +27,18 @@ class TreeReader {
   // The same for one value of any kind, which is appended to `parent`.
   char* ReadValue(char* p, ArrayValue& parent, Place& place);
 
-  // The same for this file's loops.
-  char* ReadInline(char* p, ArrayValue& parent, Place& place);
+  // The same for a container.
+  char* ReadNested(char* p, ArrayValue& parent, Place& place);
 
-  // What the sinks read themselves; see text/Grammar.h. Members are read as long as their names are
-  // the expected ones, and both as long as the values are containers, or scalars without escapes.
-  Due ReadPlainMembers(char*& p, ArrayValue& values, Place& place, Shape*& pShape,
-                       Shape*& pExpected);
-  Due ReadPlainElements(char*& p, ArrayValue& array, Place& place);
+  // The same for a string with escapes or at the end of the text, and for what begins no value: a
+  // literal that is none is an element, too.
+  char* ReadOtherString(char* pQuote, ArrayValue& parent);
+  char* ReadNoValue(char* p, ArrayValue& parent);
 
   // String content behind the opening quote at p: unescaped in place and NUL-terminated.
   struct Content {
     char* pNext;  // behind the closing quote; null when there is none
     int nLength;
-    bool bEscaped;
   };
   Content ReadString(char* pQuote);
 
@@ -57,17 +55,11 @@ class TreeReader {
 
   char* StoppedAt() const { return text_.pStop; }
   Arena* Pool() const { return pArena_; }
-  const char* End() const { return text_.pEnd; }
+  Text<char>& Source() { return text_; }
 
  private:
   template <typename Container>
   char* ReadContainer(char* p, ArrayValue& parent, Place& place);
-  char* Fill(char* p, ArrayValue& array, Place& place);
-  char* Fill(char* p, ObjectValue& object, Place& place);
-
-  char* ReadNested(char* p, ArrayValue& parent, Place& place);
-  char* ReadOther(char* p, ArrayValue& parent, Place& place);
-  Content ReadEscaped(char* pContent, char* pBackslash);
 
   Text<char> text_;
   Arena* const pArena_;

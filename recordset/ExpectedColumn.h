@@ -21,6 +21,9 @@ class ExpectedColumn {
   // The column that is expected; null as long as there is none.
   const Column* Get() const { return pNext_; }
 
+  // The column found last; null as long as there is none.
+  const Column* Last() const { return pLast_; }
+
   // The column that is expected, which is found then, when it has that name; else null. `name` is a
   // const char* or a std::string_view.
   template <typename Name>

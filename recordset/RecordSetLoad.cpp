@@ -18,7 +18,6 @@
 
 #include "json/JSONMessage.h"
 #include "json/JSONSerialize.h"
-#include "recordset/PlainMembers.h"
 #include "recordset/QXRecordSet.h"
 #include "recordset/Table.h"
 #include "text/Bytes.h"
@@ -27,9 +26,11 @@
 #include "text/IntegerText.h"
 #include "text/ReadDecimal.h"
 
+using JSON::Block16;
 using JSON::UpToNul;
 using recordset::Column;
-using recordset::PlainMembers;
+using recordset::ExpectedColumn;
+using recordset::Rows;
 using recordset::Table;
 
 namespace {
@@ -44,82 +45,153 @@ class Skipper {
  public:
   explicit Skipper(Text& text) : text_(text) {}
 
-  const char* Name(const char* p) { return SkipString(p); }
-  const char* Element(const char* p) { return Value(p); }
+  std::uint32_t& Indent() { return nIndent_; }
+  static bool Expects(const char* /*pName*/) { return false; }
+  static const char* TakeExpected(const char* pName) { return pName; }
+  const char* Name(const char* p) { return String(p); }
+  const char* Value(const char* p, char c) { return JSON::ReadValue(text_.Limits(), p, c, *this); }
+  const char* Element(const char* p, char c) { return Value(p, c); }
   void Complete() {}
   void Missing() {}
-  static JSON::Due Shortcut(const char*& /*p*/) { return JSON::Due::kItem; }
 
-  const char* Value(const char* p) {
-    if (text_.AtEnd(p)) return text_.Fail(p);
-    switch (*p) {
-      case '"':
-        return SkipString(p);
-      case '{':
-        return ReadObject(text_, p, *this);
-      case '[':
-        return ReadArray(text_, p, *this);
-      case 't':
-      case 'f':
-      case 'n':
-        return ReadLiteral(text_, p);
-      default:
-        break;
-    }
-    bool bReal = false;
-    return JSON::BeginsNumber(*p) ? JSON::ScanNumber(p, text_.pEnd, bReal) : text_.Fail(p);
-  }
-
- private:
-  const char* SkipString(const char* pQuote) {
+  const char* String(const char* pQuote) {
     const char* const pClosing = JSON::FindStringEnd(pQuote + 1, text_.pEnd);
     return pClosing != nullptr ? pClosing + 1 : text_.Fail(pQuote + 1);
   }
+  const char* Number(const char* p) {
+    bool bReal = false;
+    return JSON::ScanNumber(p, text_.pEnd, bReal);
+  }
+  static const char* Literal(const char* /*p*/, const char* pNext) { return pNext; }
+  const char* NoValue(const char* p) { return text_.Fail(p); }
+  const char* Nested(const char* p) {
+    return *p == '{' ? ReadObject(text_, p, *this) : ReadArray(text_, p, *this);
+  }
 
+ private:
   Text& text_;
+  std::uint32_t nIndent_ = 0;
 };
 
-// Puts values into cells.
+// What the rows of a text have in common: the columns that they name, and whatever is rare about
+// their values.
 class CellLoader {
  public:
+  using Expected = ExpectedColumn<Column::kText>;
+
   CellLoader(Text& text, Table& table) : text_(text), table_(table) {}
 
-  // Reads the value at p into a cell.
-  const char* Load(const char* p, long lRow, std::uint32_t nColumn) {
-    if (*p == '"') return LoadString(p, lRow, nColumn);
-    if (JSON::BeginsNumber(*p)) return LoadNumber(p, lRow, nColumn);
-    const char* const pNext = Skipper(text_).Value(p);
-    if (pNext == nullptr) return nullptr;
-    switch (*p) {
-      case 't':
-        Set(lRow, nColumn, "1", CQXRecordSet::QX_BOOL);
-        break;
-      case 'f':
-        Set(lRow, nColumn, "0", CQXRecordSet::QX_BOOL);
-        break;
-      case 'n':
-        Set(lRow, nColumn, "", CQXRecordSet::QX_NULL);
-        break;
-      case '{':
-        Set(lRow, nColumn, WrittenAnew({p, static_cast<std::size_t>(pNext - p)}),
-            CQXRecordSet::QX_RECORDSET);
-        break;
-      default:
-        Set(lRow, nColumn, "", CQXRecordSet::QX_TEXT);
+  const Text::End& Limits() const { return text_.Limits(); }
+  Table& Target() const { return table_; }
+
+  Expected expected;          // the column found last is that of the next value
+  std::uint32_t nIndent = 0;  // of the rows' members
+
+  // ---- Names ------------------------------------------------------------------------------------
+
+  // The unescaped string with its opening quote at p: in the text itself where it holds neither an
+  // escape nor a NUL, else valid until the next one. Moves p behind the closing quote, or to null
+  // when there is none.
+  QXRECORDSET_HOT std::string_view ReadString(const char*& p) {
+    const char* const pContent = p + 1;
+    const char* const pStop = JSON::FindTextStop(pContent, text_.pEnd);
+    if (*pStop != '"') return Unescaped(p);
+    p = pStop + 1;
+    return {pContent, static_cast<std::size_t>(pStop - pContent)};
+  }
+
+  // Finds the column of the member `name`, which was read at pQuote and ends at its first NUL.
+  QXRECORDSET_HOT void FindColumn(const char* pQuote, std::string_view name) {
+    const bool bReaches = text_.Reaches(pQuote);
+    const Column* pColumn = bReaches ? table_.columns.AddAgain(pQuote + 1, text_.pEnd) : nullptr;
+    if (pColumn == nullptr) {
+      const bool bInText = name.data() == pQuote + 1;
+      if (!bInText) name = UpToNul(name);
+      if (expected.Take(name) != nullptr) return;
+      pColumn = &table_.columns.FindOrAdd(
+          name, bInText && bReaches ? Block16::Load(name.data())
+                                    : JSON::ExpectedName::FirstBytes(name.data(), name.size()));
+    }
+    expected.Learn(*pColumn);
+  }
+
+  [[gnu::noinline]] const char* ReadName(const char* p) {
+    const char* const pQuote = p;
+    const std::string_view name = ReadString(p);
+    if (p != nullptr) FindColumn(pQuote, name);
+    return p;
+  }
+
+  // ---- Values -----------------------------------------------------------------------------------
+
+  // Puts a text into any cell. The following do so with the value at p.
+  [[gnu::noinline]] void Set(long lRow, const Column& column, std::string_view text,
+                             std::int32_t eType) {
+    lLastRow_ = lRow;
+    table_.SetCell(lRow, column.Index(), text.data(), text.size(), eType);
+  }
+
+  [[gnu::noinline]] const char* LoadString(const char* p, long lRow, const Column& column) {
+    const std::string_view text = ReadString(p);
+    if (p != nullptr) Set(lRow, column, UpToNul(text), CQXRecordSet::QX_TEXT);
+    return p;
+  }
+
+  [[gnu::noinline]] const char* LoadNumber(const char* p, long lRow, const Column& column) {
+    bool bReal = false;
+    const char* const pNext = JSON::ScanNumber(p, text_.pEnd, bReal);
+    const std::string_view digits(p, static_cast<std::size_t>(pNext - p));
+    if (bReal) {
+      Set(lRow, column, "", CQXRecordSet::QX_TEXT);
+    } else if (JSON::IsCanonicalInteger(digits)) {
+      Set(lRow, column, digits, CQXRecordSet::QX_LONG);
+    } else {
+      char szDigits[JSON::kMaxDecimal<long>];
+      const char* const pEnd = JSON::WriteDecimal(JSON::ReadDecimal<long>(digits), szDigits);
+      Set(lRow, column, {szDigits, static_cast<std::size_t>(pEnd - szDigits)},
+          CQXRecordSet::QX_LONG);
     }
     return pNext;
   }
 
-  // The unescaped string with its opening quote at p: in the text itself where it holds no escape,
-  // else valid until the next one. Moves p behind the closing quote, or to null when there is none.
-  std::string_view ReadString(const char*& p) {
+  [[gnu::noinline]] const char* LoadNested(const char* p, long lRow, const Column& column) {
+    const char* const pNext = Skipper(text_).Value(p, *p);
+    if (pNext == nullptr) return nullptr;
+    if (*p == '{') {
+      Set(lRow, column, WrittenAnew({p, static_cast<std::size_t>(pNext - p)}),
+          CQXRecordSet::QX_RECORDSET);
+    } else {
+      Set(lRow, column, "", CQXRecordSet::QX_TEXT);
+    }
+    return pNext;
+  }
+
+  [[gnu::noinline]] const char* NoValue(const char* p) { return text_.Fail(p); }
+
+  // Lets the row's array, which has `cells` so far, reach a column, unless the cell belongs
+  // somewhere else.
+  [[gnu::noinline]] Rows::Cells MakeRoom(long lRow, std::uint32_t nPosition, Rows::Cells cells) {
+    lLastRow_ = lRow;
+    if (cells.pFirst == nullptr) cells = table_.rows.CellsToFill(lRow);
+    if (nPosition < cells.nCount) return cells;
+    table_.rows.EnsureCell(lRow, nPosition + 1);
+    return table_.rows.CellsOf(lRow);
+  }
+
+  long LastRow() const { return lLastRow_; }
+
+  // Nothing was read so far, into an empty table.
+  void Restart() {
+    lLastRow_ = 0;
+    expected.Forget();
+    if (table_.columns.Count() != 0) table_.Reset();
+  }
+
+ private:
+  // A string that has to be copied.
+  [[gnu::noinline]] std::string_view Unescaped(const char*& p) {
     const char* const pContent = p + 1;
     const char* const pStop = JSON::FindQuoteOrBackslash(pContent, text_.pEnd);
-    const std::size_t nPlain = static_cast<std::size_t>(pStop - pContent);
-    if (pStop != text_.pEnd && *pStop == '"') {
-      p = pStop + 1;
-      return {pContent, nPlain};
-    }
     const char* const pClosing = JSON::FindStringEnd(pStop, text_.pEnd);
     if (pClosing == nullptr) {
       p = text_.Fail(pContent);
@@ -127,46 +199,9 @@ class CellLoader {
     }
     p = pClosing + 1;
     strUnescaped_.resize(static_cast<std::size_t>(pClosing - pContent));  // it never gets longer
-    std::copy(pContent, pStop, strUnescaped_.begin());
-    char* pWrite = strUnescaped_.data() + nPlain;
-    JSON::Unescape(pStop, text_.pEnd, pWrite);
+    char* pWrite = std::copy(pContent, pStop, strUnescaped_.data());
+    if (pStop != pClosing) JSON::Unescape(pStop, text_.pEnd, pWrite);
     return {strUnescaped_.data(), static_cast<std::size_t>(pWrite - strUnescaped_.data())};
-  }
-
-  // The same for a name, which ends at its first NUL.
-  std::string_view ReadName(const char*& p) { return UpToNul(ReadString(p)); }
-
- private:
-  void Set(long lRow, std::uint32_t nColumn, std::string_view text, CQXRecordSet::QX_TYPE eType) {
-    table_.SetCell(lRow, nColumn, text.data(), text.size(), eType);
-  }
-
-  const char* LoadString(const char* p, long lRow, std::uint32_t nColumn) {
-    const char* const pStop = JSON::FindTextStop(p + 1, text_.pEnd);
-    if (*pStop == '"') {
-      Set(lRow, nColumn, {p + 1, static_cast<std::size_t>(pStop - p - 1)}, CQXRecordSet::QX_TEXT);
-      return pStop + 1;
-    }
-    const std::string_view text = ReadString(p);
-    if (p != nullptr) Set(lRow, nColumn, UpToNul(text), CQXRecordSet::QX_TEXT);
-    return p;
-  }
-
-  const char* LoadNumber(const char* p, long lRow, std::uint32_t nColumn) {
-    bool bReal = false;
-    const char* const pNext = JSON::ScanNumber(p, text_.pEnd, bReal);
-    const std::string_view digits(p, static_cast<std::size_t>(pNext - p));
-    if (bReal) {
-      Set(lRow, nColumn, "", CQXRecordSet::QX_TEXT);
-    } else if (JSON::IsCanonicalInteger(digits)) {
-      Set(lRow, nColumn, digits, CQXRecordSet::QX_LONG);
-    } else {
-      char szDigits[JSON::kMaxDecimal<long>];
-      const char* const pEnd = JSON::WriteDecimal(JSON::ReadDecimal<long>(digits), szDigits);
-      Set(lRow, nColumn, {szDigits, static_cast<std::size_t>(pEnd - szDigits)},
-          CQXRecordSet::QX_LONG);
-    }
-    return pNext;
   }
 
   // The text of an object as the library writes it; valid until the next one.
@@ -182,61 +217,126 @@ class CellLoader {
 
   Text& text_;
   Table& table_;
+  long lLastRow_ = 0;  // the last row that received a cell
   std::string strUnescaped_;
   std::string strObject_;
   std::optional<JSON::Message> message_;  // made for the first object
 };
 
-// The members of one row.
+// The members of a row. Nearly all rows that arrive were written by a program: their members have
+// the names that the row before had, in the same order, and their values are short. Such values go
+// from the text into their cells by a few comparisons of sixteen bytes.
+//
+// What is rare is left to the loader, so that no other function gets the address of a row: the
+// compiler keeps it in registers.
 class RowSink {
  public:
-  RowSink(const Text& text, Table& table, CellLoader& cells)
-      : table_(table), cells_(cells), plain_(table, expected_, text.pEnd) {}
+  RowSink(CellLoader& loader, long lRow)
+      : loader_(loader),
+        end_(loader.Limits()),
+        table_(loader.Target()),
+        lRow_(lRow),
+        expected_(loader.expected) {}
 
-  void BeginRow(long lRow) { lRow_ = lRow; }
-  void Complete() {}
+  QXRECORDSET_HOT void Complete() { loader_.expected = expected_; }
+  std::uint32_t& Indent() { return loader_.nIndent; }
 
-  JSON::Due Shortcut(const char*& p) {
-    const char* const pDue = p;
-    p = plain_.Read(p, lRow_);
-    if (p == pDue) return JSON::Due::kItem;
-    lLastRow_ = lRow_;
-    return PlainMembers::IsRowEnd(p) ? JSON::Due::kNothing : JSON::Due::kItem;
+  QXRECORDSET_HOT bool Expects(const char* pName) const {
+    const Column* const pColumn = expected_.Get();
+    return pColumn != nullptr && pColumn->name.MatchesMember(pName, end_.pEnd);
   }
-
-  const char* Name(const char* p) {
-    const std::string_view name = cells_.ReadName(p);
-    if (p != nullptr) SetColumn(name);
+  QXRECORDSET_HOT const char* TakeExpected(const char* pName) {
+    const Column& column = *expected_.Get();
+    expected_.Found(column);
+    return pName + column.name.Length() + 2;
+  }
+  QXRECORDSET_HOT const char* Name(const char* p) {
+    loader_.expected = expected_;
+    p = loader_.ReadName(p);
+    Expect();
     return p;
   }
 
-  const char* Value(const char* p) {
-    lLastRow_ = lRow_;
-    return cells_.Load(p, lRow_, nColumn_);
+  // The loader found the column of the next value.
+  QXRECORDSET_HOT void Expect() { expected_ = loader_.expected; }
+
+  QXRECORDSET_HOT const char* Value(const char* p, char c) {
+    p = JSON::ReadValue(end_, p, c, *this);
+    if (value_.pText != nullptr) Put();
+    return p;
   }
 
-  long LastRow() const { return lLastRow_; }
-  void SetColumn(std::string_view name) {
-    const Column* const pColumn = expected_.Take(name);
-    nColumn_ =
-        (pColumn != nullptr ? *pColumn : expected_.Learn(table_.columns.FindOrAdd(name))).Index();
+  QXRECORDSET_HOT const char* String(const char* p) {
+    if (!JSON::Usually(end_.Reaches(p))) return Loaded(loader_.LoadString(p, lRow_, Found()));
+    const std::uint32_t nStop = Block16::Load(p + 1).QuoteBackslashOrNul();
+    const char* const pStop = nStop != 0 ? p + 1 + JSON::LowestBit(nStop)
+                                         : JSON::FindTextStop(p + 1 + Block16::kBytes, end_.pEnd);
+    if (!JSON::Usually(*pStop == '"')) return Loaded(loader_.LoadString(p, lRow_, Found()));
+    value_ = {p + 1, static_cast<std::size_t>(pStop - p - 1), CQXRecordSet::QX_TEXT};
+    return pStop + 1;
   }
 
-  // Nothing was read so far, into an empty table.
-  void Restart() {
-    lLastRow_ = 0;
-    expected_.Forget();
-    if (table_.columns.Count() != 0) table_.Reset();
+  // Digits as the library writes them are the cell's text as they stand.
+  QXRECORDSET_HOT const char* Number(const char* p) {
+    const unsigned nLength = end_.Reaches(p) ? JSON::CanonicalLength(p) : 0;
+    if (nLength == 0 || JSON::kNumberMarks[p[nLength]] != JSON::NumberMark::kNone) {
+      return Loaded(loader_.LoadNumber(p, lRow_, Found()));
+    }
+    value_ = {p, nLength, CQXRecordSet::QX_LONG};
+    return p + nLength;
   }
+
+  QXRECORDSET_HOT const char* Literal(const char* p, const char* pNext) {
+    value_ = *p == 'n' ? Plain{"", 0, CQXRecordSet::QX_NULL}
+                       : Plain{*p == 't' ? "1" : "0", 1, CQXRecordSet::QX_BOOL};
+    return pNext;
+  }
+
+  QXRECORDSET_HOT const char* Nested(const char* p) {
+    return Loaded(loader_.LoadNested(p, lRow_, Found()));
+  }
+  QXRECORDSET_HOT const char* NoValue(const char* p) { return Loaded(loader_.NoValue(p)); }
 
  private:
+  // What goes into a cell; without a text when the loader put it there. A block can be read at any
+  // text but "", "0" and "1".
+  struct Plain {
+    const char* pText;
+    std::size_t nLength;
+    std::int32_t eType;
+  };
+
+  const Column& Found() const { return *expected_.Last(); }
+
+  // The loader read the value, and may have moved the cells.
+  QXRECORDSET_HOT const char* Loaded(const char* p) {
+    value_.pText = nullptr;
+    cells_ = {nullptr, 0};
+    return p;
+  }
+
+  // Puts the value into its cell, mostly one that is there and does not exist yet.
+  QXRECORDSET_HOT void Put() {
+    const std::uint32_t nPosition = Found().nPosition;
+    if (!JSON::Usually(nPosition < cells_.nCount)) {
+      cells_ = loader_.MakeRoom(lRow_, nPosition, cells_);
+    }
+    if (JSON::Usually(nPosition < cells_.nCount && !cells_.pFirst[nPosition].Exists())) {
+      cells_.pFirst[nPosition] = {table_.texts.StoreReadable(value_.pText, value_.nLength),
+                                  static_cast<std::uint32_t>(value_.nLength), value_.eType};
+    } else {
+      loader_.Set(lRow_, Found(), {value_.pText, value_.nLength}, value_.eType);
+      cells_ = {nullptr, 0};
+    }
+  }
+
+  CellLoader& loader_;
+  const Text::End end_;
   Table& table_;
-  CellLoader& cells_;
-  PlainMembers::Expected expected_;
-  PlainMembers plain_;
-  long lRow_ = 1;
-  long lLastRow_ = 0;  // the last row that received a cell
-  std::uint32_t nColumn_ = 0;
+  const long lRow_;
+  CellLoader::Expected expected_;     // the loader's, while the row is read
+  Rows::Cells cells_ = {nullptr, 0};  // of the row, once it has any
+  Plain value_ = {nullptr, 0, 0};     // the one that is read
 };
 
 // The elements of "rows". A null ends the rows; what is no object loads nothing and uses up its row
@@ -244,38 +344,41 @@ class RowSink {
 class RowsSink {
  public:
   // The array begins at pBegin.
-  RowsSink(Text& text, const char* pBegin, RowSink& row, Table& table)
+  RowsSink(Text& text, const char* pBegin, CellLoader& cells)
       : text_(text),
         pBegin_(pBegin),
-        row_(row),
-        table_(table),
+        cells_(cells),
         progress_{0, static_cast<std::size_t>(text.pEnd - pBegin)} {
-    table_.Follow(&progress_);
+    cells_.Target().Follow(&progress_);
   }
-  ~RowsSink() { table_.Follow(nullptr); }
+  ~RowsSink() { cells_.Target().Follow(nullptr); }
   RowsSink(const RowsSink&) = delete;
   RowsSink& operator=(const RowsSink&) = delete;
 
-  static JSON::Due Shortcut(const char*& /*p*/) { return JSON::Due::kItem; }
+  std::uint32_t& Indent() { return nIndent_; }
   void Missing() { bEnded_ = true; }
-  const char* Element(const char* p) {
+  const char* Element(const char* p, char c) {
     ++lRow_;
-    if (bEnded_ || *p != '{') {
-      bEnded_ = bEnded_ || *p == 'n';
-      return Skipper(text_).Value(p);
+    if (bEnded_ || c != '{') {
+      bEnded_ = bEnded_ || c == 'n';
+      return Skipper(text_).Value(p, c);
     }
     progress_.nDone = static_cast<std::size_t>(p - pBegin_);
-    row_.BeginRow(lRow_);
-    return ReadObject(text_, p, row_);
+    return ReadRow(p);
   }
 
  private:
+  [[gnu::noinline]] const char* ReadRow(const char* p) {
+    RowSink row(cells_, lRow_);
+    return ReadObject(text_, p, row);
+  }
+
   Text& text_;
   const char* const pBegin_;
-  RowSink& row_;
-  Table& table_;
+  CellLoader& cells_;
   recordset::BumpBlocks::Progress progress_;
   long lRow_ = 0;
+  std::uint32_t nIndent_ = 0;
   bool bEnded_ = false;
 };
 
@@ -283,55 +386,48 @@ class RowsSink {
 // members as row 1. Members before "rows" are loaded until it turns out which it is.
 class DocumentSink {
  public:
-  DocumentSink(Text& text, Table& table)
-      : text_(text), table_(table), cells_(text, table), row_(text, table, cells_) {}
+  DocumentSink(Text& text, Table& table) : text_(text), cells_(text, table), row_(cells_, 1) {}
 
   void Complete() {}
+  std::uint32_t& Indent() { return cells_.nIndent; }
 
-  JSON::Due Shortcut(const char*& p) {
-    if (bRowsRead_ || (bRowsCut_ && !bRowsSeen_)) return JSON::Due::kItem;
-    const char* const pDue = p;
-    const JSON::Due due = row_.Shortcut(p);
-    if (p != pDue && due == JSON::Due::kItem && !bRowsSeen_) {
-      // A column of that name may also stem from the member that was left.
-      const Column* const pRows = table_.columns.Find(szRows);
-      bRowsSeen_ = pRows != nullptr && table_.rows.FindCell(1, pRows->Index()) != nullptr;
-    }
-    return due;
-  }
+  // Any name may turn out to be "rows".
+  static bool Expects(const char* /*pName*/) { return false; }
+  static const char* TakeExpected(const char* pName) { return pName; }
 
   const char* Name(const char* p) {
+    pQuote_ = p;
     name_ = cells_.ReadString(p);
     return p;
   }
 
-  const char* Value(const char* p) {
-    if (bRowsRead_) return Skipper(text_).Value(p);
+  const char* Value(const char* p, char c) {
+    if (bRowsRead_) {
+      return Skipper(text_).Value(p, c);
+    }
     const bool bFirstRows = !bRowsSeen_ && name_ == szRows;
     bRowsSeen_ = bRowsSeen_ || bFirstRows;
-    if (bFirstRows && *p == '[') {
+    if (bFirstRows && c == '[') {
       bRowsRead_ = true;
-      row_.Restart();
-      RowsSink rows(text_, p, row_, table_);
+      cells_.Restart();
+      RowsSink rows(text_, p, cells_);
       return ReadArray(text_, p, rows);
     }
-    const std::string_view column = UpToNul(name_);
-    bRowsCut_ = bRowsCut_ || (column == szRows && name_ != szRows);
-    row_.SetColumn(column);
-    return row_.Value(p);
+    cells_.FindColumn(pQuote_, name_);
+    row_.Expect();
+    return row_.Value(p, c);
   }
 
-  long LastRow() const { return row_.LastRow(); }
+  long LastRow() const { return cells_.LastRow(); }
 
  private:
   Text& text_;
-  Table& table_;
   CellLoader cells_;
-  RowSink row_;
-  std::string_view name_;   // of the member whose value comes next
+  RowSink row_;                   // row 1
+  const char* pQuote_ = nullptr;  // of the member whose value comes next
+  std::string_view name_;
   bool bRowsSeen_ = false;  // a member "rows" was there
   bool bRowsRead_ = false;  // and it was an array
-  bool bRowsCut_ = false;   // a member of another name was cut to "rows" by a NUL
 };
 
 // Loads the text into an empty table. False when it is no JSON object; the table is then of no use.

@@ -5,7 +5,7 @@
 //
 // A cell's text belongs to the table's text store, and goes back to it when the cell gets another:
 // SetCell() sees to that. A reader of a text may also fill a cell that does not exist yet, as
-// PlainMembers.h does.
+// RecordSetLoad.cpp does.
 //
 //   const Column& column = table.columns.FindOrAdd(name);
 //   table.SetCell(lRow, column.Index(), pText, nLength, CQXRecordSet::QX_TEXT);

@@ -65,7 +65,7 @@ class TextStore {
 
   // The same, where a whole block may be read at a text other than "", "0" and "1". What follows
   // the text there is written behind its copy, where no text is stored yet.
-  const char* StoreReadable(const char* text, std::size_t length) {
+  QXRECORDSET_HOT const char* StoreReadable(const char* text, std::size_t length) {
     constexpr std::size_t kBlock = JSON::Block16::kBytes;
     static_assert(kBlock <= BumpBlocks::kSlack);
     if (length <= 1) {

@@ -28,6 +28,11 @@
 
 namespace JSON {
 
+// The condition, which mostly holds: what it usually leads to is kept in registers.
+QXRECORDSET_HOT bool Usually(bool bCondition) {
+  return __builtin_expect(static_cast<long>(bCondition), 1L) != 0;
+}
+
 // Number of zero bits below the lowest set bit. REQUIRES: mask is not 0.
 inline unsigned LowestBit(std::uint32_t mask) {
   assert(mask != 0);

@@ -5,55 +5,143 @@
 // containers with ReadObject and ReadArray and hands in a sink that takes what stands between the
 // punctuation:
 //
-//   object sink:  p = sink.Name(p)      reads the name; p on its opening quote
-//                 p = sink.Value(p)     reads the value; white space before it is skipped
-//                 sink.Complete()       the members are all there
-//   array sink:   p = sink.Element(p)   reads an element; white space before it is skipped
-//                 sink.Missing()        a comma or bracket stands where an element should begin
-//   both:         sink.Shortcut(p)      p where a member or an element is due: the sink may read as
-//                                       many as it likes itself, commas included. It moves p to
-//                                       where it stopped and tells what is due there.
+//   object sink:  sink.Expects(p)          whether the name that is expected stands at p, behind
+//   its
+//                                          quote, with a quote and a colon; 32 bytes are left there
+//                 p = sink.TakeExpected(p) takes it; the position behind the colon
+//                 p = sink.Name(p)         reads any name; p on its opening quote
+//                 p = sink.Value(p, c)     reads the value; c is its first byte
+//                 sink.Complete()          the members are all there
+//   array sink:   p = sink.Element(p, c)   reads an element; c is its first byte. A comma or
+//   bracket
+//                                          changes nothing
+//                 sink.Missing()           a comma or bracket stands where an element should begin
+//   both:         sink.Indent()            a number that TextEnd::SkipIndent keeps
+//
+// Value and Element may leave it to ReadValue to tell the kinds of values, and then take them:
+//
+//                 p = sink.String(p), sink.Number(p), sink.Nested(p)
+//                 p = sink.Literal(p, pNext)   a literal that ends at pNext
+//                 sink.NoValue(p)              no value begins at p; null
 //
 // All other functions take the position to read and return the position behind what they read, or
 // null for a failure; Text::pStop then holds the position where it was found. Where a text may
 // break off, or an element be missing, is decided here and nowhere else.
 //
 // A position is never beyond the end of the text: it moves by one only over a byte that was looked
-// at and is no NUL, and Text::Peek gives a NUL at the end.
+// at and is no NUL, and TextEnd::Peek gives a NUL at the end. Only where TextEnd::Reaches says so
+// is more than that looked at: names, values and indentation are compared in blocks there.
+//
+// The loops are inline and work on copies, of the text's end and in the sinks, so that all of it
+// can be kept in registers. A sink that takes part in this is a local variable, its usual functions
+// are inline, and rare ones belong to another object.
 
 #ifndef QXRECORDSET_TEXT_GRAMMAR_H
 #define QXRECORDSET_TEXT_GRAMMAR_H
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
+#include "text/ExpectedName.h"
 #include "text/Scan.h"
 
 namespace JSON {
 
-// The text that is read, and what all readers of it share. Of a terminated text, such as a
-// std::string holds, the byte at pEnd may be read and is a NUL: that saves a comparison per byte.
-template <typename CharType, bool bTerminated = false>
-struct Text {
+// Where a text ends, and what follows from it. Of a terminated text, such as a std::string holds,
+// the byte at pEnd may be read and is a NUL: that saves a comparison per byte.
+template <typename CharType, bool bTerminated>
+class TextEnd {
+ public:
   using Char = CharType;
 
-  Char* pEnd;             // one past the last byte
-  Char* pStop = nullptr;  // where the last failure was found
-  int nMayOpen;           // containers that may still be opened, one within the other
-
-  Text(Char* pTextEnd, int nMostNested) : pEnd(pTextEnd), nMayOpen(nMostNested) {}
+  Char* pEnd;  // one past the last byte
 
   // The byte at p, or a NUL when nothing is left. Outside of strings a NUL ends the text, too.
   char Peek(const Char* p) const { return !bTerminated && p == pEnd ? '\0' : *p; }
   bool AtEnd(const Char* p) const { return Peek(p) == '\0'; }
 
+  // Whether more than kReach bytes are left at p: two blocks, or a block behind a quote.
+  bool Reaches(const Char* p) const { return reinterpret_cast<std::uintptr_t>(p) < nLimit_; }
+
   // The first byte at or behind p that is no white space. Most places where white space may stand
   // have none, or a single blank: these two cases are decided here.
-  Char* SkipSpace(Char* p) const {
-    if (!IsSpace(Peek(p))) return p;
+  Char* SkipSpace(Char* p) const { return IsSpace(Peek(p)) ? SkipGap(p) : p; }
+
+  // The same. REQUIRES: white space at p.
+  Char* SkipGap(Char* p) const {
     ++p;
     return IsSpace(Peek(p)) ? SkipSpaceRun(p, pEnd) : p;
   }
+
+  // The same where a member or an element is due, for which white space may be a line break and
+  // blanks. What stands in one container is indented alike: that as many blanks follow as last time
+  // is checked rather than counted, so that nothing has to wait for their number. REQUIRES: a byte
+  // at p.
+  QXRECORDSET_HOT Char* SkipIndent(Char* p, std::uint32_t& nBlanks) const {
+    constexpr std::uint32_t kBlock = Block16::kBytes;
+    if (*p != '\n') return SkipSpace(p);
+    Char* const pLine = p + 1;
+    if (static_cast<std::uintptr_t>(pEnd - pLine) > kReach + nBlanks) {
+      const std::uint32_t nFront = Block16::Load(pLine).Equals(' ');
+      const std::uint32_t nBack = Block16::Load(pLine + kBlock).Equals(' ');
+      const std::uint32_t nExpected = (std::uint32_t{1} << nBlanks) - 1;
+      if (((nFront | nBack << kBlock) & nExpected) == nExpected && pLine[nBlanks] > ' ') {
+        return pLine + nBlanks;
+      }
+    }
+    Char* const pItem = SkipSpaceRun(pLine, pEnd);
+    nBlanks = static_cast<std::uint32_t>(pItem - pLine) % (2 * kBlock);
+    return pItem;
+  }
+
+  // Moves p, where a member is due, to the quote of its name when it is one, and Reaches. Else p
+  // may be moved over white space.
+  QXRECORDSET_HOT bool SkipToQuote(Char*& p, std::uint32_t& nBlanks) const {
+    if (!Reaches(p)) return false;
+    if (Usually(*p == '"')) return true;
+    p = SkipIndent(p, nBlanks);
+    return Reaches(p) && *p == '"';
+  }
+
+  // Moves p, where a value ends, behind the comma that follows, or to what stands in its place.
+  QXRECORDSET_HOT bool SkipComma(Char*& p) const {
+    if (Peek(p) != ',') {
+      p = SkipSpace(p);
+      if (Peek(p) != ',') return false;
+    }
+    ++p;
+    return true;
+  }
+
+ protected:
+  explicit TextEnd(Char* p) : pEnd(p), nLimit_(LimitOf(p)) {}
+
+ private:
+  static constexpr std::uintptr_t kReach = std::uintptr_t{2} * Block16::kBytes;
+
+  // A number, because a short text may begin less than kReach bytes behind the first address.
+  static std::uintptr_t LimitOf(const Char* pEnd) {
+    const auto nEnd = reinterpret_cast<std::uintptr_t>(pEnd);
+    return nEnd > kReach ? nEnd - kReach : 0;
+  }
+
+  std::uintptr_t nLimit_;
+};
+
+// The text that is read, and what all readers of it share.
+template <typename CharType, bool bTerminated = false>
+struct Text : TextEnd<CharType, bTerminated> {
+  using Char = CharType;
+  using End = TextEnd<CharType, bTerminated>;
+
+  Char* pStop = nullptr;  // where the last failure was found
+  int nMayOpen;           // containers that may still be opened, one within the other
+
+  Text(Char* pTextEnd, int nMostNested) : End(pTextEnd), nMayOpen(nMostNested) {}
+
+  const End& Limits() const { return *this; }
 
   Char* Fail(Char* p) {
     pStop = p;
@@ -76,43 +164,96 @@ class Nesting {
   Text& text_;
 };
 
-// What a shortcut leaves to be read: another member or element; the comma or bracket behind one
-// that was read (or nothing more, when that one failed and p is null); or nothing, since p stands
-// behind the closing bracket.
-enum class Due { kItem, kSeparator, kNothing };
+// Whether a container begins with this byte.
+inline bool BeginsContainer(char c) { return c == '{' || c == '['; }
+
+// A literal, matched as a prefix: what follows is judged by the caller. Null for no match.
+template <typename End>
+[[gnu::noinline]] typename End::Char* FindLastLiteral(End end, typename End::Char* p) {
+  char aLast[kLongestLiteral] = {};
+  const std::ptrdiff_t nLeft = end.pEnd - p;
+  std::memcpy(aLast, p, std::min(static_cast<std::size_t>(nLeft), sizeof aLast));
+  const unsigned nLength = LiteralLength(aLast);
+  return nLength != 0 ? p + nLength : nullptr;
+}
+template <typename End>
+QXRECORDSET_HOT typename End::Char* FindLiteral(End end, typename End::Char* p) {
+  if (!end.Reaches(p)) return FindLastLiteral(end, p);
+  const unsigned nLength = LiteralLength(p);
+  return nLength != 0 ? p + nLength : nullptr;
+}
+
+// A value, by its kind. p stands on its first byte, which is c: a NUL where the text ends.
+template <typename End, typename Sink>
+QXRECORDSET_HOT typename End::Char* ReadValue(End end, typename End::Char* p, char c, Sink& sink) {
+  if (c == '"') return sink.String(p);
+  if (Usually(IsDigit(c)) || BeginsNumber(c)) return sink.Number(p);
+  if (BeginsContainer(c)) return sink.Nested(p);
+  typename End::Char* const pNext = FindLiteral(end, p);
+  return pNext != nullptr ? sink.Literal(p, pNext) : sink.NoValue(p);
+}
+
+// A member's name that is not the one expected, and its colon. p stands on its first byte.
+template <typename Text, typename Sink>
+QXRECORDSET_HOT typename Text::Char* ReadOtherName(Text& text, typename Text::Char* p, Sink& sink) {
+  if (*p != '"') return text.Fail(p);
+  p = sink.Name(p);
+  if (p == nullptr) return nullptr;
+  p = text.SkipSpace(p);
+  return text.Peek(p) == ':' ? p + 1 : text.Fail(p);
+}
 
 // Members up to the closing brace. p stands where the first of them is due.
 template <typename Text, typename Sink>
 QXRECORDSET_HOT typename Text::Char* ReadMembers(Text& text, typename Text::Char* p, Sink& sink) {
-  for (;;) {
-    const Due due = sink.Shortcut(p);
-    if (due == Due::kNothing) {
-      sink.Complete();
-      return p;
-    }
-    if (due == Due::kItem) {
-      p = text.SkipSpace(p);
-      if (text.AtEnd(p)) {
+  const typename Text::End end = text.Limits();
+  do {
+    char c = '\0';
+    if (Usually(end.SkipToQuote(p, sink.Indent()) && sink.Expects(p + 1))) {
+      p = sink.TakeExpected(p + 1);
+      c = *p;
+    } else {
+      p = end.SkipSpace(p);
+      if (end.AtEnd(p)) {
         sink.Complete();
         return p;
       }
-      if (*p != '"') return text.Fail(p);
-      p = sink.Name(p);
+      p = ReadOtherName(text, p, sink);
       if (p == nullptr) return nullptr;
-      p = text.SkipSpace(p);
-      if (text.Peek(p) != ':') return text.Fail(p);
-      p = sink.Value(text.SkipSpace(p + 1));
+      c = end.Peek(p);
     }
+    if (!Usually(!IsSpace(c))) {
+      p = end.SkipGap(p);
+      c = end.Peek(p);
+    }
+    p = sink.Value(p, c);
     if (p == nullptr) return nullptr;
-    p = text.SkipSpace(p);
-    const char cBehind = text.Peek(p);
-    if (cBehind != ',') {
-      if (cBehind != '}') return text.Fail(p);
-      sink.Complete();
-      return p + 1;
+  } while (end.SkipComma(p));
+  if (end.Peek(p) != '}') return text.Fail(p);
+  sink.Complete();
+  return p + 1;
+}
+
+// Elements up to the closing bracket. p stands where the first of them is due.
+template <typename Text, typename Sink>
+QXRECORDSET_HOT typename Text::Char* ReadElements(Text& text, typename Text::Char* p, Sink& sink) {
+  const typename Text::End end = text.Limits();
+  do {
+    char c = *p;
+    if (!Usually(!IsSpace(c))) {
+      p = end.SkipIndent(p, sink.Indent());
+      c = end.Peek(p);
     }
-    ++p;
-  }
+    typename Text::Char* const pNext = sink.Element(p, c);
+    if (pNext != nullptr) {
+      p = pNext;
+    } else {
+      if (end.Peek(p) != ',' && end.Peek(p) != ']') return nullptr;
+      sink.Missing();
+    }
+    if (!end.SkipComma(p)) return end.Peek(p) == ']' ? p + 1 : text.Fail(p);
+  } while (!end.AtEnd(p));
+  return p;
 }
 
 // An object. p stands on '{'.
@@ -120,52 +261,20 @@ template <typename Text, typename Sink>
 QXRECORDSET_HOT typename Text::Char* ReadObject(Text& text, typename Text::Char* p, Sink& sink) {
   const Nesting<Text> nesting(text);
   if (nesting.TooDeep()) return text.Fail(p);
-  ++p;
-  if (text.AtEnd(p)) return text.Fail(p);
-  p = text.SkipSpace(p);
+  if (text.AtEnd(p + 1)) return text.Fail(p + 1);
+  p = text.SkipSpace(p + 1);
   return text.Peek(p) == '}' ? p + 1 : ReadMembers(text, p, sink);
 }
 
-// Elements up to the closing bracket. p stands on '['.
+// An array. p stands on '['.
 template <typename Text, typename Sink>
 QXRECORDSET_HOT typename Text::Char* ReadArray(Text& text, typename Text::Char* p, Sink& sink) {
   const Nesting<Text> nesting(text);
   if (nesting.TooDeep()) return text.Fail(p);
-  ++p;
-  if (text.AtEnd(p)) return text.Fail(p);
-  p = text.SkipSpace(p);
+  if (text.AtEnd(p + 1)) return text.Fail(p + 1);
+  p = text.SkipSpace(p + 1);
   if (text.AtEnd(p)) return p;
-  if (*p == ']') return p + 1;
-  for (;;) {
-    const typename Text::Char* const pDue = p;
-    const Due due = sink.Shortcut(p);
-    if (due == Due::kNothing) return p;
-    if (due == Due::kItem) {
-      if (p != pDue && text.AtEnd(p)) return p;
-      p = text.SkipSpace(p);
-      if (text.Peek(p) == ',' || text.Peek(p) == ']') {
-        sink.Missing();
-      } else {
-        p = sink.Element(p);
-      }
-    }
-    if (p == nullptr) return nullptr;
-    p = text.SkipSpace(p);
-    if (text.Peek(p) == ']') return p + 1;
-    if (text.Peek(p) != ',') return text.Fail(p);
-    ++p;
-    if (text.AtEnd(p)) return p;
-  }
-}
-
-// A literal, matched as a prefix: the caller checks what follows. Null for no match.
-template <typename Text>
-typename Text::Char* ReadLiteral(Text& text, typename Text::Char* p) {
-  const std::ptrdiff_t nLeft = text.pEnd - p;
-  char aLast[kLongestLiteral] = {};
-  if (nLeft < kLongestLiteral) std::memcpy(aLast, p, static_cast<std::size_t>(nLeft));
-  const unsigned nLength = LiteralLength(nLeft < kLongestLiteral ? aLast : p);
-  return nLength != 0 ? p + nLength : text.Fail(p);
+  return *p == ']' ? p + 1 : ReadElements(text, p, sink);
 }
 
 }  // namespace JSON

@@ -21,17 +21,30 @@
 
 namespace JSON {
 
-// The first byte at or behind p that `find` marks in a block, or the end.
+// The first byte at or behind p that `find` marks in a block; null, and p moved on, when none is
+// found before less than a block is left.
 template <typename Char, typename Find>
-inline Char* FindInBlocks(Char* p, Char* pEnd, Find find) {
-  while (pEnd - p >= Block16::kBytes) {
+inline Char* FindInWholeBlocks(Char*& p, Char* pEnd, Find find) {
+  for (; pEnd - p >= Block16::kBytes; p += Block16::kBytes) {
     const std::uint32_t found = find(Block16::Load(p));
     if (found != 0) return p + LowestBit(found);
-    p += Block16::kBytes;
   }
+  return nullptr;
+}
+
+// The same where less than a block is left; or the end.
+template <typename Char, typename Find>
+[[gnu::noinline]] Char* FindInRest(Char* p, Char* pEnd, Find find) {
   const auto nRest = static_cast<std::size_t>(pEnd - p);
   const std::uint32_t found = find(Block16::LoadFirst(p, nRest)) & ((1u << nRest) - 1);
   return found != 0 ? p + LowestBit(found) : pEnd;
+}
+
+// The first byte at or behind p that `find` marks in a block, or the end.
+template <typename Char, typename Find>
+inline Char* FindInBlocks(Char* p, Char* pEnd, Find find) {
+  Char* const pFound = FindInWholeBlocks(p, pEnd, find);
+  return pFound != nullptr ? pFound : FindInRest(p, pEnd, find);
 }
 
 // The first byte at or behind p that is no white space, or the end. A run of white space is mostly
@@ -92,11 +105,27 @@ struct NumberMarks {
 };
 inline constexpr NumberMarks kNumberMarks;
 
-// The end of the number token that continues at p: the first byte outside "+-0123456789.eE". The
-// last byte of the text is never part of a token. `bReal` is set when one of ".eE" is passed.
-// Digits come in runs with few marks between them, so it is the runs that are skipped.
+// The same near the end of the text.
 template <typename Char>
-inline Char* ScanNumberRest(Char* p, Char* pEnd, bool& bReal) {
+[[gnu::noinline]] Char* ScanLastNumber(Char* p, Char* pEnd, bool& bReal) {
+  for (; p < pEnd - 1; ++p) {
+    const NumberMark mark = kNumberMarks[*p];
+    if (mark == NumberMark::kNone && (*p < '0' || *p > '9')) {
+      break;
+    }
+    bReal = bReal || mark == NumberMark::kReal;
+  }
+  return p < pEnd ? p : pEnd - 1;
+}
+
+// The end of the number token at p: the first byte outside "+-0123456789.eE". The last byte of the
+// text is never part of a token. `bReal` tells whether one of ".eE" was passed. Digits come in runs
+// with few marks between them, so it is the runs that are skipped. REQUIRES: a digit or a sign at
+// p.
+template <typename Char>
+QXRECORDSET_HOT Char* ScanNumber(Char* p, Char* pEnd, bool& bReal) {
+  bReal = false;
+  ++p;
   while (pEnd - p > Block16::kBytes) {
     const std::uint32_t other = Block16::Load(p).NonDigits();
     if (other == 0) {
@@ -109,20 +138,7 @@ inline Char* ScanNumberRest(Char* p, Char* pEnd, bool& bReal) {
     bReal = bReal || mark == NumberMark::kReal;
     ++p;
   }
-  for (; p < pEnd - 1; ++p) {
-    const NumberMark mark = kNumberMarks[*p];
-    if (mark == NumberMark::kNone && (*p < '0' || *p > '9')) break;
-    bReal = bReal || mark == NumberMark::kReal;
-  }
-  return p;
-}
-
-// The same for a token that begins at p. REQUIRES: a digit or a sign at p.
-template <typename Char>
-inline Char* ScanNumber(Char* p, Char* pEnd, bool& bReal) {
-  assert(BeginsNumber(*p));
-  bReal = false;
-  return ScanNumberRest(pEnd - p > 1 ? p + 1 : p, pEnd, bReal);
+  return ScanLastNumber(p, pEnd, bReal);
 }
 
 // Reads string content from p, which stands on a '\', to the closing quote, and writes the
