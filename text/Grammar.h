@@ -5,16 +5,14 @@
 // containers with ReadObject and ReadArray and hands in a sink that takes what stands between the
 // punctuation:
 //
-//   object sink:  sink.Expects(p)          whether the name that is expected stands at p, behind
-//   its
-//                                          quote, with a quote and a colon; 32 bytes are left there
+//   object sink:  sink.Expects(p)          whether the expected name stands at p, behind its quote,
+//                                          with a quote and a colon; 32 bytes are left there
 //                 p = sink.TakeExpected(p) takes it; the position behind the colon
 //                 p = sink.Name(p)         reads any name; p on its opening quote
 //                 p = sink.Value(p, c)     reads the value; c is its first byte
 //                 sink.Complete()          the members are all there
-//   array sink:   p = sink.Element(p, c)   reads an element; c is its first byte. A comma or
-//   bracket
-//                                          changes nothing
+//   array sink:   p = sink.Element(p, c)   reads an element; c is its first byte. At a comma or a
+//                                          bracket it changes nothing
 //                 sink.Missing()           a comma or bracket stands where an element should begin
 //   both:         sink.Indent()            a number that TextEnd::SkipIndent keeps
 //
