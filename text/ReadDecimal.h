@@ -47,8 +47,9 @@ Integer ReadDecimal(const char* pText) {
   constexpr int kSurelyFit = 18;  // digits of any number that a long long holds
   if (pText == nullptr) return 0;
   const char* p = pText;
-  while (IsCSpace(*p))
+  while (IsCSpace(*p)) {
     ++p;
+  }
   const char* const pNumber = p;
   const bool bNegative = *p == '-';
   if (bNegative || *p == '+') ++p;
