@@ -82,7 +82,16 @@ void TreeLife::FieldContainer() {
   if (FindElement(spot)) GiveContainerTo(spot);
 }
 
-void TreeLife::RootContainer() { GiveContainerTo({&Root(), &model}); }
+// A root in a message's pool has to be given up by the message.
+void TreeLife::RootContainer() {
+  if (pMessage != nullptr && random.OneIn(2)) {
+    *pMessage = JSON::Message(pMessage->bInPlace);
+    const CountedMemory::Aside aside;
+    model = Node();
+    bRenewed = true;
+  }
+  GiveContainerTo({&Root(), &model});
+}
 
 void TreeLife::FieldType() {
   Spot spot{nullptr, nullptr};

@@ -217,6 +217,7 @@ void TreeLife::GrowSlowly() {
         pMessage->Set(nSize + i, 1);
       }
     }
+    if (bCopy) model.home = Home::kPool;
     Expect((*pMessage)[nSize + kRounds].AsInt() == 1, "the last element");
     const std::size_t nOne = static_cast<std::size_t>(nSize) * sizeof(Value);
     Expect(CountedMemory::Live() <= nBefore + 7 * nOne + 65536, "memory grows with each use");
