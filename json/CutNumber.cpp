@@ -5,7 +5,6 @@
 #include "json/CutNumber.h"
 
 #include <cstddef>
-#include <cstring>
 
 #include "json/Items.h"
 #include "json/ScalarText.h"
@@ -22,11 +21,7 @@ void OwnCutNumber(CompositeValue& container, const char* pEnd) {
     const bool bNumber = last.eType == jtInteger || last.eType == jtDouble;
     if (bNumber && !last.bOwnsText && last.pText + last.nLength == pEnd - 1 &&
         IsRealByte(pEnd[-1])) {
-      const std::size_t nBytes = static_cast<std::size_t>(pEnd - last.pText);
-      char* const pCopy = new char[nBytes + 1];
-      std::memcpy(pCopy, last.pText, nBytes);
-      pCopy[nBytes] = '\0';
-      last.pText = pCopy;
+      last.pText = NewText({last.pText, static_cast<std::size_t>(pEnd - last.pText)});
       last.bOwnsText = true;
     }
     pContainer = last.pComposite;

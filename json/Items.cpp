@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "json/JSONValue.h"
+#include "memory/Spare.h"
 
 namespace JSON {
 namespace {
@@ -50,18 +51,13 @@ void Items::Grow(Sequence<T>& items, Arena* pArena, std::size_t nCapacity) {
   items.bHandedOut = items.bHandedOut || !bPool;
 }
 
-// Twice the room there was, or what is needed when that is more, or when there is not enough memory
-// for twice.
+// Twice the room there was, or what is needed when that is more; less when memory runs out.
 template <typename T>
 void Items::GrowAhead(Sequence<T>& items, Arena* pArena, std::size_t nCount) {
   const std::size_t nDouble = std::min(std::size_t{items.nSize} * 2, kMostItems);
   const std::size_t nAhead = std::max({nCount, nDouble, kFirstCapacity});
-  if (nAhead == nCount) return Grow(items, pArena, nCount);
-  try {
-    Grow(items, pArena, nAhead);
-  } catch (const std::bad_alloc&) {
-    Grow(items, pArena, nCount);
-  }
+  memory::WithSpare(nCount, nAhead - nCount,
+                    [&](std::size_t nCapacity) { Grow(items, pArena, nCapacity); });
 }
 
 template <typename T>

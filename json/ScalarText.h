@@ -7,6 +7,7 @@
 #ifndef QXRECORDSET_JSON_SCALARTEXT_H
 #define QXRECORDSET_JSON_SCALARTEXT_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <string_view>
@@ -52,6 +53,13 @@ inline std::string_view ScalarText(const JSONValue& value) {
     default:
       return {};
   }
+}
+
+// A private copy, as values and names own it: NUL-terminated, released with delete[].
+inline char* NewText(std::string_view text) {
+  char* const pCopy = new char[text.size() + 1];
+  *std::copy(text.begin(), text.end(), pCopy) = '\0';
+  return pCopy;
 }
 
 }  // namespace JSON

@@ -19,16 +19,8 @@ namespace {
 // A container that is copied to the heap gets room for this many items, at least.
 constexpr std::uint32_t kHeapReserve = 4;
 
-// A private copy, as values and names own it: released with delete[].
-const char* Duplicate(std::string_view text) {
-  char* const pCopy = new char[text.size() + 1];
-  std::copy(text.begin(), text.end(), pCopy);
-  pCopy[text.size()] = '\0';
-  return pCopy;
-}
-
 void GiveText(JSONValue& value, std::string_view text) {
-  value.pText = Duplicate(text);
+  value.pText = NewText(text);
   value.nLength = static_cast<int>(text.size());
   value.bOwnsText = true;
 }
@@ -182,7 +174,7 @@ bool TreeCopy::CopyName(const ObjectValue::NameMap& source, ObjectValue& target)
   if (bOwns) {
     Items::HandOut(target.vNameMap);
     if (name.pName != nullptr) {
-      name.pName = Duplicate({name.pName, static_cast<std::size_t>(name.nLength)});
+      name.pName = NewText({name.pName, static_cast<std::size_t>(name.nLength)});
     }
     name.bOwnsName = true;
   } else if (name.pName != nullptr) {

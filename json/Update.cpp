@@ -13,6 +13,7 @@
 #include "json/JSONMessage.h"
 #include "json/JSONSerialize.h"
 #include "json/JSONValue.h"
+#include "json/ScalarText.h"
 #include "json/Storage.h"
 #include "json/TreeRelease.h"
 
@@ -29,8 +30,7 @@ class PrivateText {
   explicit PrivateText(const char* pText) : nLength_(pText != nullptr ? std::strlen(pText) : 0) {
     if (nLength_ > INT_MAX) throw std::bad_alloc();
     if (pText == nullptr) return;
-    pCopy_.reset(new char[nLength_ + 1]);
-    std::memcpy(pCopy_.get(), pText, nLength_ + 1);
+    pCopy_.reset(NewText({pText, nLength_}));
   }
 
   int Length() const { return static_cast<int>(nLength_); }
