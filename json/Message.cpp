@@ -15,14 +15,18 @@
 #include "json/TreeCopy.h"
 #include "json/TreeReader.h"
 #include "json/TreeRelease.h"
+#include "memory/KeptBlocks.h"
 
 namespace JSON {
+
+using memory::KeptBlocks;
+
 namespace {
 
 // What a tree takes, very roughly, for each byte of text, and beside that. The pool's first block
 // has a bound of its own, far below texts for which the product would be too large.
 constexpr std::size_t kTreeBytesPerByte = 4;
-constexpr std::size_t kTreeBytesAtLeast = 512;
+constexpr std::size_t kTreeBytesAtLeast = 640;
 constexpr std::size_t kLongText = std::size_t{1} << 24;
 
 Arena* PoolFor(std::size_t nText) {
@@ -48,6 +52,7 @@ Message& Message::operator=(const Message& source) {
 Message::~Message() {
   ReleaseRoot();
   if (bOwnsText) delete[] pText;
+  KeptBlocks::GiveText(strText);
   if (pArena != nullptr) {
     Arena::Destroy(pArena);
   }
@@ -104,6 +109,7 @@ char* Message::TakeCopy(const char* text, std::size_t nText) {
   if (strText.capacity() / kMostRoom > nLonger) {
     std::string(text, nText).swap(strText);
   } else {
+    if (strText.empty()) KeptBlocks::TakeText(strText, nText);
     strText.assign(text, nText);
   }
   return strText.data();
@@ -199,6 +205,7 @@ void Message::CopyTo(Message& target) const {
   }
   std::string strCopy;
   if (pStart != nullptr) {
+    KeptBlocks::TakeText(strCopy, static_cast<std::size_t>(pEnd - pStart));
     strCopy.assign(pStart, static_cast<std::size_t>(pEnd - pStart));
   }
   target.ReleaseRoot();

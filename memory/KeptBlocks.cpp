@@ -1,6 +1,6 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The kept blocks: a list for each standard size.
+// The store of what is kept: a list of blocks for each standard size, and one text.
 
 #include "memory/KeptBlocks.h"
 
@@ -8,7 +8,7 @@
 #include <new>
 #include <utility>
 
-#include "memory/Poison.h"
+#include "memory/Checkers.h"
 
 namespace memory {
 namespace {
@@ -32,23 +32,57 @@ constexpr bool IsStandard(std::size_t nBytes) {
          (nBytes & (nBytes - 1)) == 0;
 }
 
+// A kept buffer is used for texts of this part of its size and longer ones.
+constexpr std::size_t kMostRoom = 4;
+
+struct Content {
+  Link* apFirst[kLists] = {};
+  std::string* pText = nullptr;
+  std::size_t nBytes = 0;  // in all that is kept
+};
+
 // Is constant to begin with and needs no destruction, so that objects of static storage may use it
 // before and after anything else.
 struct Store {
-  std::atomic_flag bBusy = ATOMIC_FLAG_INIT;
-  Link* apFirst[kLists] = {};
-  std::size_t nBytes = 0;  // in all blocks that are kept
-  bool bClosed = false;    // the library is being unloaded
+  std::atomic<bool> bBusy{false};          // a thread works with the content
+  std::atomic<bool> bReleaseAsked{false};  // the content is to be released
+  bool bClosed = false;                    // the library is being unloaded
+  Content content;
 };
 Store store;
 
+// ---- Releasing ----------------------------------------------------------------------------------
+
+void Delete(const Content& content) noexcept {
+  for (Link* pBlock : content.apFirst) {
+    while (pBlock != nullptr) {
+      ::operator delete(std::exchange(pBlock, pBlock->pNext));
+    }
+  }
+  delete content.pText;
+}
+
+// Whoever asks for a release sets the flag and then tries to get the store; whoever leaves the
+// store clears bBusy and then looks at the flag. One of the two sees what the other did.
+void ReleaseIfAsked() noexcept {
+  while (store.bReleaseAsked) {
+    if (store.bBusy.exchange(true)) return;  // the thread that is there comes by here
+    store.bReleaseAsked = false;
+    const Content content = std::exchange(store.content, Content());
+    store.bBusy = false;
+    Delete(content);
+  }
+}
+
 // The right to use the store, unless another thread has it. No thread waits for it, so a process
-// that was forked while a thread had it runs without kept blocks.
+// that was forked while a thread had it runs without what is kept.
 class Access {
  public:
-  Access() : bGranted_(!store.bBusy.test_and_set(std::memory_order_acquire)) {}
+  Access() : bGranted_(!store.bBusy.exchange(true)) {}
   ~Access() {
-    if (bGranted_) store.bBusy.clear(std::memory_order_release);
+    if (!bGranted_) return;
+    store.bBusy = false;
+    ReleaseIfAsked();
   }
   Access(const Access&) = delete;
   Access& operator=(const Access&) = delete;
@@ -58,50 +92,47 @@ class Access {
   const bool bGranted_;
 };
 
+// When the library is unloaded, no code is left to release the content. What objects of static
+// storage give back later is released at once.
+[[gnu::destructor]] void Close() {
+  store.bClosed = true;
+  KeptBlocks::Release();
+}
+
+// ---- Keeping ------------------------------------------------------------------------------------
+
 Link* TakeKept(std::size_t nBytes) noexcept {
   const Access access;
   if (!access) return nullptr;
-  Link*& pFirst = store.apFirst[ListOf(nBytes)];
+  Link*& pFirst = store.content.apFirst[ListOf(nBytes)];
   if (pFirst == nullptr) return nullptr;
-  store.nBytes -= nBytes;
+  store.content.nBytes -= nBytes;
   return std::exchange(pFirst, pFirst->pNext);
 }
 
 bool Keep(void* pBlock, std::size_t nBytes) noexcept {
   const Access access;
-  if (!access || store.bClosed || nBytes > KeptBlocks::kMostBytes - store.nBytes) return false;
-  Link*& pFirst = store.apFirst[ListOf(nBytes)];
+  if (!access || store.bClosed || nBytes > KeptBlocks::kMostBytes - store.content.nBytes) {
+    return false;
+  }
+  Link*& pFirst = store.content.apFirst[ListOf(nBytes)];
   pFirst = new (pBlock) Link{pFirst};
-  store.nBytes += nBytes;
+  store.content.nBytes += nBytes;
   return true;
 }
 
-// All lists in one.
-Link* TakeAll(bool bClose) noexcept {
+// Puts another text, or none, in the place of the kept one, which is the result. When that cannot
+// be done, the result is the text itself.
+std::string* ExchangeText(std::string* pText) noexcept {
   const Access access;
-  if (!access) return nullptr;
-  Link* pAll = nullptr;
-  for (Link*& pFirst : store.apFirst) {
-    while (pFirst != nullptr) {
-      Link* const pBlock = std::exchange(pFirst, pFirst->pNext);
-      pBlock->pNext = std::exchange(pAll, pBlock);
-    }
-  }
-  store.nBytes = 0;
-  store.bClosed = bClose;
-  return pAll;
+  if (!access || store.bClosed) return pText;
+  Content& content = store.content;
+  const std::size_t nNew = pText != nullptr ? pText->capacity() : 0;
+  const std::size_t nOld = content.pText != nullptr ? content.pText->capacity() : 0;
+  if (nNew > KeptBlocks::kMostBytes - (content.nBytes - nOld)) return pText;
+  content.nBytes += nNew - nOld;
+  return std::exchange(content.pText, pText);
 }
-
-void ReleaseAll(bool bClose) noexcept {
-  Link* pBlock = TakeAll(bClose);
-  while (pBlock != nullptr) {
-    ::operator delete(std::exchange(pBlock, pBlock->pNext));
-  }
-}
-
-// When the library is unloaded, no code is left to release the blocks. What objects of static
-// storage give back later is released at once.
-[[gnu::destructor]] void Close() { ReleaseAll(true); }
 
 }  // namespace
 
@@ -126,9 +157,31 @@ void* KeptBlocks::Take(std::size_t nBytes) {
 }
 
 void KeptBlocks::Give(void* pBlock, std::size_t nBytes) noexcept {
-  if (kSanitized || !IsStandard(nBytes) || !Keep(pBlock, nBytes)) ::operator delete(pBlock);
+  const bool bMayKeep = !kSanitized && IsStandard(nBytes) && !UnderValgrind();
+  if (!bMayKeep || !Keep(pBlock, nBytes)) ::operator delete(pBlock);
 }
 
-void KeptBlocks::Release() noexcept { ReleaseAll(false); }
+void KeptBlocks::TakeText(std::string& text, std::size_t nBytes) noexcept {
+  if (nBytes < kSmallest) return;
+  std::string* const pKept = ExchangeText(nullptr);
+  if (pKept == nullptr) return;
+  const std::size_t nRoom = pKept->capacity();
+  if (nRoom >= nBytes && nRoom / kMostRoom <= nBytes) text.swap(*pKept);
+  delete pKept;
+}
+
+void KeptBlocks::GiveText(std::string& text) noexcept {
+  const std::size_t nRoom = text.capacity();
+  if (kSanitized || nRoom < kSmallest || nRoom > kMostBytes || UnderValgrind()) return;
+  auto* const pText = new (std::nothrow) std::string(std::move(text));
+  if (pText == nullptr) return;
+  pText->clear();
+  delete ExchangeText(pText);
+}
+
+void KeptBlocks::Release() noexcept {
+  store.bReleaseAsked = true;
+  ReleaseIfAsked();
+}
 
 }  // namespace memory

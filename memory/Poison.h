@@ -10,33 +10,13 @@
 #include <cstddef>
 #include <cstring>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define QXRECORDSET_ADDRESS_SANITIZER 1
-#elif defined(__SANITIZE_THREAD__)
-#define QXRECORDSET_OTHER_SANITIZER 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define QXRECORDSET_ADDRESS_SANITIZER 1
-#elif __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
-#define QXRECORDSET_OTHER_SANITIZER 1
-#endif
-#endif
-#ifndef QXRECORDSET_ADDRESS_SANITIZER
-#define QXRECORDSET_ADDRESS_SANITIZER 0
-#endif
-#ifndef QXRECORDSET_OTHER_SANITIZER
-#define QXRECORDSET_OTHER_SANITIZER 0
-#endif
+#include "memory/Checkers.h"
 
 #if QXRECORDSET_ADDRESS_SANITIZER
 #include <sanitizer/asan_interface.h>
 #endif
 
 namespace memory {
-
-// A sanitizer follows each piece of memory from its allocation to its release, so nothing is kept
-// for later in its builds.
-constexpr bool kSanitized = QXRECORDSET_ADDRESS_SANITIZER != 0 || QXRECORDSET_OTHER_SANITIZER != 0;
 
 // No one may read or write the bytes until Unpoison().
 inline void Poison([[maybe_unused]] void* p, [[maybe_unused]] std::size_t nBytes) noexcept {

@@ -27,7 +27,7 @@
 #include <string_view>
 #include <vector>
 
-#include "recordset/BumpBlocks.h"
+#include "memory/BumpBlocks.h"
 #include "recordset/NameHash.h"
 #include "recordset/TextStore.h"
 #include "text/ExpectedName.h"
@@ -124,7 +124,7 @@ class Columns {
   void Enter(Column& column) noexcept;
 
   TextStore& texts_;
-  BumpBlocks blocks_;  // the columns
+  memory::BumpBlocks blocks_;  // the columns
   Column* pFirst_ = nullptr;
   Column* pLast_ = nullptr;        // of those that are there
   std::uint32_t nCount_ = 0;       // columns that are there

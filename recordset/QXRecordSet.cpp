@@ -10,6 +10,7 @@
 #include <cstring>
 #include <utility>
 
+#include "memory/KeptBlocks.h"
 #include "recordset/Table.h"
 #include "text/Digits.h"
 
@@ -47,7 +48,7 @@ CQXRecordSet::CQXRecordSet(CQXRecordSet&& other) noexcept
   other.strText.clear();
 }
 
-CQXRecordSet::~CQXRecordSet() = default;
+CQXRecordSet::~CQXRecordSet() { memory::KeptBlocks::GiveText(strText); }
 
 void CQXRecordSet::operator=(const CQXRecordSet& other) {
   if (this != &other) {

@@ -343,17 +343,7 @@ class RowSink {
 // number.
 class RowsSink {
  public:
-  // The array begins at pBegin.
-  RowsSink(Text& text, const char* pBegin, CellLoader& cells)
-      : text_(text),
-        pBegin_(pBegin),
-        cells_(cells),
-        progress_{0, static_cast<std::size_t>(text.pEnd - pBegin)} {
-    cells_.Target().Follow(&progress_);
-  }
-  ~RowsSink() { cells_.Target().Follow(nullptr); }
-  RowsSink(const RowsSink&) = delete;
-  RowsSink& operator=(const RowsSink&) = delete;
+  RowsSink(Text& text, CellLoader& cells) : text_(text), cells_(cells) {}
 
   std::uint32_t& Indent() { return nIndent_; }
   void Missing() { bEnded_ = true; }
@@ -363,7 +353,6 @@ class RowsSink {
       bEnded_ = bEnded_ || c == 'n';
       return Skipper(text_).Value(p, c);
     }
-    progress_.nDone = static_cast<std::size_t>(p - pBegin_);
     return ReadRow(p);
   }
 
@@ -374,9 +363,7 @@ class RowsSink {
   }
 
   Text& text_;
-  const char* const pBegin_;
   CellLoader& cells_;
-  recordset::BumpBlocks::Progress progress_;
   long lRow_ = 0;
   std::uint32_t nIndent_ = 0;
   bool bEnded_ = false;
@@ -410,7 +397,7 @@ class DocumentSink {
     if (bFirstRows && c == '[') {
       bRowsRead_ = true;
       cells_.Restart();
-      RowsSink rows(text_, p, cells_);
+      RowsSink rows(text_, cells_);
       return ReadArray(text_, p, rows);
     }
     cells_.FindColumn(pQuote_, name_);

@@ -10,6 +10,7 @@
 
 #include "json/JSONMessage.h"
 #include "json/JSONSerialize.h"
+#include "memory/KeptBlocks.h"
 #include "memory/Spare.h"
 #include "recordset/QXRecordSet.h"
 #include "recordset/RowWriter.h"
@@ -50,8 +51,10 @@ std::string CQXRecordSet::BufferForText() {
   if (buffer.capacity() < kTextBytes) {
     const std::size_t nTable = pTable != nullptr ? pTable->Footprint() : 0;
     const std::size_t nEstimate = std::clamp(nTable - nTable / 4, kTextBytes, buffer.max_size());
-    memory::WithSpare(kTextBytes, nEstimate - kTextBytes,
-                      [&buffer](std::size_t nRoom) { buffer.reserve(nRoom); });
+    memory::WithSpare(kTextBytes, nEstimate - kTextBytes, [&buffer](std::size_t nRoom) {
+      memory::KeptBlocks::TakeText(buffer, nRoom);
+      buffer.reserve(nRoom);
+    });
   }
   return buffer;
 }

@@ -5,7 +5,7 @@
 // never for the gaps between them.
 //
 //   Rows 1 to N lie in pages, a Row each: the address of its cells and how many columns they span.
-//   A row's cells are one array by column index, taken from BumpBlocks.
+//   A row's cells are one array by column index, taken from memory::BumpBlocks.
 //   Rows with other numbers (0, negative, far ahead of the others) are in an ordered map, until the
 //   pages reach them.
 //   Cells far to the right of the others in their row are in an ordered map, too, until the row's
@@ -25,7 +25,7 @@
 #include <map>
 #include <utility>
 
-#include "recordset/BumpBlocks.h"
+#include "memory/BumpBlocks.h"
 
 namespace recordset {
 
@@ -146,10 +146,8 @@ class Rows {
     }
   }
 
-  // Removes all rows. Memory is kept; see BumpBlocks::Reset.
+  // Removes all rows. Memory is kept; see memory/BumpBlocks.h.
   void Reset() noexcept;
-
-  void Follow(const BumpBlocks::Progress* pProgress) noexcept { blocks_.Follow(pProgress); }
 
   // Bytes of memory in use.
   std::size_t Footprint() const { return blocks_.Footprint(); }
@@ -197,7 +195,7 @@ class Rows {
   const Cell* FindFar(long lRow, std::uint32_t nColumn) const;
   void TakeOverFarCells(long lRow, Row& row) noexcept;
 
-  BumpBlocks blocks_;            // pages and cells
+  memory::BumpBlocks blocks_;    // pages and cells
   Row** pPages_ = nullptr;       // an array in the blocks
   unsigned long nPageRoom_ = 0;  // pages there is room for at pPages_
   unsigned long nSlots_ = 0;     // rows in all pages
@@ -208,7 +206,7 @@ class Rows {
   long lLastOutside_ = 0;           // the row there that was asked for last,
   Row* pLastOutside_ = nullptr;     // and where it is
   FarCells mapFar_;                 // cells beyond the span of their row, by row and column
-  alignas(Cell) char aOwn_[kOwnBytes + BumpBlocks::kSlack];
+  alignas(Cell) char aOwn_[kOwnBytes + memory::BumpBlocks::kSlack];
 };
 
 }  // namespace recordset

@@ -72,13 +72,7 @@ class Table {
   // REQUIRES: `other` is another table. When memory runs out, some of them may have been set.
   void Merge(const Table& other);
 
-  // Cells are set by a caller that keeps this progress up to date; null: no longer.
-  void Follow(const BumpBlocks::Progress* pProgress) noexcept {
-    texts.Follow(pProgress);
-    rows.Follow(pProgress);
-  }
-
-  // Removes everything. Memory is kept for the next contents; see BumpBlocks::Reset.
+  // Removes everything. Memory is kept for the next contents; see memory/BumpBlocks.h.
   void Reset() noexcept;
 
   // Bytes of memory in use.

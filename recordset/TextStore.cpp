@@ -76,7 +76,7 @@ void TextStore::ReleaseSmall(char* pPiece, std::size_t nSize) noexcept {
 
 char* TextStore::AllocateLarge(std::size_t length) {
   if (length > kLongest) throw std::bad_alloc();
-  const std::size_t nBytes = sizeof(LargeText) + PieceSize(length) + BumpBlocks::kSlack;
+  const std::size_t nBytes = sizeof(LargeText) + PieceSize(length) + memory::BumpBlocks::kSlack;
   void* const pMemory = ::operator new(nBytes);
   LargeText* const pText = new (pMemory) LargeText{nullptr, pLarge_};
   if (pLarge_ != nullptr) pLarge_->pPrevious = pText;

@@ -7,7 +7,7 @@
 // its piece is:
 //
 //   "", "0", "1"                    constants, shared by all tables
-//   up to kLongestSmall bytes       a piece of BumpBlocks, in steps of kGranule bytes
+//   up to kLongestSmall bytes       a piece of memory::BumpBlocks, in steps of kGranule bytes
 //   longer                          a heap allocation, in steps of kLargeStep bytes
 //
 // A released small piece goes to the free list of its size and is the first to be taken again:
@@ -25,7 +25,7 @@
 #include <cstddef>
 #include <memory>
 
-#include "recordset/BumpBlocks.h"
+#include "memory/BumpBlocks.h"
 #include "text/Block.h"
 #include "text/ShortBytes.h"
 
@@ -67,7 +67,7 @@ class TextStore {
   // the text there is written behind its copy, where no text is stored yet.
   QXRECORDSET_HOT const char* StoreReadable(const char* text, std::size_t length) {
     constexpr std::size_t kBlock = JSON::Block16::kBytes;
-    static_assert(kBlock <= BumpBlocks::kSlack);
+    static_assert(kBlock <= memory::BumpBlocks::kSlack);
     if (length <= 1) {
       const char* const pConstant = Constant(text, length);
       if (pConstant != nullptr) return pConstant;
@@ -99,10 +99,8 @@ class TextStore {
   const char* Replace(const char* pOld, std::size_t nOldLength, const char* text,
                       std::size_t length);
 
-  // Takes back all texts. Memory is kept; see BumpBlocks::Reset.
+  // Takes back all texts. Memory is kept; see memory/BumpBlocks.h.
   void Reset() noexcept;
-
-  void Follow(const BumpBlocks::Progress* pProgress) noexcept { blocks_.Follow(pProgress); }
 
   // Bytes of memory in use.
   std::size_t Footprint() const { return blocks_.Footprint(); }
@@ -120,7 +118,7 @@ class TextStore {
   static constexpr std::size_t kSmallestPiece = sizeof(void*);
   static constexpr std::size_t kPieceSizes = (kLongestSmall + 1) / kGranule + 1;
 
-  static constexpr std::size_t kConstantBytes = 4 + BumpBlocks::kSlack;
+  static constexpr std::size_t kConstantBytes = 4 + memory::BumpBlocks::kSlack;
   static const char aConstants[kConstantBytes];
 
   // The constant equal to a text of up to one byte, or null.
@@ -153,11 +151,11 @@ class TextStore {
   void ReleaseSmall(char* pPiece, std::size_t nSize) noexcept;
   void ReleaseLarge() noexcept;
 
-  BumpBlocks blocks_;
+  memory::BumpBlocks blocks_;
   std::unique_ptr<char*[]> pFree_;  // by piece size / kGranule: the first free piece, which holds
                                     // the address of the next; made for the first piece released
   LargeText* pLarge_ = nullptr;     // all large texts
-  alignas(void*) char aOwn_[kOwnBytes + BumpBlocks::kSlack];
+  alignas(void*) char aOwn_[kOwnBytes + memory::BumpBlocks::kSlack];
 };
 
 }  // namespace recordset

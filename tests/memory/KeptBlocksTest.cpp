@@ -1,6 +1,6 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Which blocks are kept, how many, and when they go.
+// What is kept, how much of it, and when it goes.
 
 #include "memory/KeptBlocks.h"
 
@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "memory/Checkers.h"
 #include "recordset/QXRecordSet.h"
 #include "tests/support/CountedMemory.h"
 
@@ -38,11 +39,14 @@ TEST(KeptBlocks, HaveStandardSizes) {
   }
 }
 
-// Under the address sanitizer nothing is kept, so that it sees what is used after its release.
-#ifndef __SANITIZE_ADDRESS__
+class Kept : public testing::Test {
+  void SetUp() override {
+    if (memory::kSanitized || memory::UnderValgrind()) GTEST_SKIP() << "nothing is kept";
+    KeptBlocks::Release();
+  }
+};
 
-TEST(KeptBlocks, AreHandedOutAgainForTheirSizeUpToABound) {
-  KeptBlocks::Release();
+TEST_F(Kept, BlocksAreHandedOutAgainForTheirSizeUpToABound) {
   for (std::size_t nBytes = kSmallest; nBytes <= kLargest; nBytes *= 2) {
     void* const pBlock = KeptBlocks::Take(nBytes);
     KeptBlocks::Give(pBlock, nBytes);
@@ -68,7 +72,7 @@ TEST(KeptBlocks, AreHandedOutAgainForTheirSizeUpToABound) {
   EXPECT_EQ(CountedMemory::Live(), nLive) << "Live() releases all that is kept";
 }
 
-TEST(KeptBlocks, GoWhenMemoryRunsOut) {
+TEST_F(Kept, BlocksGoWhenMemoryRunsOut) {
   KeptBlocks::Give(KeptBlocks::Take(kLargest), kLargest);
   CountedMemory::FailAfter(0);
   EXPECT_THROW(KeptBlocks::Take(kSmallest), std::bad_alloc);
@@ -78,12 +82,36 @@ TEST(KeptBlocks, GoWhenMemoryRunsOut) {
   EXPECT_EQ(CountedMemory::Allocations(), nBefore + 1) << "it was still there";
 }
 
-TEST(KeptBlocks, MakeTheNextObjectCheap) {
+TEST_F(Kept, TextIsGivenOnToOneThatIsNotMuchShorter) {
+  const struct {
+    std::size_t nRoom, nAsked;
+    bool bUsed;
+  } cases[] = {{kSmallest - 1, kSmallest - 1, false},
+               {kSmallest, kSmallest, true},
+               {5 * kSmallest, kSmallest, false},
+               {kSmallest, kSmallest + 1, false},
+               {KeptBlocks::kMostBytes + 1, KeptBlocks::kMostBytes, false}};
+  for (const auto& test : cases) {
+    std::string given, taken;
+    given.reserve(test.nRoom);
+    const char* const pBuffer = given.data();
+    KeptBlocks::GiveText(given);
+    KeptBlocks::TakeText(taken, test.nAsked);
+    EXPECT_EQ(taken.data() == pBuffer, test.bUsed) << test.nRoom << ' ' << test.nAsked;
+  }
+  std::string first(kSmallest, 'x'), second(2 * kSmallest, 'x');
+  const std::size_t nLive = CountedMemory::Live();
+  KeptBlocks::GiveText(first);
+  KeptBlocks::GiveText(second);
+  EXPECT_EQ(first.capacity() + second.capacity(), 2 * std::string().capacity());
+  EXPECT_LT(CountedMemory::Live() + 3 * kSmallest, nLive + 1) << "Live() releases all that is kept";
+}
+
+TEST_F(Kept, BlocksMakeTheNextObjectCheap) {
   std::string text = "{\"rows\":[{}";
   for (int i = 0; i < 20000; ++i)
     text += ",{\"a\":" + std::to_string(i) + ",\"b\":\"some text\"}";
   text += "]}";
-  KeptBlocks::Release();
   std::size_t anAllocations[2] = {};
   for (std::size_t& nAllocations : anAllocations) {
     nAllocations = CountedMemory::Allocations();
@@ -92,7 +120,5 @@ TEST(KeptBlocks, MakeTheNextObjectCheap) {
   }
   EXPECT_LT(anAllocations[1] + 5, anAllocations[0]);
 }
-
-#endif
 
 }  // namespace

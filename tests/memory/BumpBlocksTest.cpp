@@ -1,9 +1,9 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Memory that is handed out by moving a pointer: pieces lie side by side and do not overlap, blocks
-// are kept for one time, and their size follows the work that is left.
+// Memory that is handed out by moving a pointer: pieces lie side by side and do not overlap, and
+// blocks are kept for one time.
 
-#include "recordset/BumpBlocks.h"
+#include "memory/BumpBlocks.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@
 
 namespace {
 
-using recordset::BumpBlocks;
+using memory::BumpBlocks;
 
 TEST(BumpBlocks, GiveEachPieceItsOwnBytes) {
   char aOwn[64 + BumpBlocks::kSlack];
@@ -66,16 +66,6 @@ TEST(BumpBlocks, KeepTheirBlocksForOneTime) {
   fill(1);
   EXPECT_LT(CountedMemory::Live() - nBefore, nFull / 2)
       << "what one time did not need is gone the next";
-}
-
-// The size of a block is computed from figures whose product has more than 32 bits.
-TEST(BumpBlocks, GrowWithTheWorkThatIsLeft) {
-  BumpBlocks blocks(nullptr, 0);
-  constexpr BumpBlocks::Progress progress{1, 7};
-  blocks.Follow(&progress);
-  blocks.Allocate(std::size_t{720} << 20);
-  blocks.Allocate(1);
-  EXPECT_GT(blocks.Room(), std::size_t{100} << 10);
 }
 
 }  // namespace
