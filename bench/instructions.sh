@@ -16,7 +16,9 @@ for arch in x64 x86; do
     "-DCMAKE_CXX_FLAGS_RELEASE=-O2 -DNDEBUG $flags" > /dev/null
     cmake --build "$build" --target bench_instructions --parallel "${JOBS:-$(nproc)}" > /dev/null)
   printf '%s:' $arch
-  for work in parse load read write fill; do
+  for work in "parse 1000" "load 1000" "read 1000" "write 1000" "fill 1000" "cycle 1" "cycle 10" \
+    "cycle 100" "cycle 1000"; do
+    # shellcheck disable=SC2086 # a work and its rows are two arguments
     said=$(valgrind --tool=callgrind --callgrind-out-file=/dev/null --toggle-collect='Measured*' \
       "$build/bench/bench_instructions" $work 2>&1)
     cells=$(grep -E '^[0-9]+$' <<< "$said")

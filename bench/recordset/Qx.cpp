@@ -42,6 +42,8 @@ class Reused {
     if constexpr ((kSteps & kLoad) != 0) {
       set.Clear();
       set.SetString(strText);
+    } else if constexpr ((kSteps & kWrite) != 0) {
+      set.SetValue(kColumns[0], set.GetValueAsLong(kColumns[0]));  // or the text would be current
     }
     ReadAndWrite<kSteps>(set, sink);
   }
