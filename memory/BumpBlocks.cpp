@@ -29,13 +29,13 @@ BumpBlocks::~BumpBlocks() {
   if (pOwn_ != nullptr) Unpoison(pOwn_, nOwn_ + kSlack);
 }
 
-// Releases a block and all older ones.
+// Releases a list of blocks.
 void BumpBlocks::Release(Block* pBlock) noexcept {
   while (pBlock != nullptr) {
-    Block* const pOlder = pBlock->pOlder;
+    Block* const pNext = pBlock->pNext;
     Unpoison(pBlock, pBlock->nSize);
     KeptBlocks::Give(pBlock, pBlock->nSize);
-    pBlock = pOlder;
+    pBlock = pNext;
   }
 }
 
@@ -50,7 +50,7 @@ void BumpBlocks::Enter(char* pFirst, std::size_t nBytes) noexcept {
 char* BumpBlocks::AllocateElsewhere(std::size_t nSize) {
   Block* pBlock = TakeKept(nSize);
   if (pBlock == nullptr) pBlock = NewBlock(nSize);
-  pBlock->pOlder = std::exchange(pNewest_, pBlock);
+  pBlock->pNext = std::exchange(pNewest_, pBlock);
   nFootprint_ += pBlock->nSize;
   char* const p = reinterpret_cast<char*>(pBlock + 1);
   const std::size_t nRoom = pBlock->nSize - kOverhead;
@@ -66,9 +66,9 @@ char* BumpBlocks::AllocateElsewhere(std::size_t nSize) {
 BumpBlocks::Block* BumpBlocks::TakeKept(std::size_t nSize) noexcept {
   Block** ppBlock = &pKept_;
   while (*ppBlock != nullptr && (*ppBlock)->nSize - kOverhead < nSize) {
-    ppBlock = &(*ppBlock)->pOlder;
+    ppBlock = &(*ppBlock)->pNext;
   }
-  return *ppBlock != nullptr ? std::exchange(*ppBlock, (*ppBlock)->pOlder) : nullptr;
+  return *ppBlock != nullptr ? std::exchange(*ppBlock, (*ppBlock)->pNext) : nullptr;
 }
 
 // A new block with room for nSize bytes or more.
@@ -87,11 +87,13 @@ BumpBlocks::Block* BumpBlocks::NewBlock(std::size_t nSize) {
   return pBlock;
 }
 
+// The blocks are used again in the order in which they were allocated, the smaller ones first.
 void BumpBlocks::Reset() noexcept {
-  Release(pKept_);
-  pKept_ = std::exchange(pNewest_, nullptr);
-  for (Block* pBlock = pKept_; pBlock != nullptr; pBlock = pBlock->pOlder) {
-    Poison(pBlock + 1, pBlock->nSize - sizeof(Block));
+  Release(std::exchange(pKept_, nullptr));
+  while (pNewest_ != nullptr) {
+    Poison(pNewest_ + 1, pNewest_->nSize - sizeof(Block));
+    Block* const pOlder = std::exchange(pNewest_->pNext, pKept_);
+    pKept_ = std::exchange(pNewest_, pOlder);
   }
   nFootprint_ = 0;
   Enter(pOwn_, nOwn_);

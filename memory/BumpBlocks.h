@@ -92,7 +92,7 @@ class BumpBlocks {
 
  private:
   struct Block {
-    Block* pOlder;
+    Block* pNext;
     std::size_t nSize;  // bytes, this header and the slack included
   };
   static_assert(sizeof(Block) % 8 == 0);
@@ -108,8 +108,8 @@ class BumpBlocks {
 
   char* pNext_;               // the free rest of the current block,
   char* pLimit_;              // and its end
-  Block* pNewest_ = nullptr;  // the blocks in use
-  Block* pKept_ = nullptr;    // blocks that Reset() kept, the newest first
+  Block* pNewest_ = nullptr;  // the blocks in use, the newest first
+  Block* pKept_ = nullptr;    // blocks that Reset() kept, the oldest first
   std::size_t nFootprint_ = 0;
   char* const pOwn_;
   const std::size_t nOwn_;

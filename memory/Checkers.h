@@ -31,14 +31,17 @@ namespace memory {
 // Whether this is a build with such a sanitizer.
 constexpr bool kSanitized = QXRECORDSET_ADDRESS_SANITIZER != 0 || QXRECORDSET_OTHER_SANITIZER != 0;
 
-// Whether valgrind runs the process. It answers a request, which is a sequence of instructions that
-// does nothing on a processor: four rotations by 64 (32) bits in all, and an exchange of a register
-// with itself. The address of the request and the answer by default are in registers.
-inline bool UnderValgrind() noexcept {
+// Whether valgrind's memcheck runs the process. It answers a request, which is a sequence of
+// instructions that does nothing on a processor: four rotations by 64 (32) bits in all, and an
+// exchange of a register with itself. The address of the request and the answer by default are in
+// registers. This one says that a byte is defined, which only memcheck answers by -1.
+inline bool UnderMemcheck() noexcept {
   std::uintptr_t nAnswer = 0;
 #if defined(__x86_64__) || defined(__i386__)
-  constexpr std::uintptr_t kRunningOnValgrind = 0x1001;
-  const volatile std::uintptr_t aRequest[6] = {kRunningOnValgrind};
+  constexpr std::uintptr_t kMakeDefined = (std::uintptr_t{'M'} << 24) + ('C' << 16) + 2;
+  const char cByte = 0;
+  const volatile std::uintptr_t aRequest[6] = {kMakeDefined,
+                                               reinterpret_cast<std::uintptr_t>(&cByte), 1};
 #if defined(__x86_64__)
   asm volatile(
       "rolq $3, %%rdi; rolq $13, %%rdi; rolq $61, %%rdi; rolq $51, %%rdi; xchgq %%rbx, %%rbx"

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "memory/Checkers.h"
+#include "memory/KeptObjects.h"
 
 namespace memory {
 namespace {
@@ -95,6 +96,7 @@ class Access {
 // When the library is unloaded, no code is left to release the content. What objects of static
 // storage give back later is released at once.
 [[gnu::destructor]] void Close() {
+  KeptObjects::Close();
   store.bClosed = true;
   KeptBlocks::Release();
 }
@@ -157,7 +159,7 @@ void* KeptBlocks::Take(std::size_t nBytes) {
 }
 
 void KeptBlocks::Give(void* pBlock, std::size_t nBytes) noexcept {
-  const bool bMayKeep = !kSanitized && IsStandard(nBytes) && !UnderValgrind();
+  const bool bMayKeep = !kSanitized && IsStandard(nBytes) && !UnderMemcheck();
   if (!bMayKeep || !Keep(pBlock, nBytes)) ::operator delete(pBlock);
 }
 
@@ -172,14 +174,15 @@ void KeptBlocks::TakeText(std::string& text, std::size_t nBytes) noexcept {
 
 void KeptBlocks::GiveText(std::string& text) noexcept {
   const std::size_t nRoom = text.capacity();
-  if (kSanitized || nRoom < kSmallest || nRoom > kMostBytes || UnderValgrind()) return;
+  if (kSanitized || nRoom < kSmallest || nRoom > kMostBytes || UnderMemcheck()) return;
   auto* const pText = new (std::nothrow) std::string(std::move(text));
   if (pText == nullptr) return;
-  pText->clear();
   delete ExchangeText(pText);
 }
 
+// The objects have blocks.
 void KeptBlocks::Release() noexcept {
+  KeptObjects::Release();
   store.bReleaseAsked = true;
   ReleaseIfAsked();
 }

@@ -43,15 +43,15 @@ class KeptBlocks {
   // Takes back a block that Take() gave for the same nBytes.
   static void Give(void* pBlock, std::size_t nBytes) noexcept;
 
-  // Gives an empty text a buffer for nBytes or more, up to four times as many, when one is kept. A
-  // kept buffer that does not suit is released.
+  // Gives a text a buffer for nBytes or more, up to four times as many, when one is kept, with what
+  // it held before. A kept buffer that does not suit is released.
   static void TakeText(std::string& text, std::size_t nBytes) noexcept;
 
   // Takes the buffer of a text that is not needed any more. One is kept, the latest.
   static void GiveText(std::string& text) noexcept;
 
-  // Releases all that is kept. When another thread is here at the time, that thread does it before
-  // it leaves.
+  // Releases all that is kept, the objects of memory/KeptObjects.h included. When another thread is
+  // here at the time, that thread does it before it leaves.
   static void Release() noexcept;
 };
 

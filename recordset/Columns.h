@@ -20,9 +20,10 @@
 #ifndef QXRECORDSET_RECORDSET_COLUMNS_H
 #define QXRECORDSET_RECORDSET_COLUMNS_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
+#include <iterator>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -58,10 +59,8 @@ struct Column {
     return name.Length() == text.size() && JSON::SameBytes(name.Text(), text.data(), text.size());
   }
   bool Is(const char* text) const {
-    const char* p = name.Text();
-    if constexpr (sizeof(void*) > 4) return std::strcmp(p, text) == 0;
-    // In 32-bit code a call out of the library costs more than the bytes of a short name.
-    for (; *p == *text; ++p, ++text) {
+    // A call out of the library costs more than the bytes of a short name.
+    for (const char* p = name.Text(); *p == *text; ++p, ++text) {
       if (*p == '\0') return true;
     }
     return false;
@@ -102,6 +101,16 @@ class Columns {
     const bool bSame =
         column.name.Length() < JSON::ExpectedName::kShortName && column.name.MatchesMember(p, pEnd);
     return bSame ? &Restore(column, p) : nullptr;
+  }
+
+  // The same for a text that ends soon behind the name.
+  const Column* AddAgain(std::string_view name) {
+    if (name.size() >= JSON::ExpectedName::kShortName) return nullptr;
+    char aMember[2 * JSON::Block16::kBytes] = {};
+    std::copy(name.begin(), name.end(), aMember);
+    aMember[name.size()] = '"';
+    aMember[name.size() + 1] = ':';
+    return AddAgain(aMember, std::end(aMember));
   }
 
   // Removes all columns, and remembers them. REQUIRES: the text store is reset as well.

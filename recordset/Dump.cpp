@@ -31,7 +31,7 @@ std::string CQXRecordSet::Dump() {
       if (bHasCells) {
         const Cell* const pCell = table.rows.FindCell(lRow, *pRow, pColumn->Index());
         strDump.append(" ");
-        if (pCell != nullptr) strDump.append(pCell->pText, pCell->nLength);
+        if (pCell != nullptr) strDump.append(pCell->pText, pCell->Length());
       }
       strDump.append("\n");
     }

@@ -10,7 +10,6 @@
 #include <cstring>
 #include <utility>
 
-#include "memory/KeptBlocks.h"
 #include "recordset/Table.h"
 #include "text/Digits.h"
 
@@ -48,16 +47,14 @@ CQXRecordSet::CQXRecordSet(CQXRecordSet&& other) noexcept
   other.strText.clear();
 }
 
-CQXRecordSet::~CQXRecordSet() { memory::KeptBlocks::GiveText(strText); }
+CQXRecordSet::~CQXRecordSet() { Table::Recycle(std::move(pTable), strText); }
 
 void CQXRecordSet::operator=(const CQXRecordSet& other) {
   if (this != &other) {
     pTable = CopyOf(other.pTable.get());
     lRowsCount = other.lRowsCount;
   }
-  bModified = true;
-  params.clear();
-  strText.clear();
+  AfterAssignment();
 }
 
 void CQXRecordSet::operator=(CQXRecordSet&& other) noexcept {
@@ -68,9 +65,14 @@ void CQXRecordSet::operator=(CQXRecordSet&& other) noexcept {
     other.params.clear();
     other.strText.clear();
   }
+  AfterAssignment();
+}
+
+void CQXRecordSet::AfterAssignment() noexcept {
   bModified = true;
   params.clear();
   strText.clear();
+  if (pTable != nullptr) pTable->bTextIsCurrent = false;
 }
 
 bool CQXRecordSet::operator=(const char* text) { return SetString(text); }
@@ -86,13 +88,13 @@ void CQXRecordSet::Clear() {
 Table& CQXRecordSet::EnsureTable() { return pTable != nullptr ? *pTable : NewTable(); }
 
 Table& CQXRecordSet::NewTable() {
-  pTable = std::make_unique<Table>();
+  pTable = Table::Make();
   return *pTable;
 }
 
 std::unique_ptr<Table> CQXRecordSet::CopyOf(const Table* pSource) {
   if (pSource == nullptr) return nullptr;
-  auto pCopy = std::make_unique<Table>();
+  auto pCopy = Table::Make();
   pCopy->Merge(*pSource);
   return pCopy;
 }

@@ -163,8 +163,9 @@ class QXRECORDSET_EXPORT CQXRecordSet {
 
   // The record set as compact JSON text: "" in the cleared state, {} without rows, the object of
   // row 1 for one row, {"rows":[...]} for several. Members are sorted by name.
-  // docs/record-set-text.md describes the form. The text is built anew on every call and kept; the
-  // reference is to the kept text. Linear in the number of cells.
+  // docs/record-set-text.md describes the form. The text is built and kept; the reference is to the
+  // kept text. Linear in the number of cells; at once when no cell was set and none came into being
+  // since the last call.
   const std::string& GetString();
 
   // The text that the last GetString() built; nothing is built.
@@ -195,6 +196,7 @@ class QXRECORDSET_EXPORT CQXRecordSet {
   static std::string WideToUTF8(const std::wstring& text);
 
  private:
+  QXRECORDSET_NO_EXPORT void AfterAssignment() noexcept;
   QXRECORDSET_NO_EXPORT recordset::Table& EnsureTable();
   QXRECORDSET_NO_EXPORT recordset::Table& NewTable();
   QXRECORDSET_NO_EXPORT void SetText(const char* name, std::string_view text, long row,

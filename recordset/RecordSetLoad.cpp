@@ -103,9 +103,11 @@ class CellLoader {
   // Finds the column of the member `name`, which was read at pQuote and ends at its first NUL.
   QXRECORDSET_HOT void FindColumn(const char* pQuote, std::string_view name) {
     const bool bReaches = text_.Reaches(pQuote);
-    const Column* pColumn = bReaches ? table_.columns.AddAgain(pQuote + 1, text_.pEnd) : nullptr;
+    const bool bInText = name.data() == pQuote + 1;
+    const Column* pColumn = bReaches  ? table_.columns.AddAgain(pQuote + 1, text_.pEnd)
+                            : bInText ? table_.columns.AddAgain(name)
+                                      : nullptr;
     if (pColumn == nullptr) {
-      const bool bInText = name.data() == pQuote + 1;
       if (!bInText) name = UpToNul(name);
       if (expected.Take(name) != nullptr) return;
       pColumn = &table_.columns.FindOrAdd(
@@ -268,7 +270,7 @@ class RowSink {
 
   QXRECORDSET_HOT const char* String(const char* p) {
     if (!JSON::Usually(end_.Reaches(p))) return Loaded(loader_.LoadString(p, lRow_, Found()));
-    const std::uint32_t nStop = Block16::Load(p + 1).QuoteBackslashOrNul();
+    const std::uint32_t nStop = Block16::Load(p + 1).NeedsEscape();
     const char* const pStop = nStop != 0 ? p + 1 + JSON::LowestBit(nStop)
                                          : JSON::FindTextStop(p + 1 + Block16::kBytes, end_.pEnd);
     if (!JSON::Usually(*pStop == '"')) return Loaded(loader_.LoadString(p, lRow_, Found()));
@@ -322,8 +324,9 @@ class RowSink {
       cells_ = loader_.MakeRoom(lRow_, nPosition, cells_);
     }
     if (JSON::Usually(nPosition < cells_.nCount && !cells_.pFirst[nPosition].Exists())) {
-      cells_.pFirst[nPosition] = {table_.texts.StoreReadable(value_.pText, value_.nLength),
-                                  static_cast<std::uint32_t>(value_.nLength), value_.eType};
+      cells_.pFirst[nPosition] = {
+          table_.texts.StoreReadable(value_.pText, value_.nLength),
+          recordset::Cell::Pack(value_.nLength, value_.nLength < Block16::kBytes), value_.eType};
     } else {
       loader_.Set(lRow_, Found(), {value_.pText, value_.nLength}, value_.eType);
       cells_ = {nullptr, 0};
@@ -434,8 +437,8 @@ bool LoadText(const std::string& strText, Table& table, long& lLastRow) {
 
 bool CQXRecordSet::SetString(const std::string& text) {
   // A table without contents is used for its memory.
-  auto pLoaded =
-      pTable != nullptr && GetColumnCount() == 0 ? std::move(pTable) : std::make_unique<Table>();
+  auto pLoaded = pTable != nullptr && GetColumnCount() == 0 ? std::move(pTable) : Table::Make();
+  pLoaded->bTextIsCurrent = false;  // cells are filled without SetCell()
   long lLastRow = 0;
   if (LoadText(text, *pLoaded, lLastRow)) Adopt(std::move(pLoaded), lLastRow);
   bModified = true;

@@ -18,6 +18,7 @@
 #include "text/ReadDecimal.h"
 
 using recordset::RowWriter;
+using recordset::Table;
 
 namespace {
 
@@ -44,10 +45,12 @@ void WriteWalkedScalar(JSON::Serialize& writer, const JSON::JSONValue& value) {
 }  // namespace
 
 // The memory of the last text, which the next one needs again, or an estimate of what a first text
-// needs.
+// needs. A kept buffer is as long as the text that it held, so that it is not filled before it is
+// written.
 std::string CQXRecordSet::BufferForText() {
   std::string buffer = std::move(strText);
   strText.clear();
+  if (buffer.capacity() < kTextBytes && pTable != nullptr) buffer.swap(pTable->strSpare);
   if (buffer.capacity() < kTextBytes) {
     const std::size_t nTable = pTable != nullptr ? pTable->Footprint() : 0;
     const std::size_t nEstimate = std::clamp(nTable - nTable / 4, kTextBytes, buffer.max_size());
@@ -61,7 +64,9 @@ std::string CQXRecordSet::BufferForText() {
 
 const std::string& CQXRecordSet::GetString() {
   if (!bModified) return strText;
-  RowWriter writer(EnsureTable(), BufferForText());
+  Table& table = EnsureTable();
+  if (table.bTextIsCurrent) return strText;
+  RowWriter writer(table, BufferForText());
   if (lRowsCount <= 0) {
     writer.Raw("{}");
   } else if (lRowsCount == 1) {
@@ -75,6 +80,7 @@ const std::string& CQXRecordSet::GetString() {
     writer.Raw("]}");
   }
   strText = std::move(writer).Finish();
+  table.bTextIsCurrent = true;
   return strText;
 }
 

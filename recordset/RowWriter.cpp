@@ -142,11 +142,11 @@ void RowWriter::RankColumns() {
 // ---- Members ------------------------------------------------------------------------------------
 
 QXRECORDSET_HOT void RowWriter::Member(const Column& column, const Cell& cell) {
-  if (MayBeObject(cell.pText) && LooksLikeObject({cell.pText, cell.nLength})) {
-    Object(column, {cell.pText, cell.nLength});
+  if (MayBeObject(cell.pText) && LooksLikeObject({cell.pText, cell.Length()})) {
+    Object(column, {cell.pText, cell.Length()});
     return;
   }
-  const std::size_t nValue = cell.nLength + kSpare;
+  const std::size_t nValue = cell.Length() + kSpare;
   char* p = Reserve(column.name.Length() + nValue);
   p = Name(p, column, nValue);
   p = Value(p, cell);
@@ -180,7 +180,7 @@ QXRECORDSET_HOT char* RowWriter::Value(char* p, const Cell& cell) {
       std::memcpy(p, "null", 4);  // NOLINT(bugprone-not-null-terminated-result): a piece of text
       return p + 4;
     case CQXRecordSet::QX_BOOL: {
-      const bool bTrue = cell.nLength == 1 && *cell.pText == '1';
+      const bool bTrue = cell.Length() == 1 && *cell.pText == '1';
       std::memcpy(p, bTrue ? "true" : "false", 5);
       return p + (bTrue ? 4 : 5);
     }
@@ -188,10 +188,12 @@ QXRECORDSET_HOT char* RowWriter::Value(char* p, const Cell& cell) {
       break;
   }
   *p++ = '"';
-  if (CopyPlainBlocks(p, cell.pText, cell.nLength)) {
-    p += cell.nLength;
+  if (cell.IsPlain()) {
+    p = CopyBlocks(p, cell.pText, cell.Length());
+  } else if (CopyPlainBlocks(p, cell.pText, cell.Length())) {
+    p += cell.Length();
   } else {
-    p = Escaped(p, {cell.pText, cell.nLength}, kSpare);
+    p = Escaped(p, {cell.pText, cell.Length()}, kSpare);
   }
   *p++ = '"';
   return p;
@@ -206,11 +208,12 @@ char* RowWriter::Escaped(char* p, std::string_view text, std::size_t nBehind) {
 
 // Digits that are written as the library writes integers are copied, others are converted.
 QXRECORDSET_HOT char* RowWriter::Integer(char* p, const Cell& cell) {
-  if (cell.nLength == 0 || JSON::CanonicalLength(cell.pText) != cell.nLength) {
-    return JSON::WriteDecimal(JSON::ReadDecimal<long>({cell.pText, cell.nLength}), p);
+  if (cell.IsPlain()) return CopyBlocks(p, cell.pText, cell.Length());
+  if (cell.Length() == 0 || JSON::CanonicalLength(cell.pText) != cell.Length()) {
+    return JSON::WriteDecimal(JSON::ReadDecimal<long>({cell.pText, cell.Length()}), p);
   }
   Block16::Load(cell.pText).Store(p);
-  return p + cell.nLength;
+  return p + cell.Length();
 }
 
 // The parser rewrites its text, so it gets a copy. What does not parse is left out.

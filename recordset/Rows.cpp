@@ -41,7 +41,11 @@ void MakeEmpty(Cell* pCells, std::uint32_t nCells) {
 
 }  // namespace
 
+// The next first row is expected to be as wide as the last row was.
 void Rows::Reset() noexcept {
+  const Row* const pLatest = bHasLatest_ ? FindRow(lLatest_) : nullptr;
+  const bool bUsual = pLatest != nullptr && pLatest->nSpan <= kAlwaysWidened;
+  nFirstSpan_ = bUsual ? pLatest->nSpan : 0;
   mapFar_.clear();
   mapOutside_.clear();
   pLastOutside_ = nullptr;
@@ -170,7 +174,7 @@ void Rows::BeginRow(long lRow, Row& row) {
 // span that the next row is to begin with. Of a wide row it is no more than twice the number of
 // cells here, so that one wide row is not followed by wide empty ones.
 std::uint32_t Rows::FinishLatestRow() {
-  if (!bHasLatest_) return 0;
+  if (!bHasLatest_) return nFirstSpan_;
   Row& row = *const_cast<Row*>(FindRow(lLatest_));
   const std::uint32_t nSpan = row.nSpan;
   const bool bUsual = !row.bHasFar && nSpan != 0 && nSpan <= kAlwaysWidened;

@@ -11,8 +11,9 @@
 //   Cells far to the right of the others in their row are in an ordered map, too, until the row's
 //   array reaches them.
 //
-// A new row is given room for as many cells as the row before it has. What it turns out not to need
-// is taken back when the next row begins.
+// A new row is given room for as many cells as the row before it has, the first one for as many as
+// the last row of the contents before. What it turns out not to need is taken back when the next
+// row begins.
 //
 // Rows only finds cells and makes room for them: their texts belong to the TextStore.
 
@@ -33,10 +34,19 @@ namespace recordset {
 // has no text, while an existing cell has at least the empty one.
 struct Cell {
   const char* pText = nullptr;
-  std::uint32_t nLength = 0;  // bytes of text, without the NUL
+  std::uint32_t nLengthAndPlain = 0;  // twice the bytes of text, without the NUL, and 1 if plain
   std::int32_t eType = 0;
 
   bool Exists() const { return pText != nullptr; }
+  std::size_t Length() const { return nLengthAndPlain / 2; }
+
+  // Whether the text is written as it stands: the digits of an integer as the library writes them,
+  // or a text in which nothing has to be escaped. False also where that is not known.
+  bool IsPlain() const { return nLengthAndPlain % 2 != 0; }
+
+  static std::uint32_t Pack(std::size_t nLength, bool bPlain) {
+    return static_cast<std::uint32_t>(2 * nLength + (bPlain ? 1 : 0));
+  }
 };
 
 // One row: the cells of columns 1 to nSpan, and whether there are cells further right.
@@ -202,6 +212,7 @@ class Rows {
   unsigned long nGridRows_ = 0;  // of these, rows that were begun
   bool bHasLatest_ = false;
   long lLatest_ = 0;                // the row begun last, if there is one
+  std::uint32_t nFirstSpan_ = 0;    // how many cells the first row begins with
   std::map<long, Row> mapOutside_;  // rows outside the pages
   long lLastOutside_ = 0;           // the row there that was asked for last,
   Row* pLastOutside_ = nullptr;     // and where it is

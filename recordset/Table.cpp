@@ -7,7 +7,35 @@
 #include <cassert>
 #include <vector>
 
+#include "memory/KeptBlocks.h"
+#include "memory/KeptObjects.h"
+
 namespace recordset {
+
+namespace {
+
+// The most that a table may hold for the next one: that of a thousand cells with short texts, and
+// some.
+constexpr std::size_t kKeptBytes = std::size_t{64} * 1024;
+
+void Destroy(void* pTable) noexcept { delete static_cast<Table*>(pTable); }
+
+}  // namespace
+
+std::unique_ptr<Table> Table::Make() {
+  void* const pKept = memory::KeptObjects::Take();
+  if (pKept != nullptr) return std::unique_ptr<Table>(static_cast<Table*>(pKept));
+  return std::make_unique<Table>();
+}
+
+// A reset table holds what it held before, and up to as much from the time before that.
+void Table::Recycle(std::unique_ptr<Table> pTable, std::string& strText) noexcept {
+  memory::KeptBlocks::GiveText(strText);  // a large one
+  if (pTable == nullptr || pTable->Footprint() > kKeptBytes) return;
+  pTable->Reset();
+  pTable->strSpare.swap(strText);
+  if (memory::KeptObjects::Keep(pTable.get(), Destroy)) static_cast<void>(pTable.release());
+}
 
 const Column* Table::FindOtherColumn(const char* name) {
   const Column* const pColumn = columns.Find(name);
@@ -21,7 +49,10 @@ std::uint32_t Table::EnsureOtherColumn(const char* name) {
 // A cell that does not exist, or does not lie where most cells do.
 const Cell& Table::ReadOtherCell(long lRow, std::uint32_t nColumn) {
   Cell& cell = rows.EnsureCell(lRow, nColumn);
-  if (!cell.Exists()) Assign(cell, texts.Store(nullptr, 0), 0, kNullType);
+  if (!cell.Exists()) {
+    bTextIsCurrent = false;
+    Assign(cell, texts.Store(nullptr, 0), 0, kNullType);
+  }
   return cell;
 }
 
@@ -35,12 +66,13 @@ void Table::Merge(const Table& other) {
   }
   other.rows.ForEachRow([&](long lRow, const Row& row) {
     other.rows.ForEachCell(lRow, row, [&](std::uint32_t nColumn, const Cell& cell) {
-      SetCell(lRow, vColumns[nColumn - 1], cell.pText, cell.nLength, cell.eType);
+      SetCell(lRow, vColumns[nColumn - 1], cell.pText, cell.Length(), cell.eType);
     });
   });
 }
 
 void Table::Reset() noexcept {
+  bTextIsCurrent = false;
   rows.Reset();
   columns.Reset();
   asked.Forget();

@@ -15,6 +15,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <string>
 #include <vector>
 
 #include "recordset/ColumnOrder.h"
@@ -31,6 +33,13 @@ class Table {
   Table(const Table&) = delete;
   Table& operator=(const Table&) = delete;
   ~Table() = default;
+
+  // An empty table, mostly one that was recycled.
+  static std::unique_ptr<Table> Make();
+
+  // Takes a table, or null, and the text of its owner, which are not needed any more. Small ones
+  // are kept together, the columns remembered.
+  static void Recycle(std::unique_ptr<Table> pTable, std::string& strText) noexcept;
 
   // A host's lookup: the index of a column, or 0.
   std::uint32_t FindColumn(const char* name) {
@@ -56,8 +65,9 @@ class Table {
   void SetCell(long lRow, std::uint32_t nColumn, const char* text, std::size_t length,
                std::int32_t eType) {
     Cell& cell = rows.EnsureCell(lRow, nColumn);
+    bTextIsCurrent = false;
     Assign(cell,
-           cell.Exists() ? texts.Replace(cell.pText, cell.nLength, text, length)
+           cell.Exists() ? texts.Replace(cell.pText, cell.Length(), text, length)
                          : texts.Store(text, length),
            length, eType);
   }
@@ -83,6 +93,13 @@ class Table {
   ExpectedColumn<Column::kHost> asked;
   Rows rows;
 
+  // The owner sets it when it has written the table as text. As long as it stays, that is the text:
+  // no cell was set and none came into being.
+  bool bTextIsCurrent = false;
+
+  // Memory for that text, of a table that was recycled. What it holds does not matter.
+  std::string strSpare;
+
  private:
   ColumnOrder order;
 
@@ -93,7 +110,7 @@ class Table {
 
   static void Assign(Cell& cell, const char* pText, std::size_t length, std::int32_t eType) {
     cell.pText = pText;
-    cell.nLength = static_cast<std::uint32_t>(length);
+    cell.nLengthAndPlain = Cell::Pack(length, false);
     cell.eType = eType;
   }
 };

@@ -42,9 +42,9 @@ class TextStore {
   static constexpr std::size_t kLongestSmall = 255;
   static constexpr std::size_t kLargeStep = 64;
 
-  // Lengths are kept in 32 bits, and so is the size of a large piece. Storing a longer text fails
+  // Lengths are kept in 31 bits, and so is the size of a large piece. Storing a longer text fails
   // like any allocation that runs out of memory.
-  static constexpr std::size_t kLongest = 0xFFFFFF00;
+  static constexpr std::size_t kLongest = 0x7FFFFF00;
 
   // aOwn_ is room for pieces, not content. NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
   TextStore() noexcept : blocks_(aOwn_, kOwnBytes) {}

@@ -25,7 +25,7 @@ struct Case {
 };
 
 // Valgrind knows better what was never written, and is slow.
-bool UnderValgrind() {
+bool UnderMemcheck() {
   const char* const szPreload = std::getenv("LD_PRELOAD");
   return szPreload != nullptr && std::strstr(szPreload, "vgpreload") != nullptr;
 }
@@ -34,8 +34,8 @@ class Lives : public testing::TestWithParam<Case> {};
 
 TEST_P(Lives, AgreeWithTheirModels) {
   const Case& one = GetParam();
-  const unsigned nSeeds = UnderValgrind() ? 1 + one.nSeeds / 20 : one.nSeeds;
-  if (!UnderValgrind()) CountedMemory::FillWithPatterns();
+  const unsigned nSeeds = UnderMemcheck() ? 1 + one.nSeeds / 20 : one.nSeeds;
+  if (!UnderMemcheck()) CountedMemory::FillWithPatterns();
   for (unsigned nSeed = 1; nSeed <= nSeeds; ++nSeed) {
     for (std::size_t n = one.nFirstProfile; n < one.nFirstProfile + one.nProfiles; ++n) {
       const std::string strTitle =

@@ -33,16 +33,20 @@ TEST(BumpBlocks, GiveEachPieceItsOwnBytes) {
   EXPECT_EQ(blocks.Footprint(), 0u) << "no block was needed";
 
   Support::Random random(1);
-  std::vector<std::pair<char*, std::size_t>> vPieces;
-  for (int i = 0; i < 3000; ++i) {
-    const std::size_t nSize = random.Below(random.OneIn(50) ? 100000 : 300);
-    char* const p = blocks.Allocate(nSize);
-    std::memset(p, i % 256, nSize + BumpBlocks::kSlack);  // the last piece, and the slack
-    vPieces.emplace_back(p, nSize);
-  }
-  for (std::size_t i = 0; i < vPieces.size(); ++i) {
-    const auto& [p, nSize] = vPieces[i];
-    ASSERT_EQ(std::string(p, nSize), std::string(nSize, static_cast<char>(i % 256))) << i;
+  for (int nTime = 0; nTime < 4; ++nTime) {
+    std::vector<std::pair<char*, std::size_t>> vPieces;
+    for (int i = 0; i < 2000; ++i) {
+      const std::size_t nSize =
+          random.OneIn(3) ? 1000 : random.Below(random.OneIn(50) ? 90000 : 300);
+      char* const p = blocks.Allocate(nSize);
+      std::memset(p, i % 256, nSize + BumpBlocks::kSlack);  // the last piece, and the slack
+      vPieces.emplace_back(p, nSize);
+    }
+    for (std::size_t i = 0; i < vPieces.size(); ++i) {
+      const auto& [p, nSize] = vPieces[i];
+      ASSERT_EQ(std::string(p, nSize), std::string(nSize, static_cast<char>(i % 256))) << i;
+    }
+    blocks.Reset();
   }
 }
 

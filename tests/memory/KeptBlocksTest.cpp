@@ -41,7 +41,7 @@ TEST(KeptBlocks, HaveStandardSizes) {
 
 class Kept : public testing::Test {
   void SetUp() override {
-    if (memory::kSanitized || memory::UnderValgrind()) GTEST_SKIP() << "nothing is kept";
+    if (memory::kSanitized || memory::UnderMemcheck()) GTEST_SKIP() << "nothing is kept";
     KeptBlocks::Release();
   }
 };
@@ -105,6 +105,23 @@ TEST_F(Kept, TextIsGivenOnToOneThatIsNotMuchShorter) {
   KeptBlocks::GiveText(second);
   EXPECT_EQ(first.capacity() + second.capacity(), 2 * std::string().capacity());
   EXPECT_LT(CountedMemory::Live() + 3 * kSmallest, nLive + 1) << "Live() releases all that is kept";
+}
+
+TEST_F(Kept, TablesMakeSmallRecordSetsWithoutAnAllocation) {
+  const std::string text = "{\"id\":1,\"name\":\"Ada\",\"note\":null}";
+  const std::size_t nLive = CountedMemory::Live();
+  std::size_t nBefore = 0;
+  for (int i = 0; i < 3; ++i) {
+    nBefore = CountedMemory::Allocations();
+    CQXRecordSet set(text);
+    EXPECT_STREQ(set.GetValueAsString("name"), "Ada");
+    EXPECT_EQ(set.GetString(), text);
+    const CQXRecordSet other;
+    EXPECT_EQ(other.GetStringRef(), "");
+  }
+  EXPECT_EQ(CountedMemory::Allocations(), nBefore);
+  { const CQXRecordSet large("{\"a\":\"" + std::string(100000, 'x') + "\"}"); }
+  EXPECT_EQ(CountedMemory::Live(), nLive);
 }
 
 TEST_F(Kept, BlocksMakeTheNextObjectCheap) {

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <functional>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -45,6 +46,32 @@ TEST(RecordSet, LoadsItsOwnText) {
   EXPECT_EQ(set.GetString(), "");
   set.SetString(strText);
   EXPECT_EQ(set.GetString(), strText);
+}
+
+// A text that is asked for again is not built again unless it has changed.
+TEST(RecordSet, TextFollowsEachChange) {
+  CQXRecordSet set(R"({"rows":[{"a":1,"b":"x"},{"a":2}]})");
+  const std::function<void()> kChanges[] = {
+      [&] { set.SetValue("a", 3L, 1); },
+      [&] { set.GetValueAsString("b", 2); },  // makes a null cell
+      [&] { set.GetValueAsString("b", 1000); },
+      [&] { set.SetValue("a", "1", 0); },
+      [&] { set.SetString(R"({"rows":[{},{},{"c":true}]})"); },
+      [&] { set.SetString("refused"); },
+      [&] { set = *&set; },
+      [&] { set = CQXRecordSet(R"({"d":4})"); },
+      [&] { set.Clear(); },
+      [&] { set.AddColumn("e"); },
+      [&] { set.SetString("{}"); },
+      [&] { set.SetString(R"({"e":5})"); },
+  };
+  for (const auto& change : kChanges) {
+    const std::string* const pText = &set.GetString();
+    EXPECT_EQ(set.GetString().data(), pText->data());
+    change();
+    EXPECT_EQ(set.GetString(), CQXRecordSet(set).GetString()) << &change - kChanges;
+  }
+  EXPECT_EQ(set.GetString(), R"({"e":5})");
 }
 
 TEST(WideText, GoesThereAndBackAndEndsAtANul) {
