@@ -10,8 +10,6 @@
 
 namespace {
 
-using Support::ParamsDifference;
-
 void ReadText(const std::string& text) {
   const Plain::Params content = Plain::ScanParams(text);
   CParamsRS params;
@@ -23,8 +21,8 @@ void ReadText(const std::string& text) {
   }
   Fuzz::Expect(bRefused == content.bRefused, "whether the text is refused");
   Fuzz::ExpectEqual(params.paramListRef(), text, "the text");
-  Fuzz::ExpectNone(ParamsDifference(params, content));
-  Fuzz::ExpectNone(ParamsDifference(CParamsRS(params), content));
+  Fuzz::ExpectNone(Plain::Difference(content, params));
+  Fuzz::ExpectNone(Plain::Difference(content, CParamsRS(params)));
   CParamsRS::getHRESULT(text);
   try {
     params.getHRESULT();

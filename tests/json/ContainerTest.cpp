@@ -1,54 +1,31 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Objects and arrays by themselves, made and filled without a message: lookups and their indexes,
-// copying, clearing. That everything is released shows when the tests run under the leak checker.
+// Objects and arrays by themselves: lookups that neither the plain parser (ParserTest.cpp) nor
+// tests/lives ask for, and the order of names.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "json/JSONMessage.h"
 #include "tests/support/Random.h"
+#include "tests/support/Values.h"
 
 namespace {
 
 using JSON::ArrayValue;
-using JSON::CompositeValue;
 using JSON::Message;
 using JSON::ObjectValue;
 using JSON::UnsafeJSONValue;
+using Support::ValueOf;
 
-std::string Written(const CompositeValue& container) {
-  std::string strWritten;
-  EXPECT_TRUE(container.Serialize(strWritten));
-  return strWritten;
-}
-
-// A string value whose text outlives the container (or comes to nothing).
-UnsafeJSONValue Text(const char* text) {
-  UnsafeJSONValue value(JSON::jtString);
-  value.pText = text;
-  value.nLength = static_cast<int>(std::strlen(text));
-  return value;
-}
-
-void Add(ArrayValue& array, UnsafeJSONValue value) { array.AddValue(value); }
-void Add(ObjectValue& object, const char* name, UnsafeJSONValue value) {
-  UnsafeJSONValue nameValue = Text(name);
-  object.AddName(nameValue);
-  object.AddValue(value);
-}
-
-// What is looked up in a parsed object is held against the plain parser; see ParserTest.cpp.
-TEST(JsonObject, LooksUpTheRestByRule) {
+TEST(JsonObject, LooksUpNullsAndBoundsByRule) {
   Message message;
   ASSERT_TRUE(message.Parse(R"({"abc":1,"a":2,"":3})"));
-  const auto& object = dynamic_cast<const ObjectValue&>(*message.pComposite);
+  const ObjectValue& object = Support::ObjectIn(message);
   EXPECT_EQ(object.OrdinalOf("abc", 0), 2);
   EXPECT_EQ(object.OrdinalOf(nullptr, 7), 0);
   EXPECT_EQ(object.GetByName(nullptr, -1), object.GetByOrdinal(0));
@@ -61,9 +38,27 @@ TEST(JsonObject, LooksUpTheRestByRule) {
   EXPECT_EQ(ObjectValue(0).GetByName("a", -1), nullptr);
 }
 
+TEST(JsonArray, LooksUpNullsAndBoundsByRule) {
+  ArrayValue array(4);
+  EXPECT_TRUE(array.MakeMap());
+  EXPECT_EQ(array.OrdinalOf(nullptr, -1), 0);
+  for (const char* text : {"x", "yz", "x", ""}) {
+    UnsafeJSONValue value = ValueOf(text);
+    array.AddValue(value);
+  }
+  EXPECT_EQ(array.OrdinalOf("x", 0), 3);
+  EXPECT_EQ(array.NameAt(4), nullptr);
+  EXPECT_EQ(array.NameAt(-1), nullptr);
+  EXPECT_TRUE(std::is_sorted(array.vOrdinalMap.begin(), array.vOrdinalMap.end(),
+                             ArrayValue::OrdinalMap::Less));
+  array.UpdateByOrdinal(4, nullptr, JSON::jtString);  // counts as the empty text
+  EXPECT_EQ(array.vOrdinalMap.size(), 0u);
+  EXPECT_EQ(array.OrdinalOf("", -1), 3);
+}
+
 // Names of 0 to 19 bytes from few letters and NULs: many are equal, many only up to a NUL, and many
 // in their first 16 bytes. The index is brought up to date now and then.
-TEST(JsonObject, FindsTheFirstOfEachNameAmongMany) {
+TEST(JsonNameOrder, FindsTheFirstOfEachNameAmongMany) {
   Support::Random random(1);
   std::vector<std::string> vNames(3000);
   ObjectValue object(0);
@@ -71,9 +66,7 @@ TEST(JsonObject, FindsTheFirstOfEachNameAmongMany) {
     name.assign(random.Below(20), 'a');
     for (int i = 0; i < 4 && !name.empty(); ++i)
       name[random.Below(name.size())] = "\xE4z"[random.Below(3)];
-    UnsafeJSONValue value(JSON::jtString);
-    value.pText = name.data();
-    value.nLength = static_cast<int>(name.size());
+    UnsafeJSONValue value = ValueOf(name);
     object.AddName(value);
     object.AddValue(value);
     if (random.OneIn(3)) object.Sort();
@@ -90,72 +83,15 @@ TEST(JsonObject, FindsTheFirstOfEachNameAmongMany) {
   }
 }
 
-// So is what is looked up in arrays of strings, and, in in tests/lives, after changes.
-TEST(JsonArray, IndexesItsStrings) {
-  ArrayValue array(4);
-  EXPECT_TRUE(array.MakeMap());
-  EXPECT_EQ(array.OrdinalOf(nullptr, -1), 0);
-  for (const char* text : {"x", "yz", "x", ""})
-    Add(array, Text(text));
-  EXPECT_EQ(array.OrdinalOf("x", 0), 3);
-  EXPECT_EQ(array.NameAt(4), nullptr);
-  EXPECT_EQ(array.NameAt(-1), nullptr);
-  EXPECT_TRUE(std::is_sorted(array.vOrdinalMap.begin(), array.vOrdinalMap.end(),
-                             ArrayValue::OrdinalMap::Less));
-  EXPECT_EQ(array.vValues[2].nNameIndex, 2);
-  array.UpdateByOrdinal(4, nullptr, JSON::jtString);  // counts as the empty text
-  EXPECT_EQ(array.vOrdinalMap.size(), 0u);
-  EXPECT_EQ(array.OrdinalOf("", -1), 3);
-}
-
-TEST(JsonContainer, TakesOneOfItsOwnElementsOnceMore) {
+TEST(JsonSequence, TakesOneOfItsOwnElementsOnceMore) {
   Message message;
   ASSERT_TRUE(message.Parse(R"([["a","b"]])"));
-  auto& array = dynamic_cast<ArrayValue&>(*message[0].pComposite);
+  ArrayValue& array = Support::ArrayIn(message[0]);
   for (int i = 0; i < 30; ++i)
     array.AddValue(*array.GetByOrdinal(i));
-  EXPECT_EQ(array.GetByOrdinal(31)->AsBoolean(), true);
   EXPECT_EQ(array.vValues.at(31).pText, array.vValues.at(1).pText);
   EXPECT_EQ(array.vValues.rbegin()->pText, array.vValues.at(31).pText);
   EXPECT_THROW(array.vValues.at(32), std::out_of_range);
-}
-
-struct Counting : ArrayValue {
-  ArrayValue* Clone(std::ptrdiff_t nDelta) const override {
-    ++nClones;
-    return ArrayValue::Clone(nDelta);
-  }
-  mutable int nClones = 0;
-};
-
-TEST(JsonContainer, CopiesTheHostsOwnKindsByTheirClone) {
-  auto* const pCounting = new Counting;
-  Add(*pCounting, Text("x"));
-  UnsafeJSONValue child(JSON::jtArray);
-  child.pComposite = pCounting;
-  ArrayValue source;
-  Add(source, child);
-  const std::unique_ptr<ArrayValue> pClone(source.Clone(0));
-  EXPECT_EQ(Written(*pClone), R"([["x"]])");
-  EXPECT_EQ(pCounting->nClones, 1);
-}
-
-TEST(JsonContainer, MovesForeignTextsWhenItIsCopied) {
-  char texts[2][12] = {"name\0text\0", "NAME\0TEXT\0"};
-  ObjectValue source(4);
-  Add(source, texts[0], Text(texts[0] + 5));
-  source.UpdateByName("own", "own", JSON::jtString);
-  UnsafeJSONValue textless(JSON::jtNull);
-  Add(source, texts[0] + 1, textless);
-  const std::unique_ptr<CompositeValue> pClone(source.Clone(texts[1] - texts[0]));
-  EXPECT_EQ(Written(*pClone), R"({"NAME":"TEXT","own":"own","AME":null})");
-  EXPECT_EQ(pClone->GetByOrdinal(0)->pText, texts[1] + 5);
-  EXPECT_EQ(pClone->GetByOrdinal(2)->pText, nullptr);
-  // An array is added to what is there.
-  ArrayValue all(0);
-  source.avValues.CopyTo(all, 0);
-  source.avValues.CopyTo(all, texts[1] - texts[0]);
-  EXPECT_EQ(Written(all), R"(["text","own",null,"TEXT","own",null])");
 }
 
 }  // namespace

@@ -14,10 +14,10 @@
 #include <string_view>
 #include <utility>
 
-#include "json/JSONMessage.h"
 #include "tests/support/Author.h"
 #include "tests/support/GuardedBuffer.h"
 #include "tests/support/SideBySide.h"
+#include "tests/support/Values.h"
 
 namespace {
 
@@ -27,13 +27,8 @@ using Support::Author;
 using Support::GuardedBuffer;
 using Support::Kind;
 using Support::SideBySide;
+using Support::Written;
 using namespace std::string_view_literals;
-
-std::string Written(const JSON::JSONValue& value) {
-  std::string strWritten;
-  EXPECT_TRUE(value.Serialize(strWritten));
-  return strWritten;
-}
 
 // tests/data: y_ is accepted JSON, l_ accepted though it is not strict JSON, n_ refused.
 TEST(JsonParser, JudgesTheCorpusAsItsFileNamesSay) {
@@ -195,7 +190,7 @@ TEST(JsonParser, OffersItsStepsToHosts) {
   for (const auto& test : kCases) {
     SCOPED_TRACE(test.text);
     GuardedBuffer text(test.text);
-    JSON::ParseContext context = {text.data(), text.data() + text.size(), text.data()};
+    JSON::ParseContext context = Support::Context(text.data(), text.view().size());
     JSON::UnsafeJSONValue value;
     EXPECT_EQ(test.step(context, value), test.nResult);
     EXPECT_EQ(value.eType, test.nResult);
@@ -204,65 +199,6 @@ TEST(JsonParser, OffersItsStepsToHosts) {
     EXPECT_EQ(std::string_view(pText, static_cast<std::size_t>(value.nLength)), test.value);
     EXPECT_TRUE(test.nResult != 5 || pText[value.nLength] == '\0');
   }
-}
-
-TEST(JsonParser, AddsToContainersOfTheHost) {
-  GuardedBuffer text(" [1,{\"b\":[2],\"a\":3}] {\"c\":4} ?");
-  JSON::ParseContext context = {text.data(), text.data() + text.size(), text.data()};
-  JSON::ArrayValue parent(4);
-  for (const int nResult : {6, 7, -1})
-    EXPECT_EQ(Parser::ParseJSONValue(context, parent), nResult);
-  std::string strWritten;
-  EXPECT_TRUE(parent.Serialize(strWritten));
-  EXPECT_EQ(strWritten, "[[1,{\"b\":[2],\"a\":3}],{\"c\":4}]");
-  EXPECT_EQ(parent.GetByOrdinal(0)->GetByOrdinal(1)->GetByName("a", -1)->AsInt(), 3);
-
-  // An object that is filled twice, the second time with a failure.
-  GuardedBuffer texts(R"({"bb":1,"a":2}{"c":[3],"a":x)");
-  context = {texts.data(), texts.data() + texts.size(), texts.data()};
-  JSON::ObjectValue object(0);
-  EXPECT_EQ(Parser::ParseObject(context, object), JSON::jtObject);
-  EXPECT_TRUE(object.bSorted);
-  EXPECT_EQ(Parser::ParseObject(context, object), -1);
-  EXPECT_EQ(object.eType, JSON::jtInvalid);
-  EXPECT_EQ(object.OrdinalOf("a", -1), 1);
-  EXPECT_STREQ(object.NameAt(2), "c");
-  EXPECT_EQ(object.NameAt(3), nullptr);
-}
-
-// What a host's own containers are given, in the order in which they are given it.
-template <typename Container>
-struct Recording : Container {
-  void AddValue(JSON::JSONValue& value) override {
-    strCalls += std::to_string(value.eType) + ' ';
-    Container::AddValue(value);
-  }
-  std::string strCalls;
-};
-struct RecordingObject : Recording<JSON::ObjectValue> {
-  void AddName(JSON::JSONValue& name) override {
-    strCalls += std::string(name.pText) + ':';
-    ObjectValue::AddName(name);
-  }
-};
-
-TEST(JsonParser, FillsTheHostsOwnKindsThroughTheirOverrides) {
-  GuardedBuffer text(R"({"bb":[1],"a":"x"}["y",{"c":null}]{"b":1,"aa":)");
-  JSON::ParseContext context = {text.data(), text.data() + text.size(), text.data()};
-  std::string strWritten;
-  RecordingObject object;
-  EXPECT_EQ(Parser::ParseObject(context, object), JSON::jtObject);
-  EXPECT_EQ(object.strCalls, "bb:6 a:5 ");
-  EXPECT_TRUE(object.bSorted);
-  Recording<JSON::ArrayValue> array;
-  EXPECT_EQ(Parser::ParseArray(context, array), JSON::jtArray);
-  EXPECT_EQ(array.strCalls, "5 7 ");
-  EXPECT_TRUE(object.Serialize(strWritten) && array.Serialize(strWritten));
-  EXPECT_EQ(strWritten, R"({"bb":[1],"a":"x"}["y",{"c":null}])");
-  RecordingObject failed;
-  EXPECT_EQ(Parser::ParseObject(context, failed), -1);
-  EXPECT_EQ(failed.strCalls, "b:3 aa:");
-  EXPECT_EQ(failed.eType, JSON::jtInvalid);
 }
 
 }  // namespace

@@ -13,27 +13,16 @@
 #include <string_view>
 #include <utility>
 
-#include "json/JSONMessage.h"
 #include "tests/support/GuardedBuffer.h"
+#include "tests/support/Values.h"
 
 namespace {
 
 using JSON::JSONValue;
-using JSON::Type;
 using JSON::UnsafeJSONValue;
-
-UnsafeJSONValue MakeValue(Type type, std::string_view text) {
-  UnsafeJSONValue value(type);
-  value.pText = text.data();
-  value.nLength = static_cast<int>(text.size());
-  return value;
-}
-
-std::string Written(const JSONValue& value) {
-  std::string strWritten;
-  EXPECT_TRUE(value.Serialize(strWritten));
-  return strWritten;
-}
+using Support::ValueOf;
+using Support::Written;
+using namespace std::string_view_literals;
 
 void ExpectReads(const JSONValue& value, double dExpected, bool bExpected) {
   SCOPED_TRACE("type " + std::to_string(value.eType));
@@ -61,7 +50,7 @@ TEST(JsonValue, ReadsNumbersAsTheCLibraryDoes) {
     for (const char cBehind : {'\0', ',', ']', '"'}) {
       const Support::GuardedBuffer buffer(strText + cBehind);
       for (const int nLength : {static_cast<int>(strText.size()), 0, 1, INT_MAX, -1}) {
-        UnsafeJSONValue value = MakeValue(JSON::jtInteger, buffer.view());
+        UnsafeJSONValue value = ValueOf(buffer.view(), JSON::jtInteger);
         value.nLength = nLength;
         ExpectReads(value, dInteger, dInteger != 0);
         EXPECT_EQ(Written(value), strText.substr(0, strText.find_first_not_of("+-0123456789")));
@@ -74,9 +63,8 @@ TEST(JsonValue, ReadsNumbersAsTheCLibraryDoes) {
 }
 
 TEST(JsonValue, ReadsTheOtherTypesByWhatTheySay) {
-  using namespace std::string_view_literals;
   const struct {
-    Type type;
+    JSON::Type type;
     std::string_view text;
     int nExpected;
     bool bExpected;
@@ -90,7 +78,7 @@ TEST(JsonValue, ReadsTheOtherTypesByWhatTheySay) {
       {JSON::jtObject, "1", 0, false},     {JSON::jtInteger, " \t12", 12, true},
   };
   for (const auto& c : cases) {
-    UnsafeJSONValue value = MakeValue(c.type, c.text);
+    UnsafeJSONValue value = ValueOf(c.text, c.type);
     ExpectReads(value, c.nExpected, c.bExpected);
     value.nLength = 0;  // as a host leaves it
     ExpectReads(value, c.nExpected, c.bExpected);
@@ -98,25 +86,12 @@ TEST(JsonValue, ReadsTheOtherTypesByWhatTheySay) {
 }
 
 TEST(JsonValue, AnswersLookupsInScalarsWithTheEmptyValues) {
-  JSON::Message message;
-  ASSERT_TRUE(message.Parse("[\"text\"]"));
-  JSONValue& scalar = message[0];
+  UnsafeJSONValue scalar = ValueOf("text");
   EXPECT_EQ(scalar.Size(), 0);
   EXPECT_EQ(&scalar["text"], &JSONValue::NonConstNone());
   EXPECT_EQ(&scalar[0], &JSONValue::NonConstNone());
   EXPECT_EQ(&std::as_const(scalar)["text"], &JSONValue::None());
   EXPECT_EQ(&std::as_const(scalar)[0], &JSONValue::None());
-}
-
-TEST(JsonValue, IsAssignedFieldByField) {
-  UnsafeJSONValue source = MakeValue(JSON::jtInteger, "12");
-  source.nNameIndex = 3;
-  source.bOwnsText = true;
-  UnsafeJSONValue value;
-  value = source;
-  ExpectReads(value, 12, true);
-  EXPECT_EQ(value.nNameIndex, 3);
-  EXPECT_TRUE(value.bOwnsText);
 }
 
 TEST(JsonValue, KeepsTheEmptyValuesEmpty) {
@@ -129,11 +104,8 @@ TEST(JsonValue, KeepsTheEmptyValuesEmpty) {
   for (const JSONValue* pValue : {&JSONValue::None(), static_cast<const JSONValue*>(&none)}) {
     ExpectReads(*pValue, 0, false);
     EXPECT_EQ(pValue->eType, JSON::jtNone);
-    EXPECT_EQ(pValue->pText, nullptr);
-    EXPECT_EQ(pValue->pComposite, nullptr);
-    std::string strWritten;
-    EXPECT_FALSE(pValue->Serialize(strWritten));
-    EXPECT_EQ(strWritten, "");
+    EXPECT_TRUE(pValue->pText == nullptr && pValue->pComposite == nullptr);
+    EXPECT_EQ(Written(*pValue), " (refused)");
   }
 }
 

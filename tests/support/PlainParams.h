@@ -1,6 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The reading of parameter strings once more, step by step. Tests hold CParamsRS against it.
+// The reading of parameter strings once more, step by step, and the comparison of CParamsRS with
+// it.
 
 #ifndef QXRECORDSET_TESTS_SUPPORT_PLAINPARAMS_H
 #define QXRECORDSET_TESTS_SUPPORT_PLAINPARAMS_H
@@ -9,6 +10,8 @@
 #include <cstdlib>
 #include <string>
 #include <vector>
+
+#include "params/CParamsX.h"
 
 namespace Plain {
 
@@ -41,6 +44,18 @@ inline Params ScanParams(const std::string& text) {
     nAt = nField + 1 + nLength + 1;
   }
   return params;
+}
+
+// What of the parameter string is not as it should be, or "".
+inline std::string Difference(const Params& expected, const CParamsRS& params) {
+  if (params.count() != static_cast<int>(expected.vTexts.size())) return "the count";
+  if (params.getHeader() != expected.strHeader) return "the header";
+  for (int i = 0; i < params.count() - (expected.bUnreadable ? 1 : 0); ++i) {
+    const std::string& text = expected.vTexts[static_cast<std::size_t>(i)];
+    if (params.getStringParamAt(i) != text) return "the text of a parameter";
+    if (params.getLongParamAt(i) != std::strtol(text.c_str(), nullptr, 10)) return "the number";
+  }
+  return "";
 }
 
 }  // namespace Plain

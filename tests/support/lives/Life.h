@@ -87,23 +87,34 @@ class Life {
 
   virtual void TakeOne() = 0;
 
-  // Takes a step of the table.
-  template <typename Self, std::size_t nSteps>
-  void TakeOneOf(const char* szLife, Self& self, const Named<Self> (&steps)[nSteps]) {
+  // A step of the table; null for one that is left out.
+  template <typename Step, std::size_t nSteps>
+  const Step* Choose(const char* szLife, const Step (&steps)[nSteps]) {
     unsigned nWeights = 0;
     for (const auto& step : steps)
       nWeights += step.nWeight;
     std::uint32_t n = random.Below(nWeights);
-    const Named<Self>* pStep = steps;
+    const Step* pStep = steps;
     for (; n >= pStep->nWeight; ++pStep)
       n -= pStep->nWeight;
-    if (world.LeavesOut(pStep->szName)) return;
+    if (world.LeavesOut(pStep->szName)) return nullptr;
     world.diary.Note(szLife, nNumber, pStep->szName);
-    (self.*pStep->take)();
+    return pStep;
+  }
+
+  // Takes a step of the table.
+  template <typename Self, std::size_t nSteps>
+  void TakeOneOf(const char* szLife, Self& self, const Named<Self> (&steps)[nSteps]) {
+    if (const auto* const pStep = Choose(szLife, steps)) (self.*pStep->take)();
   }
 
   void Expect(bool bHolds, const std::string& what) {
     if (!bHolds && strFault.empty()) strFault = what;
+  }
+
+  // Nothing, where a difference is looked for.
+  void ExpectNone(const std::string& difference, const char* szWhere) {
+    Expect(difference.empty(), szWhere + difference);
   }
 
   World& world;

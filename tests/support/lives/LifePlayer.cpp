@@ -98,10 +98,10 @@ LifePlayer::LifePlayer(std::size_t nProfile, const Random& choices, const std::s
   world.diary.Begin(strTitle);
   pOpenDiary = &world.diary;
   PrintDiaryAtDeath();
-  using Kind = TreeLife::Kind;
+  using Kind = TreeKind;
   const auto addTrees = [&](std::initializer_list<Kind> kinds) {
     for (const Kind kind : kinds)
-      vSlots.push_back({[this, kind] { return std::make_unique<TreeLife>(world, kind); }});
+      vSlots.push_back({[this, kind] { return MakeTreeLife(world, kind); }});
   };
   const auto addRecordSet = [&](std::size_t n, bool bMortal) {
     vSlots.push_back({[this, n] { return MakeRecordSetLife(world, n); }, bMortal});
