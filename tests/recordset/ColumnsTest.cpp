@@ -32,11 +32,6 @@ Names Numbered(int nCount, const std::string& strPrefix) {
   return names;
 }
 
-Names Reversed(Names names) {
-  std::reverse(names.begin(), names.end());
-  return names;
-}
-
 Names Shuffled(Names names) {
   Support::Random random(1);
   for (std::size_t i = names.size(); i > 1; --i) {
@@ -64,7 +59,6 @@ const struct {
   Names names;
 } kLists[] = {
     {"ascending", Numbered(200, "n")},
-    {"descending", Reversed(Numbered(200, "n"))},
     {"mixed", Shuffled(Numbered(200, "n"))},
     {"of more than a block", Shuffled(Numbered(200, "a name that is longer than sixteen bytes "))},
     {"with high bytes, escapes, and empty", {"\xFF", "b\"", "", "a\x01", "A", "\x80", "a", "b"}},

@@ -94,15 +94,6 @@ TEST(RecordSetLoad, OwesNothingToWhatWasCleared) {
     const std::string& asked = random.Of(vNames);
     ASSERT_STREQ(reused.GetValueAsString(asked.c_str()), fresh.GetValueAsString(asked.c_str()));
     ASSERT_EQ(Plain::Picture(reused), Plain::Picture(fresh)) << "text " << i << ": " << text;
-    for (const std::string& name : vNames) {
-      ASSERT_EQ(reused.GetColumnIndex(name.c_str()), fresh.GetColumnIndex(name.c_str())) << text;
-    }
-    if (random.OneIn(4)) {
-      reused.Clear();
-      reused.SetValue(asked.c_str(), 1L);
-      ASSERT_EQ(reused.GetColumnIndex(asked.c_str()), 1) << asked;
-      ASSERT_EQ(reused.GetColumnCount(), 1) << asked;
-    }
   }
 }
 

@@ -1,16 +1,15 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// What a record set costs in memory, and that it costs no more after long use.
+// What a record set costs in memory. That it costs no more after long use is the business of
+// tests/lives.
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 
 #include "recordset/QXRecordSet.h"
 #include "tests/support/CountedMemory.h"
-#include "tests/support/Random.h"
 
 namespace {
 
@@ -42,53 +41,6 @@ TEST(RecordSetMemory, IsSmallBesideTheTexts) {
     pSet.reset();
     EXPECT_EQ(Live(), nBefore);
   }
-}
-
-TEST(RecordSetMemory, DoesNotGrowWithUse) {
-  const std::string text = RowsText(50);
-  Support::Random random(1);
-  const std::function<void(CQXRecordSet&)> kUses[] = {
-      [&](CQXRecordSet& set) {
-        set.SetValue("a", std::string(random.Below(400), 'x'), 1 + random.Below(20));
-      },
-      [&](CQXRecordSet& set) { set.GetValueAsLong("a", 1 + random.Below(1000)); },
-      [&](CQXRecordSet& set) { set.SetString(text); },
-      [&](CQXRecordSet& set) {
-        set.Clear();
-        set.SetString(text);
-      },
-      [&](CQXRecordSet& set) { set.GetString(); },
-      [&](CQXRecordSet& set) { set = CQXRecordSet(set); },  // NOLINT: a copy is meant
-  };
-  for (const auto& use : kUses) {
-    SCOPED_TRACE(&use - kUses);
-    CQXRecordSet set(text);
-    std::size_t nLiveAfterSome = 0;
-    for (int i = 0; i < 6000; ++i) {
-      if (i == 2000) nLiveAfterSome = Live();
-      use(set);
-    }
-    EXPECT_LE(Live(), nLiveAfterSome + 8192);
-  }
-}
-
-// A cleared record set is ready for as much again, but not for the most it ever held.
-TEST(RecordSetMemory, IsKeptForOneTime) {
-  const std::string text = RowsText(5000);
-  CQXRecordSet set;
-  const std::size_t nBefore = Live();
-  set.SetString(text);
-  const std::size_t nLoaded = Live();
-  set.Clear();
-  EXPECT_LE(Live(), nLoaded);
-  set.SetString(text);
-  EXPECT_LE(Live(), nLoaded + 4096);
-  set.Clear();
-  set.SetString("{\"a\":1}");
-  set.Clear();
-  EXPECT_LT(Live(), nBefore + 4096);
-  set = CQXRecordSet();
-  EXPECT_EQ(Live(), nBefore);
 }
 
 }  // namespace

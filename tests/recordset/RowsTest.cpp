@@ -30,13 +30,6 @@ Numbers Range(long lFirst, long lLast, long lStep = 1) {
   return numbers;
 }
 
-Numbers Doubling(int nCount) {
-  Numbers numbers;
-  for (int i = 0; i < nCount; ++i)
-    numbers.push_back(1L << i);
-  return numbers;
-}
-
 Places ByRows(const Numbers& rows, const Numbers& columns) {
   Places places;
   for (const long lRow : rows) {
@@ -46,12 +39,11 @@ Places ByRows(const Numbers& rows, const Numbers& columns) {
   return places;
 }
 
+// Column by column: the rows by turns.
 Places ByColumns(const Numbers& rows, const Numbers& columns) {
   Places places;
-  for (const long lColumn : columns) {
-    for (const long lRow : rows)
-      places.emplace_back(lRow, static_cast<std::uint32_t>(lColumn));
-  }
+  for (const auto& [column, row] : ByRows(columns, rows))
+    places.emplace_back(static_cast<long>(row), static_cast<std::uint32_t>(column));
   return places;
 }
 
@@ -84,7 +76,7 @@ const struct Filling {
     {"a new column in every row", 104, Diagonal(Range(1, 10000))},
     {"every hundredth column", 88, ByRows(Range(1, 5), Range(100, 200000, 100))},
     {"every eighth column in two rows by turns", 96, ByColumns({1, 2}, Range(8, 40000, 8))},
-    {"columns that double", 100, ByRows(Range(1, 300), Doubling(30))},
+    {"columns that double", 100, ByRows(Range(1, 300), {1, 2, 4, 8, 16, 32, 64, 128, 1 << 29})},
     {"rows far apart", 32, ByRows(Range(-200 * 1000003, 200 * 1000003, 1000003), Range(1, 10))},
     {"the ends of the ranges", 250,
      ByRows({LONG_MIN, LONG_MIN + 1, -1, 0, 1, 64, 65, LONG_MAX - 1, LONG_MAX},

@@ -216,17 +216,17 @@ class RecordSetLife : public Support::Life {
         {"load a text of any size", &RecordSetLife::LoadSized, 4},
         {"write a text of any size", &RecordSetLife::WriteSized, 4},
         {"field of a record", &RecordSetLife::Field, 40},
-        {"replace everything", &RecordSetLife::ReplaceAll, 4},
+        {"copy", &RecordSetLife::Copy, 1},
+        {"move", &RecordSetLife::Move, 1},
+        {"assign", &RecordSetLife::Assign, 1},
+        {"assign itself", &RecordSetLife::AssignItself, 1},
+        {"clear", &RecordSetLife::ClearAndCopy, 1},
         {"compare everything", &RecordSetLife::CheckNow, 8},
     };
     TakeOneOf("record set", *this, kSteps);
   }
 
   void CheckNow() { CheckAll(); }
-  void ReplaceAll() {
-    Replace();
-    CheckAll();
-  }
   void ReadCell() { Read(); }
 
   // Rows of one column, in place of everything.
@@ -273,55 +273,71 @@ class RecordSetLife : public Support::Life {
     bRenewed = true;
   }
 
+  // A value of some type under a name; see kWays.
+  struct Written {
+    const char* name;
+    long row;
+    std::string text;    // what the cell holds then
+    const char* pGiven;  // where the text is given from
+    int eType = CQXRecordSet::QX_TEXT;
+  };
+
+  template <typename Number>
+  void WriteNumber(Written& written, Number n) {
+    set_.SetValue(written.name, n, written.row);
+    written.text = std::to_string(n);
+    written.eType = CQXRecordSet::QX_LONG;
+  }
+  void WriteInt(Written& w) { WriteNumber(w, static_cast<int>(random.Below(100000)) - 50000); }
+  void WriteLong(Written& w) { WriteNumber(w, random.OneIn(2) ? LONG_MIN : LONG_MAX); }
+  void WriteBool(Written& w) {
+    w.text = random.OneIn(2) ? "1" : "0";
+    w.eType = CQXRecordSet::QX_BOOL;
+    set_.SetValue(w.name, w.text == "1", w.row);
+  }
+  void WriteUpToNul(Written& w) { set_.SetValue(w.name, w.text + '\0' + w.text, w.row); }
+  void WriteObject(Written& w) {
+    w.text = random.Of(kObjects).szText;
+    w.eType = CQXRecordSet::QX_RECORDSET;
+    set_.SetValue(w.name, w.text.c_str(), w.row, CQXRecordSet::QX_RECORDSET);
+  }
+  // Another record set as a cell, or this one in itself.
+  void WriteNested(Written& w) {
+    CQXRecordSet inner;
+    if (!random.OneIn(4)) inner = random.Of(kNested);
+    const bool bSelf = random.OneIn(10) && model_.Text().size() < 2000;
+    if (bSelf) CheckString();
+    set_.SetValue(w.name, bSelf ? set_ : inner, w.row);
+    w.text = bSelf ? model_.strBuilt : inner.GetStringRef();
+    w.eType = CQXRecordSet::QX_RECORDSET;
+  }
+  void WriteOfAnyType(Written& w) {
+    w.eType = static_cast<int>(random.Below(8)) - 1;
+    set_.SetValue(w.name, w.pGiven, w.row, static_cast<CQXRecordSet::QX_TYPE>(w.eType));
+  }
+
   void Write() {
+    using Way = void (RecordSetLife::*)(Written&);
+    constexpr Way kOfAnyType = &RecordSetLife::WriteOfAnyType;
+    static constexpr Way kWays[] = {&RecordSetLife::WriteInt,
+                                    &RecordSetLife::WriteLong,
+                                    &RecordSetLife::WriteBool,
+                                    &RecordSetLife::WriteUpToNul,
+                                    &RecordSetLife::WriteObject,
+                                    &RecordSetLife::WriteNested,
+                                    kOfAnyType,
+                                    kOfAnyType,
+                                    kOfAnyType,
+                                    kOfAnyType};
     // A text of the record set itself, or the end of one, is as good as any.
     const bool bOwnText = random.OneIn(20);
     const char* pText = bOwnText ? Read() : "";
     if (std::strchr(pText, '{') == nullptr) pText += random.Below(std::strlen(pText) + 1);
     const long row = NextRow();
-    const char* const name = NextName();
-    std::string text = bOwnText ? pText : Text();
-    int eType = CQXRecordSet::QX_TEXT;
-    const std::uint32_t nHow = bOwnText ? 9 : random.Below(10);
-    if (nHow == 0) {
-      eType = CQXRecordSet::QX_BOOL;
-      text = random.OneIn(2) ? "1" : "0";
-      set_.SetValue(name, text == "1", row);
-    } else if (nHow == 1) {
-      eType = CQXRecordSet::QX_LONG;
-      const int nValue = static_cast<int>(random.Below(100000)) - 50000;
-      set_.SetValue(name, nValue, row);
-      text = std::to_string(nValue);
-    } else if (nHow == 2) {
-      eType = CQXRecordSet::QX_LONG;
-      const long lValue = random.OneIn(2) ? LONG_MIN : LONG_MAX;
-      set_.SetValue(name, lValue, row);
-      text = std::to_string(lValue);
-    } else if (nHow == 3) {
-      set_.SetValue(name, text + '\0' + text, row);
-    } else if (nHow == 4) {
-      eType = CQXRecordSet::QX_RECORDSET;
-      text = random.Of(kObjects).szText;
-      set_.SetValue(name, text.c_str(), row, CQXRecordSet::QX_RECORDSET);
-    } else if (nHow == 5) {
-      eType = CQXRecordSet::QX_RECORDSET;
-      text = Nest(name, row);
-    } else {
-      eType = static_cast<int>(random.Below(8)) - 1;
-      set_.SetValue(name, bOwnText ? pText : text.c_str(), row,
-                    static_cast<CQXRecordSet::QX_TYPE>(eType));
-    }
-    model_.Set(strName_, row, eType, text);
-  }
-
-  // Another record set as a cell, or this one in itself; its text.
-  std::string Nest(const char* name, long row) {
-    CQXRecordSet inner;
-    if (!random.OneIn(4)) inner = random.Of(kNested);
-    const bool bSelf = random.OneIn(10) && model_.Text().size() < 2000;
-    if (bSelf) CheckString();
-    set_.SetValue(name, bSelf ? set_ : inner, row);
-    return bSelf ? model_.strBuilt : inner.GetStringRef();
+    Written written{NextName(), row, bOwnText ? pText : Text(), pText};
+    if (!bOwnText) written.pGiven = written.text.c_str();
+    (this->*(bOwnText ? kOfAnyType : random.Of(kWays)))(written);
+    model_.Set(strName_, row, written.eType, written.text);
   }
 
   void AddColumn() {
@@ -372,52 +388,53 @@ class RecordSetLife : public Support::Life {
     Expect(set_.SetUTF8String("{\"rows\":[" + strText + "]}"), "SetUTF8String");
   }
 
-  // Copies, moves, assigns or clears the whole record set. Only a new one takes over the state and
-  // the last text.
-  void Replace() {
-    switch (random.Below(5)) {
-      case 0: {
-        CQXRecordSet copy(set_);
-        Expect(copy.GetStringRef() == model_.strBuilt, "GetStringRef of a copy");
-        Expect(CQXRecordSet(copy).GetString() == model_.Text(), "GetString of a copy");
-        ForgetAddresses();
-        set_ = std::move(copy);
-        ExpectCleared(copy);  // NOLINT: moved-from
-        break;
-      }
-      case 1: {
-        CQXRecordSet moved(std::move(set_));
-        ExpectCleared(set_);  // NOLINT: moved-from
-        Expect(moved.GetStringRef() == model_.strBuilt, "GetStringRef of what was moved");
-        set_ = std::move(moved);
-        break;
-      }
-      case 2: {
-        CQXRecordSet assigned("{\"gone\":1}");
-        assigned.GetString();
-        assigned = set_;
-        Expect(assigned.GetStringRef().empty(), "GetStringRef of what was assigned");
-        ForgetAddresses();
-        set_ = std::move(assigned);
-        break;
-      }
-      case 3:
-        if (random.OneIn(2)) set_ = *&set_;
-        if (random.OneIn(2)) set_ = std::move(*&set_);
-        set_ = *&set_;
-        break;
-      default: {
-        Clear();
-        CQXRecordSet copy(set_);
-        ExpectCleared(copy);
-        ExpectCleared(set_);
-        copy = set_;
-        Expect(copy.GetString() == "{}", "what was assigned counts as written");
-        return;
-      }
-    }
+  // ---- Copies, moves and assignments of the whole record set ------------------------------------
+
+  // Only a new one takes over the state and the last text.
+  void Copy() {
+    CQXRecordSet copy(set_);
+    Expect(copy.GetStringRef() == model_.strBuilt, "GetStringRef of a copy");
+    Expect(CQXRecordSet(copy).GetString() == model_.Text(), "GetString of a copy");
+    ForgetAddresses();
+    set_ = std::move(copy);
+    ExpectCleared(copy);  // NOLINT: moved-from
+    Rewritten();
+  }
+  void Move() {
+    CQXRecordSet moved(std::move(set_));
+    ExpectCleared(set_);  // NOLINT: moved-from
+    Expect(moved.GetStringRef() == model_.strBuilt, "GetStringRef of what was moved");
+    set_ = std::move(moved);
+    Rewritten();
+  }
+  void Assign() {
+    CQXRecordSet assigned("{\"gone\":1}");
+    assigned.GetString();
+    assigned = set_;
+    Expect(assigned.GetStringRef().empty(), "GetStringRef of what was assigned");
+    ForgetAddresses();
+    set_ = std::move(assigned);
+    Rewritten();
+  }
+  void AssignItself() {
+    if (random.OneIn(2)) set_ = *&set_;
+    if (random.OneIn(2)) set_ = std::move(*&set_);
+    set_ = *&set_;
+    Rewritten();
+  }
+  void ClearAndCopy() {
+    Clear();
+    CQXRecordSet copy(set_);
+    ExpectCleared(copy);
+    ExpectCleared(set_);
+    copy = set_;
+    Expect(copy.GetString() == "{}", "what was assigned counts as written");
+    CheckAll();
+  }
+  void Rewritten() {
     model_.bModified = true;
     model_.strBuilt.clear();
+    CheckAll();
   }
 
   void ExpectCleared(CQXRecordSet& set) {
