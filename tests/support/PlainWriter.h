@@ -7,37 +7,21 @@
 #define QXRECORDSET_TESTS_SUPPORT_PLAINWRITER_H
 
 #include <cstddef>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
-#include "json/JSONSerialize.h"
 #include "tests/support/PlainEscape.h"
 
 namespace Plain {
 
 // One call of the writer. The first character says which one:
 //
-//   { } [ ]   OO, OC, AO, AC          Vtext   V(const char*)      Jtext   JS        ~   V(nullptr)
-//   Ntext     N(const char*)          #12     V(int)              Atext   AppendString
+//   { } [ ]   OO, OC, AO, AC      Ntext   N(const char*)      Vtext   V(const char*)
+//   Jtext     JS                  Atext   AppendString        ~       V(nullptr)
 struct Call {
   char cCall;
   std::string strText;
 };
-
-inline void Apply(JSON::Serialize& writer, const Call& call) {
-  const char* const szText = call.strText.c_str();
-  if (call.cCall == '{') writer.OO();
-  if (call.cCall == '}') writer.OC();
-  if (call.cCall == '[') writer.AO();
-  if (call.cCall == ']') writer.AC();
-  if (call.cCall == 'N') writer.N(szText);
-  if (call.cCall == 'V') writer.V(szText);
-  if (call.cCall == '~') writer.V(nullptr);
-  if (call.cCall == '#') writer.V(std::atoi(szText));
-  if (call.cCall == 'J') writer.JS(szText);
-  if (call.cCall == 'A') writer.AppendString(szText);
-}
 
 // The rules of the writer, over a stack of open containers.
 class Writer {

@@ -3,35 +3,31 @@
 // A document that is a chain of containers: each has one element, which is the next one. Updates
 // make it as deep as they like. Its model is the row of brackets.
 
-#include <utility>
-
-#include "json/JSONMessage.h"
 #include "tests/support/lives/ChainLife.h"
+#include "tests/support/Values.h"
 
 namespace {
 
 using CountedMemory::Aside;
+using Support::Written;
 
 class ChainLife : public Support::Life {
  public:
   explicit ChainLife(Support::World& common) : Life(common) {}
 
   std::string CheckAll() override {
-    Expect(Written(message) == Text(strLevels), "what a chain writes");
+    ExpectChain(message, "a chain");
     return strFault;
   }
   std::size_t Need() const override { return 1000 * (strLevels.size() + 1); }
 
  private:
-  using Value = JSON::JSONValue;
-
   void TakeOne() override {
     static const Named<ChainLife> kSteps[] = {
         {"make a chain longer", &ChainLife::Lengthen, 4},
         {"cut a chain", &ChainLife::Cut, 2},
         {"copy a chain", &ChainLife::Copy, 3},
-        {"clone a chain", &ChainLife::Clone, 2},
-        {"add a chain", &ChainLife::Add, 1},
+        {"clone and add a chain", &ChainLife::CloneAndAdd, 3},
         {"parse a chain", &ChainLife::Parse, 1},
     };
     TakeOneOf("chain", *this, kSteps);
@@ -39,37 +35,35 @@ class ChainLife : public Support::Life {
     if (strLevels.size() >= world.nMost && random.OneIn(4)) Parse();
   }
 
-  // The text of a chain: 1 is at its end.
-  static std::string Text(const std::string& strBrackets) {
+  // The text of the chain: 1 is at its end.
+  std::string Text() const {
     std::string strText;
-    if (strBrackets.empty()) return "null";
-    for (const char c : strBrackets)
+    if (strLevels.empty()) return "null";
+    for (const char c : strLevels)
       strText += c == '[' ? "[" : "{\"d\":";
     strText += '1';
-    for (std::size_t i = strBrackets.size(); i-- > 0;)
-      strText += strBrackets[i] == '[' ? ']' : '}';
+    for (std::size_t i = strLevels.size(); i-- > 0;)
+      strText += strLevels[i] == '[' ? ']' : '}';
     return strText;
   }
-  static std::string Written(const Value& value) {
-    std::string strText;
-    value.Serialize(strText);
-    return strText;
+  void ExpectChain(const JSON::JSONValue& value, const char* szWhat) {
+    Expect(Written(value) == Text(), std::string("what is written for ") + szWhat);
   }
 
   // The value below `nLevels` containers.
-  Value& At(std::size_t nLevels) {
-    Value* pValue = &message;
+  JSON::JSONValue& At(std::size_t nLevels) {
+    JSON::JSONValue* pValue = &message;
     for (; nLevels > 0; --nLevels)
       pValue = pValue->GetByOrdinal(0);
     return *pValue;
   }
 
   void Lengthen() {
-    const Value* pEnd = &At(strLevels.size());
+    JSON::JSONValue* pEnd = &At(strLevels.size());
     for (std::size_t n = random.OneIn(12) ? world.nMost : world.Size(); n > 0; --n) {
       const bool bArray = random.OneIn(2);
-      Value& end = const_cast<Value&>(*pEnd);
-      pEnd = bArray ? &end.Set(0, 1) : &end.Set("d", 1);
+      bArray ? pEnd->Set(0, 1) : pEnd->Set("d", 1);
+      pEnd = pEnd->GetByOrdinal(0);
       const Aside aside;
       strLevels += bArray ? '[' : '{';
     }
@@ -88,38 +82,30 @@ class ChainLife : public Support::Life {
     if (random.OneIn(2)) copy.Parse("[]");
     if (random.OneIn(2)) copy = message;
     message.CopyTo(copy);
-    Expect(Written(copy) == Text(strLevels), "what the copy of a chain writes");
+    ExpectChain(copy, "a copy");
     if (random.OneIn(2)) return;
     copy.CopyTo(message);
     bRenewed = true;
   }
 
-  void Clone() {
+  // A clone is added, and a chain in a pool, which AddValue copies.
+  void CloneAndAdd() {
     if (message.pComposite == nullptr) return;
     JSON::UnsafeJSONValue clone(message.eType);
     clone.pComposite = message.pComposite->Clone(0);
+    JSON::Message copy(message);
     JSON::ArrayValue array;
     array.AddValue(clone);
-    Expect(Written(array.vValues[0]) == Text(strLevels), "what the clone of a chain writes");
-  }
-
-  // A chain in the pool is copied by AddValue.
-  void Add() {
-    if (message.pComposite == nullptr) return;
-    JSON::ArrayValue array;
-    JSON::Message copy(message);
     array.AddValue(copy);
     copy.pComposite->Clear();
-    Expect(Written(array.vValues[0]) == Text(strLevels), "what an added chain writes");
+    ExpectChain(array.vValues[0], "a clone");
+    ExpectChain(array.vValues[1], "a chain that was added");
   }
 
   void Parse() {
-    std::string strText = Text(strLevels);
-    const bool bDeep = strLevels.size() > std::size_t{JSON::kMaxNesting};
-    if (bDeep || strLevels.empty()) strText = "[1]";
-    Expect(message.Parse(strText.c_str()), "result of Parse");
+    if (strLevels.size() > std::size_t{JSON::kMaxNesting} || strLevels.empty()) strLevels = "[";
+    Expect(message.Parse(Text().c_str()), "result of Parse");
     bRenewed = true;
-    if (bDeep || strLevels.empty()) strLevels = "[";
   }
 
   JSON::Message message;

@@ -4,33 +4,23 @@
 
 #include "tests/support/lives/Life.h"
 
-#include <unistd.h>
-
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
 
 namespace Support {
 
-void Diary::Begin(const std::string& strTitle) {
-  std::snprintf(szTitle, sizeof szTitle, "%s\n", strTitle.c_str());
-}
-
 void Diary::Note(const char* szLife, int nLife, const char* szStep) {
-  char* const szLine = szLines[nNotes++ % kLines];
-  std::snprintf(szLine, sizeof szLines[0], "  %s %d: %s\n", szLife, nLife, szStep);
-}
-
-void Diary::Print() const {
-  for (std::size_t i = 0; i <= kLines; ++i) {
-    const char* const szLine = i == 0 ? szTitle : szLines[(nNotes + i - 1) % kLines];
-    if (write(STDERR_FILENO, szLine, std::strlen(szLine)) < 0) return;
-  }
+  static const bool bTrace = std::getenv("QXRECORDSET_LIVES_TRACE") != nullptr;
+  const CountedMemory::Aside aside;
+  std::string& strLine = vLines[nNotes++ % vLines.size()];
+  strLine = std::string("  ") + szLife + ' ' + std::to_string(nLife) + ": " + szStep + '\n';
+  if (bTrace) std::fprintf(stderr, "%s:%s", strTitle.c_str(), strLine.c_str());
 }
 
 std::string Diary::Text() const {
-  std::string strText = "step " + std::to_string(nNotes) + " of " + szTitle;
-  for (std::size_t i = 0; i < kLines; ++i)
-    strText += szLines[(nNotes + i) % kLines];
+  std::string strText = "step " + std::to_string(nNotes) + " of " + strTitle + '\n';
+  for (std::size_t i = 0; i < vLines.size(); ++i)
+    strText += vLines[(nNotes + i) % vLines.size()];
   return strText;
 }
 
@@ -48,11 +38,6 @@ std::size_t World::Size() {
 char* World::Keep(const std::string& text) {
   const CountedMemory::Aside aside;
   return vTexts.emplace_back(text).data();
-}
-
-bool World::LeavesOut(const char* szStep) const {
-  return !strWithout.empty() &&
-         strWithout.find(';' + std::string(szStep) + ';') != std::string::npos;
 }
 
 }  // namespace Support

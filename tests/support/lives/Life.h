@@ -7,11 +7,12 @@
 #ifndef QXRECORDSET_TESTS_SUPPORT_LIVES_LIFE_H
 #define QXRECORDSET_TESTS_SUPPORT_LIVES_LIFE_H
 
-#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <list>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tests/support/CountedMemory.h"
@@ -21,36 +22,32 @@ namespace Support {
 
 class TreeLife;
 
-// The last steps, by name, where a program that dies can still print them.
+// The last steps, by name. With QXRECORDSET_LIVES_TRACE in the environment each step is printed
+// before it is taken, for a program that dies.
 class Diary {
  public:
-  void Begin(const std::string& strTitle);
+  explicit Diary(std::string strAbout) : strTitle(std::move(strAbout)) {}
   void Note(const char* szLife, int nLife, const char* szStep);
   std::string Text() const;
-  void Print() const;  // to stderr, without allocating
 
  private:
-  static constexpr std::size_t kLines = 12;
-  char szTitle[80] = {};
-  char szLines[kLines][80] = {};
+  std::string strTitle;
+  std::array<std::string, 12> vLines{};  // the last ones
   std::size_t nNotes = 0;
 };
 
 struct World {
   Random random;
-  std::size_t nMost;         // elements that one step adds or removes at most
-  std::string strWithout{};  // names of the steps that are left out, separated by ';'
+  std::size_t nMost;  // elements that one step adds or removes at most
+  Diary diary{""};
   std::list<std::string> vTexts{};
   std::vector<TreeLife*> vTrees{};
-  Diary diary{};
 
   // A number of elements. It jumps: none, one, a few, a block's worth, many blocks' worth.
   std::size_t Size();
 
   // A copy of `text` that lives as long as the world.
   char* Keep(const std::string& text);
-
-  bool LeavesOut(const char* szStep) const;
 };
 
 class Life {
@@ -87,9 +84,9 @@ class Life {
 
   virtual void TakeOne() = 0;
 
-  // A step of the table; null for one that is left out.
+  // A step of the table.
   template <typename Step, std::size_t nSteps>
-  const Step* Choose(const char* szLife, const Step (&steps)[nSteps]) {
+  const Step& Choose(const char* szLife, const Step (&steps)[nSteps]) {
     unsigned nWeights = 0;
     for (const auto& step : steps)
       nWeights += step.nWeight;
@@ -97,15 +94,14 @@ class Life {
     const Step* pStep = steps;
     for (; n >= pStep->nWeight; ++pStep)
       n -= pStep->nWeight;
-    if (world.LeavesOut(pStep->szName)) return nullptr;
     world.diary.Note(szLife, nNumber, pStep->szName);
-    return pStep;
+    return *pStep;
   }
 
   // Takes a step of the table.
   template <typename Self, std::size_t nSteps>
   void TakeOneOf(const char* szLife, Self& self, const Named<Self> (&steps)[nSteps]) {
-    if (const auto* const pStep = Choose(szLife, steps)) (self.*pStep->take)();
+    (self.*Choose(szLife, steps).take)();
   }
 
   void Expect(bool bHolds, const std::string& what) {

@@ -4,9 +4,6 @@
 
 #include "tests/support/lives/LifePlayer.h"
 
-#include <signal.h>
-
-#include <cstdlib>
 #include <functional>
 #include <utility>
 
@@ -19,59 +16,6 @@
 namespace Support {
 
 using CountedMemory::Aside;
-
-// ---- Sudden death -------------------------------------------------------------------------------
-
-namespace {
-
-const Diary* pOpenDiary = nullptr;
-
-// A fuzzer has its own ways; it finds the input again.
-#ifndef QXRECORDSET_LIBFUZZER
-
-void PrintOpenDiary() {
-  if (pOpenDiary != nullptr) pOpenDiary->Print();
-}
-
-extern "C" {
-__attribute__((weak)) void __sanitizer_set_death_callback(void (*)(void));
-}
-
-// The undefined behaviour sanitizer calls this.
-extern "C" void __ubsan_on_report() { PrintOpenDiary(); }
-
-extern "C" void DieWithDiary(int nSignal) {
-  PrintOpenDiary();
-  signal(nSignal, SIG_DFL);
-  raise(nSignal);
-}
-
-void PrintDiaryAtDeath() {
-  static char stack[1 << 16];
-  if (__sanitizer_set_death_callback != nullptr) {
-    __sanitizer_set_death_callback(PrintOpenDiary);
-  } else {
-    stack_t alternative{};
-    alternative.ss_sp = stack;
-    alternative.ss_size = sizeof stack;
-    sigaltstack(&alternative, nullptr);
-  }
-  struct sigaction action {};
-  action.sa_handler = DieWithDiary;
-  action.sa_flags = SA_ONSTACK;
-  sigaction(SIGABRT, &action, nullptr);
-  if (__sanitizer_set_death_callback == nullptr) sigaction(SIGSEGV, &action, nullptr);
-}
-
-#else
-
-void PrintDiaryAtDeath() {}
-
-#endif
-
-}  // namespace
-
-// ---- The player ---------------------------------------------------------------------------------
 
 struct LifePlayer::Slot {
   std::function<std::unique_ptr<Life>()> make;
@@ -91,13 +35,9 @@ constexpr std::size_t kMostOf[] = {100000, 1300, 20};
 }  // namespace
 
 LifePlayer::LifePlayer(std::size_t nProfile, const Random& choices, const std::string& strTitle)
-    : world{choices, nProfile < 3 ? kMostOf[nProfile] : 100}, nLiveBefore(CountedMemory::Live()) {
+    : world{choices, nProfile < 3 ? kMostOf[nProfile] : 100, Diary(strTitle)},
+      nLiveBefore(CountedMemory::Live()) {
   const Aside aside;
-  if (const char* const szWithout = std::getenv("QXRECORDSET_LIVES_WITHOUT"))
-    world.strWithout = ';' + std::string(szWithout) + ';';
-  world.diary.Begin(strTitle);
-  pOpenDiary = &world.diary;
-  PrintDiaryAtDeath();
   using Kind = TreeKind;
   const auto addTrees = [&](std::initializer_list<Kind> kinds) {
     for (const Kind kind : kinds)
@@ -122,7 +62,7 @@ LifePlayer::LifePlayer(std::size_t nProfile, const Random& choices, const std::s
     BeBorn(slot);
 }
 
-LifePlayer::~LifePlayer() { pOpenDiary = nullptr; }
+LifePlayer::~LifePlayer() = default;
 
 void LifePlayer::BeBorn(Slot& slot) {
   const Aside aside;

@@ -4,9 +4,6 @@
 // that a host can take, from one size to a very different one, exchange what they hold, and die.
 // After each step the object is compared with its model, and now and then the memory in use with
 // what the contents need. Choices come from a seed or from a fuzzer.
-//
-// When the program dies, the last steps are printed. QXRECORDSET_LIVES_WITHOUT in the environment
-// names steps to be left out, separated by ';'.
 
 #ifndef QXRECORDSET_TESTS_SUPPORT_LIVES_LIFEPLAYER_H
 #define QXRECORDSET_TESTS_SUPPORT_LIVES_LIFEPLAYER_H

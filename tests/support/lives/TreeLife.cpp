@@ -650,10 +650,10 @@ const TreeLife::Step TreeLife::kSteps[] = {
 };
 
 void TreeLife::TakeOne() {
-  const Step* const pStep = Choose(pMessage != nullptr ? "message" : "container", kSteps);
+  const Step& step = Choose(pMessage != nullptr ? "message" : "container", kSteps);
   Spot spot{nullptr, nullptr};
-  if (pStep != nullptr && Find(pStep->where, spot)) {
-    (this->*pStep->take)(spot);
+  if (Find(step.where, spot)) {
+    (this->*step.take)(spot);
     RefreshAbove(spot);
   }
   Compare();

@@ -1,7 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // The life of a streaming writer: calls in order for the most part. After each the text is that of
-// the plain pWriter->
+// the plain writer, also when the call ran out of memory several times before.
 
 #ifndef QXRECORDSET_TESTS_SUPPORT_LIVES_WRITERLIFE_H
 #define QXRECORDSET_TESTS_SUPPORT_LIVES_WRITERLIFE_H
@@ -12,39 +12,15 @@
 #include <cstring>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 
+#include "json/JSONSerialize.h"
 #include "tests/support/PlainWriter.h"
 #include "tests/support/lives/Life.h"
 
 namespace Support {
-
-constexpr std::string_view kRawTexts[] = {"null", "[1,{\"a\":[]}]", "{}", "-1.5e3", "\"\\u0041\""};
-
-// A call, or a variant of it; see Choose.
-struct WriterStep {
-  char c;
-  const char* szName;
-};
-constexpr WriterStep kWriterSteps[] = {{'{', "OO"},
-                                       {'[', "AO"},
-                                       {'N', "N"},
-                                       {'n', "N of a view"},
-                                       {'~', "V of null"},
-                                       {'V', "V of a text"},
-                                       {'v', "V of a view"},
-                                       {'J', "JS"},
-                                       {'j', "JS_N"},
-                                       {'A', "AppendString"},
-                                       {'i', "V of int"},
-                                       {'l', "V of long"},
-                                       {'L', "V of long long"},
-                                       {'u', "V of unsigned long"},
-                                       {'U', "V of unsigned long long"},
-                                       {'d', "V of double"},
-                                       {'}', "OC"},
-                                       {']', "AC"}};
 
 class WriterLife : public Life {
  public:
@@ -55,7 +31,7 @@ class WriterLife : public Life {
   // Closes what is open. Then there is a text, unless a call came out of order.
   std::string CheckAll() override {
     while (plain.Depth() != 0)
-      Call(plain.Allowed('}') ? '}' : plain.Allowed(']') ? ']' : '~');
+      Take(plain.Allowed('}') ? kCloseObject : plain.Allowed(']') ? kCloseArray : kNull);
     Expect(pWriter->String().empty() == (plain.Failed() || nTopLevel == 0), "the text is there");
     return strFault;
   }
@@ -68,14 +44,130 @@ class WriterLife : public Life {
   std::string OneText() const { return nTopLevel == 1 ? pWriter->String() : ""; }
 
  private:
+  using Writer = JSON::Serialize;
+
+  // What a call is given, and what of it gets into the text.
+  struct Argument {
+    std::uint64_t nBits = 0;
+    std::string strText;
+    std::string_view View() const { return strText; }
+    double Real() const {
+      double d = 0;
+      std::memcpy(&d, &nBits, sizeof d);
+      return std::isfinite(d) ? d : 0.5;
+    }
+  };
+
+  // A call: what the plain writer calls it, its argument, and what is called. To the plain writer
+  // all numbers and raw texts are raw texts.
+  struct Call {
+    char cPlain;
+    const char* szName;
+    void (WriterLife::*prepare)(Argument& argument);
+    void (*apply)(Writer& writer, const Argument& argument);
+  };
+  static constexpr std::size_t kCloseObject = 0;
+  static constexpr std::size_t kCloseArray = 1;
+  static constexpr std::size_t kNull = 2;
+  static const Call* Calls(std::size_t& nCount) {
+    using A = const Argument&;
+    constexpr auto none = &WriterLife::GiveNothing;
+    constexpr auto text = &WriterLife::GiveText;
+    constexpr auto raw = &WriterLife::GiveRawText;
+    static const Call kCalls[] = {
+        {'}', "OC", none, [](Writer& w, A) { w.OC(); }},
+        {']', "AC", none, [](Writer& w, A) { w.AC(); }},
+        {'~', "V of null", none, [](Writer& w, A) { w.V(nullptr); }},
+        {'{', "OO", none, [](Writer& w, A) { w.OO(); }},
+        {'[', "AO", none, [](Writer& w, A) { w.AO(); }},
+        {'N', "N", text, [](Writer& w, A a) { w.N(a.strText.c_str()); }},
+        {'N', "N of a view", text, [](Writer& w, A a) { w.N(a.View()); }},
+        {'V', "V of a text", text, [](Writer& w, A a) { w.V(a.strText.c_str()); }},
+        {'V', "V of a view", text, [](Writer& w, A a) { w.V(a.View()); }},
+        {'J', "JS", raw, [](Writer& w, A a) { w.JS(a.strText.c_str()); }},
+        {'J', "JS_N", raw,
+         [](Writer& w, A a) {
+           w.JS_N((a.strText + "rest").c_str(), static_cast<int>(a.strText.size()));
+         }},
+        {'A', "AppendString", raw, [](Writer& w, A a) { w.AppendString(a.strText.c_str()); }},
+        IntegerCall<int>("V of int"),
+        IntegerCall<long>("V of long"),
+        IntegerCall<long long>("V of long long"),
+        IntegerCall<unsigned long>("V of unsigned long"),
+        IntegerCall<unsigned long long>("V of unsigned long long"),
+        {'J', "V of double", &WriterLife::GiveReal, [](Writer& w, A a) { w.V(a.Real()); }},
+    };
+    nCount = std::size(kCalls);
+    return kCalls;
+  }
+
+  template <typename Integer>
+  static Call IntegerCall(const char* szName) {
+    return {'J', szName, &WriterLife::GiveInteger<Integer>,
+            [](Writer& w, const Argument& a) { w.V(static_cast<Integer>(a.nBits)); }};
+  }
+  template <typename Integer>
+  void GiveInteger(Argument& argument) {
+    argument.strText = std::to_string(static_cast<Integer>(argument.nBits));
+  }
+  void GiveReal(Argument& argument) {
+    char szText[32];
+    std::snprintf(szText, sizeof szText, "%g", argument.Real());
+    argument.strText = szText;
+  }
+  void GiveNothing(Argument& /*none*/) {}
+  void GiveRawText(Argument& argument) {
+    static const char* const kTexts[] = {"null", "[1,{\"a\":[]}]", "{}", "-1.5e3", "\"\\u0041\""};
+    argument.strText = random.Of(kTexts);
+  }
+  void GiveText(Argument& argument) {
+    argument.strText.resize(random.OneIn(20) ? world.Size() : random.Below(20));
+    for (char& c : argument.strText)
+      c = static_cast<char>(random.Below(256));
+  }
+
+  // The next call that is in order, from a random one on; now and then that one, whatever comes. A
+  // writer that is out of order stays so.
   void TakeOne() override {
     if (random.OneIn(64)) Assign();
     if (plain.Failed()) Renew();
-    // A writer that is out of order stays so.
-    const WriterStep& step = Choose();
-    if (world.LeavesOut(step.szName)) return;
-    world.diary.Note("writer", nNumber, step.szName);
-    Call(step.c);
+    std::size_t nCalls = 0;
+    const Call* const pCalls = Calls(nCalls);
+    std::size_t n = random.Below(nCalls);
+    while (!random.OneIn(256) && !plain.Allowed(pCalls[n].cPlain) && !plain.Failed())
+      n = (n + 1) % nCalls;
+    Take(n);
+  }
+
+  void Take(std::size_t n) {
+    std::size_t nCalls = 0;
+    const Call& call = Calls(nCalls)[n];
+    world.diary.Note("writer", nNumber, call.szName);
+    if (plain.Depth() == 0 && (call.cPlain == '{' || call.cPlain == '[')) ++nTopLevel;
+    Argument argument;
+    for (std::uint32_t nWords = random.Below(5); nWords > 0; --nWords)
+      argument.nBits = argument.nBits << 16 | random.Below(0x10000);
+    (this->*call.prepare)(argument);
+    if (random.OneIn(8)) {
+      *pWriter = JSON::Serialize(*pWriter);  // no room to spare
+      for (long nBefore = 0; !Succeeds(call, argument, nBefore); ++nBefore) {
+      }
+    } else {
+      call.apply(*pWriter, argument);
+    }
+    const CountedMemory::Aside aside;
+    plain.Apply({call.cPlain, argument.strText});
+    Expect(pWriter->String() == plain.String(), "the text of the plain writer");
+  }
+
+  // The call, with memory for nBefore allocations. A failure leaves no trace.
+  bool Succeeds(const Call& call, const Argument& argument, long nBefore) {
+    CountedMemory::FailAfter(nBefore);
+    try {
+      call.apply(*pWriter, argument);
+    } catch (const std::bad_alloc&) {
+    }
+    return !CountedMemory::StopFailing();
   }
 
   // Another one, in some state of its own, goes on in its place.
@@ -96,94 +188,6 @@ class WriterLife : public Life {
     *pWriter = JSON::Serialize(0);
     plain = Plain::Writer();
     nTopLevel = 0;
-  }
-
-  // The next call that is in order, from a random one on; now and then that one, whatever comes.
-  const WriterStep& Choose() {
-    std::size_t n = random.Below(std::size(kWriterSteps));
-    while (!random.OneIn(256) && !plain.Allowed(Kind(kWriterSteps[n].c)) && !plain.Failed())
-      n = (n + 1) % std::size(kWriterSteps);
-    return kWriterSteps[n];
-  }
-
-  // What the plain writer calls it: all numbers and raw texts are texts to it.
-  static char Kind(char c) {
-    if (c == 'v' || c == 'n') return c == 'v' ? 'V' : 'N';
-    return std::strchr("jilLuUd", c) != nullptr ? 'J' : c;
-  }
-
-  void Call(char c) {
-    if (plain.Depth() == 0 && (c == '{' || c == '[')) ++nTopLevel;
-    Plain::Call call{Kind(c), ""};
-    switch (c) {
-      case 'n':
-        call.strText = Text();
-        pWriter->N(std::string_view(call.strText));
-        break;
-      case 'v':
-        call.strText = Text();
-        pWriter->V(std::string_view(call.strText));
-        break;
-      case 'j':
-        call.strText = random.Of(kRawTexts);
-        pWriter->JS_N((call.strText + "rest").c_str(), static_cast<int>(call.strText.size()));
-        break;
-      case 'i':
-        Number<int>(call);
-        break;
-      case 'l':
-        Number<long>(call);
-        break;
-      case 'L':
-        Number<long long>(call);
-        break;
-      case 'u':
-        Number<unsigned long>(call);
-        break;
-      case 'U':
-        Number<unsigned long long>(call);
-        break;
-      case 'd':
-        Real(call);
-        break;
-      default:
-        if (c == 'J' || c == 'A') call.strText = random.Of(kRawTexts);
-        if (c == 'N' || c == 'V') call.strText = Text();
-        Plain::Apply(*pWriter, call);
-    }
-    const CountedMemory::Aside aside;
-    plain.Apply(call);
-    Expect(pWriter->String() == plain.String(), "the text of the plain writer");
-  }
-
-  std::uint64_t Bits() {
-    std::uint64_t nBits = 0;
-    for (std::uint32_t n = random.Below(5); n > 0; --n)
-      nBits = nBits << 16 | random.Below(0x10000);
-    return nBits;
-  }
-  template <typename Integer>
-  void Number(Plain::Call& call) {
-    const auto n = static_cast<Integer>(Bits());
-    call.strText = std::to_string(n);
-    pWriter->V(n);
-  }
-  void Real(Plain::Call& call) {
-    const std::uint64_t nBits = Bits();
-    double d = 0;
-    std::memcpy(&d, &nBits, sizeof d);
-    if (!std::isfinite(d)) d = 0.5;
-    char szText[32];
-    std::snprintf(szText, sizeof szText, "%g", d);
-    call.strText = szText;
-    pWriter->V(d);
-  }
-
-  std::string Text() {
-    std::string strText(random.OneIn(20) ? world.Size() : random.Below(20), '\0');
-    for (char& c : strText)
-      c = static_cast<char>(random.Below(256));
-    return strText;
   }
 
   std::unique_ptr<JSON::Serialize> pWriter;
