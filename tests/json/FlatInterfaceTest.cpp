@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
+
 #include "json/JSON.h"
 #include "json/JSONMessage.h"
 
@@ -32,6 +34,8 @@ TEST(FlatInterface, FindsNothingBeforeAParseAndKeepsWhatAFailedOneLeft) {
   message.InternalUpdateByName("n", "nan", JSON::jtDouble);
   EXPECT_EQ(JSON_GetNameAsString(handle, "s"), nullptr);
   EXPECT_EQ(JSON_GetNameAsUnsignedLong64(handle, "n"), 0U);
+  message.InternalUpdateByName("n", "1.9e19", JSON::jtDouble);
+  EXPECT_EQ(JSON_GetNameAsUnsignedLong64(handle, "n"), ULLONG_MAX);
   JSON_FreeMessage(handle);
   JSON_FreeMessage(nullptr);
 }

@@ -211,6 +211,12 @@ TEST(ExhaustedMemory, LeavesDocumentsWhole) {
       {"escape into a buffer", EscapeIntoABuffer},
   };
   ExpectSurvived(operations, MakeDocument, PictureOf);
+  const std::vector<Operation<Message>> firsts = {
+      {"set a first name", [](Message& m) { m.Set("a", kLong.c_str()); }},
+      {"set a first ordinal", [](Message& m) { m.Set(100, kLong.c_str()); }},
+  };
+  ExpectSurvived(
+      firsts, [] { return std::make_unique<Message>(); }, PictureOf);
 }
 
 // ---- Texts and parameter strings ----------------------------------------------------------------

@@ -78,6 +78,7 @@ const struct Filling {
     {"every eighth column in two rows by turns", 96, ByColumns({1, 2}, Range(8, 40000, 8))},
     {"columns that double", 100, ByRows(Range(1, 300), {1, 2, 4, 8, 16, 32, 64, 128, 1 << 29})},
     {"rows far apart", 32, ByRows(Range(-200 * 1000003, 200 * 1000003, 1000003), Range(1, 10))},
+    {"rows at some distance", 32, ByRows(Range(1, 100001, 500), Range(1, 10))},
     {"the ends of the ranges", 250,
      ByRows({LONG_MIN, LONG_MIN + 1, -1, 0, 1, 64, 65, LONG_MAX - 1, LONG_MAX},
             {1, 8, 9, 17, kLastColumn - 1, kLastColumn})},

@@ -57,7 +57,10 @@ TEST(TextStore, KeepsEveryTextWhereItIs) {
       ASSERT_EQ(std::string_view(pText, strText.size() + 1), strText + '\0');
     }
     EXPECT_TRUE(std::all_of(mapTexts.begin(), mapTexts.end(), isStored));
+    const std::size_t nFull = CountedMemory::Live();
+    store.Allocate(100000);
     store.Reset();
+    EXPECT_LE(CountedMemory::Live(), nFull) << "large texts are released at once";
     EXPECT_STREQ(store.Store("again", 5), "again");
   }
   EXPECT_EQ(CountedMemory::Live(), nLive);

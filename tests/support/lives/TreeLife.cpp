@@ -418,19 +418,19 @@ class TreeLife : public TreeSpots {
     spot.pNode->eType = scalar.eType;
   }
 
-  // A message that is used again and again for a little more each time.
-  void GrowSlowly(Spot& spot) {
+  // A message that is used again and again for a little more each time, then for much, then for
+  // little: what it held last is kept for the next content, and no longer.
+  void GrowAndShrink(Spot& spot) {
     if (Count(model) > 1000) return;
     constexpr int kRounds = 12;
-    ParseText("[]");
+    ParseTwiceNothing();
+    const std::size_t nBefore = CountedMemory::Live();
     const int nSize =
         world.nMost < 100000 || random.OneIn(2) ? static_cast<int>(world.Size() / 10) : 250000;
     const bool bCopy = random.OneIn(2);
     {
       JSON::Message source;
-      source.Set(nSize, 1);
-      const std::size_t nBefore = CountedMemory::Live();
-      for (int i = 1; i <= kRounds; ++i) {
+      for (int i = 0; i <= kRounds; ++i) {
         if (!bCopy) pMessage->Parse(pMessage->bInPlace ? world.Keep("[]") : "[]");
         (bCopy ? source : *pMessage).Set(nSize + i, 1);
         if (bCopy) source.CopyTo(*pMessage);
@@ -438,11 +438,17 @@ class TreeLife : public TreeSpots {
       if (bCopy) model.home = Home::kPool;
       Expect((*pMessage)[nSize + kRounds].AsInt() == 1, "the last element");
       const std::size_t nOne = static_cast<std::size_t>(nSize) * sizeof(Value);
-      Expect(CountedMemory::Live() <= nBefore + 7 * nOne + 65536, "memory grows with each use");
+      Expect(CountedMemory::Live() <= nBefore + 8 * nOne + 65536, "memory grows with each use");
     }
     ParseText("[]");
-    ParseText("[]");  // now the content before is small, too
+    ParseText(SizedText(random, random.OneIn(8) ? world.nMost : world.Size()));
+    ParseTwiceNothing();
+    Expect(CountedMemory::Live() <= nBefore + 65536, "what was needed long ago is kept");
     spot = {&Root(), &model};
+  }
+  void ParseTwiceNothing() {
+    ParseText("[]");
+    ParseText("[]");
   }
 
   void TurnInPlace(Spot& /*none*/) { pMessage->bInPlace = !pMessage->bInPlace; }
@@ -639,7 +645,7 @@ const TreeLife::Step TreeLife::kSteps[] = {
     {"parse more into a container", Where::kNamed, &TreeLife::ParseMore, 3},
     {"parse an element", Where::kNamed, &TreeLife::ParseElement, 3},
     {"parse a scalar", Where::kElement, &TreeLife::ParseScalar, 3},
-    {"grow slowly", Where::kMessage, &TreeLife::GrowSlowly, 2},
+    {"grow and shrink", Where::kMessage, &TreeLife::GrowAndShrink, 2},
     {"turn in-place parsing on or off", Where::kMessage, &TreeLife::TurnInPlace, 1},
     {"copy a message", Where::kMessage, &TreeLife::CopyMessage, 5},
     {"clone to another buffer", Where::kMessage, &TreeLife::CloneElsewhere, 2},
