@@ -9,6 +9,7 @@
 #include <cstring>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/Random.h"
@@ -20,12 +21,13 @@ using JSON::ArrayValue;
 using JSON::Message;
 using JSON::ObjectValue;
 using JSON::UnsafeJSONValue;
+using Support::ObjectIn;
 using Support::ValueOf;
 
 TEST(JsonObject, LooksUpNullsAndBoundsByRule) {
   Message message;
   ASSERT_TRUE(message.Parse(R"({"abc":1,"a":2,"":3})"));
-  const ObjectValue& object = Support::ObjectIn(message);
+  const ObjectValue& object = ObjectIn(message);
   EXPECT_EQ(object.OrdinalOf("abc", 0), 2);
   EXPECT_EQ(object.OrdinalOf(nullptr, 7), 0);
   EXPECT_EQ(object.GetByName(nullptr, -1), object.GetByOrdinal(0));
@@ -80,6 +82,40 @@ TEST(JsonNameOrder, FindsTheFirstOfEachNameAmongMany) {
     });
     ASSERT_EQ(object.OrdinalOf(name.data(), static_cast<int>(name.size())), first - vNames.begin());
     ASSERT_EQ(object.NameAt(static_cast<int>(i)), name.data());
+  }
+}
+
+// Rows that repeat the names of the row before them refer to one index, until one of them changes.
+TEST(JsonShapes, ShareTheNamesOfRowsThatRepeatThem) {
+  static const struct {
+    const char* szMechanism;
+    const char* szRow;
+    bool bShared;
+  } kRows[] = {
+      {"the same names", R"({"b":3,"a":4})", true},
+      {"with white space", R"({ "b" : 3, "a":4 })", true},
+      {"another order", R"({"a":4,"b":3})", false},
+      {"one name less", R"({"b":3})", false},
+      {"one name more", R"({"b":3,"a":4,"c":5})", false},
+      {"a name that goes on", R"({"b":3,"aa":4})", false},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.szMechanism);
+    Message message;
+    const std::string strFirst = R"({"b":1,"a":2})";
+    const std::string strTail(64, ' ');  // close to its end a text is read with more care
+    const std::string strText = '[' + strFirst + ',' + strFirst + ',' + row.szRow + ']' + strTail;
+    ASSERT_TRUE(message.Parse(strText.c_str()));
+    const auto indexOf = [&](int i) {
+      return &*std::as_const(ObjectIn(message[i]).vNameMap).begin();
+    };
+    EXPECT_EQ(indexOf(0), indexOf(1));
+    EXPECT_EQ(indexOf(0) == indexOf(2), row.bShared);
+    ObjectIn(message[1]).vNameMap[0].UpdateName("changed");
+    ObjectIn(message[1]).Sort();
+    EXPECT_EQ(Support::Written(message[0]), strFirst);
+    EXPECT_EQ(message[1]["changed"].AsInt(), 2);
+    EXPECT_EQ(message[2]["b"].AsInt(), 3);
   }
 }
 

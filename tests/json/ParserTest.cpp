@@ -50,36 +50,37 @@ TEST(JsonParser, JudgesTheCorpusAsItsFileNamesSay) {
 // The finer points: what the tree holds in the end, and where the parse stops.
 TEST(JsonParser, KeepsWhatItReadAndStopsWhereItFails) {
   static const struct {
+    const char* szMechanism;
     std::string_view text;
     std::string_view written;
     std::size_t nCursor;
   } kCases[] = {
-      {"[1,,2, ] tail", "[1,null,2,null]", 8},
-      // Texts that break off; a NUL ends a text as its end does, but not a string.
-      {"{\t\f\n\r \0}"sv, "{}", 6},
-      {"[1,\0 2]"sv, "[1]", 3},
-      {"{\"a\":1, \0\"b\":2}"sv, R"({"a":1})", 8},
-      {"[1,\n\0]"sv, "[1]", 4},
-      {"[\"ab\\\"", "[null]", 2},
-      {"{\"b\":1,\"a\"", R"({"b":1})", 10},
-      {" \0[]"sv, "null", 1},
-      {"{\"\x01\n\xE9x\0b\":\"\0c\"}"sv, "{\"\\u0001\\n\xE9x\":\"\"}", 15},
+      {"empty elements", "[1,,2, ] tail", "[1,null,2,null]", 8},
+      // A NUL ends a text as its end does, but not a string.
+      {"white space up to a NUL", "{\t\f\n\r \0}"sv, "{}", 6},
+      {"a NUL behind a comma of an array", "[1,\0 2]"sv, "[1]", 3},
+      {"a NUL behind a comma of an object", "{\"a\":1, \0\"b\":2}"sv, R"({"a":1})", 8},
+      {"a NUL behind white space of an array", "[1,\n\0]"sv, "[1]", 4},
+      {"a string without end", "[\"ab\\\"", "[null]", 2},
+      {"a name without value", "{\"b\":1,\"a\"", R"({"b":1})", 10},
+      {"a NUL in front of the root", " \0[]"sv, "null", 1},
+      {"NULs in strings", "{\"\x01\n\xE9x\0b\":\"\0c\"}"sv, "{\"\\u0001\\n\xE9x\":\"\"}", 15},
       // The last byte of the text stops the parse, but it is still the number's.
-      {"[12", "[12]", 2},
-      {R"({"a":1,"b":2)", R"({"a":1,"b":2})", 11},
-      {"[[],{\"a\":-1.5e", R"([[],{"a":-1.5e}])", 13},
+      {"a number cut off in an array", "[12", "[12]", 2},
+      {"a number cut off in an object", R"({"a":1,"b":2)", R"({"a":1,"b":2})", 11},
+      {"a number cut off further in", "[[],{\"a\":-1.5e", R"([[],{"a":-1.5e}])", 13},
       // The four bytes behind \u are consumed whatever they hold, and read as strtoul does.
-      {R"(["\u07FF\uD83D\u 41x\u0x1g\u12"x","\u-001"])",
+      {"escapes", R"(["\u07FF\uD83D\u 41x\u0x1g\u12"x","\u-001"])",
        "[\"\xDF\xBF\xED\xA0\xBD"
        "A\\u0001\\u0012\",\"\xEF\xBF\xBF\"]",
        43},
-      // Wrong bytes.
-      {"{a:1}", "{}", 1},
-      {"[truex]", "[true]", 5},
-      {"{\"b\":[1,{}],\"a\":[2,{\"c\":tru}]}", R"({"b":[1,{}],"a":[2,{"c":null}]})", 24},
+      {"a name without quotes", "{a:1}", "{}", 1},
+      {"a literal that goes on", "[truex]", "[true]", 5},
+      {"a literal that is none", "{\"b\":[1,{}],\"a\":[2,{\"c\":tru}]}",
+       R"({"b":[1,{}],"a":[2,{"c":null}]})", 24},
   };
   for (const auto& test : kCases) {
-    SCOPED_TRACE(test.text);
+    SCOPED_TRACE(test.szMechanism);
     Message untouched;  // written before anything is looked up
     untouched.Parse(test.text.data(), static_cast<int>(test.text.size()));
     EXPECT_EQ(Written(untouched), test.written);
