@@ -94,6 +94,22 @@ TEST(Ownership, IndexesFromElsewhereLeadNowhere) {
   });
 }
 
+// The index of an array may be old, but it reads the texts as they are now.
+TEST(Ownership, AStringIndexReadsNoReleasedText) {
+  Play([] {
+    Message message;
+    message.Parse(R"(["c","b","a"])");
+    message.Set(3, "owned");
+    EXPECT_EQ(message.pComposite->OrdinalOf("owned", -1), 3);
+    message[3].InternalUpdateValue("bb");
+    message[0].InternalUpdateValue("cc");
+    message[1].Set("now", "an object");
+    EXPECT_EQ(message.pComposite->OrdinalOf("owned", -1), -1);
+    EXPECT_EQ(message.pComposite->OrdinalOf("an object", -1), -1);
+    EXPECT_EQ(message.pComposite->OrdinalOf("cc", -1), 0);
+  });
+}
+
 #if SIZE_MAX > UINT32_MAX
 
 // More text than an int can count, a few pages mapped again and again. (A 32-bit process has no
