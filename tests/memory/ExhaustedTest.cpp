@@ -4,7 +4,7 @@
 // a new object with the first allocation failing, then with the second, and so on until it
 // succeeds. After each failure the object is as its header says, the operation can be done again
 // with the result of a first success, and in the end nothing is left allocated. (The
-// streaming writer has such a test beside its other tests.)
+// streaming writer runs out of memory in its life; see tests/lives.)
 //
 // What it found when it was new: a parse out of memory kept objects with members but without their
 // names, so that the next name set there led to another member's value; a message that could not be
