@@ -60,9 +60,8 @@ TEST(JsonArray, LooksUpNullsAndBoundsByRule) {
 
 // Names of 0 to 19 bytes from few letters and NULs: many are equal, many only up to a NUL, and many
 // in their first 16 bytes. The index is brought up to date now and then, and asked each time.
-TEST(JsonNameOrder, FindsTheFirstOfEachNameAmongMany) {
-  Support::Random random(1);
-  std::vector<std::string> vNames(3000);
+void ExpectNamesFound(Support::Random& random, std::size_t nNames) {
+  std::vector<std::string> vNames(nNames);
   ObjectValue object(0);
   const auto expectFound = [&](const std::string& name) {
     const auto first = std::find_if(vNames.begin(), vNames.end(), [&](const std::string& other) {
@@ -80,6 +79,8 @@ TEST(JsonNameOrder, FindsTheFirstOfEachNameAmongMany) {
     object.AddValue(value);
     if (!random.OneIn(3)) continue;
     object.Sort();
+    const auto& index = std::as_const(object.vNameMap);
+    ASSERT_TRUE(std::is_sorted(index.begin(), index.end(), ObjectValue::NameMap::Less));
     ASSERT_NO_FATAL_FAILURE(expectFound(name));
   }
   object.Sort();
@@ -87,6 +88,12 @@ TEST(JsonNameOrder, FindsTheFirstOfEachNameAmongMany) {
     ASSERT_NO_FATAL_FAILURE(expectFound(vNames[i]));
     ASSERT_EQ(object.NameAt(static_cast<int>(i)), vNames[i].data());
   }
+}
+
+TEST(JsonNameOrder, FindsTheFirstOfEachNameAmongMany) {
+  Support::Random random(1);
+  for (int i = 0; i < 300; ++i)
+    ASSERT_NO_FATAL_FAILURE(ExpectNamesFound(random, i == 0 ? 3000 : 24 + random.Below(40)));
 }
 
 // Rows that repeat the names of the row before them refer to one index, until one of them changes.
