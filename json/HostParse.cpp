@@ -3,12 +3,14 @@
 // The parse functions for hosts that fill containers of their own: thin layers over TreeReader,
 // with containers from the heap.
 
-#include <algorithm>
+#include <cstring>
+#include <type_traits>
 #include <typeinfo>
 
 #include "json/CutNumber.h"
 #include "json/Items.h"
 #include "json/JSONMessage.h"
+#include "json/Storage.h"
 #include "json/TreeReader.h"
 
 namespace JSON {
@@ -34,36 +36,26 @@ void GiveUp(UnsafeJSONValue& value) {
   value.bOwnsText = false;
 }
 
-// Parses one scalar of the given kind into `value` by way of an array of one element. A private
-// text that the value had is released.
-int ParseScalar(ParseContext& context, UnsafeJSONValue& value) {
+// Parses a scalar that begins with one of `szFirstBytes` into `value`, by way of an array of one
+// element. A private text that the value had is released when there is a new one.
+int ParseScalar(ParseContext& context, UnsafeJSONValue& value, const char* szFirstBytes) {
+  value.eType = jtInvalid;
+  if (context.pCursor == context.pEnd || *context.pCursor == '\0' ||
+      std::strchr(szFirstBytes, *context.pCursor) == nullptr) {
+    return kFailed;
+  }
   TreeReader reader(context.pEnd, nullptr);
   ArrayValue holder(1);
   Place place;
   Advance(context, reader, reader.ReadValue(context.pCursor, holder, place));
-  value.eType = jtInvalid;
-  if (!holder.vValues.empty()) {
-    const UnsafeJSONValue& parsed = holder.vValues[0];
-    value.eType = parsed.eType;
-    if (parsed.eType != jtInvalid) {
-      if (value.bOwnsText) delete[] value.pText;
-      value.bOwnsText = false;
-      value.pText = parsed.pText;
-      value.nLength = parsed.nLength;
-    }
-  }
+  if (holder.vValues.empty() || holder.vValues[0].eType == jtInvalid) return kFailed;
+  const UnsafeJSONValue& parsed = holder.vValues[0];
+  if (value.bOwnsText) delete[] value.pText;
+  value.bOwnsText = false;
+  value.eType = parsed.eType;
+  value.pText = parsed.pText;
+  value.nLength = parsed.nLength;
   return value.eType;
-}
-
-// Whether a scalar of the wanted kind can begin at the cursor.
-bool CursorOn(const ParseContext& context, const char* szFirstBytes) {
-  return context.pCursor != context.pEnd && *context.pCursor != '\0' &&
-         std::strchr(szFirstBytes, *context.pCursor) != nullptr;
-}
-
-int Refuse(UnsafeJSONValue& value) {
-  value.eType = jtInvalid;
-  return kFailed;
 }
 
 }  // namespace
@@ -98,79 +90,71 @@ UnsafeJSONValue NameOf(const ObjectValue& object, std::size_t nOrdinal) {
   return name;
 }
 
-void HandOver(ArrayValue& from, std::size_t nOrdinal, CompositeValue& to) {
+void MoveElement(ArrayValue& from, std::size_t nOrdinal, CompositeValue& to) {
   UnsafeJSONValue& value = from.vValues[nOrdinal];
   to.AddValue(value);
   GiveUp(value);
 }
 
-// A host's own kinds of object and array are filled through what they override: the text is read
-// into containers of ours, and handed over.
-int ParseOwnKind(ParseContext& context, ObjectValue& object) {
-  ObjectValue read;
-  object.eType = jtInvalid;
-  object.bSorted = false;
-  const int nResult = Parser::ParseObject(context, read);
-  for (std::size_t i = 0; i < read.vNameMap.size(); ++i) {
-    UnsafeJSONValue name = NameOf(read, i);
-    object.AddName(name);
-    if (i < read.avValues.vValues.size()) HandOver(read.avValues, i, object);
+void MoveContent(ArrayValue& from, ArrayValue& to) {
+  for (std::size_t i = 0; i < from.vValues.size(); ++i) {
+    MoveElement(from, i, to);
   }
-  if (read.bSorted) object.Sort();
-  object.eType = read.eType;
-  return nResult;
+}
+void MoveContent(ObjectValue& from, ObjectValue& to) {
+  to.bSorted = false;
+  for (std::size_t i = 0; i < from.vNameMap.size(); ++i) {
+    UnsafeJSONValue name = NameOf(from, i);
+    to.AddName(name);
+    if (i < from.avValues.vValues.size()) MoveElement(from.avValues, i, to);
+  }
+  if (from.bSorted) to.Sort();
 }
 
-int ParseOwnKind(ParseContext& context, ArrayValue& array) {
-  ArrayValue read;
-  array.eType = jtInvalid;
-  const int nResult = Parser::ParseArray(context, read);
-  for (std::size_t i = 0; i < read.vValues.size(); ++i) {
-    HandOver(read, i, array);
+// A host's own kinds of object and array are filled through what they override: the text is read
+// into a container of ours, whose content is moved.
+template <typename Container>
+int ParseContainer(ParseContext& context, Container& container) {
+  container.eType = jtInvalid;
+  if (typeid(container) != typeid(Container)) {
+    Container read;
+    ParseContainer(context, read);
+    MoveContent(read, container);
+    container.eType = read.eType;
+    return container.eType;
   }
-  array.eType = read.eType;
-  return nResult;
+  Items::HandOut(Storage::ElementsOf(container).vValues);  // nested containers come from the heap
+  if constexpr (std::is_same_v<Container, ObjectValue>) Items::HandOut(container.vNameMap);
+  TreeReader reader(context.pEnd, nullptr);
+  Place place;
+  Advance(context, reader, reader.ReadInto(context.pCursor, container, place), container);
+  return container.eType;
 }
 
 }  // namespace
 
 int Parser::ParseObject(ParseContext& context, ObjectValue& object) {
-  if (typeid(object) != typeid(ObjectValue)) {
-    return ParseOwnKind(context, object);
-  }
-  Items::HandOut(object.avValues.vValues);  // nested containers come from the heap
-  Items::HandOut(object.vNameMap);
-  TreeReader reader(context.pEnd, nullptr);
-  Place place;
-  Advance(context, reader, reader.ReadObjectInto(context.pCursor, object, place), object);
-  return object.eType;
+  return ParseContainer(context, object);
 }
 
 int Parser::ParseArray(ParseContext& context, ArrayValue& array) {
-  if (typeid(array) != typeid(ArrayValue)) {
-    return ParseOwnKind(context, array);
-  }
-  Items::HandOut(array.vValues);
-  TreeReader reader(context.pEnd, nullptr);
-  Place place;
-  Advance(context, reader, reader.ReadArrayInto(context.pCursor, array, place), array);
-  return array.eType;
+  return ParseContainer(context, array);
 }
 
 int Parser::ParseString(ParseContext& context, UnsafeJSONValue& value) {
-  return CursorOn(context, "\"") ? ParseScalar(context, value) : Refuse(value);
+  return ParseScalar(context, value, "\"");
 }
 
 int Parser::ParseNumber(ParseContext& context, UnsafeJSONValue& value) {
-  return CursorOn(context, "+-0123456789") ? ParseScalar(context, value) : Refuse(value);
+  return ParseScalar(context, value, "+-0123456789");
 }
 
 int Parser::ParseBoolean(ParseContext& context, UnsafeJSONValue& value) {
-  return CursorOn(context, "tf") ? ParseScalar(context, value) : Refuse(value);
+  return ParseScalar(context, value, "tf");
 }
 
 int Parser::ParseNull(ParseContext& context, UnsafeJSONValue& value) {
-  return CursorOn(context, "n") ? ParseScalar(context, value) : Refuse(value);
+  return ParseScalar(context, value, "n");
 }
 
 }  // namespace JSON

@@ -102,10 +102,9 @@ class QXRECORDSET_EXPORT Message : public JSONValue {
   friend class Storage;
   QXRECORDSET_NO_EXPORT void ReleaseRoot() noexcept;
   QXRECORDSET_NO_EXPORT CompositeValue& MakeRoot(Type type, std::uint32_t nReserve);
-  QXRECORDSET_NO_EXPORT char* TakeCopy(const char* text, std::size_t nText);
-  QXRECORDSET_NO_EXPORT bool ReadTree(Type type);
+  QXRECORDSET_NO_EXPORT char* CopyText(const char* text, std::size_t nText);
   template <typename Container>
-  QXRECORDSET_NO_EXPORT bool FillHostRoot(Container& root);
+  QXRECORDSET_NO_EXPORT bool ReadTree();
   QXRECORDSET_NO_EXPORT void CopyRoot(const Message& source);
   QXRECORDSET_NO_EXPORT void RefuseText(char* pBuffer, char* pBufferEnd, char* pStop) noexcept;
 

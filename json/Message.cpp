@@ -8,6 +8,7 @@
 #include <cassert>
 #include <climits>
 #include <cstring>
+#include <type_traits>
 
 #include "json/Arena.h"
 #include "json/CutNumber.h"
@@ -104,7 +105,7 @@ constexpr std::size_t kMostRoom = 4;
 }  // namespace
 
 // Replaces the message's text by a copy of `text`, which may be that text itself.
-char* Message::TakeCopy(const char* text, std::size_t nText) {
+char* Message::CopyText(const char* text, std::size_t nText) {
   const std::size_t nLonger = std::max({nText, strText.size(), kShortText});
   if (strText.capacity() / kMostRoom > nLonger) {
     std::string(text, nText).swap(strText);
@@ -124,7 +125,7 @@ bool Message::Parse(const char* text, int length) {
     return false;  // lengths in the tree are ints
   }
   // In place the caller gives up the text to us.
-  char* const pBuffer = bInPlace ? const_cast<char*>(text) : TakeCopy(text, nText);
+  char* const pBuffer = bInPlace ? const_cast<char*>(text) : CopyText(text, nText);
   char* const pBufferEnd = pBuffer + nText;
   const bool bEmpty = nText == 0 || *pBuffer == '\0';
   char* const pFirst = bEmpty ? pBuffer : Text<char>(pBufferEnd, kMaxNesting).SkipSpace(pBuffer);
@@ -136,32 +137,13 @@ bool Message::Parse(const char* text, int length) {
   pEnd = pBufferEnd;
   pCursor = pFirst;
   try {
-    return ReadTree(*pFirst == '{' ? jtObject : jtArray);
+    return *pFirst == '{' ? ReadTree<ObjectValue>() : ReadTree<ArrayValue>();
   } catch (...) {
     // An object that was not read to its end may lack its names, so nothing of the tree is kept.
     ReleaseRoot();
     pStart = pEnd = pCursor = nullptr;
     throw;
   }
-}
-
-// Reads the container at the cursor as the root.
-bool Message::ReadTree(Type type) {
-  const bool bHostRoot = pComposite != nullptr && eType == type && !Storage::InPool(*pComposite);
-  if (bHostRoot && type == jtObject) {
-    if (auto* const pRoot = dynamic_cast<ObjectValue*>(pComposite)) return FillHostRoot(*pRoot);
-  } else if (bHostRoot) {
-    if (auto* const pRoot = dynamic_cast<ArrayValue*>(pComposite)) return FillHostRoot(*pRoot);
-  }
-  CompositeValue& root = MakeRoot(type, 0);
-  TreeReader reader(pEnd, pArena);
-  Place place;
-  char* const pNext = type == jtObject
-                          ? reader.ReadObjectInto(pCursor, static_cast<ObjectValue&>(root), place)
-                          : reader.ReadArrayInto(pCursor, static_cast<ArrayValue&>(root), place);
-  pCursor = pNext != nullptr ? pNext : reader.StoppedAt();
-  if (pNext == nullptr && bInPlace) OwnCutNumber(root, pEnd);
-  return pNext != nullptr;
 }
 
 namespace {
@@ -175,14 +157,27 @@ int ParseInto(ParseContext& context, ArrayValue& array) {
 
 }  // namespace
 
-// A container that a host made the root stays the root, and is filled as one.
+// Reads the container at the cursor as the root. A container that a host made the root stays the
+// root, and is filled as a host's container.
 template <typename Container>
-bool Message::FillHostRoot(Container& root) {
-  root.Clear();
-  ParseContext context{pStart, pEnd, pCursor};
-  ParseInto(context, root);
-  pCursor = context.pCursor;
-  return root.eType != jtInvalid;
+bool Message::ReadTree() {
+  constexpr Type eWanted = std::is_same_v<Container, ObjectValue> ? jtObject : jtArray;
+  if (pComposite != nullptr && eType == eWanted && !Storage::InPool(*pComposite)) {
+    if (auto* const pHostRoot = dynamic_cast<Container*>(pComposite)) {
+      pHostRoot->Clear();
+      ParseContext context{pStart, pEnd, pCursor};
+      const bool bRead = ParseInto(context, *pHostRoot) != jtInvalid;
+      pCursor = context.pCursor;
+      return bRead;
+    }
+  }
+  auto& root = static_cast<Container&>(MakeRoot(eWanted, 0));
+  TreeReader reader(pEnd, pArena);
+  Place place;
+  char* const pNext = reader.ReadInto(pCursor, root, place);
+  pCursor = pNext != nullptr ? pNext : reader.StoppedAt();
+  if (pNext == nullptr && bInPlace) OwnCutNumber(root, pEnd);
+  return pNext != nullptr;
 }
 
 // A text that holds no document. The tree of a copying message points into a text that is gone; the

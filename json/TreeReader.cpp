@@ -66,12 +66,7 @@ char* TreeReader::ReadContainer(char* p, ArrayValue& parent, Place& place) {
   Container* const pContainer =
       Storage::Make<Container>(pArena_, pArena_ != nullptr ? nSeen : kHeapReserve);
   element.pComposite = pContainer;
-  char* pNext = nullptr;
-  if constexpr (bObject) {
-    pNext = ReadObjectInto(p, *pContainer, place);
-  } else {
-    pNext = ReadArrayInto(p, *pContainer, place);
-  }
+  char* const pNext = ReadInto(p, *pContainer, place);
   element.eType = pContainer->eType;
   return pNext;
 }
@@ -157,7 +152,7 @@ class ObjectSink : public ValueSink {
   QXRECORDSET_HOT bool Expects(const char* pName) const {
     return pExpected_ != nullptr && pExpected_->name.MatchesMember(pName, end_.pEnd);
   }
-  QXRECORDSET_HOT char* TakeExpected(char* pName) {
+  QXRECORDSET_HOT char* AcceptExpected(char* pName) {
     char* const pClosing = pName + pExpected_->name.Length();
     *pClosing = '\0';
     pShape_ = pExpected_;
@@ -167,7 +162,7 @@ class ObjectSink : public ValueSink {
 
   QXRECORDSET_HOT char* Name(char* pQuote) {
     if (pExpected_ != nullptr && pExpected_->name.Matches(pQuote + 1, end_.pEnd)) {
-      return TakeExpected(pQuote + 1) - 1;
+      return AcceptExpected(pQuote + 1) - 1;
     }
     if (!bShaped_) {
       return reader_.ReadOwnName(pQuote, object_);
@@ -219,7 +214,7 @@ QXRECORDSET_HOT char* TreeReader::ReadNested(char* p, ArrayValue& parent, Place&
                    : ReadContainer<ArrayValue>(p, parent, place);
 }
 
-char* TreeReader::ReadArrayInto(char* p, ArrayValue& array, Place& place) {
+char* TreeReader::ReadInto(char* p, ArrayValue& array, Place& place) {
   array.eType = jtInvalid;
   ArraySink sink(*this, array, place);
   char* const pNext = ReadArray(text_, p, sink);
@@ -232,7 +227,7 @@ char* TreeReader::ReadArrayInto(char* p, ArrayValue& array, Place& place) {
   return pNext;
 }
 
-char* TreeReader::ReadObjectInto(char* p, ObjectValue& object, Place& place) {
+char* TreeReader::ReadInto(char* p, ObjectValue& object, Place& place) {
   object.eType = jtInvalid;
   object.bSorted = false;
   Place others;

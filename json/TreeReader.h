@@ -21,8 +21,8 @@ class TreeReader {
 
   // Each reads what stands at p and returns the position behind it, or null; StoppedAt() is then
   // where the failure was found. The containers are filled, and their eType is set.
-  char* ReadObjectInto(char* p, ObjectValue& object, Place& place);
-  char* ReadArrayInto(char* p, ArrayValue& array, Place& place);
+  char* ReadInto(char* p, ObjectValue& object, Place& place);
+  char* ReadInto(char* p, ArrayValue& array, Place& place);
 
   // The same for one value of any kind, which is appended to `parent`.
   char* ReadValue(char* p, ArrayValue& parent, Place& place);

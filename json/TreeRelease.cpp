@@ -67,7 +67,7 @@ bool MayOwnHeap(CompositeValue& container) noexcept {
 
 // Takes elements off the end as long as they own nothing. This is what the release of most handed
 // out elements comes to, and it reads every one of them, so it does nothing else.
-void TakeOffScalars(Sequence<UnsafeJSONValue>& values) noexcept {
+void DropScalars(Sequence<UnsafeJSONValue>& values) noexcept {
   const UnsafeJSONValue* const pValues = Items::Data(values);
   std::uint32_t nLeft = Items::Count(values);
   while (nLeft != 0 && !pValues[nLeft - 1].bOwnsText && pValues[nLeft - 1].pComposite == nullptr) {
@@ -81,7 +81,7 @@ bool IsDone(CompositeValue& container) noexcept {
   if (!MayOwnHeap(container) && !kEnterAll) return true;
   if (!Storage::InPool(container)) return false;
   ArrayValue& elements = Storage::ElementsOf(container);
-  TakeOffScalars(elements.vValues);
+  DropScalars(elements.vValues);
   if (Items::Count(elements.vValues) != 0 || Items::AreOnHeap(elements.vValues) ||
       Items::AreOnHeap(elements.vOrdinalMap)) {
     return false;
@@ -92,9 +92,9 @@ bool IsDone(CompositeValue& container) noexcept {
 
 // Takes elements off the end up to one that holds a container to enter, which is the result; null
 // when there are none left.
-CompositeValue* TakeOffLeaves(Sequence<UnsafeJSONValue>& values) noexcept {
+CompositeValue* DropLeaves(Sequence<UnsafeJSONValue>& values) noexcept {
   UnsafeJSONValue* const pValues = Items::Data(values);
-  for (TakeOffScalars(values); Items::Count(values) != 0; TakeOffScalars(values)) {
+  for (DropScalars(values); Items::Count(values) != 0; DropScalars(values)) {
     UnsafeJSONValue& last = pValues[Items::Count(values) - 1];
     CompositeValue* const pInner = last.pComposite;
     assert(Items::AreHandedOut(values) ||
@@ -141,7 +141,7 @@ void ReleaseElements(ArrayValue& array) noexcept {
       nullptr;  // of the current container; null: none, or outside of the walk
   for (;;) {
     Sequence<UnsafeJSONValue>& values = Storage::ElementsOf(*pCurrent).vValues;
-    if (CompositeValue* const pInner = TakeOffLeaves(values)) {
+    if (CompositeValue* const pInner = DropLeaves(values)) {
       Items::Data(values)[Items::Count(values) - 1].pComposite = pHolder;
       pHolder = pCurrent;
       pCurrent = pInner;
