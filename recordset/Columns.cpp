@@ -50,7 +50,7 @@ void Columns::Reset() noexcept {
 }
 
 const Column* Columns::Find(std::string_view name) const {
-  if (!vSlots_.empty()) return SearchTable(name);
+  if (!vSlots_.empty()) return FindInTable(name);
   const Column* pColumn = pFirst_;
   for (std::uint32_t i = 0; i < nCount_; ++i, pColumn = pColumn->pBehind) {
     if (pColumn->Is(name)) return pColumn;
@@ -112,7 +112,7 @@ QXRECORDSET_HOT const Column& Columns::Enlist(Column& column) noexcept {
 
 // ---- Hash table ---------------------------------------------------------------------------------
 
-const Column* Columns::SearchTable(std::string_view name) const {
+const Column* Columns::FindInTable(std::string_view name) const {
   const std::uint32_t nHash = (*hash_)(name.data(), name.size());
   const std::size_t nMask = vSlots_.size() - 1;
   for (std::size_t i = nHash & nMask; vSlots_[i] != nullptr; i = (i + 1) & nMask) {

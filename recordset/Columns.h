@@ -128,7 +128,7 @@ class Columns {
   const Column& Restore(Column& column, const char* name);
   void PrepareToAdd();
   const Column& Enlist(Column& column) noexcept;
-  const Column* SearchTable(std::string_view name) const;
+  const Column* FindInTable(std::string_view name) const;
   void MakeTable(std::size_t nSlots);
   void Enter(Column& column) noexcept;
 

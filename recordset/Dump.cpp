@@ -1,14 +1,9 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The table as text for people, and wide text through the portability layer.
+// CQXRecordSet::Dump(): the table as text for people.
 
-#include <climits>
-#include <cstring>
-#include <cwchar>
-#include <memory>
 #include <string>
 
-#include "portable/CPortable.h"
 #include "recordset/QXRecordSet.h"
 #include "recordset/Table.h"
 
@@ -37,18 +32,4 @@ std::string CQXRecordSet::Dump() {
     }
   }
   return strDump;
-}
-
-std::wstring CQXRecordSet::UTF8ToWide(const std::string& text) {
-  if (text.size() > UINT_MAX) return {};
-  const std::unique_ptr<wchar_t[]> pWide(
-      CPortable::mbstowcs(text.data(), static_cast<unsigned>(text.size())));
-  return pWide != nullptr ? std::wstring(pWide.get()) : std::wstring();
-}
-
-std::string CQXRecordSet::WideToUTF8(const std::wstring& text) {
-  if (text.size() > UINT_MAX) return {};
-  const std::unique_ptr<char[]> pText(
-      CPortable::wcstombs(text.data(), static_cast<unsigned>(text.size())));
-  return pText != nullptr ? std::string(pText.get()) : std::string();
 }

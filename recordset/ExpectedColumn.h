@@ -27,7 +27,7 @@ class ExpectedColumn {
   // The column that is expected, which is found then, when it has that name; else null. `name` is a
   // const char* or a std::string_view.
   template <typename Name>
-  const Column* Take(Name name) {
+  const Column* Accept(Name name) {
     const Column* const pColumn = pNext_;
     if (pColumn == nullptr || !pColumn->Is(name)) return nullptr;
     Found(*pColumn);

@@ -173,7 +173,7 @@ void CQXRecordSet::SetValue(const char* name, CQXRecordSet& value, long row) {
 // case comes first and makes no call but the comparison of names.
 const char* CQXRecordSet::GetValueAsString(const char* name, long row) {
   if (name == nullptr || pTable == nullptr) return "";
-  if (const auto* const pColumn = pTable->asked.Take(name)) {
+  if (const auto* const pColumn = pTable->asked.Accept(name)) {
     const recordset::Cell* const pCell = pTable->rows.FindInGrid(row, pColumn->Index());
     if (pCell != nullptr && pCell->Exists()) return pCell->pText;
   }

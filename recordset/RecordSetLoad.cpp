@@ -11,13 +11,11 @@
 #include <climits>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 
-#include "json/JSONMessage.h"
-#include "json/JSONSerialize.h"
+#include "recordset/ObjectText.h"
 #include "recordset/QXRecordSet.h"
 #include "recordset/Table.h"
 #include "text/Bytes.h"
@@ -37,7 +35,6 @@ namespace {
 
 using Text = JSON::Text<const char, true>;  // the bytes of a std::string
 
-constexpr int kWriterBytes = 1024;  // reserved for the text of a nested object
 constexpr char szRows[] = "rows";
 
 // Reads a value, or a name, that is of no interest.
@@ -47,7 +44,7 @@ class Skipper {
 
   std::uint32_t& Indent() { return nIndent_; }
   static bool Expects(const char* /*pName*/) { return false; }
-  static const char* TakeExpected(const char* pName) { return pName; }
+  static const char* AcceptExpected(const char* pName) { return pName; }
   const char* Name(const char* p) { return String(p); }
   const char* Value(const char* p, char c) { return JSON::ReadValue(text_.Limits(), p, c, *this); }
   const char* Element(const char* p, char c) { return Value(p, c); }
@@ -109,7 +106,7 @@ class CellLoader {
                                       : nullptr;
     if (pColumn == nullptr) {
       if (!bInText) name = UpToNul(name);
-      if (expected.Take(name) != nullptr) return;
+      if (expected.Accept(name) != nullptr) return;
       pColumn = &table_.columns.FindOrAdd(
           name, bInText && bReaches ? Block16::Load(name.data())
                                     : JSON::ExpectedName::FirstBytes(name.data(), name.size()));
@@ -160,7 +157,7 @@ class CellLoader {
     const char* const pNext = Skipper(text_).Value(p, *p);
     if (pNext == nullptr) return nullptr;
     if (*p == '{') {
-      Set(lRow, column, WrittenAnew({p, static_cast<std::size_t>(pNext - p)}),
+      Set(lRow, column, object_.Rewritten({p, static_cast<std::size_t>(pNext - p)}),
           CQXRecordSet::QX_RECORDSET);
     } else {
       Set(lRow, column, "", CQXRecordSet::QX_TEXT);
@@ -206,23 +203,11 @@ class CellLoader {
     return {strUnescaped_.data(), static_cast<std::size_t>(pWrite - strUnescaped_.data())};
   }
 
-  // The text of an object as the library writes it; valid until the next one.
-  std::string_view WrittenAnew(std::string_view object) {
-    strObject_.assign(object);
-    if (!message_) message_.emplace(true);
-    if (!message_->Parse(strObject_.data(), static_cast<int>(strObject_.size()))) return {};
-    JSON::Serialize writer(kWriterBytes);
-    json_walk_obj(writer, &*message_, 0);
-    strObject_ = writer.String();
-    return strObject_;
-  }
-
   Text& text_;
   Table& table_;
   long lLastRow_ = 0;  // the last row that received a cell
   std::string strUnescaped_;
-  std::string strObject_;
-  std::optional<JSON::Message> message_;  // made for the first object
+  recordset::ObjectText object_;
 };
 
 // The members of a row. Nearly all rows that arrive were written by a program: their members have
@@ -247,7 +232,7 @@ class RowSink {
     const Column* const pColumn = expected_.Get();
     return pColumn != nullptr && pColumn->name.MatchesMember(pName, end_.pEnd);
   }
-  QXRECORDSET_HOT const char* TakeExpected(const char* pName) {
+  QXRECORDSET_HOT const char* AcceptExpected(const char* pName) {
     const Column& column = *expected_.Get();
     expected_.Found(column);
     return pName + column.name.Length() + 2;
@@ -255,12 +240,12 @@ class RowSink {
   QXRECORDSET_HOT const char* Name(const char* p) {
     loader_.expected = expected_;
     p = loader_.ReadName(p);
-    Expect();
+    FetchColumn();
     return p;
   }
 
   // The loader found the column of the next value.
-  QXRECORDSET_HOT void Expect() { expected_ = loader_.expected; }
+  QXRECORDSET_HOT void FetchColumn() { expected_ = loader_.expected; }
 
   QXRECORDSET_HOT const char* Value(const char* p, char c) {
     p = JSON::ReadValue(end_, p, c, *this);
@@ -269,11 +254,11 @@ class RowSink {
   }
 
   QXRECORDSET_HOT const char* String(const char* p) {
-    if (!JSON::Usually(end_.Reaches(p))) return Loaded(loader_.LoadString(p, lRow_, Found()));
+    if (!JSON::Usually(end_.Reaches(p))) return Loaded(loader_.LoadString(p, lRow_, Current()));
     const std::uint32_t nStop = Block16::Load(p + 1).NeedsEscape();
     const char* const pStop = nStop != 0 ? p + 1 + JSON::LowestBit(nStop)
                                          : JSON::FindTextStop(p + 1 + Block16::kBytes, end_.pEnd);
-    if (!JSON::Usually(*pStop == '"')) return Loaded(loader_.LoadString(p, lRow_, Found()));
+    if (!JSON::Usually(*pStop == '"')) return Loaded(loader_.LoadString(p, lRow_, Current()));
     value_ = {p + 1, static_cast<std::size_t>(pStop - p - 1), CQXRecordSet::QX_TEXT};
     return pStop + 1;
   }
@@ -282,7 +267,7 @@ class RowSink {
   QXRECORDSET_HOT const char* Number(const char* p) {
     const unsigned nLength = end_.Reaches(p) ? JSON::CanonicalLength(p) : 0;
     if (nLength == 0 || JSON::kNumberMarks[p[nLength]] != JSON::NumberMark::kNone) {
-      return Loaded(loader_.LoadNumber(p, lRow_, Found()));
+      return Loaded(loader_.LoadNumber(p, lRow_, Current()));
     }
     value_ = {p, nLength, CQXRecordSet::QX_LONG};
     return p + nLength;
@@ -295,7 +280,7 @@ class RowSink {
   }
 
   QXRECORDSET_HOT const char* Nested(const char* p) {
-    return Loaded(loader_.LoadNested(p, lRow_, Found()));
+    return Loaded(loader_.LoadNested(p, lRow_, Current()));
   }
   QXRECORDSET_HOT const char* NoValue(const char* p) { return Loaded(loader_.NoValue(p)); }
 
@@ -308,7 +293,7 @@ class RowSink {
     std::int32_t eType;
   };
 
-  const Column& Found() const { return *expected_.Last(); }
+  const Column& Current() const { return *expected_.Last(); }
 
   // The loader read the value, and may have moved the cells.
   QXRECORDSET_HOT const char* Loaded(const char* p) {
@@ -319,7 +304,7 @@ class RowSink {
 
   // Puts the value into its cell, mostly one that is there and does not exist yet.
   QXRECORDSET_HOT void Put() {
-    const std::uint32_t nPosition = Found().nPosition;
+    const std::uint32_t nPosition = Current().nPosition;
     if (!JSON::Usually(nPosition < cells_.nCount)) {
       cells_ = loader_.MakeRoom(lRow_, nPosition, cells_);
     }
@@ -328,7 +313,7 @@ class RowSink {
           table_.texts.StoreReadable(value_.pText, value_.nLength),
           recordset::Cell::Pack(value_.nLength, value_.nLength < Block16::kBytes), value_.eType};
     } else {
-      loader_.Set(lRow_, Found(), {value_.pText, value_.nLength}, value_.eType);
+      loader_.Set(lRow_, Current(), {value_.pText, value_.nLength}, value_.eType);
       cells_ = {nullptr, 0};
     }
   }
@@ -383,7 +368,7 @@ class DocumentSink {
 
   // Any name may turn out to be "rows".
   static bool Expects(const char* /*pName*/) { return false; }
-  static const char* TakeExpected(const char* pName) { return pName; }
+  static const char* AcceptExpected(const char* pName) { return pName; }
 
   const char* Name(const char* p) {
     pQuote_ = p;
@@ -404,7 +389,7 @@ class DocumentSink {
       return ReadArray(text_, p, rows);
     }
     cells_.FindColumn(pQuote_, name_);
-    row_.Expect();
+    row_.FetchColumn();
     return row_.Value(p, c);
   }
 

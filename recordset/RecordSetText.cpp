@@ -1,21 +1,16 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Writing a record set as JSON text: GetString(), and json_walk_obj(), which writes a parsed object
-// through the streaming writer.
+// Writing a record set as JSON text: GetString().
 
 #include <algorithm>
 #include <string>
 #include <utility>
-#include <vector>
 
-#include "json/JSONMessage.h"
-#include "json/JSONSerialize.h"
 #include "memory/KeptBlocks.h"
 #include "memory/Spare.h"
 #include "recordset/QXRecordSet.h"
 #include "recordset/RowWriter.h"
 #include "recordset/Table.h"
-#include "text/ReadDecimal.h"
 
 using recordset::RowWriter;
 using recordset::Table;
@@ -23,24 +18,6 @@ using recordset::Table;
 namespace {
 
 constexpr std::size_t kTextBytes = 1024;  // reserved for a text
-
-// Everything but objects, the name included. The text is read as the C library reads it, not by its
-// length.
-void WriteWalkedScalar(JSON::Serialize& writer, const JSON::JSONValue& value) {
-  switch (value.eType) {
-    case JSON::jtBoolean:
-      writer.AppendString(value.pText != nullptr && *value.pText == 't' ? "true" : "false");
-      break;
-    case JSON::jtInteger:
-      writer.V(JSON::ReadDecimal<long>(value.pText));
-      break;
-    case JSON::jtString:
-      writer.V(value.pText);
-      break;
-    default:
-      writer.JS(nullptr);
-  }
-}
 
 }  // namespace
 
@@ -85,34 +62,3 @@ const std::string& CQXRecordSet::GetString() {
 }
 
 const std::string& CQXRecordSet::GetStringRef() const { return strText; }
-
-// Objects within objects wait on a stack of their own, so that no nesting is too deep.
-void json_walk_obj(JSON::Serialize& writer, JSON::JSONValue const* value, int nested) {
-  std::vector<std::pair<const JSON::JSONValue*, int>> vOuter;  // object, next ordinal
-  const JSON::JSONValue* pObject = value;
-  int nOrdinal = 0;
-  if (nested == 0) writer.OO();
-  for (;;) {
-    const JSON::JSONValue* const pMember = pObject->GetByOrdinal(nOrdinal);
-    if (pMember == nullptr) {
-      if (vOuter.empty()) break;
-      pObject = vOuter.back().first;
-      nOrdinal = vOuter.back().second;
-      vOuter.pop_back();
-      writer.OC();
-      continue;
-    }
-    const char* const name = pObject->pComposite->NameAt(nOrdinal++);
-    if (name == nullptr) continue;
-    writer.N(name);
-    if (pMember->eType == JSON::jtObject) {
-      vOuter.emplace_back(pObject, nOrdinal);
-      pObject = pMember;
-      nOrdinal = 0;
-      writer.OO();
-    } else {
-      WriteWalkedScalar(writer, *pMember);
-    }
-  }
-  if (nested == 0) writer.OC();
-}

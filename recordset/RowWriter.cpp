@@ -5,10 +5,8 @@
 #include "recordset/RowWriter.h"
 
 #include <algorithm>
-#include <climits>
 #include <cstring>
 
-#include "json/JSONSerialize.h"
 #include "recordset/QXRecordSet.h"
 #include "text/Block.h"
 #include "text/Digits.h"
@@ -29,8 +27,6 @@ constexpr std::uint32_t kSparseFactor = 4;
 // Room for a member beside its name and text: quotes and commas, or a number or literal, and what
 // the last block of a copy writes beyond its end.
 constexpr std::size_t kSpare = 24 + Block16::kBytes;
-
-constexpr int kObjectBytes = 1024;  // reserved for the text of a nested object
 
 // Copies `n` bytes in blocks. REQUIRES: as many blocks can be read and written.
 QXRECORDSET_HOT char* CopyBlocks(char* to, const char* from, std::size_t n) {
@@ -216,16 +212,12 @@ QXRECORDSET_HOT char* RowWriter::Integer(char* p, const Cell& cell) {
   return p + cell.Length();
 }
 
-// The parser rewrites its text, so it gets a copy. What does not parse is left out.
+// What is no object after all is left out.
 void RowWriter::Object(const Column& column, std::string_view text) {
-  if (text.size() > INT_MAX) return;
-  if (!message_) message_.emplace(true);
-  strScratch_.assign(text);
-  if (!message_->Parse(strScratch_.data(), static_cast<int>(strScratch_.size()))) return;
-  JSON::Serialize writer(kObjectBytes);
-  json_walk_obj(writer, &*message_, 0);
+  const std::string_view object = object_.Rewritten(text);
+  if (object.empty()) return;
   pNext_ = Name(Reserve(column.name.Length() + kSpare), column, 0);
-  Raw(writer.String());
+  Raw(object);
   Raw(",");
 }
 

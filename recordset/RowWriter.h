@@ -9,13 +9,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "json/JSONMessage.h"
+#include "recordset/ObjectText.h"
 #include "recordset/Table.h"
 
 namespace recordset {
@@ -60,8 +59,7 @@ class RowWriter {
   const std::vector<const Column*>& vColumns_;  // in name order; a column's rank is its place here
   std::vector<std::uint32_t> vRanks_;  // by column index - 1; made for the first sparse row
   std::vector<std::pair<std::uint32_t, const Cell*>> vRowCells_;  // a sparse row's cells by rank
-  std::string strScratch_;
-  std::optional<JSON::Message> message_;  // made for the first object
+  ObjectText object_;
 };
 
 }  // namespace recordset

@@ -135,11 +135,11 @@ void Rows::AddSlots() {
   std::uninitialized_value_construct_n(pPage + nKept, nRows - nKept);
   pPages_[nPage] = pPage;
   nSlots_ += nRows - nKept;
-  TakeInRows(nOldSlots);
+  MoveRowsIn(nOldSlots);
 }
 
 // Moves the rows that new slots are for from the map to the pages.
-void Rows::TakeInRows(unsigned long nOldSlots) noexcept {
+void Rows::MoveRowsIn(unsigned long nOldSlots) noexcept {
   auto it = mapOutside_.lower_bound(static_cast<long>(nOldSlots + 1));
   while (it != mapOutside_.end() && IndexOf(it->first) < nSlots_) {
     Slot(IndexOf(it->first)) = it->second;
@@ -196,7 +196,7 @@ std::uint32_t Rows::FinishRow(Row& row) {
     }
     if (nLastFar / 2 <= nCells) {
       Relocate(row, nLastFar);
-      TakeOverFarCells(lLatest_, row);
+      MoveFarCellsIn(lLatest_, row);
       nLast = nLastFar;
     }
   }
@@ -226,7 +226,7 @@ bool Rows::Widen(long lRow, Row& row, std::uint32_t nColumn) {
       Relocate(row, static_cast<std::uint32_t>(nCells));
     });
   }
-  if (row.bHasFar) TakeOverFarCells(lRow, row);
+  if (row.bHasFar) MoveFarCellsIn(lRow, row);
   return true;
 }
 
@@ -262,7 +262,7 @@ const Cell* Rows::FindFar(long lRow, std::uint32_t nColumn) const {
 }
 
 // Moves the far cells that a row's array reaches now into it.
-void Rows::TakeOverFarCells(long lRow, Row& row) noexcept {
+void Rows::MoveFarCellsIn(long lRow, Row& row) noexcept {
   auto it = mapFar_.lower_bound({lRow, 0});
   while (it != mapFar_.end() && it->first.first == lRow && it->first.second <= row.nSpan) {
     row.pCells[it->first.second - 1] = it->second;

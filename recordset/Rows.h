@@ -187,7 +187,7 @@ class Rows {
   const Row* FindOutside(long lRow) const;
   unsigned long ReachableSlots() const;
   void AddSlots();
-  void TakeInRows(unsigned long nOldSlots) noexcept;
+  void MoveRowsIn(unsigned long nOldSlots) noexcept;
   void ReachForRows();
 
   // Cells of one row.
@@ -203,7 +203,7 @@ class Rows {
   // Far cells.
   FarCells::const_iterator FirstFar(long lRow) const { return mapFar_.lower_bound({lRow, 0}); }
   const Cell* FindFar(long lRow, std::uint32_t nColumn) const;
-  void TakeOverFarCells(long lRow, Row& row) noexcept;
+  void MoveFarCellsIn(long lRow, Row& row) noexcept;
 
   memory::BumpBlocks blocks_;    // pages and cells
   Row** pPages_ = nullptr;       // an array in the blocks

@@ -43,7 +43,7 @@ class Table {
 
   // A host's lookup: the index of a column, or 0.
   std::uint32_t FindColumn(const char* name) {
-    const Column* pColumn = asked.Take(name);
+    const Column* pColumn = asked.Accept(name);
     if (pColumn == nullptr || !columns.Has(*pColumn)) pColumn = FindOtherColumn(name);
     return pColumn != nullptr ? pColumn->Index() : 0;
   }
@@ -53,7 +53,7 @@ class Table {
 
   // A host's lookup where a new name becomes a column. When memory runs out, nothing has changed.
   std::uint32_t EnsureColumn(const char* name) {
-    const Column* const pColumn = asked.Take(name);
+    const Column* const pColumn = asked.Accept(name);
     return pColumn != nullptr && columns.Has(*pColumn) ? pColumn->Index() : EnsureOtherColumn(name);
   }
 

@@ -7,7 +7,7 @@
 //
 //   object sink:  sink.Expects(p)          whether the expected name stands at p, behind its quote,
 //                                          with a quote and a colon; 32 bytes are left there
-//                 p = sink.TakeExpected(p) takes it; the position behind the colon
+//                 p = sink.AcceptExpected(p)   reads it; the position behind the colon
 //                 p = sink.Name(p)         reads any name; p on its opening quote
 //                 p = sink.Value(p, c)     reads the value; c is its first byte
 //                 sink.Complete()          the members are all there
@@ -208,7 +208,7 @@ QXRECORDSET_HOT typename Text::Char* ReadMembers(Text& text, typename Text::Char
   do {
     char c = '\0';
     if (Usually(end.SkipToQuote(p, sink.Indent()) && sink.Expects(p + 1))) {
-      p = sink.TakeExpected(p + 1);
+      p = sink.AcceptExpected(p + 1);
       c = *p;
     } else {
       p = end.SkipSpace(p);

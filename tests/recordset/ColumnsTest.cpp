@@ -145,17 +145,17 @@ TEST(ExpectedColumn, IsTheOneThatFollowedTheLastTime) {
   }
   for (int nRound = 0; nRound < 3; ++nRound) {
     for (std::size_t i = 0; i < names.size(); ++i) {
-      const Column* const pColumn = text.Take(std::string_view(names[i]));
+      const Column* const pColumn = text.Accept(std::string_view(names[i]));
       ASSERT_TRUE(pColumn != nullptr && pColumn->Name() == names[i]) << "in the order of addition";
-      EXPECT_EQ(text.Take(std::string_view(names[i])), nullptr) << "another one is due";
-      const bool bExpected = host.Take(asked[i].c_str()) != nullptr;
+      EXPECT_EQ(text.Accept(std::string_view(names[i])), nullptr) << "another one is due";
+      const bool bExpected = host.Accept(asked[i].c_str()) != nullptr;
       EXPECT_TRUE(bExpected || nRound == 0 || (nRound == 1 && i == 0)) << nRound << ' ' << i;
       if (!bExpected) host.Learn(*fixture.columns.Find(asked[i]));
     }
   }
   host.Forget();
   EXPECT_EQ(host.Get(), nullptr);
-  EXPECT_EQ(host.Take(asked[0].c_str()), nullptr);
+  EXPECT_EQ(host.Accept(asked[0].c_str()), nullptr);
 }
 
 }  // namespace
