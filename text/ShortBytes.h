@@ -17,7 +17,7 @@ namespace JSON {
 // The word that begins at `p`, which need not be aligned.
 template <typename Word>
 inline Word ReadWord(const char* p) {
-  Word word = 0;
+  Word word;
   std::memcpy(&word, p, sizeof word);
   return word;
 }
