@@ -111,10 +111,7 @@ bool ArrayValue::MakeMap() const {
     pValues[i].nNameIndex = nOrdinal;
   }
   // Equal texts keep their order, so that a lookup finds the first of them.
-  std::sort(vOrdinalMap.begin(), vOrdinalMap.end(), [](const OrdinalMap& a, const OrdinalMap& b) {
-    const int nOrder = std::strcmp(TextOf(a.pText), TextOf(b.pText));
-    return nOrder != 0 ? nOrder < 0 : a.nOrdinal < b.nOrdinal;
-  });
+  std::stable_sort(vOrdinalMap.begin(), vOrdinalMap.end(), OrdinalMap::Less);
   return true;
 }
 

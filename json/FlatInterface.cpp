@@ -2,9 +2,6 @@
 //
 // The flat interface: each function is one lookup in a message and one reader on what was found.
 
-#include <cmath>
-#include <cstddef>
-#include <limits>
 #include <utility>
 
 #include "json/JSON.h"
@@ -37,24 +34,12 @@ const char* AsString(const JSONValue& value) {
   return value.eType == JSON::jtString ? value.pText : nullptr;
 }
 
-// Cut towards zero and limited to the range of the result; 0 for not-a-number.
-unsigned long long ToUnsignedLong64(double value) {
-  constexpr double kBeyond = 18446744073709551616.0;  // 2^64
-  if (std::isnan(value) || value <= 0.0) {
-    return 0;
-  }
-  if (value >= kBeyond) {
-    return std::numeric_limits<unsigned long long>::max();
-  }
-  return static_cast<unsigned long long>(value);
-}
-
 unsigned long long AsUnsignedLong64(const JSONValue& value) {
   switch (value.eType) {
     case JSON::jtInteger:
       return static_cast<unsigned long long>(JSON::ReadDecimal<long long>(value.pText));
     case JSON::jtDouble:
-      return ToUnsignedLong64(value.AsDouble());
+      return JSON::CutToInteger<unsigned long long>(value.AsDouble());
     case JSON::jtBoolean:
       return value.AsBoolean() ? 1 : 0;
     default:

@@ -13,26 +13,18 @@
 #include <string_view>
 
 #include "json/JSONValue.h"
+#include "text/Bytes.h"
 
 namespace JSON {
 
-inline bool IsIntegerByte(char c) { return (c >= '0' && c <= '9') || c == '+' || c == '-'; }
-inline bool IsRealByte(char c) { return IsIntegerByte(c) || c == '.' || c == 'e' || c == 'E'; }
-
-// The bytes of a number from its first one on. REQUIRES: a byte behind them that is none of them.
-inline std::string_view IntegerText(const char* pText) {
-  std::size_t n = 0;
-  while (IsIntegerByte(pText[n])) {
-    ++n;
+// The bytes that belong to a number, from its first one on. REQUIRES: a byte behind them that does
+// not.
+inline std::string_view NumberAt(const char* pText, bool (*belongs)(char)) {
+  const char* p = pText;
+  while (belongs(*p)) {
+    ++p;
   }
-  return {pText, n};
-}
-inline std::string_view RealText(const char* pText) {
-  std::size_t n = 0;
-  while (IsRealByte(pText[n])) {
-    ++n;
-  }
-  return {pText, n};
+  return {pText, static_cast<std::size_t>(p - pText)};
 }
 
 // The text of a value that is no container; without a text the empty one. A boolean is "true" when
@@ -43,9 +35,9 @@ inline std::string_view ScalarText(const JSONValue& value) {
     case jtString:
       return value.pText;
     case jtInteger:
-      return IntegerText(value.pText);
+      return NumberAt(value.pText, IsIntegerByte);
     case jtDouble:
-      return RealText(value.pText);
+      return NumberAt(value.pText, IsRealByte);
     case jtBoolean:
       return *value.pText == 't' ? "true" : "false";
     case jtNull:

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <type_traits>
 #include <typeinfo>
 
 #include "json/Items.h"
@@ -16,6 +17,7 @@
 #include "json/ScalarText.h"
 #include "json/Storage.h"
 #include "json/TreeRelease.h"
+#include "text/Digits.h"
 
 namespace JSON {
 namespace {
@@ -219,77 +221,65 @@ namespace {
 // Room for any number's text and its NUL: 20 digits with a sign, or what "%g" writes.
 constexpr int kNumberRoom = 32;
 
-const JSONValue& Stored(const JSONValue* pStored) {
+const JSONValue& Put(JSONValue& value, const char* name, const char* text, Type type) {
+  const JSONValue* const pStored = value.InternalUpdateByName(name, text, type);
+  return pStored != nullptr ? *pStored : JSONValue::None();
+}
+const JSONValue& Put(JSONValue& value, int ordinal, const char* text, Type type) {
+  const JSONValue* const pStored = value.InternalUpdateByOrdinal(ordinal, text, type);
   return pStored != nullptr ? *pStored : JSONValue::None();
 }
 
-JSONValue* Update(JSONValue& value, const char* name, const char* text, Type type) {
-  return value.InternalUpdateByName(name, text, type);
+template <typename Key>
+const JSONValue& Put(JSONValue& value, Key key, bool bTrue) {
+  return Put(value, key, bTrue ? "true" : "false", jtBoolean);
 }
-JSONValue* Update(JSONValue& value, int ordinal, const char* text, Type type) {
-  return value.InternalUpdateByOrdinal(ordinal, text, type);
+template <typename Key>
+const JSONValue& Put(JSONValue& value, Key key, const char* text) {
+  return Put(value, key, text, jtString);
 }
-
 template <typename Key, typename Number>
-const JSONValue& SetNumber(JSONValue& value, Key key, char* (*format)(Number, char*, int),
-                           Number number, Type type) {
+const JSONValue& Put(JSONValue& value, Key key, Number number) {
+  constexpr bool bReal = std::is_same_v<Number, double>;
   char szNumber[kNumberRoom];
-  format(number, szNumber, kNumberRoom);
-  return Stored(Update(value, key, szNumber, type));
+  if constexpr (bReal) {
+    DoubleToStr(number, szNumber, kNumberRoom);
+  } else {
+    *WriteDecimal(number, szNumber) = '\0';
+  }
+  return Put(value, key, szNumber, bReal ? jtDouble : jtInteger);
 }
-
-const char* BoolText(bool value) { return value ? "true" : "false"; }
 
 }  // namespace
 
-const JSONValue& JSONValue::Set(const char* name, bool value) {
-  return Stored(Update(*this, name, BoolText(value), jtBoolean));
-}
+const JSONValue& JSONValue::Set(const char* name, bool value) { return Put(*this, name, value); }
 const JSONValue& JSONValue::Set(const char* name, const char* value) {
-  return Stored(Update(*this, name, value, jtString));
+  return Put(*this, name, value);
 }
-const JSONValue& JSONValue::Set(const char* name, double value) {
-  return SetNumber(*this, name, DoubleToStr, value, jtDouble);
-}
+const JSONValue& JSONValue::Set(const char* name, double value) { return Put(*this, name, value); }
 const JSONValue& JSONValue::Set(const char* name, unsigned long long value) {
-  return SetNumber(*this, name, UnsignedLong64ToStr, value, jtInteger);
+  return Put(*this, name, value);
 }
 const JSONValue& JSONValue::Set(const char* name, unsigned long value) {
-  return SetNumber(*this, name, UnsignedLongToStr, value, jtInteger);
+  return Put(*this, name, value);
 }
-const JSONValue& JSONValue::Set(const char* name, long value) {
-  return SetNumber(*this, name, LongToStr, value, jtInteger);
-}
-const JSONValue& JSONValue::Set(const char* name, int value) {
-  return SetNumber(*this, name, IntToStr, value, jtInteger);
-}
-const JSONValue& JSONValue::SetNull(const char* name) {
-  return Stored(Update(*this, name, nullptr, jtNull));
-}
+const JSONValue& JSONValue::Set(const char* name, long value) { return Put(*this, name, value); }
+const JSONValue& JSONValue::Set(const char* name, int value) { return Put(*this, name, value); }
+const JSONValue& JSONValue::SetNull(const char* name) { return Put(*this, name, nullptr, jtNull); }
 
-const JSONValue& JSONValue::Set(int ordinal, bool value) {
-  return Stored(Update(*this, ordinal, BoolText(value), jtBoolean));
-}
+const JSONValue& JSONValue::Set(int ordinal, bool value) { return Put(*this, ordinal, value); }
 const JSONValue& JSONValue::Set(int ordinal, const char* value) {
-  return Stored(Update(*this, ordinal, value, jtString));
+  return Put(*this, ordinal, value);
 }
-const JSONValue& JSONValue::Set(int ordinal, double value) {
-  return SetNumber(*this, ordinal, DoubleToStr, value, jtDouble);
-}
+const JSONValue& JSONValue::Set(int ordinal, double value) { return Put(*this, ordinal, value); }
 const JSONValue& JSONValue::Set(int ordinal, unsigned long long value) {
-  return SetNumber(*this, ordinal, UnsignedLong64ToStr, value, jtInteger);
+  return Put(*this, ordinal, value);
 }
 const JSONValue& JSONValue::Set(int ordinal, unsigned long value) {
-  return SetNumber(*this, ordinal, UnsignedLongToStr, value, jtInteger);
+  return Put(*this, ordinal, value);
 }
-const JSONValue& JSONValue::Set(int ordinal, long value) {
-  return SetNumber(*this, ordinal, LongToStr, value, jtInteger);
-}
-const JSONValue& JSONValue::Set(int ordinal, int value) {
-  return SetNumber(*this, ordinal, IntToStr, value, jtInteger);
-}
-const JSONValue& JSONValue::SetNull(int ordinal) {
-  return Stored(Update(*this, ordinal, nullptr, jtNull));
-}
+const JSONValue& JSONValue::Set(int ordinal, long value) { return Put(*this, ordinal, value); }
+const JSONValue& JSONValue::Set(int ordinal, int value) { return Put(*this, ordinal, value); }
+const JSONValue& JSONValue::SetNull(int ordinal) { return Put(*this, ordinal, nullptr, jtNull); }
 
 }  // namespace JSON

@@ -3,9 +3,7 @@
 // JSONValue: lookups, readers and the empty values. Updates are in Update.cpp, writing is in
 // TreeSerialize.cpp.
 
-#include <cmath>
 #include <cstdlib>
-#include <limits>
 #include <typeinfo>
 
 #include "json/Items.h"
@@ -78,10 +76,16 @@ const JSONValue* At(const JSONValue& value, const ArrayValue& elements, const ch
           : Storage::OrdinalIn(elements, name));
 }
 
+const JSONValue& OrNone(const JSONValue* pFound) {
+  return pFound != nullptr ? *pFound : JSONValue::None();
+}
+JSONValue& OrNone(JSONValue* pFound) {
+  return pFound != nullptr ? *pFound : JSONValue::NonConstNone();
+}
+
 const JSONValue& HandOut(const ArrayValue& elements, const JSONValue* pFound) {
-  if (pFound == nullptr) return JSONValue::None();
-  if (pFound->pComposite != nullptr) Items::HandOut(elements.vValues);
-  return *pFound;
+  if (pFound != nullptr && pFound->pComposite != nullptr) Items::HandOut(elements.vValues);
+  return OrNone(pFound);
 }
 
 }  // namespace
@@ -96,7 +100,7 @@ const JSONValue& JSONValue::operator[](int ordinal) const {
     return HandOut(*pElements, At(*pElements, ordinal));
   }
   const JSONValue* const pFound = GetByOrdinal(ordinal);
-  return pFound != nullptr ? *pFound : None();
+  return OrNone(pFound);
 }
 
 const JSONValue& JSONValue::operator[](const char* name) const {
@@ -104,20 +108,13 @@ const JSONValue& JSONValue::operator[](const char* name) const {
     return HandOut(*pElements, At(*this, *pElements, name, -1));
   }
   const JSONValue* const pFound = GetByName(name, -1);
-  return pFound != nullptr ? *pFound : None();
+  return OrNone(pFound);
 }
 
 // ---- Lookups of what can be changed -------------------------------------------------------------
 
-JSONValue& JSONValue::operator[](int ordinal) {
-  JSONValue* const pFound = GetByOrdinal(ordinal);
-  return pFound != nullptr ? *pFound : NonConstNone();
-}
-
-JSONValue& JSONValue::operator[](const char* name) {
-  JSONValue* const pFound = GetByName(name, -1);
-  return pFound != nullptr ? *pFound : NonConstNone();
-}
+JSONValue& JSONValue::operator[](int ordinal) { return OrNone(GetByOrdinal(ordinal)); }
+JSONValue& JSONValue::operator[](const char* name) { return OrNone(GetByName(name, -1)); }
 
 // ---- Readers ------------------------------------------------------------------------------------
 //
@@ -129,19 +126,6 @@ namespace {
 
 bool BeginsWithT(const JSONValue& value) { return value.pText != nullptr && *value.pText == 't'; }
 
-int ToInt(double value) {
-  if (std::isnan(value)) {
-    return 0;
-  }
-  if (value <= std::numeric_limits<int>::min()) {
-    return std::numeric_limits<int>::min();
-  }
-  if (value >= std::numeric_limits<int>::max()) {
-    return std::numeric_limits<int>::max();
-  }
-  return static_cast<int>(value);
-}
-
 }  // namespace
 
 int JSONValue::AsInt() const {
@@ -149,7 +133,7 @@ int JSONValue::AsInt() const {
     case jtInteger:
       return ReadDecimal<int>(pText);
     case jtDouble:
-      return ToInt(AsDouble());
+      return CutToInteger<int>(AsDouble());
     case jtBoolean:
       return BeginsWithT(*this) ? 1 : 0;
     default:

@@ -15,6 +15,7 @@
 #include "json/JSONSerialize.h"
 #include "text/Digits.h"
 #include "text/Escape.h"
+#include "text/ShortBytes.h"
 #include "text/TextRoom.h"
 
 namespace JSON {
@@ -25,9 +26,6 @@ constexpr std::size_t kPunctuation = 4;
 
 // Room for DoubleToStr: "%g" takes up to 13 bytes and a NUL; a decimal point may be several bytes.
 constexpr int kDoubleBytes = 32;
-
-// Ready-made text up to this length is mostly a number or a literal.
-constexpr std::size_t kShortRaw = Block16::kBytes;
 
 // Levels of nesting that the two stack words hold.
 constexpr std::size_t kLevelsPerWord = 32;
@@ -51,11 +49,7 @@ class Serialize::Pen {
   }
 
   void Raw(std::string_view text) {
-    if (text.size() <= kShortRaw) {
-      CopyPlain(text, pNext);  // faster than a call; whether escapes are needed does not matter
-    } else {
-      std::memcpy(pNext, text.data(), text.size());
-    }
+    MoveBytes(pNext, text.data(), text.size());
     pNext += text.size();
   }
 

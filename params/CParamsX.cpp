@@ -5,6 +5,7 @@
 
 #include "params/CParamsX.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -65,11 +66,6 @@ std::size_t FirstSegment(std::string_view text) {
   return nSeparator == std::string_view::npos ? nSeparator : nSeparator + 1;
 }
 
-// Makes room for nMore bytes behind a text.
-void MakeRoom(std::string& text, std::size_t nMore) {
-  if (text.capacity() - text.size() < nMore) JSON::MakeCapacity(text, text.size(), nMore);
-}
-
 }  // namespace
 
 // The priority is the first that programs may use: with the static library the order between object
@@ -78,7 +74,8 @@ void MakeRoom(std::string& text, std::size_t nMore) {
 [[gnu::init_priority(101)]] const std::string PARAM_SEP(1, kSeparator);
 
 CParamsRS::CParamsRS(long reserve) {
-  if (reserve > 0) MakeRoom(paramText, static_cast<std::size_t>(reserve));
+  if (reserve > 0)
+    JSON::MakeCapacity(paramText, paramText.size(), static_cast<std::size_t>(reserve));
 }
 
 CParamsRS::CParamsRS(const std::string& text) { constructor(text); }
@@ -118,7 +115,8 @@ void CParamsRS::addHeader(const std::string& header) {
   if (&header == &paramText) return addHeader(paramList());
   const long lNewLength = static_cast<long>(header.size()) + 1;
   textCursor = nullptr;
-  MakeRoom(paramText, header.size() + 1);  // from here on nothing can throw
+  JSON::MakeCapacity(paramText, paramText.size(),
+                     header.size() + 1);  // from here on nothing can throw
   paramText.replace(0, static_cast<std::size_t>(headerLength), header);
   paramText.insert(header.size(), 1, kSeparator);
   for (long& lOffset : paramOffsets) {
@@ -132,11 +130,7 @@ void CParamsRS::addParam(const std::string& text) {
   addSegment(text);
 }
 
-void CParamsRS::addParam(long value) {
-  char szText[JSON::kMaxDecimal<long>];
-  const char* const pEnd = JSON::WriteDecimal(value, szText);
-  addSegment({szText, static_cast<std::size_t>(pEnd - szText)});
-}
+void CParamsRS::addParam(long value) { addSegment(JSON::DecimalText<long>(value).View()); }
 
 void CParamsRS::addResult(long code) {
   constexpr char szHex[] = "0123456789ABCDEF";
@@ -152,18 +146,17 @@ void CParamsRS::addResult(long code) {
 // Appends one segment: the separator when one is due, the length field, its ';' and the text.
 // REQUIRES: `text` does not lie in paramText.
 void CParamsRS::addSegment(std::string_view text) {
-  char szDigits[JSON::kMaxDecimal<std::size_t>];
-  const char* const pEnd = JSON::WriteDecimal(text.size(), szDigits);
-  const auto nDigits = static_cast<std::size_t>(pEnd - szDigits);
-  const std::size_t nPadding = nDigits < kLengthFieldWidth ? kLengthFieldWidth - nDigits : 0;
+  const JSON::DecimalText<std::size_t> decimal(text.size());
+  const std::string_view digits = decimal.View();
+  const std::size_t nPadding = kLengthFieldWidth - std::min(digits.size(), kLengthFieldWidth);
   const bool bFollows = static_cast<std::size_t>(headerLength) < paramText.size();
   const std::size_t nOffset = paramText.size() + (bFollows ? 1 : 0);
 
   textCursor = nullptr;
-  MakeRoom(paramText, 1 + nPadding + nDigits + 1 + text.size());
+  JSON::MakeCapacity(paramText, paramText.size(), 1 + nPadding + digits.size() + 1 + text.size());
   paramOffsets.push_back(static_cast<long>(nOffset));  // from here on nothing can throw
   if (bFollows) paramText += kSeparator;
-  paramText.append(nPadding, ' ').append(szDigits, nDigits);
+  paramText.append(nPadding, ' ').append(digits);
   paramText += kSeparator;
   paramText.append(text);
 }
@@ -172,7 +165,7 @@ void CParamsRS::append(const std::string& segments) {
   if (&segments == &paramText) return append(paramList());
   const bool bFollows = static_cast<std::size_t>(headerLength) < paramText.size();
   textCursor = nullptr;
-  MakeRoom(paramText, 1 + segments.size());
+  JSON::MakeCapacity(paramText, paramText.size(), 1 + segments.size());
   if (bFollows) paramText += kSeparator;
   const long lStart = length();
   paramText += segments;

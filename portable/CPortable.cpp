@@ -14,6 +14,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "text/Utf8.h"
+
 static_assert(sizeof(wchar_t) == 4, "a wide character holds a whole code point");
 
 namespace {
@@ -22,11 +24,6 @@ constexpr std::uint32_t kLastCodePoint = 0x10FFFF;
 constexpr std::uint32_t kFirstSurrogate = 0xD800;
 constexpr std::uint32_t kLastSurrogate = 0xDFFF;
 
-// Smallest code point that needs two, three and four bytes. A longer form than needed is overlong.
-constexpr std::uint32_t kFirstOfTwo = 0x80;
-constexpr std::uint32_t kFirstOfThree = 0x800;
-constexpr std::uint32_t kFirstOfFour = 0x10000;
-
 // A negative character becomes a code above the last code point.
 std::uint32_t CodeOf(wchar_t c) { return static_cast<std::uint32_t>(c); }
 
@@ -34,13 +31,6 @@ bool IsContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0
 
 bool IsScalarValue(std::uint32_t nCode) {
   return nCode <= kLastCodePoint && (nCode < kFirstSurrogate || nCode > kLastSurrogate);
-}
-
-// Bytes of a code point in UTF-8.
-std::size_t EncodedLength(std::uint32_t nCode) {
-  if (nCode < kFirstOfTwo) return 1;
-  if (nCode < kFirstOfThree) return 2;
-  return nCode < kFirstOfFour ? 3 : 4;
 }
 
 // Bytes of the sequence that `nLead` begins; 0 when none begins with it.
@@ -65,22 +55,7 @@ const char* DecodeOne(const char* p, const char* pEnd, std::uint32_t& nCode) {
     if (!IsContinuation(p[i])) return nullptr;
     nCode = nCode << 6 | (static_cast<unsigned char>(p[i]) & 0x3FU);
   }
-  return EncodedLength(nCode) == nBytes && IsScalarValue(nCode) ? p + nBytes : nullptr;
-}
-
-// Writes one code point and gives the address behind it. REQUIRES: room for EncodedLength(nCode)
-// bytes.
-char* EncodeOne(std::uint32_t nCode, char* p) {
-  // By length: the bits that mark the lead byte.
-  constexpr unsigned char kLeadMark[] = {0, 0, 0xC0, 0xE0, 0xF0};
-
-  const std::size_t nBytes = EncodedLength(nCode);
-  for (std::size_t i = nBytes - 1; i > 0; --i) {
-    p[i] = static_cast<char>(0x80U | (nCode & 0x3FU));
-    nCode >>= 6;
-  }
-  p[0] = static_cast<char>(kLeadMark[nBytes] | nCode);
-  return p + nBytes;
+  return JSON::Utf8Length(nCode) == nBytes && IsScalarValue(nCode) ? p + nBytes : nullptr;
 }
 
 }  // namespace
@@ -111,13 +86,13 @@ char* EncodeOne(std::uint32_t nCode, char* p) {
   for (std::size_t i = 0; i < length; ++i) {
     const std::uint32_t nCode = CodeOf(text[i]);
     if (!IsScalarValue(nCode)) return nullptr;
-    nBytes += EncodedLength(nCode);
+    nBytes += JSON::Utf8Length(nCode);
   }
   auto bytes = std::make_unique<char[]>(nBytes + 1);
 
   char* p = bytes.get();
   for (std::size_t i = 0; i < length; ++i) {
-    p = EncodeOne(CodeOf(text[i]), p);
+    p = JSON::WriteUtf8(CodeOf(text[i]), p);
   }
   *p = '\0';
   return bytes.release();

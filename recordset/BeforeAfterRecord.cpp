@@ -6,11 +6,7 @@
 
 #include "recordset/QXRecordSet.h"
 
-namespace {
-
-constexpr long kRecordRow = 1;
-
-}  // namespace
+static constexpr long kRecordRow = 1;
 
 CBeforeAfterRecord::CBeforeAfterRecord() = default;
 
@@ -61,17 +57,6 @@ void CBeforeAfterRecord::GetFieldValues(const char* name, bool& /*before*/, bool
 
 bool CBeforeAfterRecord::IsChanged(const char* /*name*/) { return true; }
 
-bool CBeforeAfterRecord::IsChanged() {
-  for (long i = 0; i < GetColumnCount(); ++i) {
-    if (IsChanged(GetColumnName(i))) return true;
-  }
-  return false;
-}
+bool CBeforeAfterRecord::IsChanged() { return GetColumnCount() != 0; }
 
-int CBeforeAfterRecord::GetChangeCount() {
-  int nChanged = 0;
-  for (long i = 0; i < GetColumnCount(); ++i) {
-    nChanged += IsChanged(GetColumnName(i)) ? 1 : 0;
-  }
-  return nChanged;
-}
+int CBeforeAfterRecord::GetChangeCount() { return static_cast<int>(GetColumnCount()); }

@@ -15,13 +15,6 @@
 
 using recordset::Table;
 
-namespace {
-
-// Room for the digits of a long and its sign.
-constexpr std::size_t kLongBytes = JSON::kMaxDecimal<long>;
-
-}  // namespace
-
 // ---- Making, copying, clearing ------------------------------------------------------------------
 
 CQXRecordSet::CQXRecordSet() = default;
@@ -101,13 +94,8 @@ std::unique_ptr<Table> CQXRecordSet::CopyOf(const Table* pSource) {
 
 // ---- Columns and counts -------------------------------------------------------------------------
 
-// The index of a column, or 0.
-std::uint32_t CQXRecordSet::FindColumn(const char* name) {
-  return name != nullptr && pTable != nullptr ? pTable->FindColumn(name) : 0;
-}
-
 long CQXRecordSet::GetColumnIndex(const char* name) {
-  const std::uint32_t nColumn = FindColumn(name);
+  const std::uint32_t nColumn = name != nullptr && pTable != nullptr ? pTable->FindColumn(name) : 0;
   return nColumn != 0 ? static_cast<long>(nColumn) : -1;
 }
 
@@ -150,9 +138,7 @@ void CQXRecordSet::SetValue(const char* name, bool value, long row) {
 }
 
 void CQXRecordSet::SetValue(const char* name, long value, long row) {
-  char digits[kLongBytes];
-  const char* const pEnd = JSON::WriteDecimal(value, digits);
-  SetText(name, {digits, static_cast<std::size_t>(pEnd - digits)}, row, QX_LONG);
+  SetText(name, JSON::DecimalText<long>(value).View(), row, QX_LONG);
 }
 
 void CQXRecordSet::SetValue(const char* name, int value, long row) {

@@ -202,9 +202,7 @@ class QXRECORDSET_EXPORT CQXRecordSet {
   QXRECORDSET_NO_EXPORT void SetText(const char* name, std::string_view text, long row,
                                      QX_TYPE type);
   QXRECORDSET_NO_EXPORT std::string BufferForText();
-  QXRECORDSET_NO_EXPORT std::uint32_t FindColumn(const char* name);
   QXRECORDSET_NO_EXPORT const char* FindValue(const char* name, long row);
-  QXRECORDSET_NO_EXPORT void Adopt(std::unique_ptr<recordset::Table> pLoaded, long lLastRow);
   QXRECORDSET_NO_EXPORT static std::unique_ptr<recordset::Table> CopyOf(
       const recordset::Table* pSource);
 

@@ -142,13 +142,9 @@ class CellLoader {
     const std::string_view digits(p, static_cast<std::size_t>(pNext - p));
     if (bReal) {
       Set(lRow, column, "", CQXRecordSet::QX_TEXT);
-    } else if (JSON::IsCanonicalInteger(digits)) {
-      Set(lRow, column, digits, CQXRecordSet::QX_LONG);
     } else {
-      char szDigits[JSON::kMaxDecimal<long>];
-      const char* const pEnd = JSON::WriteDecimal(JSON::ReadDecimal<long>(digits), szDigits);
-      Set(lRow, column, {szDigits, static_cast<std::size_t>(pEnd - szDigits)},
-          CQXRecordSet::QX_LONG);
+      const JSON::DecimalText<long> decimal(JSON::ReadDecimal<long>(digits));
+      Set(lRow, column, decimal.View(), CQXRecordSet::QX_LONG);
     }
     return pNext;
   }
@@ -266,7 +262,7 @@ class RowSink {
   // Digits as the library writes them are the cell's text as they stand.
   QXRECORDSET_HOT const char* Number(const char* p) {
     const unsigned nLength = end_.Reaches(p) ? JSON::CanonicalLength(p) : 0;
-    if (nLength == 0 || JSON::kNumberMarks[p[nLength]] != JSON::NumberMark::kNone) {
+    if (nLength == 0 || JSON::IsRealByte(p[nLength])) {
       return Loaded(loader_.LoadNumber(p, lRow_, Current()));
     }
     value_ = {p, nLength, CQXRecordSet::QX_LONG};
@@ -420,12 +416,21 @@ bool LoadText(const std::string& strText, Table& table, long& lLastRow) {
 
 }  // namespace
 
+// The text is loaded into a table of its own, or into one without contents, for its memory. That
+// table becomes the contents, or its cells are added to them.
 bool CQXRecordSet::SetString(const std::string& text) {
-  // A table without contents is used for its memory.
-  auto pLoaded = pTable != nullptr && GetColumnCount() == 0 ? std::move(pTable) : Table::Make();
+  const bool bEmpty = GetColumnCount() == 0;
+  auto pLoaded = pTable != nullptr && bEmpty ? std::move(pTable) : Table::Make();
   pLoaded->bTextIsCurrent = false;  // cells are filled without SetCell()
   long lLastRow = 0;
-  if (LoadText(text, *pLoaded, lLastRow)) Adopt(std::move(pLoaded), lLastRow);
+  if (LoadText(text, *pLoaded, lLastRow)) {
+    if (bEmpty) {
+      pTable = std::move(pLoaded);
+    } else {
+      pTable->Merge(*pLoaded);
+    }
+    lRowsCount = std::max(lRowsCount, lLastRow);
+  }
   bModified = true;
   return true;
 }
@@ -435,13 +440,3 @@ bool CQXRecordSet::SetString(const char* text) {
 }
 
 bool CQXRecordSet::SetUTF8String(const std::string& text) { return SetString(text); }
-
-// Takes a whole table as the contents, or adds its cells to those that are there.
-void CQXRecordSet::Adopt(std::unique_ptr<Table> pLoaded, long lLastRow) {
-  if (GetColumnCount() == 0) {
-    pTable.swap(pLoaded);
-  } else {
-    pTable->Merge(*pLoaded);
-  }
-  lRowsCount = std::max(lRowsCount, lLastRow);
-}

@@ -5,6 +5,7 @@
 #ifndef QXRECORDSET_TEXT_BYTES_H
 #define QXRECORDSET_TEXT_BYTES_H
 
+#include <climits>
 #include <string_view>
 
 namespace JSON {
@@ -19,7 +20,28 @@ inline bool IsSpace(char c) {
 inline bool IsCSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 inline bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-inline bool BeginsNumber(char c) { return IsDigit(c) || c == '+' || c == '-'; }
+
+// What a byte is in a number: the bytes of a number are "+-0123456789.eE", and one of ".eE" makes
+// it a real one.
+enum class NumberByte : unsigned char { kNone, kDigit, kSign, kReal };
+
+struct NumberBytes {
+  NumberByte aBytes[UCHAR_MAX + 1] = {};
+
+  constexpr NumberBytes() {
+    for (char c = '0'; c <= '9'; ++c) {
+      Of(c) = NumberByte::kDigit;
+    }
+    Of('+') = Of('-') = NumberByte::kSign;
+    Of('.') = Of('e') = Of('E') = NumberByte::kReal;
+  }
+  constexpr NumberByte& Of(char c) { return aBytes[static_cast<unsigned char>(c)]; }
+  constexpr NumberByte operator[](char c) const { return aBytes[static_cast<unsigned char>(c)]; }
+};
+inline constexpr NumberBytes kNumberBytes;
+
+inline bool IsIntegerByte(char c) { return IsDigit(c) || c == '+' || c == '-'; }
+inline bool IsRealByte(char c) { return kNumberBytes[c] != NumberByte::kNone; }
 
 // The value of a hexadecimal digit of either case, or -1.
 inline int HexValue(char c) {

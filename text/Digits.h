@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <string_view>
 #include <type_traits>
 
 #include "text/Block.h"
@@ -65,6 +66,21 @@ char* WriteDecimal(Integer value, char* out) {
   if (magnitude < kPiece) return WritePiece(static_cast<std::uint32_t>(magnitude), out, false);
   return WriteDigits(magnitude, out);
 }
+
+// The decimal text of an integer.
+template <typename Integer>
+class DecimalText {
+ public:
+  // Only what View() shows is written. NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
+  explicit DecimalText(Integer value)
+      : nLength_(static_cast<std::size_t>(WriteDecimal(value, aText_) - aText_)) {}
+
+  std::string_view View() const { return {aText_, nLength_}; }
+
+ private:
+  char aText_[kMaxDecimal<Integer>];
+  std::size_t nLength_;
+};
 
 }  // namespace JSON
 

@@ -185,7 +185,7 @@ QXRECORDSET_HOT typename End::Char* FindLiteral(End end, typename End::Char* p) 
 template <typename End, typename Sink>
 QXRECORDSET_HOT typename End::Char* ReadValue(End end, typename End::Char* p, char c, Sink& sink) {
   if (c == '"') return sink.String(p);
-  if (Usually(IsDigit(c)) || BeginsNumber(c)) return sink.Number(p);
+  if (Usually(IsDigit(c)) || IsIntegerByte(c)) return sink.Number(p);
   if (BeginsContainer(c)) return sink.Nested(p);
   typename End::Char* const pNext = FindLiteral(end, p);
   return pNext != nullptr ? sink.Literal(p, pNext) : sink.NoValue(p);

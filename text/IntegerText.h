@@ -10,7 +10,6 @@
 
 #include <cstdint>
 #include <limits>
-#include <string_view>
 
 #include "text/Block.h"
 
@@ -26,14 +25,6 @@ QXRECORDSET_HOT unsigned CanonicalLength(const char* p) {
   const unsigned nLength = LowestBit(nOther);
   if (p[nSign] == '0') return nLength == 1 ? 1 : 0;
   return nLength - nSign - 1 < kMostDigits ? nLength : 0;
-}
-
-// Whether all of `text` is such an integer.
-inline bool IsCanonicalInteger(std::string_view text) {
-  char aBlock[Block16::kBytes];
-  if (text.empty() || text.size() > sizeof aBlock) return false;
-  Block16::LoadFirst(text.data(), text.size()).Store(aBlock);
-  return CanonicalLength(aBlock) == text.size();
 }
 
 }  // namespace JSON

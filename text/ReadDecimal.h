@@ -1,69 +1,65 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Reading a decimal integer as strtol and sscanf do, from a text that need not be NUL-terminated:
-// the text of a parsed number runs on into the rest of the document, which may end right behind it.
+// Integers of numbers as text, as strtol and sscanf read them, and of reals. A text need not be
+// NUL-terminated: behind a parsed number follows the rest of its document.
 
 #ifndef QXRECORDSET_TEXT_READDECIMAL_H
 #define QXRECORDSET_TEXT_READDECIMAL_H
 
 #include <algorithm>
-#include <charconv>
-#include <cstddef>
+#include <cmath>
 #include <limits>
 #include <string_view>
-#include <system_error>
+#include <type_traits>
 
 #include "text/Bytes.h"
 
 namespace JSON {
 
-// White space is skipped, one sign is taken, then digits up to the first byte that is none. No
-// digits give 0, a value beyond the range of Integer (a signed type) the nearest bound.
+// White space is skipped, one sign is read, then digits up to the first byte that is none. No
+// digits give 0, a value beyond the range of Integer (a signed type) the nearest bound. Nothing at
+// or behind pEnd is read; without a pEnd, some byte behind the number has to end it.
 template <typename Integer>
-Integer ReadDecimal(std::string_view text) {
-  static_assert(std::numeric_limits<Integer>::is_signed);
-  while (!text.empty() && IsCSpace(text.front())) {
-    text.remove_prefix(1);
-  }
-  const bool bNegative = !text.empty() && text.front() == '-';
-  if (!text.empty() && text.front() == '+') {
-    text.remove_prefix(1);
-    if (!text.empty() && text.front() == '-') {
-      return 0;  // from_chars takes '-' and no '+', so it would read the second sign
-    }
-  }
-  Integer value = 0;
-  const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (result.ec == std::errc::result_out_of_range) {
-    return bNegative ? std::numeric_limits<Integer>::min() : std::numeric_limits<Integer>::max();
-  }
-  return value;
-}
-
-// The same from a text that some byte ends which cannot belong to the number; nothing behind it is
-// read. No text reads as 0.
-template <typename Integer>
-Integer ReadDecimal(const char* pText) {
-  constexpr int kSurelyFit = 18;  // digits of any number that a long long holds
-  if (pText == nullptr) return 0;
-  const char* p = pText;
-  while (IsCSpace(*p)) {
+Integer ReadDecimal(const char* p, const char* pEnd) {
+  using Magnitude = std::make_unsigned_t<Integer>;
+  // With one more digit a value above this is beyond the range, whatever it is.
+  constexpr Magnitude kMostToExtend = (std::numeric_limits<Magnitude>::max() - 9) / 10;
+  const auto peek = [&p, pEnd] { return p != pEnd ? *p : '\0'; };
+  while (IsCSpace(peek())) {
     ++p;
   }
-  const char* const pNumber = p;
-  const bool bNegative = *p == '-';
-  if (bNegative || *p == '+') ++p;
-  const char* const pDigits = p;
-  long long nValue = 0;
-  for (; *p >= '0' && *p <= '9'; ++p) {
-    if (p - pDigits < kSurelyFit) nValue = nValue * 10 + (*p - '0');
+  const bool bNegative = peek() == '-';
+  if (bNegative || peek() == '+') ++p;
+  Magnitude nValue = 0;
+  for (; IsDigit(peek()); ++p) {
+    const auto nDigit = static_cast<Magnitude>(*p - '0');
+    nValue = std::min(nValue, kMostToExtend) * 10 + nDigit;
   }
-  if (p - pDigits > kSurelyFit) {
-    return ReadDecimal<Integer>(std::string_view(pNumber, static_cast<std::size_t>(p - pNumber)));
-  }
+  const Magnitude nMost = std::numeric_limits<Integer>::max() + Magnitude{bNegative};
+  nValue = std::min(nValue, nMost);
+  return static_cast<Integer>(bNegative ? 0 - nValue : nValue);
+}
+
+template <typename Integer>
+Integer ReadDecimal(std::string_view text) {
+  return ReadDecimal<Integer>(text.data(), text.data() + text.size());
+}
+
+// No text reads as 0.
+template <typename Integer>
+Integer ReadDecimal(const char* pText) {
+  return pText != nullptr ? ReadDecimal<Integer>(pText, nullptr) : 0;
+}
+
+// A real number cut towards zero and limited to the range of the result; 0 for not-a-number.
+template <typename Integer>
+Integer CutToInteger(double value) {
   using Limits = std::numeric_limits<Integer>;
-  return static_cast<Integer>(
-      std::clamp<long long>(bNegative ? -nValue : nValue, Limits::min(), Limits::max()));
+  if (std::isnan(value)) return 0;
+  if (value <= static_cast<double>(Limits::min())) return Limits::min();
+  // The largest integer, or the power of two above it.
+  if (value >= static_cast<double>(Limits::max())) return Limits::max();
+  return static_cast<Integer>(value);
 }
 
 }  // namespace JSON

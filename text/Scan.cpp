@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "text/Utf8.h"
+
 namespace JSON {
 namespace {
 
@@ -14,7 +16,8 @@ constexpr int kHexDigits = 4;  // behind "\u"
 constexpr int kLongestEscape = 2 + kHexDigits;
 
 // The four bytes behind "\u" count as strtoul reads them in base 16, also when they are no
-// hexadecimal digits: it skips white space and takes a sign and "0x".
+// hexadecimal digits: it skips white space and takes a sign and "0x". Of a negative number, the
+// lower 16 bits count.
 std::uint32_t CodePoint(const char* p) {
   const int nHigh = (HexValue(p[0]) * 16) | HexValue(p[1]);
   const int nLow = (HexValue(p[2]) * 16) | HexValue(p[3]);
@@ -22,23 +25,7 @@ std::uint32_t CodePoint(const char* p) {
     return static_cast<std::uint32_t>(nHigh << 8 | nLow);
   }
   const char szDigits[kHexDigits + 1] = {p[0], p[1], p[2], p[3], '\0'};
-  return static_cast<std::uint32_t>(std::strtoul(szDigits, nullptr, 16));
-}
-
-// Writes one to three bytes, fewer than the escape has that is read.
-char* WriteUtf8(std::uint32_t nCode, char* pWrite) {
-  const auto put = [&pWrite](std::uint32_t nByte) { *pWrite++ = static_cast<char>(nByte); };
-  if (nCode <= 0x7F) {
-    put(nCode);
-  } else if (nCode <= 0x7FF) {
-    put(0xC0 | ((nCode >> 6) & 0x1F));
-    put(0x80 | (nCode & 0x3F));
-  } else {
-    put(0xE0 | ((nCode >> 12) & 0x0F));
-    put(0x80 | ((nCode >> 6) & 0x3F));
-    put(0x80 | (nCode & 0x3F));
-  }
-  return pWrite;
+  return static_cast<std::uint16_t>(std::strtoul(szDigits, nullptr, 16));
 }
 
 char SimpleEscape(char c) {
@@ -69,7 +56,7 @@ const char* Unescape(const char* p, const char* pEnd, char*& pWrite) {
       p += 2;
     } else {
       if (pEnd - p < kLongestEscape) return nullptr;
-      pWrite = WriteUtf8(CodePoint(p + 2), pWrite);
+      pWrite = WriteUtf8(CodePoint(p + 2), pWrite);  // up to three bytes for the six
       p += kLongestEscape;
     }
     const char* const pRun = p;

@@ -11,7 +11,6 @@
 #define QXRECORDSET_TEXT_SCAN_H
 
 #include <cassert>
-#include <climits>
 #include <cstddef>
 #include <cstdint>
 
@@ -90,30 +89,11 @@ inline unsigned LiteralLength(const char* p) {
   return nWord == ReadWord<std::uint32_t>("fals") && p[4] == 'e' ? 5 : 0;
 }
 
-// What a byte that is no digit does in a number.
-enum class NumberMark : unsigned char { kNone, kSign, kReal };
-
-struct NumberMarks {
-  NumberMark aMarks[UCHAR_MAX + 1] = {};
-
-  constexpr NumberMarks() {
-    Of('+') = Of('-') = NumberMark::kSign;
-    Of('.') = Of('e') = Of('E') = NumberMark::kReal;
-  }
-  constexpr NumberMark& Of(char c) { return aMarks[static_cast<unsigned char>(c)]; }
-  constexpr NumberMark operator[](char c) const { return aMarks[static_cast<unsigned char>(c)]; }
-};
-inline constexpr NumberMarks kNumberMarks;
-
-// The same near the end of the text.
+// ScanNumber() near the end of the text.
 template <typename Char>
 [[gnu::noinline]] Char* ScanLastNumber(Char* p, Char* pEnd, bool& bReal) {
-  for (; p < pEnd - 1; ++p) {
-    const NumberMark mark = kNumberMarks[*p];
-    if (mark == NumberMark::kNone && (*p < '0' || *p > '9')) {
-      break;
-    }
-    bReal = bReal || mark == NumberMark::kReal;
+  for (; p < pEnd - 1 && IsRealByte(*p); ++p) {
+    bReal = bReal || kNumberBytes[*p] == NumberByte::kReal;
   }
   return p < pEnd ? p : pEnd - 1;
 }
@@ -133,9 +113,8 @@ QXRECORDSET_HOT Char* ScanNumber(Char* p, Char* pEnd, bool& bReal) {
       continue;
     }
     p += LowestBit(other);
-    const NumberMark mark = kNumberMarks[*p];
-    if (mark == NumberMark::kNone) return p;
-    bReal = bReal || mark == NumberMark::kReal;
+    if (!IsRealByte(*p)) return p;
+    bReal = bReal || kNumberBytes[*p] == NumberByte::kReal;
     ++p;
   }
   return ScanLastNumber(p, pEnd, bReal);
