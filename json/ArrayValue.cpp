@@ -14,12 +14,10 @@
 
 namespace JSON {
 
-// A container on the heap is in its owner's hands from the start.
+// The owner of a container on the heap has access to its elements from the start.
 ArrayValue::ArrayValue(int nReserve) : CompositeValue(Kind::kArray, false) {
   Items::HandOut(vValues);
-  if (nReserve > 0) {
-    Items::Reserve(vValues, nullptr, static_cast<std::size_t>(nReserve));
-  }
+  if (nReserve > 0) Items::Reserve(vValues, nullptr, static_cast<std::size_t>(nReserve));
 }
 
 ArrayValue::~ArrayValue() {
@@ -38,9 +36,7 @@ void ArrayValue::Clear() {
 // A container in a pool goes with the pool, so the element gets a copy of it.
 void ArrayValue::AddValue(JSONValue& value) {
   CompositeValue* pOwned = value.pComposite;
-  if (pOwned != nullptr && Storage::InPool(*pOwned)) {
-    pOwned = pOwned->Clone(0);
-  }
+  if (pOwned != nullptr && Storage::InPool(*pOwned)) pOwned = pOwned->Clone(0);
   const bool bOwnsText = value.bOwnsText;  // `value` may be an element, which is going to move
   try {
     Storage::Append(*this, nullptr, value.eType, value.pText, value.nLength, value.nNameIndex,
@@ -54,16 +50,12 @@ void ArrayValue::AddValue(JSONValue& value) {
 }
 
 JSONValue* ArrayValue::GetByOrdinal(int ordinal) const {
-  if (static_cast<unsigned>(ordinal) >= Items::Count(vValues)) {
-    return nullptr;
-  }
+  if (static_cast<unsigned>(ordinal) >= Items::Count(vValues)) return nullptr;
   return Items::HandOut(vValues) + ordinal;
 }
 
 int Storage::OrdinalIn(const ArrayValue& elements, const char* name) {
-  if (name == nullptr) {
-    return -1;
-  }
+  if (name == nullptr) return -1;
   const long lOrdinal = std::strtol(name, nullptr, 10);
   return lOrdinal >= 0 && lOrdinal < elements.Size() ? static_cast<int>(lOrdinal) : -1;
 }
@@ -82,7 +74,7 @@ namespace {
 // An element without text counts as the empty text.
 const char* TextOf(const char* pText) { return pText != nullptr ? pText : ""; }
 
-// The text of the element that an index entry stands for; "" for one that is no string any more.
+// The text of the element of an index entry; "" for an element that is no string any more.
 const char* TextAt(const Sequence<UnsafeJSONValue>& values, const ArrayValue::OrdinalMap& entry) {
   if (static_cast<unsigned>(entry.nOrdinal) >= Items::Count(values)) return "";
   const JSONValue& element = Items::Data(values)[entry.nOrdinal];
@@ -100,9 +92,7 @@ bool ArrayValue::MakeMap() const {
   const UnsafeJSONValue* const pValues = Items::HandOut(vValues);  // the index lies on the heap
   Items::Truncate(vOrdinalMap, 0);
   for (std::uint32_t i = 0; i < nCount; ++i) {
-    if (pValues[i].eType != jtString) {
-      return false;
-    }
+    if (pValues[i].eType != jtString) return false;
   }
   Items::Reserve(vOrdinalMap, nullptr, nCount);
   for (std::uint32_t i = 0; i < nCount; ++i) {
@@ -116,12 +106,8 @@ bool ArrayValue::MakeMap() const {
 }
 
 int ArrayValue::OrdinalOf(const char* name, int length) const {
-  if (name == nullptr) {
-    return 0;
-  }
-  if (vOrdinalMap.empty() && !MakeMap()) {
-    return -1;
-  }
+  if (name == nullptr) return 0;
+  if (vOrdinalMap.empty() && !MakeMap()) return -1;
   // strncmp over `length` bytes, and the text must end there too (unless both ended before).
   const std::size_t nName =
       length < 0 ? std::strlen(name) : strnlen(name, static_cast<std::size_t>(length));
@@ -133,19 +119,13 @@ int ArrayValue::OrdinalOf(const char* name, int length) const {
   const OrdinalMap* const pFound =
       std::lower_bound(vOrdinalMap.cbegin(), vOrdinalMap.cend(), 0,
                        [&compare](const OrdinalMap& entry, int) { return compare(entry) < 0; });
-  if (pFound == vOrdinalMap.cend() || compare(*pFound) != 0) {
-    return -1;
-  }
+  if (pFound == vOrdinalMap.cend() || compare(*pFound) != 0) return -1;
   return pFound->nOrdinal;
 }
 
 const char* ArrayValue::NameAt(int ordinal) const {
-  if (vOrdinalMap.empty() && !MakeMap()) {
-    return nullptr;
-  }
-  if (static_cast<unsigned>(ordinal) >= Items::Count(vValues)) {
-    return nullptr;
-  }
+  if (vOrdinalMap.empty() && !MakeMap()) return nullptr;
+  if (static_cast<unsigned>(ordinal) >= Items::Count(vValues)) return nullptr;
   const JSONValue& element = Items::Data(vValues)[ordinal];
   return element.eType == jtString ? element.pText : nullptr;
 }

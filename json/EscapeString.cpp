@@ -18,9 +18,7 @@ int JSON_EscapeString(char** ppDest, char* pDestEnd, const char* pszText) {
   JSON::EscapeString(escaped, pszText);
   // A room that is not positive holds nothing, so the comparison is made with the sign.
   const std::ptrdiff_t nRoom = pDestEnd - *ppDest;
-  if (static_cast<std::ptrdiff_t>(escaped.size()) + 1 >= nRoom) {
-    return 0;
-  }
+  if (static_cast<std::ptrdiff_t>(escaped.size()) + 1 >= nRoom) return 0;
   std::memcpy(*ppDest, escaped.c_str(), escaped.size() + 1);
   return 1;
 }

@@ -54,9 +54,7 @@ unsigned long long AsUnsignedLong64(const JSONValue& value) {
 JSON_HANDLE JSON_AllocMessage(void) { return HandleOf(new Message()); }
 
 void JSON_FreeMessage(JSON_HANDLE handle) {
-  if (handle != nullptr) {
-    delete &MessageOf(handle);
-  }
+  if (handle != nullptr) delete &MessageOf(handle);
 }
 
 int JSON_ParseMessage(JSON_HANDLE handle, const char* text) {

@@ -31,12 +31,12 @@ void Advance(ParseContext& context, const TreeReader& reader, char* pNext, Compo
 }
 
 // The value was added to a container, which now owns what the fields refer to.
-void GiveUp(UnsafeJSONValue& value) {
+void Disown(UnsafeJSONValue& value) {
   value.pComposite = nullptr;
   value.bOwnsText = false;
 }
 
-// Parses a scalar that begins with one of `szFirstBytes` into `value`, by way of an array of one
+// Parses a scalar that begins with one of `szFirstBytes` into `value`, through an array of one
 // element. A private text that the value had is released when there is a new one.
 int ParseScalar(ParseContext& context, UnsafeJSONValue& value, const char* szFirstBytes) {
   value.eType = jtInvalid;
@@ -58,25 +58,6 @@ int ParseScalar(ParseContext& context, UnsafeJSONValue& value, const char* szFir
   return value.eType;
 }
 
-}  // namespace
-
-int Parser::ParseJSONValue(ParseContext& context, CompositeValue& parent) {
-  context.pCursor = Text<char>(context.pEnd, kMaxNesting).SkipSpace(context.pCursor);
-  TreeReader reader(context.pEnd, nullptr);
-  ArrayValue holder(1);
-  Place place;
-  Advance(context, reader, reader.ReadValue(context.pCursor, holder, place), holder);
-  if (holder.vValues.empty()) {
-    return kFailed;
-  }
-  UnsafeJSONValue& value = holder.vValues[0];
-  parent.AddValue(value);
-  GiveUp(value);
-  return value.eType;
-}
-
-namespace {
-
 // The name of the member at `nOrdinal`; names that are not sorted are in the members' order.
 UnsafeJSONValue NameOf(const ObjectValue& object, std::size_t nOrdinal) {
   const std::size_t nAt =
@@ -93,7 +74,7 @@ UnsafeJSONValue NameOf(const ObjectValue& object, std::size_t nOrdinal) {
 void MoveElement(ArrayValue& from, std::size_t nOrdinal, CompositeValue& to) {
   UnsafeJSONValue& value = from.vValues[nOrdinal];
   to.AddValue(value);
-  GiveUp(value);
+  Disown(value);
 }
 
 void MoveContent(ArrayValue& from, ArrayValue& to) {
@@ -132,6 +113,19 @@ int ParseContainer(ParseContext& context, Container& container) {
 }
 
 }  // namespace
+
+int Parser::ParseJSONValue(ParseContext& context, CompositeValue& parent) {
+  context.pCursor = Text<char>(context.pEnd, kMaxNesting).SkipSpace(context.pCursor);
+  TreeReader reader(context.pEnd, nullptr);
+  ArrayValue holder(1);
+  Place place;
+  Advance(context, reader, reader.ReadValue(context.pCursor, holder, place), holder);
+  if (holder.vValues.empty()) return kFailed;
+  UnsafeJSONValue& value = holder.vValues[0];
+  parent.AddValue(value);
+  Disown(value);
+  return value.eType;
+}
 
 int Parser::ParseObject(ParseContext& context, ObjectValue& object) {
   return ParseContainer(context, object);

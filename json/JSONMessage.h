@@ -125,8 +125,8 @@ class QXRECORDSET_EXPORT Parser {
   // begins no value, nothing is appended.
   static int ParseJSONValue(ParseContext& context, CompositeValue& parent);
 
-  // The cursor stands on '{' or '['. What is read is added to the container, whose eType becomes
-  // the result. A host's own subclass is filled by its AddName and AddValue.
+  // The cursor stands on '{' or '['. The members or elements are added to the container, whose
+  // eType becomes the result. A host's own subclass is filled by its AddName and AddValue.
   static int ParseObject(ParseContext& context, ObjectValue& object);
   static int ParseArray(ParseContext& context, ArrayValue& array);
 

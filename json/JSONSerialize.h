@@ -69,14 +69,14 @@ class QXRECORDSET_EXPORT Serialize {
   // beyond that on its own; for a large text a good estimate saves copying it several times.
   explicit Serialize(int nReserve);
 
-  // A copy goes on from the same text and state, on its own. Moving copies, too.
+  // A copy is independent and has the same text and state. A move copies, too.
   Serialize(const Serialize& other) = default;
   Serialize& operator=(const Serialize& other);
   ~Serialize() = default;
 
   // Open and close an object or an array. A container may be opened wherever a value may stand, and
-  // at the top level any number of times (the texts run together). OC is refused while a name still
-  // waits for its value.
+  // at the top level any number of times (the texts run together). OC is refused while a name has
+  // no value yet.
   Serialize& OO();
   Serialize& OC();
   Serialize& AO();

@@ -13,7 +13,7 @@
 // container and the text buffer. Pointers and references handed out by lookups stay valid until the
 // container that holds the value is next changed.
 //
-// The fields of values and names may be written by hand. What an element's fields are given, a
+// A host may write the fields of values and names itself. What an element's fields are given, a
 // container made with new or a text made with new char[], its container releases. The containers of
 // a parsed or copied document lie in its message's memory: they are never deleted by a caller, and
 // belong to that message alone. AddValue() and Clone() make copies for other owners.
@@ -86,9 +86,9 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
 
   // The member of that name, or null. `length` is the number of bytes of `name` to use; a negative
   // one means up to its NUL. An array reads the name as a decimal ordinal, from its first byte and
-  // whatever `length` says; a name that does not begin with a number means element 0. When several
-  // members share the name, the first in document order is found. The first lookup after a change
-  // sorts the member names (n log n); every further one is a binary search.
+  // without regard to `length`; a name that does not begin with a number means element 0. When
+  // several members share the name, the first in document order is found. The first lookup after a
+  // change sorts the member names (n log n); every further one is a binary search.
   virtual JSONValue* GetByName(const char* name, int length) const;
 
   // The same by index. They give None() or, where the result can be changed, NonConstNone() when
@@ -121,7 +121,7 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
   double AsDouble() const;
 
   // True for true, for a number that is not zero (not-a-number included) and for a string that is
-  // not empty, whatever it says; false for everything else.
+  // not empty; false for everything else.
   bool AsBoolean() const;
 
   // The empty values that failed lookups give: type jtNone, nothing else. They are recognised by
@@ -242,8 +242,8 @@ class QXRECORDSET_EXPORT CompositeValue : public BaseValue {
   virtual JSONValue* GetByName(const char* name, int length) const = 0;
 
   // The name of member `ordinal`; for an array of nothing but strings, the text of that element.
-  // Null when there is none, or when the member's nNameIndex leads nowhere. The pointer lives as
-  // long as the name or element.
+  // Null when there is none, or when the nNameIndex of the member is out of range. The pointer
+  // lives as long as the name or element.
   virtual const char* NameAt(int ordinal) const = 0;
 
   // The ordinal of the member with that name, or -1; for an array of nothing but strings, the

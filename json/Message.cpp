@@ -34,12 +34,39 @@ Arena* PoolFor(std::size_t nText) {
   return Arena::Create(kTreeBytesAtLeast + kTreeBytesPerByte * std::min(nText, kLongText));
 }
 
+// A text of this many bytes, at least, is kept room for.
+constexpr std::size_t kShortText = 1024;
+
+// Room for so many times the longer of this text and the one before is kept.
+constexpr std::size_t kMostRoom = 4;
+
+int ParseInto(ParseContext& context, ObjectValue& object) {
+  return Parser::ParseObject(context, object);
+}
+int ParseInto(ParseContext& context, ArrayValue& array) {
+  return Parser::ParseArray(context, array);
+}
+
+// The value at a path that is not empty, or null; `lookup` finds one segment of it.
+template <typename Lookup>
+const JSONValue* Follow(const JSONValue* pValue, const char* path, Lookup lookup) {
+  const char* pSegment = path;
+  // A leading '.' is content. The path has a byte, so its NUL is at path + 1 or behind it; a
+  // segment ends at a '.' or at the NUL, and only behind a '.' is there another one.
+  const char* pSegmentEnd = path + 1 + std::strcspn(path + 1, ".");
+  for (;;) {
+    pValue = lookup(*pValue, pSegment, static_cast<int>(pSegmentEnd - pSegment));
+    if (pValue == nullptr || *pSegmentEnd == '\0') return pValue;
+    pSegment = pSegmentEnd + 1;
+    pSegmentEnd = pSegment + std::strcspn(pSegment, ".");
+  }
+}
+
 }  // namespace
 
 Message::Message(bool bParseInPlace) noexcept : bInPlace(bParseInPlace) {}
 
-// From the end of the other constructor on there is a message, which releases what it has when the
-// copy cannot be completed.
+// The message exists when the other constructor ends, so its destructor runs when CopyTo() throws.
 Message::Message(const Message& source) : Message(source.bInPlace) { source.CopyTo(*this); }
 
 Message& Message::operator=(const Message& source) {
@@ -54,9 +81,7 @@ Message::~Message() {
   ReleaseRoot();
   if (bOwnsText) delete[] pText;
   KeptBlocks::GiveText(strText);
-  if (pArena != nullptr) {
-    Arena::Destroy(pArena);
-  }
+  if (pArena != nullptr) Arena::Destroy(pArena);
 }
 
 // ---- The root -----------------------------------------------------------------------------------
@@ -66,17 +91,13 @@ void Message::ReleaseRoot() noexcept {
   Release(pComposite);
   pComposite = nullptr;
   eType = jtInvalid;
-  if (pArena != nullptr) {
-    pArena->Rewind();
-  }
+  if (pArena != nullptr) pArena->Rewind();
 }
 
 // Every root that the library makes is made here.
 CompositeValue& Message::MakeRoot(Type type, std::uint32_t nReserve) {
   ReleaseRoot();
-  if (pArena == nullptr) {
-    pArena = PoolFor(static_cast<std::size_t>(pEnd - pStart));
-  }
+  if (pArena == nullptr) pArena = PoolFor(static_cast<std::size_t>(pEnd - pStart));
   assert(pArena->IsRewound());
   if (type == jtObject) {
     pComposite = Storage::Make<ObjectValue>(pArena, nReserve);
@@ -94,16 +115,6 @@ void Storage::ReleaseRoot(Message& message) noexcept { message.ReleaseRoot(); }
 
 // ---- Parsing ------------------------------------------------------------------------------------
 
-namespace {
-
-// A text of this many bytes, at least, is kept room for.
-constexpr std::size_t kShortText = 1024;
-
-// Room for so many times the longer of this text and the one before is kept.
-constexpr std::size_t kMostRoom = 4;
-
-}  // namespace
-
 // Replaces the message's text by a copy of `text`, which may be that text itself.
 char* Message::CopyText(const char* text, std::size_t nText) {
   const std::size_t nLonger = std::max({nText, strText.size(), kShortText});
@@ -117,14 +128,12 @@ char* Message::CopyText(const char* text, std::size_t nText) {
 }
 
 bool Message::Parse(const char* text, int length) {
-  if (text == nullptr || length == 0) {
-    return false;
-  }
+  if (text == nullptr || length == 0) return false;
   const std::size_t nText = length > 0 ? static_cast<std::size_t>(length) : std::strlen(text);
   if (nText > INT_MAX) {
     return false;  // lengths in the tree are ints
   }
-  // In place the caller gives up the text to us.
+  // In place the text may be rewritten.
   char* const pBuffer = bInPlace ? const_cast<char*>(text) : CopyText(text, nText);
   char* const pBufferEnd = pBuffer + nText;
   const bool bEmpty = nText == 0 || *pBuffer == '\0';
@@ -145,17 +154,6 @@ bool Message::Parse(const char* text, int length) {
     throw;
   }
 }
-
-namespace {
-
-int ParseInto(ParseContext& context, ObjectValue& object) {
-  return Parser::ParseObject(context, object);
-}
-int ParseInto(ParseContext& context, ArrayValue& array) {
-  return Parser::ParseArray(context, array);
-}
-
-}  // namespace
 
 // Reads the container at the cursor as the root. A container that a host made the root stays the
 // root, and is filled as a host's container.
@@ -183,9 +181,7 @@ bool Message::ReadTree() {
 // A text that holds no document. The tree of a copying message points into a text that is gone; the
 // tree of an in-place message is as good as before, and keeps the context that belongs to it.
 void Message::RefuseText(char* pBuffer, char* pBufferEnd, char* pStop) noexcept {
-  if (bInPlace && pComposite != nullptr) {
-    return;
-  }
+  if (bInPlace && pComposite != nullptr) return;
   ReleaseRoot();
   pStart = pBuffer;
   pEnd = pBufferEnd;
@@ -195,9 +191,7 @@ void Message::RefuseText(char* pBuffer, char* pBufferEnd, char* pStop) noexcept 
 // ---- Copying ------------------------------------------------------------------------------------
 
 void Message::CopyTo(Message& target) const {
-  if (&target == this) {
-    return;
-  }
+  if (&target == this) return;
   std::string strCopy;
   if (pStart != nullptr) {
     KeptBlocks::TakeText(strCopy, static_cast<std::size_t>(pEnd - pStart));
@@ -242,32 +236,9 @@ void Message::CopyRoot(const Message& source) {
 
 // ---- Paths --------------------------------------------------------------------------------------
 
-namespace {
-
-// The value at a path that is not empty, or null; `lookup` finds one segment of it.
-template <typename Lookup>
-const JSONValue* Follow(const JSONValue* pValue, const char* path, Lookup lookup) {
-  const char* pSegment = path;
-  // A leading '.' is content. The path has a byte, so its NUL is at path + 1 or behind it; a
-  // segment ends at a '.' or at the NUL, and only behind a '.' is there another one.
-  const char* pSegmentEnd = path + 1 + std::strcspn(path + 1, ".");
-  for (;;) {
-    pValue = lookup(*pValue, pSegment, static_cast<int>(pSegmentEnd - pSegment));
-    if (pValue == nullptr || *pSegmentEnd == '\0') {
-      return pValue;
-    }
-    pSegment = pSegmentEnd + 1;
-    pSegmentEnd = pSegment + std::strcspn(pSegment, ".");
-  }
-}
-
-}  // namespace
-
 // A scalar is not handed out: a caller cannot change it. The path to a container is.
 const JSONValue& Message::Path(const char* path) const {
-  if (path == nullptr || *path == '\0') {
-    return None();
-  }
+  if (path == nullptr || *path == '\0') return None();
   const JSONValue* const pFound =
       Follow(this, path, [](const JSONValue& value, const char* name, int length) {
         return Storage::Look(value, name, length);

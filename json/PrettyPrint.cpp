@@ -64,25 +64,19 @@ class PrettyPrinter {
   // More brackets may close than were opened: the depth then counts on below zero.
   void Close(char cBracket) {
     --nDepth;
-    if (!vIsArray.empty()) {
-      vIsArray.pop_back();
-    }
+    if (!vIsArray.empty()) vIsArray.pop_back();
     BreakLine();
     strOutput += cBracket;
   }
 
   void Comma() {
     strOutput += ',';
-    if (vIsArray.empty() || !vIsArray.back()) {
-      BreakLine();
-    }
+    if (vIsArray.empty() || !vIsArray.back()) BreakLine();
   }
 
   void BreakLine() {
     strOutput += '\n';
-    if (nDepth > 0) {
-      strOutput.append(static_cast<std::size_t>(nDepth), '\t');
-    }
+    if (nDepth > 0) strOutput.append(static_cast<std::size_t>(nDepth), '\t');
   }
 
   std::string strOutput;

@@ -1,8 +1,8 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// How far the text of a scalar reaches. The text itself says it, up to the first byte that does not
-// belong to the value: a parsed text runs on into the rest of its document, and a host that makes a
-// value by hand gives no length.
+// How far the text of a scalar reaches. It ends before the first byte that does not
+// belong to the value: behind a parsed text follows the rest of its document, and a host that
+// writes the fields of a value need not give a length.
 
 #ifndef QXRECORDSET_JSON_SCALARTEXT_H
 #define QXRECORDSET_JSON_SCALARTEXT_H

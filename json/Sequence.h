@@ -106,7 +106,7 @@ class Sequence {
     return i;
   }
 
-  // The elements, to be read. A pointer inside one may still be used to change what it leads to.
+  // The elements, to be read. What a pointer in an element points at may still be changed.
   const T* Look() const noexcept {
     bHandedOut = true;
     return pItems;

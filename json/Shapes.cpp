@@ -1,6 +1,6 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Making and searching shapes: what happens when an object differs from the one before.
+// Shapes when an object differs from the one before: search, new shapes, names of their own.
 
 #include "json/Shapes.h"
 

@@ -1,17 +1,17 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Shapes: what the objects of a document look like. The rows of a table repeat their member names
-// in the same order, and so do most objects that stand at the same place of a document.
+// Shapes: the sequences of member names of a document's objects. The rows of a table repeat their
+// names in the same order, and so do most objects at the same place of a document.
 //
-// A Shape stands for the names that an object begins with: those of its parent shape and one more.
-// The shapes of a Place form a tree in which every object is a way down from the top:
+// A Shape is a name behind the names of its parent shape. The shapes of a Place form a tree, and an
+// object is a path in it that begins at the top:
 //
 //   id - name - price               {"id":1,"name":"a","price":2}
 //             \ size - price        {"id":2,"name":"b","size":9,"price":3}
 //
-// The parser goes down as it reads. The name it expects next is compared with the text in one step
-// of sixteen bytes, instead of searching for the name's end; and objects that end at the same shape
-// have the same names in the same order, so they share one sorted name index.
+// The parser follows the path as it reads. The name that it expects next is compared with the text
+// in one step of sixteen bytes, instead of searching for the name's end; and objects that end at
+// the same shape have the same names in the same order, so they share one sorted name index.
 //
 // Shapes live in the message's pool and last for one parse. They change nothing that can be
 // observed.
@@ -47,9 +47,10 @@ struct NameIndex {
 };
 
 struct Shape {
-  // From here on an object is read without shapes: it is a dictionary rather than a record.
+  // An object with more names is read without shapes: it is a dictionary rather than a record.
   static constexpr int kMostNames = 1024;
-  // The same for the number of names that may follow the same names: they are searched one by one.
+  // The same for more names behind the same parent, since these are searched one by one: without
+  // the bound, the parse of a document of dictionaries takes more than twice the instructions.
   static constexpr int kMostAlternatives = 8;
 
   Shape* pParent;               // one name less; null for the first name
@@ -63,17 +64,18 @@ struct Shape {
   Shape(Shape* pShorter, const ExpectedName& last)
       : pParent(pShorter), nCount(pShorter != nullptr ? pShorter->nCount + 1 : 1), name(last) {}
 
-  // A new shape in front of those that `ppLonger` leads to.
+  // A new shape, as the first of the list *ppLonger.
   static Shape* Add(Arena& arena, Shape* pParent, Shape** ppLonger, const char* pName, int nLength);
 
-  // Among the shapes behind the first of *ppLonger, the one whose name stands at p, which becomes
-  // the first. Null when there is none; `nSeen` is the number of shapes there are.
+  // The shape of the list *ppLonger whose name is at p; it becomes the first of the list, so that a
+  // rare name is not expected in all rows that follow it. Null when there is none; `nSeen` is then
+  // the length of the list.
   static Shape* Find(Shape** ppLonger, const char* p, const char* pEnd, int& nSeen);
 
   // Gives a finished object of this shape its names, and their positions to its values.
   void GiveNames(Arena& arena, ObjectValue& object);
 
-  // Gives an object its own, unsorted names: it goes on, or ends, otherwise than shapes can tell.
+  // Gives an object names of its own, not sorted: it has names that are no shapes, or failed.
   void CopyNames(Arena& arena, ObjectValue& object) const;
 };
 

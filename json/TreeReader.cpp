@@ -1,8 +1,8 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Building the tree. The two sinks are what the grammar talks to. What happens for nearly every
-// member or element is inline; what happens now and then is a function of the reader, so that the
-// loops keep their few variables in registers.
+// The tree is built by two sinks of the grammar, for arrays and for objects. The usual cases are
+// inline functions of a sink; the rare ones are functions of the reader, so that the loops keep
+// their variables in registers.
 
 #include "json/TreeReader.h"
 
@@ -20,58 +20,6 @@ namespace {
 // the heap, where there are no places to remember, it always gets the same.
 constexpr std::uint32_t kMostExpected = 64;
 constexpr std::uint32_t kHeapReserve = 4;
-
-}  // namespace
-
-// ---- Values -------------------------------------------------------------------------------------
-
-TreeReader::Content TreeReader::ReadString(char* pQuote) {
-  char* const pContent = pQuote + 1;
-  char* const pStop = FindQuoteOrBackslash(pContent, text_.pEnd);
-  char* pWrite = pStop;
-  const char* const pClosing =
-      pStop == text_.pEnd || *pStop == '"' ? pStop : Unescape(pStop, text_.pEnd, pWrite);
-  if (pClosing == nullptr || pClosing == text_.pEnd) {
-    return {text_.Fail(pContent), 0};
-  }
-  *pWrite = '\0';
-  return {pContent + (pClosing - pContent) + 1, static_cast<int>(pWrite - pContent)};
-}
-
-// Rare kinds of values, which are functions of their own.
-
-char* TreeReader::ReadOtherString(char* pQuote, ArrayValue& parent) {
-  const Content content = ReadString(pQuote);
-  const bool bRead = content.pNext != nullptr;
-  Storage::Append(parent, pArena_, bRead ? jtString : jtInvalid, bRead ? pQuote + 1 : nullptr,
-                  content.nLength, 0, nullptr);
-  return content.pNext;
-}
-
-char* TreeReader::ReadNoValue(char* p, ArrayValue& parent) {
-  const char c = text_.Peek(p);
-  if (c == 't' || c == 'f' || c == 'n') {
-    Storage::Append(parent, pArena_, jtInvalid, nullptr, 0, 0, nullptr);
-  }
-  return text_.Fail(p);
-}
-
-// The element is there before its container is filled, so that the container has an owner whatever
-// happens on the way. Nothing else is added to the parent meanwhile, so the element stays in place.
-template <typename Container>
-char* TreeReader::ReadContainer(char* p, ArrayValue& parent, Place& place) {
-  constexpr bool bObject = std::is_same_v<Container, ObjectValue>;
-  UnsafeJSONValue& element = Storage::Append(parent, pArena_, jtInvalid, nullptr, 0, 0, nullptr);
-  const std::uint32_t nSeen = std::min(bObject ? place.nMembers : place.nElements, kMostExpected);
-  Container* const pContainer =
-      Storage::Make<Container>(pArena_, pArena_ != nullptr ? nSeen : kHeapReserve);
-  element.pComposite = pContainer;
-  char* const pNext = ReadInto(p, *pContainer, place);
-  element.eType = pContainer->eType;
-  return pNext;
-}
-
-namespace {
 
 // What the two kinds of containers have in common: values that are appended.
 class ValueSink {
@@ -164,9 +112,7 @@ class ObjectSink : public ValueSink {
     if (pExpected_ != nullptr && pExpected_->name.Matches(pQuote + 1, end_.pEnd)) {
       return AcceptExpected(pQuote + 1) - 1;
     }
-    if (!bShaped_) {
-      return reader_.ReadOwnName(pQuote, object_);
-    }
+    if (!bShaped_) return reader_.ReadOwnName(pQuote, object_);
     const TreeReader::Step step = reader_.ReadName(pQuote, object_, pShape_, place_);
     pShape_ = step.pShape;
     bShaped_ = pShape_ != nullptr;
@@ -189,9 +135,7 @@ class ObjectSink : public ValueSink {
 
   // The object failed: it keeps its names in document order, the one whose value failed included.
   void Abandon() {
-    if (pShape_ != nullptr) {
-      pShape_->CopyNames(*reader_.Pool(), object_);
-    }
+    if (pShape_ != nullptr) pShape_->CopyNames(*reader_.Pool(), object_);
   }
 
  private:
@@ -199,11 +143,59 @@ class ObjectSink : public ValueSink {
   Place& place_;
   Place& others_;            // the values of an object without shapes
   Shape* pShape_ = nullptr;  // the names so far; null before the first one, and without shapes
-  Shape* pExpected_;         // the names with the next one, if all goes as usual
+  Shape* pExpected_;         // the shape of the expected next name
   bool bShaped_;
 };
 
 }  // namespace
+
+// ---- Values -------------------------------------------------------------------------------------
+
+TreeReader::Content TreeReader::ReadString(char* pQuote) {
+  char* const pContent = pQuote + 1;
+  char* const pStop = FindQuoteOrBackslash(pContent, text_.pEnd);
+  char* pWrite = pStop;
+  const char* const pClosing =
+      pStop == text_.pEnd || *pStop == '"' ? pStop : Unescape(pStop, text_.pEnd, pWrite);
+  if (pClosing == nullptr || pClosing == text_.pEnd) {
+    return {text_.Fail(pContent), 0};
+  }
+  *pWrite = '\0';
+  return {pContent + (pClosing - pContent) + 1, static_cast<int>(pWrite - pContent)};
+}
+
+// Rare kinds of values, which are functions of their own.
+
+char* TreeReader::ReadOtherString(char* pQuote, ArrayValue& parent) {
+  const Content content = ReadString(pQuote);
+  const bool bRead = content.pNext != nullptr;
+  Storage::Append(parent, pArena_, bRead ? jtString : jtInvalid, bRead ? pQuote + 1 : nullptr,
+                  content.nLength, 0, nullptr);
+  return content.pNext;
+}
+
+char* TreeReader::ReadNoValue(char* p, ArrayValue& parent) {
+  const char c = text_.Peek(p);
+  if (c == 't' || c == 'f' || c == 'n') {
+    Storage::Append(parent, pArena_, jtInvalid, nullptr, 0, 0, nullptr);
+  }
+  return text_.Fail(p);
+}
+
+// The element is appended before its container is filled, so that the container has an owner when
+// memory runs out. Nothing else is appended to the parent meanwhile, so the element stays in place.
+template <typename Container>
+char* TreeReader::ReadContainer(char* p, ArrayValue& parent, Place& place) {
+  constexpr bool bObject = std::is_same_v<Container, ObjectValue>;
+  UnsafeJSONValue& element = Storage::Append(parent, pArena_, jtInvalid, nullptr, 0, 0, nullptr);
+  const std::uint32_t nSeen = std::min(bObject ? place.nMembers : place.nElements, kMostExpected);
+  Container* const pContainer =
+      Storage::Make<Container>(pArena_, pArena_ != nullptr ? nSeen : kHeapReserve);
+  element.pComposite = pContainer;
+  char* const pNext = ReadInto(p, *pContainer, place);
+  element.eType = pContainer->eType;
+  return pNext;
+}
 
 char* TreeReader::ReadValue(char* p, ArrayValue& parent, Place& place) {
   return ArraySink(*this, parent, place).Element(p, text_.Peek(p));
@@ -218,9 +210,7 @@ char* TreeReader::ReadInto(char* p, ArrayValue& array, Place& place) {
   array.eType = jtInvalid;
   ArraySink sink(*this, array, place);
   char* const pNext = ReadArray(text_, p, sink);
-  if (pNext == nullptr) {
-    return nullptr;
-  }
+  if (pNext == nullptr) return nullptr;
   array.eType = jtArray;
   place.nElements = Items::Count(array.vValues);
   Items::Trim(array.vValues, pArena_);
@@ -245,7 +235,7 @@ char* TreeReader::ReadInto(char* p, ObjectValue& object, Place& place) {
 
 // ---- Names --------------------------------------------------------------------------------------
 
-// The name may only follow names of the object's own.
+// REQUIRES: the names before this one, too, are the object's own.
 char* TreeReader::ReadOwnName(char* pQuote, ObjectValue& object) {
   const Content name = ReadString(pQuote);
   if (name.pNext != nullptr) {
@@ -277,9 +267,7 @@ TreeReader::Step TreeReader::ReadName(char* pQuote, ObjectValue& object, Shape* 
     const Content name = ReadString(pQuote);
     return {name.pNext, Shape::Add(*pArena_, pShape, ppLonger, pName, name.nLength)};
   }
-  if (pShape != nullptr) {
-    pShape->CopyNames(*pArena_, object);
-  }
+  if (pShape != nullptr) pShape->CopyNames(*pArena_, object);
   return {ReadOwnName(pQuote, object), nullptr};
 }
 

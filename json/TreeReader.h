@@ -43,7 +43,7 @@ class TreeReader {
   Content ReadString(char* pQuote);
 
   // A member name that is not the one expected behind `pShape` (null before the first name). The
-  // result's pShape is null when the object goes on without shapes: its names are then its own.
+  // result's pShape is null when the object has no shape from here on: its names are then its own.
   struct Step {
     char* pNext;  // behind the name; null when it has no end
     Shape* pShape;

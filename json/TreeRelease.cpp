@@ -1,8 +1,8 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The walk takes elements off the end of their array, so an array's last element says how far it
-// came. When that element holds a container, the walk enters it, and the element's pComposite leads
-// back: it holds the container one level further out until the inner one is done.
+// Elements are dropped from the end of their array, so the last element is the one to release next.
+// When it holds a container, that container is released first; meanwhile the element's pComposite
+// holds the container one level further out.
 //
 //   outer  <----+          +--- (current's holder) inner
 //   ... | last -+--- ... --+    ... | last
@@ -30,9 +30,9 @@ constexpr bool kEnterAll = true;
 
 using Kind = Storage::Kind;
 
-// A host's containers within a host's containers, met while one of them is released, wait until it
-// is done, so that their number does not become the depth of the calls. When there is no memory to
-// wait in, they are released at once.
+// A host's container that is found while another one is released is put into a list and released
+// after it, so that their number does not become the depth of the calls. When there is no memory
+// for the list, it is released at once.
 void ReleaseForeign(CompositeValue* pComposite) noexcept {
   thread_local std::vector<CompositeValue*>* pWaiting = nullptr;
   if (pWaiting != nullptr) {
@@ -65,8 +65,8 @@ bool MayOwnHeap(CompositeValue& container) noexcept {
          Items::AreHandedOut(static_cast<ObjectValue&>(container).vNameMap);
 }
 
-// Takes elements off the end as long as they own nothing. This is what the release of most handed
-// out elements comes to, and it reads every one of them, so it does nothing else.
+// Drops elements from the end as long as they own nothing. It reads every element, and most own
+// nothing, so it does nothing else.
 void DropScalars(Sequence<UnsafeJSONValue>& values) noexcept {
   const UnsafeJSONValue* const pValues = Items::Data(values);
   std::uint32_t nLeft = Items::Count(values);
@@ -76,7 +76,7 @@ void DropScalars(Sequence<UnsafeJSONValue>& values) noexcept {
   Items::Truncate(values, nLeft);
 }
 
-// Whether nothing of the container is left to release, once its last scalars are taken off.
+// Whether nothing of the container is left to release once its last scalars are dropped.
 bool IsDone(CompositeValue& container) noexcept {
   if (!MayOwnHeap(container) && !kEnterAll) return true;
   if (!Storage::InPool(container)) return false;
@@ -90,8 +90,8 @@ bool IsDone(CompositeValue& container) noexcept {
          !Items::AreHandedOut(static_cast<ObjectValue&>(container).vNameMap);
 }
 
-// Takes elements off the end up to one that holds a container to enter, which is the result; null
-// when there are none left.
+// Drops elements from the end up to one that holds a container to release first, which is the
+// result; null when no element is left.
 CompositeValue* DropLeaves(Sequence<UnsafeJSONValue>& values) noexcept {
   UnsafeJSONValue* const pValues = Items::Data(values);
   for (DropScalars(values); Items::Count(values) != 0; DropScalars(values)) {

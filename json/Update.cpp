@@ -43,11 +43,9 @@ class PrivateText {
   std::unique_ptr<char[]> pCopy_;
 };
 
-// The value owns the copy from now on, instead of whatever text it had.
+// The value owns the copy from now on; a text that it owned before is released.
 void TakeText(JSONValue& value, PrivateText& text) noexcept {
-  if (value.bOwnsText) {
-    delete[] value.pText;
-  }
+  if (value.bOwnsText) delete[] value.pText;
   value.nLength = text.Length();
   value.pText = text.Give();
   value.bOwnsText = true;
@@ -57,67 +55,11 @@ bool IsEmptyValue(const JSONValue* pValue) {
   return pValue == &JSONValue::None() || pValue == &JSONValue::NonConstNone();
 }
 
-}  // namespace
-
-void JSONValue::InternalUpdateValue(const char* text) {
-  if (IsEmptyValue(this)) {
-    return;
-  }
-  PrivateText copy(text);
-  TakeText(*this, copy);
-}
-
-void ObjectValue::NameMap::UpdateName(const char* name) {
-  PrivateText copy(name);
-  if (bOwnsName) {
-    delete[] pName;
-  }
-  nLength = copy.Length();
-  pName = copy.Give();
-  bOwnsName = true;
-}
-
-// ---- Containers ---------------------------------------------------------------------------------
-
-JSONValue* ArrayValue::UpdateByOrdinal(int ordinal, const char* text, Type type) {
-  if (ordinal < 0) {
-    return nullptr;
-  }
-  Items::Truncate(vOrdinalMap, 0);
-  PrivateText copy(text);
-  const int nSize = Size();
-  if (ordinal < nSize) {
-    JSONValue& element = Items::HandOut(vValues)[ordinal];
-    CompositeValue* const pOld = element.pComposite;
-    element.pComposite = nullptr;
-    TakeText(element, copy);
-    element.eType = type;
-    Release(pOld);
-    return &element;
-  }
-  Items::ReserveAhead(vValues, nullptr, static_cast<std::size_t>(ordinal) + 1);
-  for (int i = nSize; i < ordinal; ++i) {
-    Storage::Append(*this, nullptr, jtNull, nullptr, 0, 0, nullptr);
-  }
-  JSONValue& added = Storage::Append(*this, nullptr, type, nullptr, 0, 0, nullptr);
-  Items::HandOut(vValues);
-  TakeText(added, copy);
-  return &added;
-}
-
-JSONValue* ArrayValue::UpdateByName(const char* /*name*/, const char* /*text*/, Type /*type*/) {
-  return nullptr;
-}
-
-namespace {
-
 // A parse that failed behind a name leaves the name without a value. No update can give it one.
 void DropNamesWithoutValue(ObjectValue& object) {
   const std::uint32_t nNames = Items::Count(object.vNameMap);
   const std::uint32_t nValues = Items::Count(object.avValues.vValues);
-  if (nNames <= nValues) {
-    return;
-  }
+  if (nNames <= nValues) return;
   ObjectValue::NameMap* const pNames = Items::Own(object.vNameMap);
   std::uint32_t nKept = 0;
   for (std::uint32_t i = 0; i < nNames; ++i) {
@@ -130,44 +72,6 @@ void DropNamesWithoutValue(ObjectValue& object) {
   Items::Truncate(object.vNameMap, nKept);
   object.bSorted = false;
 }
-
-}  // namespace
-
-JSONValue* ObjectValue::UpdateByOrdinal(int ordinal, const char* text, Type type) {
-  if (ordinal < 0 || ordinal >= Size()) {
-    return nullptr;
-  }
-  DropNamesWithoutValue(*this);
-  return avValues.UpdateByOrdinal(ordinal, text, type);
-}
-
-JSONValue* ObjectValue::UpdateByName(const char* name, const char* text, Type type) {
-  if (name == nullptr) {
-    return nullptr;
-  }
-  DropNamesWithoutValue(*this);
-  const int nFound = OrdinalOf(name, -1);
-  if (nFound >= 0) {
-    return avValues.UpdateByOrdinal(nFound, text, type);
-  }
-  // All memory is taken before the object changes: name and value come together or not at all.
-  PrivateText copy(name);
-  Items::ReserveAhead(vNameMap, nullptr, Items::Count(vNameMap) + std::size_t{1});
-  JSONValue* const pAdded = avValues.UpdateByOrdinal(Size(), text, type);
-  NameMap entry;
-  entry.nLength = copy.Length();
-  entry.pName = copy.Give();
-  entry.bOwnsName = true;
-  entry.nOrdinal = static_cast<int>(Items::Count(vNameMap));
-  Items::Append(vNameMap, nullptr, entry);
-  Items::HandOut(vNameMap);
-  bSorted = false;
-  return pAdded;
-}
-
-// ---- Values -------------------------------------------------------------------------------------
-
-namespace {
 
 template <typename Update>
 JSONValue* UpdateNewRoot(Message& message, Type type, Update update) {
@@ -186,12 +90,8 @@ JSONValue* UpdateNewRoot(Message& message, Type type, Update update) {
 // container of a message is its root, and the message makes it.
 template <typename Container, typename Update>
 JSONValue* UpdateIn(JSONValue& value, Type type, Update update) {
-  if (IsEmptyValue(&value)) {
-    return nullptr;
-  }
-  if (value.pComposite != nullptr) {
-    return update(*value.pComposite);
-  }
+  if (IsEmptyValue(&value)) return nullptr;
+  if (value.pComposite != nullptr) return update(*value.pComposite);
   if (typeid(value) == typeid(Message)) {
     return UpdateNewRoot(static_cast<Message&>(value), type, update);
   }
@@ -201,22 +101,6 @@ JSONValue* UpdateIn(JSONValue& value, Type type, Update update) {
   value.eType = type;
   return pStored;
 }
-
-}  // namespace
-
-JSONValue* JSONValue::InternalUpdateByName(const char* name, const char* text, Type type) {
-  return UpdateIn<ObjectValue>(*this, jtObject, [=](CompositeValue& container) {
-    return container.UpdateByName(name, text, type);
-  });
-}
-
-JSONValue* JSONValue::InternalUpdateByOrdinal(int ordinal, const char* text, Type type) {
-  return UpdateIn<ArrayValue>(*this, jtArray, [=](CompositeValue& container) {
-    return container.UpdateByOrdinal(ordinal, text, type);
-  });
-}
-
-namespace {
 
 // Room for any number's text and its NUL: 20 digits with a sign, or what "%g" writes.
 constexpr int kNumberRoom = 32;
@@ -251,6 +135,90 @@ const JSONValue& Put(JSONValue& value, Key key, Number number) {
 }
 
 }  // namespace
+
+void JSONValue::InternalUpdateValue(const char* text) {
+  if (IsEmptyValue(this)) return;
+  PrivateText copy(text);
+  TakeText(*this, copy);
+}
+
+void ObjectValue::NameMap::UpdateName(const char* name) {
+  PrivateText copy(name);
+  if (bOwnsName) delete[] pName;
+  nLength = copy.Length();
+  pName = copy.Give();
+  bOwnsName = true;
+}
+
+// ---- Containers ---------------------------------------------------------------------------------
+
+JSONValue* ArrayValue::UpdateByOrdinal(int ordinal, const char* text, Type type) {
+  if (ordinal < 0) return nullptr;
+  Items::Truncate(vOrdinalMap, 0);
+  PrivateText copy(text);
+  const int nSize = Size();
+  if (ordinal < nSize) {
+    JSONValue& element = Items::HandOut(vValues)[ordinal];
+    CompositeValue* const pOld = element.pComposite;
+    element.pComposite = nullptr;
+    TakeText(element, copy);
+    element.eType = type;
+    Release(pOld);
+    return &element;
+  }
+  Items::ReserveAhead(vValues, nullptr, static_cast<std::size_t>(ordinal) + 1);
+  for (int i = nSize; i < ordinal; ++i) {
+    Storage::Append(*this, nullptr, jtNull, nullptr, 0, 0, nullptr);
+  }
+  JSONValue& added = Storage::Append(*this, nullptr, type, nullptr, 0, 0, nullptr);
+  Items::HandOut(vValues);
+  TakeText(added, copy);
+  return &added;
+}
+
+JSONValue* ArrayValue::UpdateByName(const char* /*name*/, const char* /*text*/, Type /*type*/) {
+  return nullptr;
+}
+
+JSONValue* ObjectValue::UpdateByOrdinal(int ordinal, const char* text, Type type) {
+  if (ordinal < 0 || ordinal >= Size()) return nullptr;
+  DropNamesWithoutValue(*this);
+  return avValues.UpdateByOrdinal(ordinal, text, type);
+}
+
+JSONValue* ObjectValue::UpdateByName(const char* name, const char* text, Type type) {
+  if (name == nullptr) return nullptr;
+  DropNamesWithoutValue(*this);
+  const int nFound = OrdinalOf(name, -1);
+  if (nFound >= 0) return avValues.UpdateByOrdinal(nFound, text, type);
+  // All memory is taken before the object changes: name and value come together or not at all.
+  PrivateText copy(name);
+  Items::ReserveAhead(vNameMap, nullptr, Items::Count(vNameMap) + std::size_t{1});
+  JSONValue* const pAdded = avValues.UpdateByOrdinal(Size(), text, type);
+  NameMap entry;
+  entry.nLength = copy.Length();
+  entry.pName = copy.Give();
+  entry.bOwnsName = true;
+  entry.nOrdinal = static_cast<int>(Items::Count(vNameMap));
+  Items::Append(vNameMap, nullptr, entry);
+  Items::HandOut(vNameMap);
+  bSorted = false;
+  return pAdded;
+}
+
+// ---- Values -------------------------------------------------------------------------------------
+
+JSONValue* JSONValue::InternalUpdateByName(const char* name, const char* text, Type type) {
+  return UpdateIn<ObjectValue>(*this, jtObject, [=](CompositeValue& container) {
+    return container.UpdateByName(name, text, type);
+  });
+}
+
+JSONValue* JSONValue::InternalUpdateByOrdinal(int ordinal, const char* text, Type type) {
+  return UpdateIn<ArrayValue>(*this, jtArray, [=](CompositeValue& container) {
+    return container.UpdateByOrdinal(ordinal, text, type);
+  });
+}
 
 const JSONValue& JSONValue::Set(const char* name, bool value) { return Put(*this, name, value); }
 const JSONValue& JSONValue::Set(const char* name, const char* value) {

@@ -88,6 +88,8 @@ const JSONValue& HandOut(const ArrayValue& elements, const JSONValue* pFound) {
   return OrNone(pFound);
 }
 
+bool BeginsWithT(const JSONValue& value) { return value.pText != nullptr && *value.pText == 't'; }
+
 }  // namespace
 
 const JSONValue* Storage::Look(const JSONValue& value, const char* name, int length) {
@@ -121,12 +123,6 @@ JSONValue& JSONValue::operator[](const char* name) { return OrNone(GetByName(nam
 // A text is read as the C library reads it, up to the first byte that does not belong to the number
 // or literal, and not by its length. Behind a parsed number there is such a byte: the separator or
 // bracket, or for a number that the end of the text cuts off, a NUL.
-
-namespace {
-
-bool BeginsWithT(const JSONValue& value) { return value.pText != nullptr && *value.pText == 't'; }
-
-}  // namespace
 
 int JSONValue::AsInt() const {
   switch (eType) {

@@ -32,9 +32,8 @@ constexpr std::size_t kLevelsPerWord = 32;
 
 }  // namespace
 
-// Writes one token behind the text. What it has written becomes part of the text with Done(): a
-// token that is given up, or that ends early when memory runs out, leaves no trace. The caller that
-// makes a pen sees to the room for what it writes.
+// Writes one token behind the text. The token becomes part of the text with Done(); without it,
+// also when memory runs out, the text is as before. The caller makes the room for the token.
 class Serialize::Pen {
  public:
   explicit Pen(Serialize& writer)
@@ -120,9 +119,9 @@ Serialize& Serialize::Refuse() {
   return *this;
 }
 
-// The words of the stacks hold the levels since the last multiple of kLevelsPerWord. What lies
-// further out waits in vOuterObjects; its first-bits need not wait, because a container that is
-// returned to has just received an element.
+// The words of the stacks hold the levels since the last multiple of kLevelsPerWord. The bits of
+// the outer levels are saved in vOuterObjects, those of nFirstStack apart: a container that becomes
+// the innermost again has just received an element.
 Serialize& Serialize::Open(char bracket, bool bObject) {
   if (bExpectName || bError) return Refuse();
   Reserve(kPunctuation);

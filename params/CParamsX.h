@@ -72,7 +72,7 @@ class QXRECORDSET_EXPORT CParamsRS {
   // digit and must not hold ';'.
   void addHeader(const std::string& header);
 
-  // Appends a parameter: the bytes of `text`, whatever they are, or `value` in decimal.
+  // Appends a parameter: the bytes of `text`, which may be any, or `value` in decimal.
   void addParam(const std::string& text);
   void addParam(long value);
 
@@ -87,7 +87,7 @@ class QXRECORDSET_EXPORT CParamsRS {
 
   // ---- Taking in a text -------------------------------------------------------------------------
 
-  // Takes `text` as the whole parameter string, in place of whatever the object held, and indexes
+  // Takes `text` as the whole parameter string, in place of what the object held, and indexes
   // its parameters once, so that each can be read without a scan. A text whose first byte is a
   // digit has no header; any other has a header up to its first ';', or, without one, none.
   //

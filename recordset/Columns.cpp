@@ -15,7 +15,7 @@ namespace {
 // A position has 30 bits.
 constexpr std::uint32_t kMostColumns = 0x3FFFFFFF;
 
-// The byte-wise order. Names differ in their first bytes; memcmp would be a detour.
+// The byte-wise order. Most names differ in their first bytes, so a call of memcmp would cost more.
 bool IsBefore(std::string_view a, std::string_view b) {
   const auto it = std::mismatch(a.begin(), a.begin() + std::min(a.size(), b.size()), b.begin());
   if (it.first == a.end() || it.second == b.end()) return a.size() < b.size();

@@ -3,9 +3,9 @@
 // The columns of a table: names, in the order in which they were added. A few columns are simply
 // searched, many are found by hash.
 //
-// A record set that is cleared is mostly filled with a table of the same kind again. So columns
-// that are removed are remembered: as long as a text has the same names in the same order, each
-// takes its place again after one comparison. The invariants:
+// Hosts clear a record set and fill it with a table of the same kind. So the columns that are
+// removed are remembered: as long as a text has the same names in the same order, each column is
+// restored after one comparison. The invariants:
 //
 //   1. The columns form a list by position, in memory that does not move: first nCount_ columns
 //      that are there, then those that are remembered, up to position nRemembered_, then places
@@ -15,7 +15,7 @@
 //   3. The column that a text is expected to name behind a column that is there, is there, too. The
 //      one that a host is expected to ask for may be remembered: then none of its cells exists.
 //   4. bBeyond says whether the names up to that of a column ascend. It holds for a remembered
-//      column as well, since the same columns are before it when it takes its place again.
+//      column as well, since the same columns are before it when it is restored.
 
 #ifndef QXRECORDSET_RECORDSET_COLUMNS_H
 #define QXRECORDSET_RECORDSET_COLUMNS_H
@@ -48,7 +48,7 @@ struct Column {
   mutable const Column* apNext[kUsers];  // expected behind this one; see ExpectedColumn.h
   Column* pBehind;                       // in the list
 
-  // Built in place: copying a name that was just written would have to wait for it.
+  // Constructed in place: a copy would read a name that was just written, and wait for the write.
   Column(std::string_view text, JSON::Block16 start, std::uint32_t nAt, bool bIsBeyond,
          const Column* pFirst, Column* pNextInList);
 

@@ -1,12 +1,12 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The column that is expected next. Rows are written and read in the same order of columns again
-// and again, but a host may ask for columns in another order than its texts have them; so each of
-// the two has its own expectation: the column that followed the one found last when that one was
-// found the time before. It is right after one comparison in the usual case.
+// The column that is expected next: the one that followed the column found last when that one was
+// found the time before. Texts and hosts name columns in the same order, row after row, so one
+// comparison finds most columns. A host may ask in another order than its texts have, so each of
+// the two has expectations of its own.
 //
-// That columns refer to each other by address makes what a lookup has to wait for from the lookup
-// before as short as it can be.
+// Columns refer to each other by address, so that a lookup needs one load from the result of the
+// lookup before it.
 
 #ifndef QXRECORDSET_RECORDSET_EXPECTEDCOLUMN_H
 #define QXRECORDSET_RECORDSET_EXPECTEDCOLUMN_H
@@ -24,8 +24,8 @@ class ExpectedColumn {
   // The column found last; null as long as there is none.
   const Column* Last() const { return pLast_; }
 
-  // The column that is expected, which is found then, when it has that name; else null. `name` is a
-  // const char* or a std::string_view.
+  // The expected column when it has that name: it is the one found last from now on. Else null.
+  // `name` is a const char* or a std::string_view.
   template <typename Name>
   const Column* Accept(Name name) {
     const Column* const pColumn = pNext_;

@@ -3,8 +3,8 @@
 // The hash of a column name. Names come from texts of unknown origin, which must not be able to
 // prepare names that collide: every object that hashes draws keys of its own, and each step
 // multiplies two words that both depend on the keys and mixes the two halves of the product.
-// (Without a key in both factors, words exist that turn the product to 0 or carry a difference
-// through, whatever the seed.)
+// (Without a key in both factors, there are words for which the product is 0, or keeps a
+// difference, for every seed.)
 
 #ifndef QXRECORDSET_RECORDSET_NAMEHASH_H
 #define QXRECORDSET_RECORDSET_NAMEHASH_H

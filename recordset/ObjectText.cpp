@@ -37,7 +37,7 @@ void WriteWalkedScalar(JSON::Serialize& writer, const JSON::JSONValue& value) {
 
 }  // namespace
 
-// Objects within objects wait on a stack of their own, so that no nesting is too deep.
+// The outer objects are kept on a stack in the heap, so that the nesting may have any depth.
 void json_walk_obj(JSON::Serialize& writer, JSON::JSONValue const* value, int nested) {
   std::vector<std::pair<const JSON::JSONValue*, int>> vOuter;  // object, next ordinal
   const JSON::JSONValue* pObject = value;

@@ -1,7 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The text of an object in a cell: the object is parsed and written again, so that its form is that
-// of the library whoever wrote it.
+// The text of an object in a cell: the object is parsed and written again, so that it has the form
+// that the library writes.
 
 #ifndef QXRECORDSET_RECORDSET_OBJECTTEXT_H
 #define QXRECORDSET_RECORDSET_OBJECTTEXT_H

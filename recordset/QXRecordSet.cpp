@@ -155,8 +155,8 @@ void CQXRecordSet::SetValue(const char* name, CQXRecordSet& value, long row) {
 
 // ---- Reading cells ------------------------------------------------------------------------------
 
-// Hosts ask for one cell after the other, mostly in the order of columns that is expected: that
-// case comes first and makes no call but the comparison of names.
+// Hosts ask for one cell after the other, usually in the expected order of columns: that case is
+// decided first, without a call but the comparison of names.
 const char* CQXRecordSet::GetValueAsString(const char* name, long row) {
   if (name == nullptr || pTable == nullptr) return "";
   if (const auto* const pColumn = pTable->asked.Accept(name)) {

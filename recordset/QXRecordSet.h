@@ -15,9 +15,9 @@
 // returned byte for byte. A null name is no column: setters ignore it, getters answer as for an
 // unknown one.
 //
-// Ownership: a record set owns everything in it. A text that a getter hands out stays where it is,
-// whatever is added, until its own cell is written or the record set is cleared, assigned to or
-// destroyed.
+// Ownership: a record set owns everything in it. A text that a getter hands out stays where it is
+// while cells and columns are added, until its own cell is written or the record set is cleared,
+// assigned to or destroyed.
 //
 // Failures come back by value: "", 0 or false for an unknown column. Nothing here throws, exhausted
 // memory (std::bad_alloc) apart.
@@ -44,8 +44,8 @@ class Table;  // the library's own: columns, rows and cells
 
 class QXRECORDSET_EXPORT CQXRecordSet {
  public:
-  // What a cell's text stands for. The numbers are part of the interface; a cell set with any other
-  // number is written as text.
+  // The type of a cell, which says how its text is to be read. The numbers are part of the
+  // interface; a cell set with any other number is written as text.
   enum QX_TYPE : int {
     QX_NULL = 0,       // null; text ""
     QX_LONG = 1,       // integer; decimal digits with a leading '-' for negatives
@@ -149,13 +149,14 @@ class QXRECORDSET_EXPORT CQXRecordSet {
   void GetValueAsStringUTF8(std::string& out, const char* name, long row = 1);
 
   // The number that the text begins with, as strtol reads it in base 10: white space and a sign are
-  // allowed in front, no digits give 0, the nearest bound of `long` stands for what lies outside.
+  // allowed in front, no digits give 0, a number outside the range of `long` gives the nearest
+  // bound.
   long GetValueAsLong(const char* name, long row = 1);
 
   // Whether that number is not 0.
   bool GetValueAsBool(const char* name, long row = 1);
 
-  // A new record set loaded from the text, whatever the cell's type; empty when the text is no JSON
+  // A new record set loaded from the text of a cell of any type; empty when the text is no JSON
   // object or array. It is independent of this one.
   CQXRecordSet GetValueAsRecordSet(const char* name, long row = 1);
 

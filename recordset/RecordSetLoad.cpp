@@ -70,8 +70,8 @@ class Skipper {
   std::uint32_t nIndent_ = 0;
 };
 
-// What the rows of a text have in common: the columns that they name, and whatever is rare about
-// their values.
+// The state that the rows of a text share: the columns that they name, and the rare cases of their
+// values.
 class CellLoader {
  public:
   using Expected = ExpectedColumn<Column::kText>;
@@ -163,8 +163,8 @@ class CellLoader {
 
   [[gnu::noinline]] const char* NoValue(const char* p) { return text_.Fail(p); }
 
-  // Lets the row's array, which has `cells` so far, reach a column, unless the cell belongs
-  // somewhere else.
+  // Widens the array of the row, which has `cells` so far, up to a column, unless that cell belongs
+  // into a map.
   [[gnu::noinline]] Rows::Cells MakeRoom(long lRow, std::uint32_t nPosition, Rows::Cells cells) {
     lLastRow_ = lRow;
     if (cells.pFirst == nullptr) cells = table_.rows.CellsToFill(lRow);
@@ -210,8 +210,8 @@ class CellLoader {
 // the names that the row before had, in the same order, and their values are short. Such values go
 // from the text into their cells by a few comparisons of sixteen bytes.
 //
-// What is rare is left to the loader, so that no other function gets the address of a row: the
-// compiler keeps it in registers.
+// The rare cases are functions of the loader, so that no function gets the address of a RowSink and
+// the compiler keeps it in registers.
 class RowSink {
  public:
   RowSink(CellLoader& loader, long lRow)
@@ -298,7 +298,7 @@ class RowSink {
     return p;
   }
 
-  // Puts the value into its cell, mostly one that is there and does not exist yet.
+  // Writes the value into its cell; the usual one has a place in the array and does not exist yet.
   QXRECORDSET_HOT void Put() {
     const std::uint32_t nPosition = Current().nPosition;
     if (!JSON::Usually(nPosition < cells_.nCount)) {
@@ -354,7 +354,7 @@ class RowsSink {
 };
 
 // The top-level object: its array "rows", if its first member of that name is one, or else its
-// members as row 1. Members before "rows" are loaded until it turns out which it is.
+// members as row 1. Members before "rows" are loaded in case it is no array.
 class DocumentSink {
  public:
   DocumentSink(Text& text, Table& table) : text_(text), cells_(text, table), row_(cells_, 1) {}
@@ -373,9 +373,7 @@ class DocumentSink {
   }
 
   const char* Value(const char* p, char c) {
-    if (bRowsRead_) {
-      return Skipper(text_).Value(p, c);
-    }
+    if (bRowsRead_) return Skipper(text_).Value(p, c);
     const bool bFirstRows = !bRowsSeen_ && name_ == szRows;
     bRowsSeen_ = bRowsSeen_ || bFirstRows;
     if (bFirstRows && c == '[') {

@@ -12,8 +12,8 @@
 //   array reaches them.
 //
 // A new row is given room for as many cells as the row before it has, the first one for as many as
-// the last row of the contents before. What it turns out not to need is taken back when the next
-// row begins.
+// the last row of the contents before. The room that it does not use is released when the next row
+// begins.
 //
 // Rows only finds cells and makes room for them: their texts belong to the TextStore.
 

@@ -1,7 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // The contents of a record set: columns, rows of cells, and their texts. A table lies at a fixed
-// address; a whole one changes hands by its pointer.
+// address; it is moved by its pointer.
 //
 // A cell's text belongs to the table's text store, and goes back to it when the cell gets another:
 // SetCell() sees to that. A reader of a text may also fill a cell that does not exist yet, as

@@ -3,8 +3,9 @@
 // Sixteen bytes of text at a time: the one place that knows the processor. Block16 compares all its
 // bytes at once and gives the result as a bit mask, bit i for byte i. It is a vector of the
 // compiler, so its operations are a few instructions where the processor has vectors, and loops
-// elsewhere. Three functions have no such form: with SSE2, which every x86 build of the library may
-// use, they are written for it; without (or with QXRECORDSET_NO_SIMD defined) they are plain loops.
+// on other processors. Three functions have no such form: with SSE2, which every x86 build of the
+// library may use, they are written for it; without (or with QXRECORDSET_NO_SIMD defined) they are
+// plain loops.
 //
 // Load() reads and Store() writes exactly 16 bytes: callers prove that they are there. For shorter
 // texts there are halves and quarters, which may overlap: a text of 8 to 16 bytes is its first and
@@ -31,7 +32,7 @@
 
 namespace JSON {
 
-// The condition, which mostly holds: what it usually leads to is kept in registers.
+// The condition, with the hint that it usually is true: the compiler keeps that path in registers.
 QXRECORDSET_HOT bool Usually(bool bCondition) {
   return __builtin_expect(static_cast<long>(bCondition), 1L) != 0;
 }

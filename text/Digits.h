@@ -52,7 +52,7 @@ inline char* WriteDigits(std::uint64_t value, char* out) {
 }
 
 // Writes `value` as decimal text, without a NUL, and returns the end of the text. REQUIRES: room
-// for kMaxDecimal<Integer> bytes, whatever the value; what is not text is overwritten.
+// for kMaxDecimal<Integer> bytes, also for a short value; bytes behind the text are overwritten.
 template <typename Integer>
 char* WriteDecimal(Integer value, char* out) {
   using Magnitude = std::conditional_t<(sizeof(Integer) > 4), std::uint64_t, std::uint32_t>;

@@ -24,7 +24,7 @@ class ExpectedName {
   ExpectedName(const char* pName, std::size_t nLength)
       : ExpectedName(pName, nLength, FirstBytes(pName, nLength)) {}
 
-  // The same, with the block that begins with the name's first bytes at hand.
+  // The same; `start` is a block that begins with the first bytes of the name.
   // Store() fills aStart_. NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
   ExpectedName(const char* pName, std::size_t nLength, Block16 start)
       : pName_(pName), nLength_(static_cast<std::uint32_t>(nLength)) {

@@ -22,7 +22,7 @@ namespace JSON {
 template <typename Integer>
 Integer ReadDecimal(const char* p, const char* pEnd) {
   using Magnitude = std::make_unsigned_t<Integer>;
-  // With one more digit a value above this is beyond the range, whatever it is.
+  // A value above this is out of range as soon as any digit follows.
   constexpr Magnitude kMostToExtend = (std::numeric_limits<Magnitude>::max() - 9) / 10;
   const auto peek = [&p, pEnd] { return p != pEnd ? *p : '\0'; };
   while (IsCSpace(peek())) {

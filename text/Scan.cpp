@@ -49,7 +49,7 @@ char SimpleEscape(char c) {
 
 const char* Unescape(const char* p, const char* pEnd, char*& pWrite) {
   for (;;) {
-    // p stands on a backslash.
+    // A backslash is at p.
     if (pEnd - p < 2) return nullptr;
     if (p[1] != 'u') {
       *pWrite++ = SimpleEscape(p[1]);

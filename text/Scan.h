@@ -46,8 +46,8 @@ inline Char* FindInBlocks(Char* p, Char* pEnd, Find find) {
   return pFound != nullptr ? pFound : FindInRest(p, pEnd, find);
 }
 
-// The first byte at or behind p that is no white space, or the end. A run of white space is mostly
-// a line break and many blanks, so it is blanks that are looked for.
+// The first byte at or behind p that is no white space, or the end. Most runs of white space
+// are a line break and many blanks, so blocks of blanks are skipped.
 template <typename Char>
 Char* SkipSpaceRun(Char* p, Char* pEnd) {
   while (pEnd - p >= Block16::kBytes) {
@@ -120,8 +120,8 @@ QXRECORDSET_HOT Char* ScanNumber(Char* p, Char* pEnd, bool& bReal) {
   return ScanLastNumber(p, pEnd, bReal);
 }
 
-// Reads string content from p, which stands on a '\', to the closing quote, and writes the
-// unescaped bytes to pWrite, which may lie in the same text at or before p, or elsewhere with as
+// Reads string content from p, where a '\' is, to the closing quote, and writes the
+// unescaped bytes to pWrite, which lies in the same text at or before p, or in other memory with as
 // much room as is left of the content. Moves pWrite behind what was written and returns the closing
 // quote, or null when the text ends first. Nothing beyond the written bytes is touched, so text
 // that is rewritten in place keeps its unread bytes in any case.

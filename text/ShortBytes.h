@@ -1,6 +1,6 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Comparing and copying short runs of bytes. Column names and cell texts are mostly a few bytes
+// Comparing and copying short runs of bytes. Most column names and cell texts are a few bytes
 // long, where the call to memcmp or memmove costs more than its work. Up to 16 bytes are therefore
 // covered by two words read from both ends, which may overlap; nothing outside the run is touched,
 // since a word is read or written only where the run is as long as the word.
