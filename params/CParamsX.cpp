@@ -74,8 +74,9 @@ std::size_t FirstSegment(std::string_view text) {
 [[gnu::init_priority(101)]] const std::string PARAM_SEP(1, kSeparator);
 
 CParamsRS::CParamsRS(long reserve) {
-  if (reserve > 0)
+  if (reserve > 0) {
     JSON::MakeCapacity(paramText, paramText.size(), static_cast<std::size_t>(reserve));
+  }
 }
 
 CParamsRS::CParamsRS(const std::string& text) { constructor(text); }

@@ -23,16 +23,16 @@ inline bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 // What a byte is in a number: the bytes of a number are "+-0123456789.eE", and one of ".eE" makes
 // it a real one.
-enum class NumberByte : unsigned char { kNone, kDigit, kSign, kReal };
+enum class NumberByte : unsigned char { kNone, kInteger, kReal };
 
 struct NumberBytes {
   NumberByte aBytes[UCHAR_MAX + 1] = {};
 
   constexpr NumberBytes() {
     for (char c = '0'; c <= '9'; ++c) {
-      Of(c) = NumberByte::kDigit;
+      Of(c) = NumberByte::kInteger;
     }
-    Of('+') = Of('-') = NumberByte::kSign;
+    Of('+') = Of('-') = NumberByte::kInteger;
     Of('.') = Of('e') = Of('E') = NumberByte::kReal;
   }
   constexpr NumberByte& Of(char c) { return aBytes[static_cast<unsigned char>(c)]; }
