@@ -23,7 +23,7 @@ for arch in x64 x86; do
       "$build/bench/bench_instructions" $work 2>&1)
     cells=$(grep -E '^[0-9]+$' <<< "$said")
     total=$(sed -nE 's/.*Collected : ([0-9]+).*/\1/p' <<< "$said")
-    awk -v work=$work -v n="$total" -v c="$cells" 'BEGIN { printf "  %s %.1f", work, n / c }'
+    awk -v work="$work" -v n="$total" -v c="$cells" 'BEGIN { printf "  %s %.1f", work, n / c }'
   done
   echo
 done
