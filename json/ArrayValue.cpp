@@ -4,13 +4,13 @@
 // in TreeCopy.cpp, release is in TreeRelease.cpp, writing in TreeSerialize.cpp.
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
 #include "json/Items.h"
 #include "json/JSONValue.h"
 #include "json/Storage.h"
 #include "json/TreeRelease.h"
+#include "text/ReadDecimal.h"
 
 namespace JSON {
 
@@ -56,8 +56,8 @@ JSONValue* ArrayValue::GetByOrdinal(int ordinal) const {
 
 int Storage::OrdinalIn(const ArrayValue& elements, const char* name) {
   if (name == nullptr) return -1;
-  const long lOrdinal = std::strtol(name, nullptr, 10);
-  return lOrdinal >= 0 && lOrdinal < elements.Size() ? static_cast<int>(lOrdinal) : -1;
+  const int nOrdinal = ReadDecimal<int>(name);
+  return nOrdinal >= 0 && nOrdinal < elements.Size() ? nOrdinal : -1;
 }
 
 JSONValue* ArrayValue::GetByName(const char* name, int /*length*/) const {

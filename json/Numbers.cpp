@@ -10,6 +10,7 @@
 
 #include "json/JSONSerialize.h"
 #include "text/Digits.h"
+#include "text/WriteReal.h"
 
 namespace {
 
@@ -43,6 +44,14 @@ bool IsShortInteger(double value) {
   return value == static_cast<int>(value) && !(value == 0 && std::signbit(value));
 }
 
+char* PrintDouble(double value, char* buffer, int size) {
+  const int nLength = std::snprintf(buffer, static_cast<std::size_t>(size), "%g", value);
+  buffer[size - 1] = '\0';
+  char* const pEnd = buffer + std::clamp(nLength, 0, size - 1);
+  *pEnd = '\0';  // already there, unless snprintf failed
+  return pEnd;
+}
+
 }  // namespace
 
 char* IntToStr(int value, char* buffer, int size) { return IntegerToStr(value, buffer, size); }
@@ -64,9 +73,13 @@ char* UnsignedLong64ToStr(unsigned long long value, char* buffer, int size) {
 char* DoubleToStr(double value, char* buffer, int size) {
   if (size < 1) return nullptr;
   if (IsShortInteger(value)) return IntegerToStr(static_cast<int>(value), buffer, size);
-  const int nLength = std::snprintf(buffer, static_cast<std::size_t>(size), "%g", value);
+  char aText[JSON::kMostReal];
+  const bool bRoom = static_cast<std::size_t>(size) >= sizeof aText;
+  char* const pText = bRoom ? buffer : aText;
+  char* const pEnd = JSON::WriteReal(value, pText);
+  if (pEnd == nullptr) return PrintDouble(value, buffer, size);
   buffer[size - 1] = '\0';
-  char* const end = buffer + std::clamp(nLength, 0, size - 1);
-  *end = '\0';  // already there, unless snprintf failed
-  return end;
+  if (!bRoom) return CopyText({aText, static_cast<std::size_t>(pEnd - aText)}, buffer, size);
+  *pEnd = '\0';
+  return pEnd;
 }

@@ -3,7 +3,6 @@
 // JSONValue: lookups, readers and the empty values. Updates are in Update.cpp, writing is in
 // TreeSerialize.cpp.
 
-#include <cstdlib>
 #include <typeinfo>
 
 #include "json/Items.h"
@@ -11,6 +10,7 @@
 #include "json/JSONValue.h"
 #include "json/Storage.h"
 #include "text/ReadDecimal.h"
+#include "text/ReadReal.h"
 
 namespace JSON {
 
@@ -140,7 +140,7 @@ int JSONValue::AsInt() const {
 double JSONValue::AsDouble() const {
   switch (eType) {
     case jtDouble:
-      return pText != nullptr ? std::strtod(pText, nullptr) : 0.0;
+      return ReadReal(pText);
     case jtInteger:
       return AsInt();
     case jtBoolean:

@@ -6,12 +6,12 @@
 #include "recordset/QXRecordSet.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <utility>
 
 #include "recordset/Table.h"
 #include "text/Digits.h"
+#include "text/ReadDecimal.h"
 
 using recordset::Table;
 
@@ -177,7 +177,7 @@ void CQXRecordSet::GetValueAsStringUTF8(std::string& out, const char* name, long
 }
 
 long CQXRecordSet::GetValueAsLong(const char* name, long row) {
-  return std::strtol(GetValueAsString(name, row), nullptr, 10);
+  return JSON::ReadDecimal<long>(GetValueAsString(name, row));
 }
 
 bool CQXRecordSet::GetValueAsBool(const char* name, long row) {

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <string_view>
 #include <type_traits>
@@ -45,10 +46,20 @@ Integer ReadDecimal(std::string_view text) {
   return ReadDecimal<Integer>(text.data(), text.data() + text.size());
 }
 
-// No text reads as 0.
+// No text reads as 0. Nearly all numbers have less than ten digits, which 32 bits hold.
 template <typename Integer>
 Integer ReadDecimal(const char* pText) {
-  return pText != nullptr ? ReadDecimal<Integer>(pText, nullptr) : 0;
+  constexpr std::ptrdiff_t kSurelyFit = 9;
+  if (pText == nullptr) return 0;
+  const bool bNegative = *pText == '-';
+  const char* const pDigits = pText + (bNegative ? 1 : 0);
+  const char* p = pDigits;
+  int nValue = 0;
+  for (; IsDigit(*p) && p - pDigits < kSurelyFit; ++p) {
+    nValue = nValue * 10 + (*p - '0');
+  }
+  if (p == pDigits || IsDigit(*p)) return ReadDecimal<Integer>(pText, nullptr);
+  return bNegative ? -nValue : nValue;
 }
 
 // A real number cut towards zero and limited to the range of the result; 0 for not-a-number.

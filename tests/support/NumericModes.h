@@ -1,0 +1,113 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// What conversions of reals depend on beside the number, for a scope: the locale's decimal point
+// and the rounding mode. The locales are made here, so no machine has to have them installed.
+
+#ifndef QXRECORDSET_TESTS_SUPPORT_NUMERICMODES_H
+#define QXRECORDSET_TESTS_SUPPORT_NUMERICMODES_H
+
+#include <locale.h>
+#include <unistd.h>
+#include <clocale>
+
+#include <cfenv>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+
+namespace Support {
+
+class Rounding {
+ public:
+  explicit Rounding(int nMode) : nBefore(std::fegetround()) { std::fesetround(nMode); }
+  Rounding(const Rounding&) = delete;
+  Rounding& operator=(const Rounding&) = delete;
+  ~Rounding() { std::fesetround(nBefore); }
+
+  // Whether the processor rounds so. That of valgrind rounds to nearest whatever it is told, while
+  // the C library believes the mode.
+  bool IsObeyed() const {
+    const volatile double d = 1;
+    switch (std::fegetround()) {
+      case FE_UPWARD:
+        return d / 3 > 1.0 / 3;
+      case FE_DOWNWARD:
+        return -d / 3 < -1.0 / 3;
+      case FE_TOWARDZERO:
+        return d / 10 < 1.0 / 10;
+      default:
+        return true;
+    }
+  }
+
+ private:
+  int nBefore;
+};
+
+// The thread's decimal point.
+class DecimalPoint {
+ public:
+  explicit DecimalPoint(const std::string& strPoint) : locale(Make(strPoint)) {
+    if (locale == nullptr) throw std::runtime_error("no locale with the point " + strPoint);
+    before = uselocale(locale);
+  }
+  DecimalPoint(const DecimalPoint&) = delete;
+  DecimalPoint& operator=(const DecimalPoint&) = delete;
+  ~DecimalPoint() {
+    uselocale(before);
+    freelocale(locale);
+  }
+
+ private:
+  // The C library reads a category's texts from a file: a mark, the number of items, where each of
+  // them lies, and the items. Here these are the point, no separator of thousands and no grouping,
+  // the first two as wide characters, and the character set.
+  static std::string File(const std::string& strPoint) {
+    constexpr std::uint32_t kMark = 0x20031115;
+    const std::string strItems[] = {strPoint + '\0',      std::string(1, '\0'),
+                                    std::string(1, '\0'), std::string(".\0\0\0", 4),
+                                    std::string(4, '\0'), std::string("UTF-8\0", 6)};
+    std::string strHead;
+    const auto add = [&](std::size_t n) {
+      const auto nWord = static_cast<std::uint32_t>(n);
+      strHead.append(reinterpret_cast<const char*>(&nWord), sizeof nWord);
+    };
+    add(kMark ^ LC_NUMERIC);
+    add(std::size(strItems));
+    std::string strBody;
+    for (const std::string& strItem : strItems) {
+      strBody.resize((strBody.size() + 3) / 4 * 4);
+      add((2 + std::size(strItems)) * 4 + strBody.size());
+      strBody += strItem;
+    }
+    return strHead + strBody;
+  }
+
+  static locale_t Make(const std::string& strPoint) {
+    char szFolder[] = "/tmp/numeric-XXXXXX";
+    if (mkdtemp(szFolder) == nullptr) return nullptr;
+    // A name of its own for each point: the C library keeps what it has read.
+    std::string strName = "point";
+    for (const char c : strPoint)
+      strName += std::to_string(static_cast<unsigned char>(c));
+    const std::filesystem::path folder(szFolder);
+    std::filesystem::create_directory(folder / strName);
+    std::ofstream(folder / strName / "LC_NUMERIC", std::ios::binary) << File(strPoint);
+    setenv("LOCPATH", szFolder, 1);
+    const locale_t made = newlocale(LC_NUMERIC_MASK, strName.c_str(), nullptr);
+    unsetenv("LOCPATH");
+    std::filesystem::remove_all(folder);
+    return made;
+  }
+
+  locale_t locale;
+  locale_t before;
+};
+
+}  // namespace Support
+
+#endif  // QXRECORDSET_TESTS_SUPPORT_NUMERICMODES_H
