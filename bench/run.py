@@ -31,6 +31,8 @@ TABLES = [
     ('Parse to tree', ['parse'],
      'Text to tree and releasing the tree. In place: copying the input is in the time, for '
      'RapidJSON (in situ) too. simdjson: its fastest variant, a padded input for nothing.'),
+    ('Parse and sum every number', ['sum'],
+     'The same, and the sum of all numbers in the tree; the peers convert numbers as they parse.'),
     ('Record set', ['load', 'load-read', 'read', 'write', 'cycle'],
      'Everybody reads every cell by its column name, as text; the peers parse to a tree for that. '
      'Copying the input and releasing everything are in the time, except in read and write, which '

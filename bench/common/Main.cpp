@@ -60,6 +60,16 @@ void AddParse(Suite& suite, const Input& input) {
   parse::AddNlohmann(suite, input);
 }
 
+// For documents that are made of numbers.
+void AddSum(Suite& suite, const Input& input) {
+  parse::AddQxSum(suite, input);
+#ifdef QXRECORDSET_BENCH_SIMDJSON
+  parse::AddSimdjsonSum(suite, input);
+#endif
+  parse::AddRapidJsonSum(suite, input);
+  parse::AddNlohmannSum(suite, input);
+}
+
 void AddRecordSet(Suite& suite, const Input& input) {
   recordset::AddQx(suite, input);
 #ifdef QXRECORDSET_BENCH_SIMDJSON
@@ -135,6 +145,7 @@ void AddAll(Suite& suite) {
   const std::vector<const Input*> vDocuments = DocumentInputs(suite.Chosen().strDataFolder);
   for (const Input* pDocument : vDocuments) {
     AddParse(suite, *pDocument);
+    if (pDocument->Name() == "canada") AddSum(suite, *pDocument);
   }
   AddTables(suite);
   AddSmallTables(suite);

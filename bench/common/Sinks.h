@@ -37,6 +37,7 @@ class TimingSink {
   }
   template <typename Name>
   void Null(long /*lRow*/, const Name& /*name*/) {}
+  void Real(double fValue) { benchmark::DoNotOptimize(fValue); }
 
   void Output(std::string_view text) {
     benchmark::DoNotOptimize(text.data());
@@ -73,6 +74,10 @@ class CheckSink {
     Text(lRow, name, bValue ? "1" : "0");
   }
   void Null(long lRow, std::string_view name) { Text(lRow, name, ""); }
+  void Real(double fValue) {
+    ++outcome.nValues;
+    outcome.fReals += fValue;
+  }
 
   // A JSON text: read back by a foreign parser, so that only its meaning counts.
   void Output(std::string_view text);

@@ -1,6 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Work "parse": text to document tree, releasing the tree included.
+//   parse  text to document tree, releasing the tree included
+//   sum    the same, and the sum of all numbers in the tree
 //
 // In place: the input must survive, so the time includes copying it. Copying: the library copies
 // it. simdjson's parser never rewrites its input but wants padding behind it, so it has one variant
@@ -14,11 +15,17 @@
 namespace bench::parse {
 
 constexpr const char* kWork = "parse";
+constexpr const char* kSum = "sum";
 
 void AddQx(Suite& suite, const Input& input);
 void AddSimdjson(Suite& suite, const Input& input);
 void AddRapidJson(Suite& suite, const Input& input);
 void AddNlohmann(Suite& suite, const Input& input);
+
+void AddQxSum(Suite& suite, const Input& input);
+void AddSimdjsonSum(Suite& suite, const Input& input);
+void AddRapidJsonSum(Suite& suite, const Input& input);
+void AddNlohmannSum(Suite& suite, const Input& input);
 
 }  // namespace bench::parse
 

@@ -73,7 +73,38 @@ class CopyingFresh {
   const std::string& strText;
 };
 
+double SumOf(const JSON::JSONValue& value) {
+  if (value.pComposite == nullptr) return value.AsDouble();
+  double fSum = 0;
+  for (int i = 0; i < value.Size(); ++i) {
+    fSum += SumOf(value[i]);
+  }
+  return fSum;
+}
+
+class Sum {
+ public:
+  explicit Sum(const Input& input) : strText(input.Text()), message(true) {}
+
+  template <typename Sink>
+  void Run(Sink& sink) {
+    strBuffer.assign(strText);
+    sink.Require(message.Parse(strBuffer.data(), static_cast<int>(strBuffer.size())),
+                 "the text was refused");
+    sink.Real(SumOf(message));
+  }
+
+ private:
+  const std::string& strText;
+  std::string strBuffer;
+  JSON::Message message;
+};
+
 }  // namespace
+
+void AddQxSum(Suite& suite, const Input& input) {
+  suite.Add<Sum>({kSum, input.Name(), kQx, "in-place-reused"}, input);
+}
 
 void AddQx(Suite& suite, const Input& input) {
   suite.Add<InPlaceReused>({kWork, input.Name(), kQx, "in-place-reused"}, input);

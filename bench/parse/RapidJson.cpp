@@ -51,7 +51,47 @@ class InSituFresh {
   const std::string& strText;
 };
 
+double SumOf(const rapidjson::Value& value) {
+  double fSum = 0;
+  if (value.IsNumber()) return value.GetDouble();
+  if (value.IsArray()) {
+    for (const rapidjson::Value& element : value.GetArray()) {
+      fSum += SumOf(element);
+    }
+  } else if (value.IsObject()) {
+    for (const auto& member : value.GetObject()) {
+      fSum += SumOf(member.value);
+    }
+  }
+  return fSum;
+}
+
+class Sum {
+ public:
+  explicit Sum(const Input& input) : strText(input.Text()), document(&pool) {}
+
+  template <typename Sink>
+  void Run(Sink& sink) {
+    strBuffer.assign(strText);
+    document.SetNull();
+    pool.Clear();
+    document.ParseInsitu(strBuffer.data());
+    sink.Require(!document.HasParseError(), "the text was refused");
+    sink.Real(SumOf(document));
+  }
+
+ private:
+  const std::string& strText;
+  std::string strBuffer;
+  rapidjson::MemoryPoolAllocator<> pool;
+  rapidjson::Document document;
+};
+
 }  // namespace
+
+void AddRapidJsonSum(Suite& suite, const Input& input) {
+  suite.Add<Sum>({kSum, input.Name(), kRapidJson, "in-situ-reused"}, input);
+}
 
 void AddRapidJson(Suite& suite, const Input& input) {
   suite.Add<InSituReused>({kWork, input.Name(), kRapidJson, "in-situ-reused"}, input);
