@@ -96,7 +96,19 @@ class Items {
   template <typename T, typename... Arguments>
   QXRECORDSET_HOT static T& AppendInRoom(Sequence<T>& items, Arguments&&... arguments) {
     assert(items.nSize < items.nCapacity);
-    return *new (items.pItems + items.nSize++) T(std::forward<Arguments>(arguments)...);
+    return Make(items.pItems + items.nSize++, std::forward<Arguments>(arguments)...);
+  }
+
+  // The same for several: each is made where it is going to lie, and then all of them are counted.
+  // REQUIRES: there is room for them.
+  template <typename T, typename... Arguments>
+  QXRECORDSET_HOT static T& Make(T* pItem, Arguments&&... arguments) {
+    return *new (pItem) T(std::forward<Arguments>(arguments)...);
+  }
+  template <typename T>
+  QXRECORDSET_HOT static void TakeIn(Sequence<T>& items, std::size_t nCount) noexcept {
+    assert(nCount <= items.nCapacity - std::size_t{items.nSize});
+    items.nSize += static_cast<std::uint32_t>(nCount);
   }
 
   // Removes items from the end; the room stays. REQUIRES: there are as many.

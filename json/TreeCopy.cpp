@@ -26,7 +26,7 @@ void GiveText(JSONValue& value, std::string_view text) {
 }
 
 // The distance of two buffers, which are unrelated, is one of addresses.
-std::uintptr_t Address(const char* p) { return reinterpret_cast<std::uintptr_t>(p); }
+std::uintptr_t Address(const void* p) { return reinterpret_cast<std::uintptr_t>(p); }
 
 }  // namespace
 
@@ -42,11 +42,14 @@ TreeCopy::TreeCopy(const char* pFrom, const char* pFromEnd, const char* pTo, Are
       nDelta_(Address(pTo) - Address(pFrom)),
       pPool_(pPool) {}
 
-bool TreeCopy::MovesAlong(const char* pText) const { return Address(pText) - nFrom_ < nFromSize_; }
+// Whether a copy of the text, or no text, is a pointer that moved.
+QXRECORDSET_HOT bool TreeCopy::MovesAlong(const char* pText) const {
+  return pText == nullptr || Address(pText) - nFrom_ < nFromSize_;
+}
 
-const char* TreeCopy::Moved(const char* pText) const {
+QXRECORDSET_HOT const char* TreeCopy::Moved(const char* pText) const {
   // NOLINTNEXTLINE(performance-no-int-to-ptr): as said above
-  return reinterpret_cast<const char*>(Address(pText) + nDelta_);
+  return pText == nullptr ? nullptr : reinterpret_cast<const char*>(Address(pText) + nDelta_);
 }
 
 // ---- Elements -----------------------------------------------------------------------------------
@@ -69,60 +72,86 @@ void TreeCopy::Append(const ObjectValue& source, ObjectValue& target) {
   Append(source.avValues, target.avValues);
 }
 
-// What lies on the heap is in its owner's hands.
-void TreeCopy::Enter(const ArrayValue& source, ArrayValue& target) {
+// A container of scalars alone, which most are, is done here and never becomes a level: false. What
+// lies on the heap is in its owner's hands.
+QXRECORDSET_HOT bool TreeCopy::Enter(const ArrayValue& source, ArrayValue& target) {
   const std::uint32_t nCount = Items::Count(source.vValues);
   Items::Reserve(target.vValues, pPool_, std::size_t{Items::Count(target.vValues)} + nCount);
   if (pPool_ == nullptr) Items::HandOut(target.vValues);
   const UnsafeJSONValue* const pFirst = Items::Data(source.vValues);
-  levels_.Push({pFirst, pFirst + nCount, &target});
+  const UnsafeJSONValue* const pEnd = pFirst + nCount;
+  const UnsafeJSONValue* const pNext = CopyPlain(pFirst, pEnd, target);
+  if (pNext == pEnd) return false;
+  levels_.Push({pNext, pEnd, &target});
+  return true;
 }
 
 void TreeCopy::Run() {
   while (!levels_.IsEmpty()) {
-    if (CopyElements(levels_.Innermost())) continue;
-    const ArrayValue& done = *levels_.Innermost().pTarget;
+    Level& level = levels_.Innermost();
+    ArrayValue& target = *level.pTarget;
+    if (CopyElements(level, target)) continue;
     levels_.Pop();
     // What may own heap memory must be found from above; see Storage.h.
-    if (!levels_.IsEmpty() && Items::AreHandedOut(done.vValues)) {
+    if (!levels_.IsEmpty() && Items::AreHandedOut(target.vValues)) {
       Items::HandOut(levels_.Innermost().pTarget->vValues);
     }
   }
 }
 
-// Copies elements up to the end, or up to a container, which is then the innermost level: true.
-bool TreeCopy::CopyElements(Level& level) {
-  ArrayValue& target = *level.pTarget;
-  for (const UnsafeJSONValue* p = level.pNext; p != level.pEnd; ++p) {
-    const bool bMoves = !p->bOwnsText && (p->pText == nullptr || MovesAlong(p->pText));
-    UnsafeJSONValue& copy = Storage::Append(
-        target, pPool_, p->eType, bMoves && p->pText != nullptr ? Moved(p->pText) : nullptr,
-        bMoves ? p->nLength : 0, p->nNameIndex, nullptr);
-    if (!bMoves) {
+// Copies elements up to the end, or up to a container that is the innermost level then: true.
+bool TreeCopy::CopyElements(Level& level, ArrayValue& target) {
+  const UnsafeJSONValue* const pEnd = level.pEnd;
+  for (const UnsafeJSONValue* p = level.pNext;; ++p) {
+    p = CopyPlain(p, pEnd, target);
+    if (p == pEnd) return false;
+    level.pNext = p + 1;
+    UnsafeJSONValue& copy =
+        Items::AppendInRoom(target.vValues, p->eType, nullptr, 0, p->nNameIndex, nullptr);
+    if (Usually(!p->bOwnsText && MovesAlong(p->pText))) {
+      copy.pText = Moved(p->pText);
+      copy.nLength = p->nLength;
+    } else {
       Items::HandOut(target.vValues);
-      if (p->bOwnsText) {
-        copy.InternalUpdateValue(p->pText);
-      } else if (p->pComposite == nullptr) {
-        GiveText(copy, ScalarText(*p));
-      }
+      CopyText(*p, copy);
     }
-    if (p->pComposite != nullptr) {
-      level.pNext = p + 1;
-      CopyContainer(*p->pComposite, target, copy);
-      return true;
-    }
+    if (p->pComposite != nullptr && CopyContainer(*p->pComposite, target, copy)) return true;
   }
-  return false;
 }
 
-// The copy is there before its elements are, so that it has an owner whatever happens on the way.
-void TreeCopy::CopyContainer(const CompositeValue& source, ArrayValue& holder,
-                             UnsafeJSONValue& copy) {
+// Copies elements up to the first one for which more is to be done than to move its text, and
+// returns that one, or the end. REQUIRES: room for all of them.
+QXRECORDSET_HOT const UnsafeJSONValue* TreeCopy::CopyPlain(const UnsafeJSONValue* p,
+                                                           const UnsafeJSONValue* pEnd,
+                                                           ArrayValue& target) const {
+  UnsafeJSONValue* const pTarget = Items::Data(target.vValues) + Items::Count(target.vValues);
+  UnsafeJSONValue* pNew = pTarget;
+  while (p != pEnd && p->pComposite == nullptr && !p->bOwnsText && MovesAlong(p->pText)) {
+    Items::Make(pNew++, p->eType, Moved(p->pText), p->nLength, p->nNameIndex, nullptr);
+    ++p;
+  }
+  Items::TakeIn(target.vValues, static_cast<std::size_t>(pNew - pTarget));
+  return p;
+}
+
+// A text that has to be a private one. A container keeps only its own.
+void TreeCopy::CopyText(const UnsafeJSONValue& source, UnsafeJSONValue& copy) {
+  if (source.bOwnsText) {
+    copy.InternalUpdateValue(source.pText);
+  } else if (source.pComposite == nullptr) {
+    GiveText(copy, ScalarText(source));
+  }
+}
+
+// Whether there is a level for it. The copy is there before its elements are, so that it has an
+// owner whatever happens on the way.
+QXRECORDSET_HOT bool TreeCopy::CopyContainer(const CompositeValue& source, ArrayValue& holder,
+                                             UnsafeJSONValue& copy) {
   const Storage::Kind kind = Storage::KindOf(source);
   if (kind == Storage::Kind::kForeign) {
     copy.pComposite = source.Clone(static_cast<std::ptrdiff_t>(nDelta_));
     Items::HandOut(holder.vValues);
-    return;
+    return false;
   }
   const ArrayValue& elements = Storage::ElementsOf(source);
   const std::uint32_t nCount = Items::Count(elements.vValues);
@@ -130,14 +159,13 @@ void TreeCopy::CopyContainer(const CompositeValue& source, ArrayValue& holder,
   if (kind == Storage::Kind::kArray) {
     ArrayValue* const pArray = Storage::Make<ArrayValue>(pPool_, nRoom);
     copy.pComposite = pArray;
-    Enter(elements, *pArray);
-  } else {
-    ObjectValue* const pObject = Storage::Make<ObjectValue>(pPool_, nRoom);
-    copy.pComposite = pObject;
-    CopyNames(static_cast<const ObjectValue&>(source), *pObject);
-    if (Items::AreHandedOut(pObject->vNameMap)) Items::HandOut(holder.vValues);
-    Enter(elements, pObject->avValues);
+    return Enter(elements, *pArray);
   }
+  ObjectValue* const pObject = Storage::Make<ObjectValue>(pPool_, nRoom);
+  copy.pComposite = pObject;
+  CopyNames(static_cast<const ObjectValue&>(source), *pObject);
+  if (Items::AreHandedOut(pObject->vNameMap)) Items::HandOut(holder.vValues);
+  return Enter(elements, pObject->avValues);
 }
 
 // ---- Names --------------------------------------------------------------------------------------
@@ -149,8 +177,9 @@ void TreeCopy::CopyNames(const ObjectValue& source, ObjectValue& target) {
   const bool bShareable = pPool_ != nullptr && source.bSorted && nCount != 0 &&
                           Items::AreShared(source.vNameMap) && Items::Count(target.vNameMap) == 0;
   target.bSorted = source.bSorted;
-  if (bShareable && pNames == pSharedSource_) {
-    Items::Share(target.vNameMap, pSharedCopy_, nCount);
+  SharedNames& shared = aShared_[Address(pNames) / alignof(ObjectValue::NameMap) % kShared];
+  if (bShareable && pNames == shared.pSource) {
+    Items::Share(target.vNameMap, shared.pCopy, nCount);
     return;
   }
   Items::Reserve(target.vNameMap, pPool_, std::size_t{Items::Count(target.vNameMap)} + nCount);
@@ -161,8 +190,7 @@ void TreeCopy::CopyNames(const ObjectValue& source, ObjectValue& target) {
     bOwns = CopyName(pNames[i], target) || bOwns;
   }
   if (bShareable && !bOwns) {
-    pSharedSource_ = pNames;
-    pSharedCopy_ = Items::Data(target.vNameMap);
+    shared = {pNames, Items::Data(target.vNameMap)};
     Items::Lend(target.vNameMap);
   }
 }
@@ -170,17 +198,17 @@ void TreeCopy::CopyNames(const ObjectValue& source, ObjectValue& target) {
 // Whether the copy owns the name. REQUIRES: room for it.
 bool TreeCopy::CopyName(const ObjectValue::NameMap& source, ObjectValue& target) {
   ObjectValue::NameMap name = source;
-  const bool bOwns = name.bOwnsName || (name.pName != nullptr && !MovesAlong(name.pName));
+  const bool bOwns = name.bOwnsName || !MovesAlong(name.pName);
   if (bOwns) {
     Items::HandOut(target.vNameMap);
     if (name.pName != nullptr) {
       name.pName = NewText({name.pName, static_cast<std::size_t>(name.nLength)});
     }
     name.bOwnsName = true;
-  } else if (name.pName != nullptr) {
+  } else {
     name.pName = Moved(name.pName);
   }
-  Items::Append(target.vNameMap, nullptr, name);
+  Items::AppendInRoom(target.vNameMap, name);
   return bOwns;
 }
 

@@ -40,10 +40,13 @@ class TreeCopy {
     ArrayValue* pTarget;
   };
 
-  void Enter(const ArrayValue& source, ArrayValue& target);
+  bool Enter(const ArrayValue& source, ArrayValue& target);
   void Run();
-  bool CopyElements(Level& level);
-  void CopyContainer(const CompositeValue& source, ArrayValue& holder, UnsafeJSONValue& copy);
+  bool CopyElements(Level& level, ArrayValue& target);
+  const UnsafeJSONValue* CopyPlain(const UnsafeJSONValue* p, const UnsafeJSONValue* pEnd,
+                                   ArrayValue& target) const;
+  static void CopyText(const UnsafeJSONValue& source, UnsafeJSONValue& copy);
+  bool CopyContainer(const CompositeValue& source, ArrayValue& holder, UnsafeJSONValue& copy);
   void CopyNames(const ObjectValue& source, ObjectValue& target);
   bool CopyName(const ObjectValue::NameMap& source, ObjectValue& target);
 
@@ -56,9 +59,14 @@ class TreeCopy {
   Arena* const pPool_;              // where the copy's containers come from; null: the heap
   Levels<Level> levels_;
 
-  // Sibling objects that share their names share them in the copy, too.
-  const ObjectValue::NameMap* pSharedSource_ = nullptr;
-  ObjectValue::NameMap* pSharedCopy_ = nullptr;
+  // Objects that share their names share them in the copy, too. The pairs seen last, each in the
+  // place that its address gives: others that come to the same place only cost a copy of their own.
+  struct SharedNames {
+    const ObjectValue::NameMap* pSource = nullptr;
+    ObjectValue::NameMap* pCopy = nullptr;
+  };
+  static constexpr std::size_t kShared = 31;  // a prime: the addresses have common factors
+  SharedNames aShared_[kShared];
 };
 
 }  // namespace JSON

@@ -75,6 +75,19 @@ TEST(Ownership, ChainsOfAHostsContainersAreReleasedWithoutRecursion) {
   });
 }
 
+// The copy of a host's container lies on the heap, among elements that do not.
+TEST(Ownership, ACopyReleasesTheCloneOfAHostsContainer) {
+  class HostArray : public JSON::ArrayValue {};
+  Play([] {
+    Message message;
+    message.Parse("[[1,2],3]");
+    auto pHost = std::make_unique<HostArray>();
+    pHost->UpdateByOrdinal(0, "7", JSON::jtInteger);
+    ArrayIn(message).vValues[1].pComposite = pHost.release();
+    EXPECT_EQ(Written(Message(message)), "[[1,2],[7]]");
+  });
+}
+
 TEST(Ownership, IndexesFromElsewhereLeadNowhere) {
   Play([] {
     Message message;

@@ -6,16 +6,15 @@
 #ifndef QXRECORDSET_TESTS_SUPPORT_NUMERICMODES_H
 #define QXRECORDSET_TESTS_SUPPORT_NUMERICMODES_H
 
-#include <locale.h>
 #include <unistd.h>
-#include <clocale>
 
 #include <cfenv>
+#include <clocale>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 
@@ -48,19 +47,15 @@ class Rounding {
   int nBefore;
 };
 
-// The thread's decimal point.
+// The decimal point of the process.
 class DecimalPoint {
  public:
-  explicit DecimalPoint(const std::string& strPoint) : locale(Make(strPoint)) {
-    if (locale == nullptr) throw std::runtime_error("no locale with the point " + strPoint);
-    before = uselocale(locale);
+  explicit DecimalPoint(const std::string& strPoint) {
+    if (!Set(strPoint)) throw std::runtime_error("no locale with the point " + strPoint);
   }
   DecimalPoint(const DecimalPoint&) = delete;
   DecimalPoint& operator=(const DecimalPoint&) = delete;
-  ~DecimalPoint() {
-    uselocale(before);
-    freelocale(locale);
-  }
+  ~DecimalPoint() { std::setlocale(LC_NUMERIC, "C"); }
 
  private:
   // The C library reads a category's texts from a file: a mark, the number of items, where each of
@@ -87,25 +82,23 @@ class DecimalPoint {
     return strHead + strBody;
   }
 
-  static locale_t Make(const std::string& strPoint) {
+  static bool Set(const std::string& strPoint) {
     char szFolder[] = "/tmp/numeric-XXXXXX";
-    if (mkdtemp(szFolder) == nullptr) return nullptr;
+    if (mkdtemp(szFolder) == nullptr) return false;
     // A name of its own for each point: the C library keeps what it has read.
     std::string strName = "point";
-    for (const char c : strPoint)
+    for (const char c : strPoint) {
       strName += std::to_string(static_cast<unsigned char>(c));
+    }
     const std::filesystem::path folder(szFolder);
     std::filesystem::create_directory(folder / strName);
     std::ofstream(folder / strName / "LC_NUMERIC", std::ios::binary) << File(strPoint);
     setenv("LOCPATH", szFolder, 1);
-    const locale_t made = newlocale(LC_NUMERIC_MASK, strName.c_str(), nullptr);
+    const bool bSet = std::setlocale(LC_NUMERIC, strName.c_str()) != nullptr;
     unsetenv("LOCPATH");
     std::filesystem::remove_all(folder);
-    return made;
+    return bSet;
   }
-
-  locale_t locale;
-  locale_t before;
 };
 
 }  // namespace Support
