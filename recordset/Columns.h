@@ -29,9 +29,9 @@
 #include <vector>
 
 #include "memory/BumpBlocks.h"
-#include "recordset/NameHash.h"
 #include "recordset/TextStore.h"
 #include "text/ExpectedName.h"
+#include "text/NameHash.h"
 #include "text/ShortBytes.h"
 
 namespace recordset {
@@ -138,7 +138,7 @@ class Columns {
   Column* pLast_ = nullptr;        // of those that are there
   std::uint32_t nCount_ = 0;       // columns that are there
   std::uint32_t nRemembered_ = 0;  // and those that are remembered
-  std::optional<NameHash> hash_;
+  std::optional<JSON::NameHash> hash_;
   std::vector<const Column*> vSlots_;  // the hash table, at most half full
 };
 

@@ -1,13 +1,13 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The hash of a column name. Names come from texts of unknown origin, which must not be able to
-// prepare names that collide: every object that hashes draws keys of its own, and each step
-// multiplies two words that both depend on the keys and mixes the two halves of the product.
-// (Without a key in both factors, there are words for which the product is 0, or keeps a
-// difference, for every seed.)
+// The hash of a name: of a column, or of an object's member. Names come from texts of unknown
+// origin, which must not be able to prepare names that collide: every object that hashes draws keys
+// of its own, and each step multiplies two words that both depend on the keys and mixes the two
+// halves of the product. (Without a key in both factors, there are words for which the product is
+// 0, or keeps a difference, for every seed.)
 
-#ifndef QXRECORDSET_RECORDSET_NAMEHASH_H
-#define QXRECORDSET_RECORDSET_NAMEHASH_H
+#ifndef QXRECORDSET_TEXT_NAMEHASH_H
+#define QXRECORDSET_TEXT_NAMEHASH_H
 
 #include <chrono>
 #include <cstddef>
@@ -15,7 +15,7 @@
 
 #include "text/ShortBytes.h"
 
-namespace recordset {
+namespace JSON {
 
 class NameHash {
  public:
@@ -31,11 +31,15 @@ class NameHash {
 
   // Reads eight bytes at a time, and nothing outside the name.
   std::uint32_t operator()(const char* name, std::size_t length) const {
-    const std::uint64_t nLength = length;
+    return (*this)(name, length, length);
+  }
+
+  // The same for a name that counts as longer than the bytes that are read.
+  std::uint32_t operator()(const char* name, std::size_t length, std::uint64_t nLength) const {
     std::uint64_t nHash = nKeyA_;
     for (; length > 16; name += 16, length -= 16) {
-      nHash = Multiply(JSON::ReadWord<std::uint64_t>(name) ^ nKeyB_,
-                       JSON::ReadWord<std::uint64_t>(name + 8) ^ nHash);
+      nHash = Multiply(ReadWord<std::uint64_t>(name) ^ nKeyB_,
+                       ReadWord<std::uint64_t>(name + 8) ^ nHash);
     }
     nHash = Multiply(Front(name, length) ^ nKeyB_, Back(name, length) ^ nHash);
     return static_cast<std::uint32_t>(Multiply(nHash ^ nKeyA_, nLength ^ nKeyB_));
@@ -46,16 +50,16 @@ class NameHash {
 
   // The two words that cover a name of up to 16 bytes; they may overlap.
   static std::uint64_t Front(const char* name, std::size_t length) {
-    if (length >= 8) return JSON::ReadWord<std::uint64_t>(name);
-    if (length >= 4) return JSON::ReadWord<std::uint32_t>(name);
+    if (length >= 8) return ReadWord<std::uint64_t>(name);
+    if (length >= 4) return ReadWord<std::uint32_t>(name);
     if (length == 0) return 0;
     return static_cast<std::uint64_t>(static_cast<unsigned char>(name[0])) << 16 |
            static_cast<std::uint64_t>(static_cast<unsigned char>(name[length / 2])) << 8 |
            static_cast<unsigned char>(name[length - 1]);
   }
   static std::uint64_t Back(const char* name, std::size_t length) {
-    if (length >= 8) return JSON::ReadWord<std::uint64_t>(name + length - 8);
-    return length >= 4 ? JSON::ReadWord<std::uint32_t>(name + length - 4) : 0;
+    if (length >= 8) return ReadWord<std::uint64_t>(name + length - 8);
+    return length >= 4 ? ReadWord<std::uint32_t>(name + length - 4) : 0;
   }
 
   // The two halves of the 128-bit product, combined.
@@ -87,6 +91,6 @@ class NameHash {
   std::uint64_t nKeyB_;
 };
 
-}  // namespace recordset
+}  // namespace JSON
 
-#endif  // QXRECORDSET_RECORDSET_NAMEHASH_H
+#endif  // QXRECORDSET_TEXT_NAMEHASH_H

@@ -1,8 +1,8 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The hash of column names: no family of names may collide, and no two record sets hash alike.
+// The hash of names: no family of names may collide, and no two objects hash alike.
 
-#include "recordset/NameHash.h"
+#include "text/NameHash.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@
 
 namespace {
 
-using recordset::NameHash;
+using JSON::NameHash;
 
 // Differences that a multiplication alone carries through, or that cancel each other, and words
 // that would turn a product to 0 if a key were known.
