@@ -49,7 +49,8 @@ TABLES = [
      'Per query; parsing is in the time of parse-member only.'),
     ('Update and copy', ['edit', 'build', 'copy'],
      'edit: parse, replace and add a member in every row, write. build: a new object member by '
-     'member, written; RapidJSON appends without looking for the name. Releasing is in the time.'),
+     'member, written; RapidJSON appends without looking for the name, standard is a std::map. '
+     'Releasing is in the time.'),
     ('Text and numbers', ['escape', 'integers', 'reals'],
      'Into a buffer that is reused.'),
     ('Parameter strings', ['params-build', 'params-read'],

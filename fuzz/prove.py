@@ -45,6 +45,8 @@ FAULTS = [
      "return Items::HandOut(vValues) + ordinal;", "return Items::Data(vValues) + ordinal;"),
     ("names that siblings share are changed in place", ["lives"], "json/Sequence.h",
      "    if (eHome == Home::kShared) Detach();\n", ""),
+    ("names behind sorted ones are not found", ["lives"], "json/NameFinder.cpp",
+     "LookThrough(pNew, pEnd, name, nLength)", "LookThrough(pNew, pNew, name, nLength)"),
     ("a copied text points into its source", ["lives"], "json/TreeCopy.cpp",
      "bMoves && p->pText != nullptr ? Moved(p->pText) : nullptr", "bMoves ? p->pText : nullptr"),
     ("a container in a pool gets a second owner", ["lives"], "json/ArrayValue.cpp",

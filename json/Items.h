@@ -15,7 +15,9 @@
 // Invariants, kept by the functions here:
 //   1. kNone:   there are no items and no capacity.
 //   2. kShared: the capacity is 0, so whatever adds an item makes a copy first.
-//   3. kHeap:   the items count as handed out, so their release is never skipped.
+//   3. kHeap:   the items count as handed out, so their release is never skipped. Whether somebody
+//               looked at them is only of interest to the finder of names (json/NameFinder.h),
+//               which a heap block of names leads to.
 
 #ifndef QXRECORDSET_JSON_ITEMS_H
 #define QXRECORDSET_JSON_ITEMS_H
@@ -27,10 +29,37 @@
 #include <utility>
 
 #include "json/Arena.h"
+#include "json/JSONValue.h"
 #include "json/Sequence.h"
 #include "text/Block.h"
 
 namespace JSON {
+
+// A block of items on the heap: before the items stands what belongs to all of them.
+template <typename T>
+struct HeapBlock {
+  static constexpr std::size_t kBytesBefore = 0;
+  static void Open(void* /*pBlock*/) noexcept {}
+  static void PassOn(T* /*pFrom*/, T* /*pTo*/) noexcept {}
+  static void Close(T* /*pItems*/) noexcept {}
+};
+
+// Names have a finder, which is released with them.
+template <>
+struct HeapBlock<ObjectValue::NameMap> {
+  using NameMap = ObjectValue::NameMap;
+  static constexpr std::size_t kBytesBefore = sizeof(NameFinder*);
+  static_assert(alignof(NameMap) <= kBytesBefore);
+
+  static NameFinder*& Finder(NameMap* pNames) noexcept {
+    return reinterpret_cast<NameFinder**>(pNames)[-1];
+  }
+  static void Open(void* pBlock) noexcept { *static_cast<NameFinder**>(pBlock) = nullptr; }
+  static void PassOn(NameMap* pFrom, NameMap* pTo) noexcept {
+    std::swap(Finder(pFrom), Finder(pTo));
+  }
+  static void Close(NameMap* pNames) noexcept;
+};
 
 class Items {
  public:
@@ -54,8 +83,13 @@ class Items {
   }
   template <typename T>
   static bool AreHandedOut(const Sequence<T>& items) noexcept {
-    assert(items.bHandedOut || items.eHome != Home::kHeap);
-    return items.bHandedOut;
+    return items.bHandedOut || items.eHome == Home::kHeap;
+  }
+
+  // Whether nobody had access to the items since Borrow().
+  template <typename T>
+  static bool AreBorrowed(const Sequence<T>& items) noexcept {
+    return !items.bHandedOut && items.eHome == Home::kHeap;
   }
 
   // ---- Changing ---------------------------------------------------------------------------------
@@ -72,6 +106,19 @@ class Items {
   static T* Own(Sequence<T>& items) {
     if (items.eHome == Home::kShared) items.Detach();
     return items.pItems;
+  }
+
+  // Moves the items to the heap, if they are not there.
+  template <typename T>
+  static void MoveToHeap(Sequence<T>& items) {
+    if (items.eHome != Home::kHeap) items.Detach();
+  }
+
+  // Forgets that items on the heap were handed out, to see whether they will be.
+  template <typename T>
+  static void Borrow(const Sequence<T>& items) noexcept {
+    assert(items.eHome == Home::kHeap);
+    items.bHandedOut = false;
   }
 
   // Room for `nCount` items in all, in the pool or, when there is none, on the heap. The second one
@@ -144,7 +191,7 @@ class Items {
   // Gives up the storage. What the items own is the caller's business.
   template <typename T>
   static void Free(Sequence<T>& items) noexcept {
-    if (items.eHome == Home::kHeap) ::operator delete(items.pItems);
+    if (items.eHome == Home::kHeap) ReleaseBlock(items);
     items.pItems = nullptr;
     items.nSize = 0;
     items.nCapacity = 0;
@@ -158,6 +205,10 @@ class Items {
 
   template <typename T>
   static void Grow(Sequence<T>& items, Arena* pArena, std::size_t nCapacity);
+  template <typename T>
+  static void GrowOnHeap(Sequence<T>& items, std::size_t nCapacity);
+  template <typename T>
+  static void ReleaseBlock(Sequence<T>& items) noexcept;
   template <typename T>
   static void GrowAhead(Sequence<T>& items, Arena* pArena, std::size_t nCount);
   template <typename T>

@@ -39,6 +39,7 @@ namespace JSON {
 class CompositeValue;
 class Items;
 class JSONValue;
+class NameFinder;
 class Storage;
 class UnsafeJSONValue;
 
@@ -88,7 +89,8 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
   // one means up to its NUL. An array reads the name as a decimal ordinal, from its first byte and
   // without regard to `length`; a name that does not begin with a number means element 0. When
   // several members share the name, the first in document order is found. The first lookup after a
-  // change sorts the member names (n log n); every further one is a binary search.
+  // change sorts the member names (n log n), and every further one is a binary search; in large
+  // objects that grow, lookups use a hash instead, in constant time.
   virtual JSONValue* GetByName(const char* name, int length) const;
 
   // The same by index. They give None() or, where the result can be changed, NonConstNone() when
@@ -330,7 +332,9 @@ class QXRECORDSET_EXPORT ArrayValue : public CompositeValue {
 };
 
 // An object. Its members keep their document order (their ordinals); an index of their names,
-// sorted by length and then by bytes, is brought up to date by the first lookup that needs it.
+// sorted by length and then by bytes, is brought up to date by the first lookup that needs it. In
+// an object with more than a dozen members that grew since it was sorted, looking for a name does
+// not need it: the name is found by a hash, and bSorted stays false.
 class QXRECORDSET_EXPORT ObjectValue : public CompositeValue {
  public:
   // An empty object with room for `nReserve` members. Allocated with new (or held by value) by
@@ -379,8 +383,31 @@ class QXRECORDSET_EXPORT ObjectValue : public CompositeValue {
     void UpdateName(const char* name);
   };
 
+  // A bool to its users. Writing it, whatever the value, makes the object look at its names anew.
+  class Order {
+   public:
+    Order(bool bSorted = false) noexcept  // NOLINT: implicit on purpose
+        : eState(bSorted ? kClaimed : kStale), nOrdered(0) {}
+    Order(const Order& other) noexcept : Order(static_cast<bool>(other)) {}
+    Order& operator=(const Order& other) noexcept {
+      eState = other ? kClaimed : kStale;
+      return *this;
+    }
+    ~Order() = default;
+    operator bool() const noexcept {  // NOLINT: as above
+      return eState == kSorted || eState == kClaimed;
+    }
+
+   private:
+    friend class NameFinder;
+    // See json/NameFinder.h.
+    enum State : std::uint32_t { kStale, kSorted, kClaimed, kGrown, kHashed };
+    std::uint32_t eState : 3;
+    std::uint32_t nOrdered : 29;
+  };
+
   ArrayValue avValues;                 // the member values in document order
-  mutable bool bSorted = false;        // vNameMap is sorted and every nNameIndex is right
+  mutable Order bSorted = false;       // vNameMap is sorted and every nNameIndex is right
   mutable Sequence<NameMap> vNameMap;  // one entry per member
 
  private:

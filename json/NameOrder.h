@@ -6,6 +6,7 @@
 #ifndef QXRECORDSET_JSON_NAMEORDER_H
 #define QXRECORDSET_JSON_NAMEORDER_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 
@@ -22,8 +23,21 @@ inline int CompareNames(const char* pA, int nLengthA, const char* pB, int nLengt
   return nLengthA == 0 ? 0 : std::strncmp(pA, pB, static_cast<std::size_t>(nLengthA));
 }
 
-// Sorts the names; n log n whatever they are.
-void SortNames(ObjectValue::NameMap* pNames, std::size_t nCount);
+// Sorts the names, of which all but the last nNew are sorted; n log n whatever they are.
+void SortNames(ObjectValue::NameMap* pNames, std::size_t nCount, std::size_t nNew);
+
+// The first of sorted names that is that one, or null.
+inline const ObjectValue::NameMap* FindSorted(const ObjectValue::NameMap* pNames,
+                                              const ObjectValue::NameMap* pEnd, const char* name,
+                                              int nLength) {
+  const auto compare = [name, nLength](const ObjectValue::NameMap& entry) {
+    return CompareNames(entry.pName, entry.nLength, name, nLength);
+  };
+  const ObjectValue::NameMap* const pFound = std::lower_bound(
+      pNames, pEnd, 0,
+      [&compare](const ObjectValue::NameMap& entry, int) { return compare(entry) < 0; });
+  return pFound != pEnd && compare(*pFound) == 0 ? pFound : nullptr;
+}
 
 }  // namespace JSON
 

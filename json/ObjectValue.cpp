@@ -1,14 +1,14 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // ObjectValue: members, names, and the lookup through the sorted name index. The sort itself is in
-// NameOrder.h, updates are in Update.cpp, copies in TreeCopy.cpp, release is in TreeRelease.cpp,
-// writing in TreeSerialize.cpp.
+// NameOrder.h, the lookup among names that are not sorted in NameFinder.h, updates are in
+// Update.cpp, copies in TreeCopy.cpp, release is in TreeRelease.cpp, writing in TreeSerialize.cpp.
 
-#include <algorithm>
 #include <cstring>
 
 #include "json/Items.h"
 #include "json/JSONValue.h"
+#include "json/NameFinder.h"
 #include "json/NameOrder.h"
 #include "json/TreeRelease.h"
 
@@ -41,7 +41,9 @@ void ObjectValue::AddName(JSONValue& name) {
   entry.nLength = name.pText != nullptr ? name.nLength : 0;
   entry.nOrdinal = static_cast<int>(Items::Count(vNameMap));
   Items::Append(vNameMap, nullptr, entry);
-  Items::HandOut(vNameMap);  // the host may come to own what it adds
+  // The host may come to own what it adds.
+  if (!Items::AreOnHeap(vNameMap)) Items::HandOut(vNameMap);
+  if (bSorted) bSorted = true;  // as the host has it; but it is not any more
 }
 
 JSONValue* ObjectValue::GetByOrdinal(int ordinal) const { return avValues.GetByOrdinal(ordinal); }
@@ -57,39 +59,35 @@ bool ObjectValue::NameMap::Less(const NameMap& a, const NameMap& b) {
 }
 
 void ObjectValue::Sort() const {
+  const std::uint32_t nNew = NameFinder::CountNew(*this);
   const std::uint32_t nNames = Items::Count(vNameMap);
   const std::uint32_t nValues = Items::Count(avValues.vValues);
   NameMap* const pNames = Items::Own(vNameMap);
   const UnsafeJSONValue* const pValues = Items::Data(avValues.vValues);
-  SortNames(pNames, nNames);
+  SortNames(pNames, nNames, nNew);
   for (std::uint32_t i = 0; i < nNames; ++i) {
     const auto nOrdinal = static_cast<std::uint32_t>(pNames[i].nOrdinal);
     if (nOrdinal < nValues) {  // a failed parse leaves a name without a value
       pValues[nOrdinal].nNameIndex = static_cast<int>(i);
     }
   }
-  bSorted = true;
+  NameFinder::NoteSorted(*this);
 }
 
 int ObjectValue::OrdinalOf(const char* name, int length) const {
   if (name == nullptr) {
     return 0;
   }
+  const int nLength = length < 0 ? static_cast<int>(std::strlen(name)) : length;
   if (!bSorted) {
+    if (Items::Count(vNameMap) > NameFinder::kFewNames) {
+      return NameFinder::Find(*this, name, nLength);
+    }
     Sort();
   }
-  const int nLength = length < 0 ? static_cast<int>(std::strlen(name)) : length;
-  const auto compare = [name, nLength](const NameMap& entry) {
-    return CompareNames(entry.pName, entry.nLength, name, nLength);
-  };
   const NameMap* const pNames = Items::Data(vNameMap);
-  const NameMap* const pEnd = pNames + Items::Count(vNameMap);
-  const NameMap* const pFound = std::lower_bound(
-      pNames, pEnd, 0, [&compare](const NameMap& entry, int) { return compare(entry) < 0; });
-  if (pFound == pEnd || compare(*pFound) != 0) {
-    return -1;
-  }
-  return pFound->nOrdinal;
+  const NameMap* const pFound = FindSorted(pNames, pNames + Items::Count(vNameMap), name, nLength);
+  return pFound != nullptr ? pFound->nOrdinal : -1;
 }
 
 const char* ObjectValue::NameAt(int ordinal) const {

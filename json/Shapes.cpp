@@ -8,6 +8,7 @@
 #include <new>
 
 #include "json/Items.h"
+#include "json/NameFinder.h"
 
 namespace JSON {
 
@@ -73,7 +74,7 @@ void Shape::GiveNames(Arena& arena, ObjectValue& object) {
   for (int i = 0; i < nCount; ++i) {
     pValues[i].nNameIndex = pPositions[i];
   }
-  object.bSorted = true;
+  NameFinder::NoteSorted(object);
 }
 
 }  // namespace JSON

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "json/Items.h"
+#include "json/NameFinder.h"
 #include "json/Storage.h"
 
 namespace JSON {
@@ -171,6 +172,7 @@ void ReleaseNames(ObjectValue& object) noexcept {
     }
   }
   Items::Truncate(names, 0);
+  NameFinder::Forget(object);
 }
 
 void Release(CompositeValue* pComposite) noexcept {

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <string_view>
 #include <type_traits>
 #include <typeinfo>
 
@@ -14,6 +15,7 @@
 #include "json/JSONMessage.h"
 #include "json/JSONSerialize.h"
 #include "json/JSONValue.h"
+#include "json/NameFinder.h"
 #include "json/ScalarText.h"
 #include "json/Storage.h"
 #include "json/TreeRelease.h"
@@ -29,10 +31,11 @@ constexpr int kNewContainerReserve = 4;
 // there is no memory for a longer one.
 class PrivateText {
  public:
-  explicit PrivateText(const char* pText) : nLength_(pText != nullptr ? std::strlen(pText) : 0) {
+  explicit PrivateText(const char* pText)
+      : PrivateText(pText != nullptr ? std::string_view(pText) : std::string_view()) {}
+  explicit PrivateText(std::string_view text) : nLength_(text.size()) {
     if (nLength_ > INT_MAX) throw std::bad_alloc();
-    if (pText == nullptr) return;
-    pCopy_.reset(NewText({pText, nLength_}));
+    if (text.data() != nullptr) pCopy_.reset(NewText(text));
   }
 
   int Length() const { return static_cast<int>(nLength_); }
@@ -189,10 +192,13 @@ JSONValue* ObjectValue::UpdateByOrdinal(int ordinal, const char* text, Type type
 JSONValue* ObjectValue::UpdateByName(const char* name, const char* text, Type type) {
   if (name == nullptr) return nullptr;
   DropNamesWithoutValue(*this);
-  const int nFound = OrdinalOf(name, -1);
+  const std::string_view key(name);
+  const bool bOurs = Storage::KindOf(*this) == Storage::Kind::kObject;
+  const int nFound = bOurs ? NameFinder::FindOrMiss(*this, name, static_cast<int>(key.size()))
+                           : OrdinalOf(name, -1);
   if (nFound >= 0) return avValues.UpdateByOrdinal(nFound, text, type);
   // All memory is taken before the object changes: name and value come together or not at all.
-  PrivateText copy(name);
+  PrivateText copy(key);
   Items::ReserveAhead(vNameMap, nullptr, Items::Count(vNameMap) + std::size_t{1});
   JSONValue* const pAdded = avValues.UpdateByOrdinal(Size(), text, type);
   NameMap entry;
@@ -201,8 +207,7 @@ JSONValue* ObjectValue::UpdateByName(const char* name, const char* text, Type ty
   entry.bOwnsName = true;
   entry.nOrdinal = static_cast<int>(Items::Count(vNameMap));
   Items::Append(vNameMap, nullptr, entry);
-  Items::HandOut(vNameMap);
-  bSorted = false;
+  NameFinder::NoteAppended(*this);
   return pAdded;
 }
 

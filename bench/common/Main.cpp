@@ -139,6 +139,7 @@ void AddUpdate(Suite& suite, const std::vector<const Input*>& vDocuments) {
   update::AddQx(suite, table, vCopied);
   update::AddRapidJson(suite, table, vCopied);
   update::AddNlohmann(suite, table, vCopied);
+  update::AddStandard(suite);
 }
 
 void AddAll(Suite& suite) {

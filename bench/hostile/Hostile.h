@@ -6,6 +6,7 @@
 //   equal-length-names   an object whose names differ in nothing but their digits; one is looked up
 //   equal-names          an object with one name only; it is looked up
 //   long-prefix-names    names that share their first 64 bytes; one is looked up
+//   growing-object       each of so many members is added by an update and looked up at once
 //   string-array         an array of texts, searched by text
 //   open-brackets        nothing but opening brackets: refused
 //   escaped-string       one string of nothing but escapes, parsed and written

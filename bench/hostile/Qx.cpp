@@ -2,6 +2,7 @@
 //
 // The hostile shapes.
 
+#include <cstdint>
 #include <cstdio>
 #include <limits>
 
@@ -14,16 +15,16 @@ namespace {
 
 constexpr std::size_t kPrefixBytes = 64;
 
-std::string Digits(std::size_t n) {
+std::string Digits(std::uint64_t n) {
   char szDigits[sizeof "00000000"];
   std::snprintf(szDigits, sizeof szDigits, "%08u", static_cast<unsigned>(n % 100'000'000));
   return szDigits;
 }
 
-std::string EqualLengthName(std::size_t n) { return "name" + Digits(n * 7'919); }
+std::string EqualLengthName(std::size_t n) { return "name" + Digits(std::uint64_t{n} * 7'919); }
 std::string EqualName(std::size_t) { return "name"; }
 std::string LongPrefixName(std::size_t n) {
-  return std::string(kPrefixBytes, 'p') + Digits(n * 7'919);
+  return std::string(kPrefixBytes, 'p') + Digits(std::uint64_t{n} * 7'919);
 }
 
 bool Parse(JSON::Message& message, const std::string& strText) {
@@ -52,6 +53,30 @@ class NamesJob {
  private:
   std::string strText;
   std::string strName;
+};
+
+// Names of which none is known when the next one comes.
+class GrowingObjectJob {
+ public:
+  explicit GrowingObjectJob(std::size_t nItems) {
+    for (std::size_t i = 0; i < nItems; ++i) {
+      vNames.push_back(EqualLengthName(i));
+    }
+  }
+
+  template <typename Sink>
+  void Run(Sink& sink) {
+    JSON::Message message;
+    int nValue = 0;
+    for (const std::string& strName : vNames) {
+      message.Set(strName.c_str(), ++nValue);
+      sink.Require(message[strName.c_str()].AsInt() == nValue, "the name was not found");
+    }
+    sink.Require(message.Size() == nValue, "a member is missing");
+  }
+
+ private:
+  std::vector<std::string> vNames;
 };
 
 class StringArrayJob {
@@ -236,6 +261,7 @@ void AddQx(Suite& suite) {
   AddShape<NamesJob<EqualLengthName>>(suite, "equal-length-names", kMillion);
   AddShape<NamesJob<EqualName>>(suite, "equal-names", kMillion);
   AddShape<NamesJob<LongPrefixName>>(suite, "long-prefix-names", kMillion);
+  AddShape<GrowingObjectJob>(suite, "growing-object", kMillion / 4);
   AddShape<StringArrayJob>(suite, "string-array", kMillion);
   AddShape<OpenBracketsJob>(suite, "open-brackets", 10 * kMillion);
   AddShape<EscapedStringJob>(suite, "escaped-string", 100 * kMillion);

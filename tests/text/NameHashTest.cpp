@@ -43,6 +43,7 @@ TEST(NameHash, LeavesNoFamilyOfNamesColliding) {
   }
   EXPECT_NE(NameHash(1)("abc", 3), NameHash(2)("abc", 3));
   EXPECT_NE(NameHash(1)("abc", 3), NameHash(1)("abc\0", 4));
+  EXPECT_NE(NameHash(1)("abc", 3), NameHash(1)("abc", 3, 4));
 }
 
 }  // namespace

@@ -1,0 +1,164 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Names are found while they are added and changed, whatever is known of their order.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <deque>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "json/JSONValue.h"
+#include "tests/support/Random.h"
+
+namespace {
+
+using JSON::ObjectValue;
+using JSON::UnsafeJSONValue;
+
+// An object that is built, and whose names are changed, in all ways that a host has; and what its
+// names are, by ordinal. Some are equal, and some only up to a NUL.
+class Growing {
+ public:
+  explicit Growing(std::uint64_t nSeed) : random(nSeed) {}
+
+  void Set() {
+    const std::string name = Name().c_str();
+    const int nFound = First(name);
+    object.UpdateByName(name.c_str(), "1", JSON::jtInteger);
+    if (nFound < 0) vNames.push_back(name);
+    EXPECT_EQ(object.bSorted, nFound >= 0 && (object.bSorted || vNames.size() <= kFew));
+  }
+  void SetNew() {
+    vNames.push_back("new" + std::to_string(vNames.size()));
+    object.UpdateByName(vNames.back().c_str(), "2", JSON::jtInteger);
+  }
+  void AddByHand() {
+    for (std::uint32_t n = random.OneIn(4) ? 20 : 1; n > 0; --n) {
+      texts.push_back(Name());
+      UnsafeJSONValue name(JSON::jtString);
+      name.pText = texts.back().data();
+      name.nLength = static_cast<int>(texts.back().size());
+      object.AddName(name);
+      UnsafeJSONValue value(JSON::jtNull);
+      object.AddValue(value);
+      vNames.push_back(texts.back());
+    }
+    // Lookups come only after one of these.
+    const std::uint32_t nHow = random.Below(3);
+    if (nHow == 0) object.bSorted = false;
+    if (nHow == 1) object.Sort();
+    if (nHow == 2) SetNew();
+  }
+  void Sort() { object.Sort(); }
+  void LoseOrder() { object.bSorted = false; }
+  void Clear() {
+    object.Clear();
+    vNames.clear();
+  }
+  // What is known of the names ends with them.
+  void Refill() {
+    Clear();
+    for (std::uint32_t n = random.Below(20); n > 0; --n)
+      SetNew();
+    object.Sort();
+    SetNew();
+    Clear();
+    AddByHand();
+  }
+  // A name that was reached through the sequence, just now or before the last lookup.
+  void Rename() {
+    if (vNames.empty()) return;
+    auto& entry = object.vNameMap[random.Below(vNames.size())];
+    const bool bLate = random.OneIn(2);
+    if (bLate) object.OrdinalOf("n1", -1);
+    const std::string name = Name().c_str();
+    vNames[static_cast<std::size_t>(entry.nOrdinal)] = name;
+    entry.UpdateName(name.c_str());
+    if (bLate || object.bSorted) object.bSorted = false;
+  }
+  // A text of the host's own that is the name of a member.
+  void Overwrite() {
+    for (std::size_t i = 0; i < vNames.size(); ++i) {
+      const char* const pName = object.NameAt(static_cast<int>(i));
+      for (std::string& text : texts) {
+        if (pName != text.data() || random.OneIn(2)) continue;
+        if (random.OneIn(2)) object.bSorted = false;
+        if (random.OneIn(2)) SetNew();
+        object.OrdinalOf("n1", -1);
+        text.front() = text.front() == 'n' ? 'm' : 'n';
+        vNames[i] = text;
+        object.bSorted = false;
+        return;
+      }
+    }
+  }
+
+  void Check() {
+    for (int i = 0; i < 8; ++i) {
+      std::string name = i < 3 ? NameOfLate() : Name();
+      if (name.find('\0') != std::string::npos) name.back() = 'z';
+      ASSERT_EQ(object.OrdinalOf(name.data(), static_cast<int>(name.size())), First(name));
+      ASSERT_TRUE(object.bSorted || vNames.size() > kFew) << "few names are in order for a lookup";
+    }
+    ASSERT_EQ(static_cast<std::size_t>(object.Size()), vNames.size());
+    if (!object.bSorted && !random.OneIn(9)) return;
+    for (std::size_t i = 0; i < vNames.size(); ++i)
+      ASSERT_EQ(
+          std::strncmp(object.NameAt(static_cast<int>(i)), vNames[i].data(), vNames[i].size()), 0);
+    const auto& names = std::as_const(object.vNameMap);
+    ASSERT_TRUE(std::is_sorted(names.begin(), names.end(), ObjectValue::NameMap::Less));
+  }
+
+  Support::Random random;
+
+ private:
+  static constexpr std::size_t kFew = 12;  // names that a lookup sorts
+
+  std::string Name() {
+    std::string name =
+        (random.OneIn(2) ? "n" : "a_long_beginning_") + std::to_string(random.Below(60));
+    if (random.OneIn(6)) name.append(1 + random.Below(2), '\0').append(random.OneIn(2) ? "x" : "y");
+    return name;
+  }
+  std::string NameOfLate() {
+    if (vNames.empty()) return Name();
+    return vNames[vNames.size() - 1 - random.Below(std::min(vNames.size(), kFew))];
+  }
+  int First(const std::string& name) const {
+    const auto it = std::find_if(vNames.begin(), vNames.end(), [&](const std::string& other) {
+      return other.size() == name.size() &&
+             std::strncmp(other.data(), name.data(), name.size()) == 0;
+    });
+    return it != vNames.end() ? static_cast<int>(it - vNames.begin()) : -1;
+  }
+
+  std::deque<std::string> texts;
+  std::vector<std::string> vNames;
+  ObjectValue object;
+};
+
+TEST(NameFinder, FindsNamesWhileTheyAreAddedAndChanged) {
+  using Step = void (Growing::*)();
+  static constexpr Step kMostly[] = {&Growing::Set, &Growing::Set, &Growing::AddByHand};
+  static constexpr Step kNowAndThen[] = {&Growing::Sort,   &Growing::LoseOrder, &Growing::Rename,
+                                         &Growing::Rename, &Growing::Overwrite, &Growing::Clear,
+                                         &Growing::Refill};
+  for (std::uint64_t nSeed = 1; nSeed <= 60; ++nSeed) {
+    SCOPED_TRACE("seed " + std::to_string(nSeed));
+    Growing growing(nSeed);
+    for (int i = 0; i < 200; ++i) {
+      const Step step =
+          growing.random.OneIn(8) ? growing.random.Of(kNowAndThen) : growing.random.Of(kMostly);
+      (growing.*step)();
+      if (growing.random.OneIn(3)) growing.Check();
+      if (HasFatalFailure()) return;
+    }
+  }
+}
+
+}  // namespace
