@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The main job on real data: one process writes the rows of a database query as record set text,
-# another reads that text from a pipe, and both turn out to hold the same record set.
+# The main job on real data: one host writes the rows of a database query as record set text, another
+# reads that text from a pipe, and both turn out to hold the same record set.
 #
 #   scripts/demo.sh PATH-OF-QXRS
 #
@@ -32,15 +32,17 @@ done
    JOIN pragma_table_info(m.name) AS p ORDER BY m.rowid, p.cid" |
   "$qxrs" table --columns table,column,type
 
-# exchange NAME SQL: one process writes the rows of a query, another reads them through a pipe and
-# writes what it then holds; the two texts and the cells in them must be equal.
+# exchange NAME SQL: one process loads the rows of a query, real numbers as texts, and writes what it
+# holds; another reads that through a pipe and writes what it then holds. The two texts and the cells
+# in them must be equal, and those of the query.
 exchange() {
   local name=$1 sql=$2
-  "$qxrs" from-sql "$database" "$sql" |
+  "$qxrs" from-sql --texts "$database" "$sql" -o "$work/$name.rows"
+  "$qxrs" normalize --strict "$work/$name.rows" |
     tee "$work/$name.sent" |
-    "$qxrs" normalize -o "$work/$name.received"
+    "$qxrs" normalize --strict -o "$work/$name.received"
   cmp "$work/$name.sent" "$work/$name.received" || fail "the texts of '$name' differ"
-  "$qxrs" diff "$work/$name.sent" "$work/$name.received" || fail "the cells of '$name' differ"
+  "$qxrs" diff "$work/$name.rows" "$work/$name.received" || fail "the cells of '$name' differ"
   # An empty exchange would be equal, too.
   [[ -n $("$qxrs" get rows.1 "$work/$name.received") ]] || fail "no rows for '$name'"
   "$qxrs" stats "$work/$name.received" | sed -n "1s/^/$name: equal: /p"
@@ -56,7 +58,7 @@ exchange antiquity "SELECT number, symbol, name, mass, discovered FROM elements
 
 # Where the rows came from has to agree, too: put back into a database, they are what they were.
 "$qxrs" to-sql "$work/back.db" planets "$work/planets.received"
-"$qxrs" from-sql "$work/back.db" "SELECT * FROM planets" | cmp - "$work/planets.sent" ||
+"$qxrs" from-sql "$work/back.db" "SELECT * FROM planets" | cmp - "$work/planets.received" ||
   fail "the planets came back changed"
 echo "planets: equal again after another database"
 

@@ -13,6 +13,7 @@ FILES = {
     "bad.json": '{\n  "a": 1,\n  "b" 2\n}\n',
     "array.json": "[1]",
     "empty": "",
+    "y.csv": "a,b,r\n1,true,0.5\n2,false,2.0\n",
 }
 
 # Statements for world.db.
@@ -21,62 +22,102 @@ CREATE TABLE t (i INTEGER, b BOOLEAN, r REAL, s TEXT);
 INSERT INTO t VALUES (1, 1, 0.5, 'x'), (-9, 0, 1e300, NULL), (NULL, 7, 2.0, '{"o":1}');
 CREATE TABLE big (n INTEGER);
 INSERT INTO big VALUES (2147483647), (-2147483648), (2147483648), (9223372036854775807);
+CREATE TABLE keys (id INTEGER, name VARCHAR(9) NOT NULL, at TEXT, PRIMARY KEY (name, id));
+INSERT INTO keys VALUES (7, 'x', NULL);
+CREATE TABLE plain (i INTEGER, b BOOLEAN, r REAL, s TEXT);
+INSERT INTO plain VALUES (1, 1, 2.0, '1'), (NULL, 0, -1e300, ''), (9223372036854775807, NULL, 0.1, NULL);
 """
 
+# What that last table is as record set text, and becomes a table of again.
+KEYS = ('{"columns":[{"name":"id","type":"INTEGER","key":2},'
+        '{"name":"name","type":"VARCHAR(9)","key":1,"notNull":true},{"name":"at","type":"TEXT"}],'
+        '"rows":[{"id":7,"name":"x","at":null}]}')
+
 USAGE = "(see qxrs {} --help)\n"
+
+LATE = ('{"rows":[{"b":2.5,"a":1},{"a":2,"c":[1, {"x" : null}],"big":12345678901234567890}]}')
 
 CASES = [
     # ---- from-csv: texts, types, quoting ----
     ("from-csv", '\ufeffb,é\r\n"x, ""y""\r\n", z \r\n\r\n{oops},日本\r\n',
      '{"rows":[{"b":"x, \\"y\\"\\r\\n","é":" z "},{"b":"{oops}","é":"日本"}]}\n'),
-    ("from-csv", "a,b\n", "{}\n"),
+    ("from-csv", "a,b\n", '{"columns":[{"name":"a"},{"name":"b"}],"rows":[]}\n'),
     ("from-csv", '"\ufeffa"\n1\n', '{"\ufeffa":"1"}\n'),
+    ("from-csv", 'a,b\n,""\n', '{"a":null,"b":""}\n'),
     ("from-csv -i", 'i,j,k,l,m,n,o,p,q,r\n2147483647,-0,007,7.0,true,True,,"",0,99999999999999999999\n',
-     '{"i":2147483647,"j":"-0","k":"007","l":"7.0","m":true,"n":"True","o":null,"p":"","q":0,'
+     '{"i":2147483647,"j":"-0","k":"007","l":7.0,"m":true,"n":"True","o":null,"p":"","q":0,'
      '"r":"99999999999999999999"}\n'),
-    ("from-csv -i --32-bit", "a,b\n-2147483648,2147483648\n", '{"a":-2147483648,"b":"2147483648"}\n'),
-    ("from-csv --null NA -d ;", "a;b\nNA;,\n", '{"a":null,"b":","}\n'),
+    ("from-csv -i", "zip,n,x,y\n12345,1,1,true\n01234,-2.50,,1\n", '{"rows":[{"zip":"12345","n":1,"x":1,'
+     '"y":"true"},{"zip":"01234","n":-2.50,"x":null,"y":"1"}]}\n'),
+    ("from-csv -i --32-bit", "a,b,c\n-2147483648,2147483648,0.5\n",
+     '{"a":-2147483648,"b":"2147483648","c":"0.5"}\n'),
+    ("from-csv --null NA -d ;", 'a;b;c\nNA;,;"NA"\n', '{"a":null,"b":",","c":"NA"}\n'),
+    ("from-csv", 'a;"b,c"\n1;2\n', '{"a":"1","b,c":"2"}\n'),
+    ("from-csv", "a\tb\n1\t2", '{"a":"1","b":"2"}\n'),
     ("from-csv -d '\\t' --names '\"a,b\",c'", "1\t2\n", '{"a,b":"1","c":"2"}\n'),
+    ("from-csv", "a\nx\0y\n\n", '{"rows":[{"a":"x\\u0000y"},{"a":null}]}\n'),
+    ("from-csv -c b", b"a,b\n1,x\xffy\n2,\xed\xa0\x80\n", '{"rows":[{"b":"x\ufffdy"},'
+     '{"b":"\ufffd\ufffd\ufffd"}]}\n', "warning: bytes that are not UTF-8 became U+FFFD (2 times, "
+     "first: row 1, column 'b')\n"),
+    ("from-csv --strict", b"a\n\xff\n", "", "row 1, column 'a': bytes that are not UTF-8 became U+FFFD\n", 1),
     # ---- from-csv: refusals ----
     ("from-csv", "", "", "standard input: line 1, column 1: the text is empty; the first line has "
      "to name the columns\n", 1),
-    ("from-csv", 'a,b\n"x\ny",1\n3\n', "", "standard input: line 4: 1 field instead of 2\n", 1),
+    ("from-csv", 'a,b\n"x\ny",1\n3\n', "", "standard input: line 4, column 1: 1 field instead of 2\n", 1),
     ("from-csv", 'a,b\n1,x"y\n', "",
      "standard input: line 2, column 4: a quote inside a field without quotes\n", 1),
     ("from-csv", 'a\n"x"y\n', "", "standard input: line 2, column 4: text behind a closing quote\n", 1),
-    ("from-csv", 'a\n1\n"x\n\ny\n', "", "standard input: line 3: a quoted field in the record that "
-     "begins here has no end\n", 1),
+    ("from-csv", 'a\n1\n"x\n\ny\n', "",
+     "standard input: line 3, column 1: the quoted field that begins here has no end\n", 1),
     ("from-csv", "a,b,a\n", "", "standard input: line 1, column 1: the column name 'a' occurs more "
      "than once\n", 1),
-    ("from-csv", "a\nx\0y\n", "",
-     "standard input: line 2, column 2: a NUL byte, which a text of a record set cannot hold\n", 1),
+    ("from-csv", "a\n1\n".encode("utf-16"), "", "standard input: the text is UTF-16; iconv -f UTF-16 -t "
+     "UTF-8 makes it readable\n", 1),
     ("from-csv missing.csv", "", "", "cannot open missing.csv: No such file or directory\n", 1),
     ("from-csv .", "", "", "cannot read .: Is a directory\n", 1),
     # ---- from-tsv ----
     ("from-tsv -i --null '\\N'", "a\tb\tc\td\te\n\\N\tx\\ty\\\\\\q\t\t5\t\\\\N\r\n",
-     '{"a":null,"b":"x\\ty\\\\\\\\q","c":null,"d":5,"e":"\\\\N"}\n'),
-    ("from-tsv", "a\tb\n1\n", "", "standard input: line 2: 1 field instead of 2\n", 1),
-    # ---- from-json, from-jsonl: what a record set cannot hold becomes text ----
-    ("from-json", '\ufeff[{"r":1.50,"l":[1,{"x":null}],"o":{"i":1,"r":2.5},"n":null,"t":true,'
-     '"s":"\\u00e9","h":99999999999999999999,"z":1,"z":007}]',
-     '{"h":"99999999999999999999","l":"[1,{\\"x\\":null}]","n":null,"o":{"i":1,"r":null},"r":"1.50",'
-     '"s":"é","t":true,"z":7}\n'),
+     '{"a":null,"b":"x\\ty\\\\\\\\q","c":"","d":5,"e":"\\\\N"}\n'),
+    ("from-tsv", "a\tb\n1\n", "", "standard input: line 2, column 1: 1 field instead of 2\n", 1),
+    # ---- from-json, from-jsonl: values as they are written ----
+    ("from-json", '\ufeff[{"r":1.50,"l":[1 , {"x":null}],"o":{"i":+1,"r":2.5},"n":null,"t":true,'
+     '"s":"\\u00e9\\/","h":99999999999999999999,"z":1,"z":007,"q":1-2}]',
+     '{"r":1.50,"l":[1,{"x":null}],"o":{"i":1,"r":2.5},"n":null,"t":true,"s":"\\u00e9\\/",'
+     '"h":99999999999999999999,"z":7,"q":"1-2"}\n',
+     "warning: a name occurs more than once in a row; its last value counts (row 1, column 'z')\n"
+     "qxrs: warning: a number that JSON does not know became a text (row 1, column 'q')\n"),
+    ("from-json --texts", '{"r":1.50,"l":[1, 2],"h":99999999999999999999,"o":{"r":1.5}}',
+     '{"r":"1.50","l":"[1,2]","h":"99999999999999999999","o":{"r":1.5}}\n'),
+    # Two escapes that are one character, half of one, and a NUL: to hosts and to others.
+    ("from-jsonl", '{"a":"\\ud83d\\ude00","b":"\\ud83d","c":"x\\u0000"}',
+     '{"a":"😀","b":"\\ud83d","c":"x\\u0000"}\n'),
+    ("to-csv", '{"a":"\\ud83d\\ude00","b":"x\\ud83dy","c":"x\\u0000\\q"}', "a,b,c\n😀,x\ufffdy,x\0q\n",
+     "warning: half a pair of surrogates, which is no character, became U+FFFD (row 1, column 'b')\n"),
+    ("from-json", '[{"a\\"\\ud83d\\ude00":1},{"a\\"😀":2}]',
+     '{"rows":[{"a\\"😀":1},{"a\\"😀":2}]}\n'),
     ("from-json", "[]", "{}\n"),
-    ("from-json", '[{"a":1},5]', "", "standard input: line 1, column 1: element 2 of the array is no "
-     "object\n", 1),
-    ("from-json", '{"a":1}', "", "standard input: line 1, column 1: expected an array of objects\n", 1),
+    ("from-json", "[{}]", '{"rows":[{}]}\n'),
+    ("from-json", '[{"rows":[1]}]', '{"rows":[{"rows":[1]}]}\n'),
+    ("from-json", '[{"a":1},5]', "", "standard input: line 1, column 10: row 2 is no object\n", 1),
+    ("from-json", '[{"a":1},', "", "standard input: line 1, column 10: the text ends inside an array\n", 1),
+    ("from-json", '[{"a":1}', "", "standard input: line 1, column 9: the text ends inside an array\n", 1),
+    ("from-json", '[{"a":1,', "", "standard input: line 1, column 9: the text ends inside an object\n", 1),
     ("from-jsonl", '{"a":1}\n\n {"a":2,"b":{}}', '{"rows":[{"a":1},{"a":2,"b":{}}]}\n'),
     ("from-jsonl", '{"a":1}\n{"a":}\n', "", "standard input: line 2, column 6: expected a value\n", 1),
-    ("from-jsonl", '{"a":1}{"a":2}\n', "", "standard input: line 1, column 8: text behind the object\n",
-     1),
+    ("from-jsonl", '{"a":1} x\n', "", "standard input: line 1, column 9: expected an object\n", 1),
     # ---- from-sql: types by declaration and by value ----
     ("from-sql world.db 'SELECT * FROM t'", "",
-     '{"rows":[{"b":true,"i":1,"r":"0.5","s":"x"},{"b":false,"i":-9,"r":"1e+300","s":null},'
-     '{"b":7,"i":null,"r":"2","s":"{\\"o\\":1}"}]}\n'),
+     '{"rows":[{"i":1,"b":true,"r":0.5,"s":"x"},{"i":-9,"b":false,"r":1e+300,"s":null},'
+     '{"i":null,"b":7,"r":2.0,"s":"{\\"o\\":1}"}]}\n'),
     ("from-sql world.db --32-bit 'SELECT n FROM big'", "",
      '{"rows":[{"n":2147483647},{"n":-2147483648},{"n":"2147483648"},{"n":"9223372036854775807"}]}\n'),
     ("from-sql world.db", "SELECT count(*) AS n FROM t -- comment\n;\n", '{"n":3}\n'),
-    ("from-sql world.db 'SELECT i FROM t WHERE 0'", "", "{}\n"),
+    ("from-sql world.db 'SELECT i FROM t WHERE 0'", "",
+     '{"columns":[{"name":"i","type":"INTEGER"}],"rows":[]}\n'),
+    ("from-sql world.db 'SELECT * FROM keys'", "", KEYS + "\n"),
+    ("from-sql world.db 'SELECT k.id, i FROM keys AS k, t'", "",
+     '{"rows":[{"id":7,"i":1},{"id":7,"i":-9},{"id":7,"i":null}]}\n'),
+    ("from-sql world.db 'SELECT 9e999 AS a, -9e999 AS b'", "", '{"a":9e999,"b":-9e999}\n'),
     ("from-sql world.db 'SELECT x\nFROM t'", "", "", "SQL text: line 1, column 8: no such column: x\n",
      1),
     ("from-sql world.db 'SELECT 1 AS a, 2 AS a'", "",
@@ -92,100 +133,177 @@ CASES = [
     ("from-sql bad.json 'SELECT 1'", "", "", "bad.json: file is not a database\n", 1),
     # ---- table ----
     ("table two.json", "", "a  b  c\n-  -  ----\n1  x\n2     true\n"),
-    ("table", '{"rows":[{"n":5,"名":"日本","t":"a\\tb\\u001b\\u0000c"},{"n":-10,"名":"é"}]}',
-     "  n  名    t\n---  ----  --------\n  5  日本  a\\tb\\x1b\n-10  é\n"),
-    ("table -c b,a -n 1 two.json", "", "b  a\n-  -\nx  1\n... 1 more row\n"),
+    ("table", '{"rows":[{"n":5,"名":"日本","t":"a\\tb\\u001b\\u0000c"},{"n":-1.5,"名":"é"}]}',
+     "   n  名    t\n----  ----  -------------\n   5  日本  a\\tb\\x1b\\x00c\n-1.5  é\n"),
+    ("table -c b,a -n 1 two.json", "", "b  a\n-  -\nx  1\n"),
     ("table -w 14", '{"rows":[{"n":123456,"t":"日本日本日本日本"}]}',
      "     n  t\n------  ------\n123456  日本…\n"),
     ("table -w 33", '{"a":"%s","b":"%s","c":"%s"}' % (("x" * 20,) * 3),
      "a          b           c\n---------  ----------  ----------\n"
      "xxxxxxxx…  xxxxxxxxx…  xxxxxxxxx…\n"),
     ("table -w 20 -n 1", '{"rows":[{"a":"xxxxxxxx","b":1,"c":"yyyyyyyy","d":"z","e":2},{},{"a":1}]}',
-     "a       b  c       d\n------  -  ------  -\nxxxxx…  1  yyyyy…  z\n... 1 more column\n"
-     "... 2 more rows\n"),
+     "a       b  c       d\n------  -  ------  -\nxxxxx…  1  yyyyy…  z\n... 1 more column\n"),
     ("table", '{"a":"x\u202ey"}', "a\n--------------\nx\\xe2\\x80\\xaey\n"),
-    ("table", '\ufeff{"a":1}', "", "standard input: line 1, column 1: a byte order mark stands in "
-     "front of the document, which a host refuses\n", 1),
     ("table --color always one.json", "", "\x1b[1mname  born\x1b[0m\n----  ----\nAda   1815\n"),
-    ("table empty", "", "(no rows)\n"),
-    ("table", '{"rows":[{},{"a":1},{}]}', "a\n-\n\n1\n"),
-    ("table", '{"rows":[{"a":1},null,{"a":[[[}', "", "standard input: line 1, column 31: expected a "
-     "value\n", 1),
+    ("table", "{}", "(no rows)\n"),
+    ("table empty", "", "", "empty: line 1, column 1: the text is empty; a record set without rows is "
+     "{}\n", 1),
+    ("table", '{"rows":[{},{"a":1},{}]}', "a\n-\n\n1\n\n"),
     ("table", '{"rows":5,"r":1.5,"l":[1],"n":+07,"o":{"x":1.5}}',
-     "rows  r  l  n  o\n----  -  -  -  ----------\n   5        7  {\"x\":null}\n"),
-    ("table array.json", "", "", "array.json: line 1, column 1: an array is no record set; qxrs "
-     "from-json reads arrays of objects\n", 1),
+     "rows    r  l    n  o\n----  ---  ---  -  ---------\n   5  1.5  [1]  7  {\"x\":1.5}\n"),
     ("table -c nope two.json", "", "", "there is no column 'nope'\n", 1),
+    ("table", "a,b\n", "", "standard input: line 1, column 1: expected '{' or '['; the formats have names, "
+     "see --from\n", 1),
     # ---- to-csv, to-tsv, to-json, to-jsonl ----
     ("to-csv", '{"a":"x,y","b":"q\\"","c":"","d":null,"e":" s","f":"l\\nm","g":{"h":1},"h":"t "}',
-     'a,b,c,d,e,f,g,h\n"x,y","q""","",," s","l\nm","{""h"":1}","t "\n'),
+     'a,b,c,d,e,f,g,h\n"x,y","q""","",, s,"l\nm","{""h"":1}",t \n'),
+    ("to-csv", LATE, 'b,a,c,big\n2.5,1,,\n,2,"[1,{""x"":null}]",12345678901234567890\n'),
+    ("to-tsv -c a,b", LATE, "a\tb\n1\t2.5\n2\t\n"),
+    ("to-csv --unbuffered", LATE, "b,a\n2.5,1\n,2\n", "warning: a column that the first row does not have "
+     "was left out (2 times, first: row 2, column 'c')\n"),
+    ("to-csv --unbuffered --strict", LATE, "b,a\n2.5,1\n",
+     "row 2, column 'c': a column that the first row does not have was left out\n", 1),
+    ("to-json", LATE, '[{"b":2.5,"a":1},\n {"a":2,"c":[1,{"x":null}],"big":12345678901234567890}]\n'),
     ("to-csv -d ; --null NA", '{"a":"x;","b":null,"c":"NA"}', 'a;b;c\n"x;";NA;"NA"\n'),
-    ("to-csv", '{"rows":[{"a":null},{"a":1}]}', 'a\n""\n1\n'),
+    ("to-csv --bom --crlf --quote-all", '{"a":"x","b":null}', '\ufeff"a","b"\r\n"x",\r\n'),
+    ("to-csv", '{"rows":[{"a":null},{"a":1}]}', 'a\n\n1\n'),
     ("to-csv", "{}", ""),
+    ("to-csv", '{"columns":[{"name":"b"},{"name":"a"}],"rows":[]}', "b,a\n"),
+    ("to-jsonl", '{"columns":[{"name":"b"}],"rows":[]}', "",
+     "warning: there are no rows, and JSON has no place for the columns' names\n"),
+    ("to-csv", '{"columns":[{"name":"b"}],"rows":[{"c":1}]}', "",
+     "standard input: row 1: 'c' is not among the columns that the text names\n", 1),
     ("to-csv", '{"\ufeffa":1}', '"\ufeffa"\n1\n'),
     ("to-csv -c '\"a,\"\"b\",c' -c d", '{"d":4,"c":3,"a,\\"b":1}', '"a,""b",c,d\n1,3,4\n'),
     ("to-csv -c '\"a'", "{}", "", "a name in quotes has no end " + USAGE.format("to-csv"), 2),
     ("to-csv -c '\"a\"b'", "{}", "", "text behind a name in quotes " + USAGE.format("to-csv"), 2),
     ("to-csv -c c,a two.json", "", "c,a\n,1\ntrue,2\n"),
     ("to-csv -c a,a two.json", "", "", "the column name 'a' occurs more than once\n", 2),
+    ("to-csv", '{"a":1}{"a":2}', "", "standard input: line 1, column 8: text behind the document; --from "
+     "jsonl reads a row on each line\n", 1),
+    ("to-csv", '{"x":0,"rows":[{"a":1}],"y":[1]}', "a\n1\n",
+     "warning: a member beside the rows was left out\n"),
+    ("to-csv", '{"rows":[{"a":1},null]}', "", "standard input: line 1, column 18: row 2 is no object\n", 1),
     ("to-tsv", "{}", ""),
-    ("to-tsv --null '\\N'", '{"a":"x\\ty\\\\","b":null,"c":false}', "a\tb\tc\nx\\ty\\\\\t\\N\tfalse\n"),
+    ("to-tsv --null '\\N'", '{"a":"x\\ty\\\\","b":null,"c":false,"d":""}',
+     "a\tb\tc\td\nx\\ty\\\\\t\\N\tfalse\t\n"),
+    ("to-tsv", '{"a":"","b":null}', "a\tb\n\t\n",
+     "warning: a text looks like a null in TSV; --null sets another mark (row 1, column 'a')\n"),
     ("to-json two.json", "", '[{"a":1,"b":"x"},\n {"a":2,"b":null,"c":true}]\n'),
     ("to-jsonl -c b two.json", "", '{"b":"x"}\n{"b":null}\n'),
+    # ---- convert, head, tail, sort, sql ----
+    ("convert two.json - --to csv --to-null NA", "", "a,b,c\n1,x,NA\n2,NA,true\n"),
+    ("convert - -", "", "", "--from has to name the format of '-'\n", 2),
+    ("convert two.json x.y", "", "", "--to has to name the format of 'x.y'\n", 2),
+    ("convert --from xml - -", "", "", "there is no format 'xml' " + USAGE.format("convert"), 2),
+    ("convert world.db - --to csv", "", "", "world.db has 4 tables; name one with --table: t, big, keys, plain\n", 1),
+    ("convert world.db - --to csv --table keys", "", "id,name,at\n7,x,\n"),
+    ("head -n 1 --to jsonl two.json", "", '{"a":1,"b":"x"}\n'),
+    ("tail -n 2 --from jsonl --to jsonl", '{"a":1}\n{"b":2}\n{"a":3}', '{"b":2}\n{"a":3}\n'),
+    ("sort --by k,v --from jsonl --to jsonl", '{"k":"b"}\n{"k":10,"v":2}\n{"k":9.5}\n{"v":1}\n'
+     '{"k":10,"v":1}\n{"k":null,"l":[1]}\n{"k":"a"}',
+     '{"k":null,"l":[1]}\n{"v":1}\n{"k":9.5}\n{"k":10,"v":1}\n{"k":10,"v":2}\n{"k":"a"}\n{"k":"b"}\n'),
+    ("sort -r --by a -i --from csv --to csv", "a,b\n9,x\n10,y\n9,z\n", "a,b\n10,y\n9,x\n9,z\n"),
+    ("sort --by no two.json", "", "", "there is no column 'no'\n", 2),
+    ("sql -i 'SELECT x.a, y.b AS b, y.r FROM x JOIN y USING (a) ORDER BY a' x=two.json y=y.csv", "",
+     '{"rows":[{"a":1,"b":true,"r":0.5},{"a":2,"b":false,"r":2.0}]}\n'),
+    ("sql 'SELECT 1' x", "", "", "'x' is not NAME=FILE\n", 2),
+    ("sql 'SELECT a FROM x' x=two.json --to csv", "", "a\n1\n2\n"),
     # ---- diff ----
     ("diff two.json two.json", "", ""),
     ("diff two.json -", '{"rows":[{"b":"x","a":"1"},{"b":null,"c":1,"d":0},{}, {"a":1}]}',
      'row 1, a: 1 -> "1"\nrow 2, a: 2 -> (no cell)\nrow 2, c: true -> 1\nrow 2, d: (no cell) -> 0\n'
-     "row 3: only in standard input\nrow 4: only in standard input\n", "", 1),
+     "row 3: only in standard input\nrow 4: only in standard input\n"
+     "0 equal, 2 changed, 0 only in two.json, 2 only in standard input\n", "", 1),
+    ("diff one.json -", '{"born":1815.0,"name":"\\u0041da"}', "row 1, born: 1815 -> 1815.0\n"
+     "0 equal, 1 changed, 0 only in one.json, 0 only in standard input\n", "", 1),
+    ("diff two.json - --key a", '[{"a":3},{"a":2,"b":[1],"c":true},{"a":1,"b":"x"}]',
+     "a 2, b: null -> [1]\na 3: only in standard input\n"
+     "1 equal, 1 changed, 0 only in two.json, 1 only in standard input\n", "", 1),
+    ("diff two.json - --key a", '[{"c":true,"a":2,"b":null},{"a":1,"b":"x"}]', ""),
     ("diff --color always -c a one.json two.json", "", "", "there is no column 'a'\n", 2),
     ("diff --color always - one.json", '{"name":"A\\nda","born":1815}',
-     'row 1, name: \x1b[31m"A\\nda"\x1b[0m -> \x1b[32m"Ada"\x1b[0m\n', "", 1),
+     'row 1, name: \x1b[31m"A\\nda"\x1b[0m -> \x1b[32m"Ada"\x1b[0m\n'
+     "0 equal, 1 changed, 0 only in standard input, 0 only in one.json\n", "", 1),
     ("diff -q one.json two.json", "", "", "", 1),
     ("diff one.json bad.json", "", "", "bad.json: line 3, column 7: expected ':' behind the name\n", 2),
     ("diff - -", "", "", "only one of the two can be standard input\n", 2),
     # ---- stats, normalize, dump ----
-    ("stats two.json", "",
-     "rows 2, columns 3, cells 5, bytes of text 4\n"
-     "column  cells  null  integer  boolean  text  record set  bytes  longest\n"
-     "------  -----  ----  -------  -------  ----  ----------  -----  -------\n"
-     "a           2     0        2        0     0           0      2        1\n"
-     "b           2     1        0        0     1           0      1        1\n"
-     "c           1     0        0        1     0           0      1        1\n"),
+    ("stats", '[{"n":10,"t":"b","m":1},{"n":9.5,"t":"a","m":"x","l":[1]},{"n":9.5,"t":null}]',
+     "rows 3\n"
+     "column  kind    cells  null  distinct  min  max     mean  longest\n"
+     "------  ------  -----  ----  --------  ---  ---  -------  -------\n"
+     "n       real        3     0  2         9.5  10   9.66667        3\n"
+     "t       text        3     1  2         a    b                   1\n"
+     "m       mixed       2     0  2         1    1          1        1\n"
+     "l       nested      1     0  1         [1]  [1]                 3\n"),
     ("normalize", ' { "rows" : [ {"b":1.5,"a":[1],"c":"{\\"k\\":true}"} , {"b":-0} ] } tail',
-     '{"rows":[{"a":"","b":"","c":{"k":true}},{"b":0}]}\n'),
+     '{"rows":[{"a":"","b":"","c":{"k":true}},{"b":0}]}\n',
+     "warning: the text behind the document is ignored\n"
+     "qxrs: warning: a record set does not keep real numbers (row 1, column 'b')\n"
+     "qxrs: warning: a record set does not keep arrays (row 1, column 'a')\n"
+     "qxrs: warning: a record set writes a text that reads like an object as one, or not at all "
+     "(row 1, column 'c')\n"),
+    ("normalize --strict", '{"a":"x\\u0000y"}', "",
+     "row 1, column 'a': a record set ends a text at its first NUL\n", 1),
     ("normalize bad.json", "", "", "bad.json: line 3, column 7: expected ':' behind the name\n", 1),
     ("dump one.json", "", "Row 1\n\tField (born): 1815\n\tField (name): Ada\n"),
     ("dump array.json", "", "", "array.json: line 1, column 1: an array is no record set; qxrs "
      "from-json reads arrays of objects\n", 1),
     # ---- pretty, get ----
-    ("pretty one.json", "", '\n{\n\t"name":"Ada",\n\t"born":1815\n}\n'),
+    ("pretty --host one.json", "", '\n{\n\t"name":"Ada",\n\t"born":1815\n}\n'),
+    ("pretty", '{"a":"x,[y]","b":[1,,007],"c":[],"d":{ }}', '{\n  "a": "x,[y]",\n  "b": [\n    1,\n    null,'
+     '\n    7\n  ],\n  "c": [],\n  "d": {}\n}\n'),
+    ("pretty --compact", '{ "a" : [ 1.50 , "\\ud83d\\ude00" ] }', '{"a":[1.50,"\\ud83d\\ude00"]}\n'),
     ("pretty", "12", "", "standard input: line 1, column 1: expected '{' or '['\n", 1),
     ("get rows.1.c two.json", "", "true\n"),
     ("get rows.0 two.json", "", '{"a":1,"b":"x"}\n'),
+    ("get /rows/*/a two.json", "", "1\n2\n"),
+    ("get . array.json", "", "[1]\n"),
+    ("get /a.b/~1~0", '{"a.b":{"/~":[1.50]}}', "[1.50]\n"),
     ("get a.0", '{"a":["x\\n\\u00e9"]}', "x\né\n"),
     ("get -j a.0", '{"a":["x\\n\\u00e9"]}', '"x\\né"\n'),
-    ("get rows.2 two.json", "", "", "two.json: there is nothing at 'rows.2'\n", 1),
+    ("get rows.2 two.json", "", "", "two.json: there is nothing at '/rows/2'\n", 1),
+    ("get rows.first two.json", "", "", "two.json: an array has no names but ordinals from 0 at "
+     "'/rows/first'\n", 1),
     # ---- to-sql, one after the other ----
     ("to-sql out.db t", '{"rows":[{"i":1,"b":true,"t":"x","m":1},{"i":-5,"b":false,"m":"y","o":{"k":1},'
-     '"big":99999999999999999999,"\\"q":null}]}', ""),
+     '"big":99999999999999999999,"\\"q":null,"r":1},{"r":2.50,"m":true}]}', ""),
     ("from-sql out.db \"SELECT group_concat(name || ' ' || type) AS c FROM pragma_table_info('t')\"", "",
-     '{"c":"i INTEGER,b BOOLEAN,t TEXT,m TEXT,o TEXT,big TEXT,\\"q TEXT"}\n'),
-    ("from-sql out.db 'SELECT i, b, t, m, o, quote(big) AS q FROM t'", "",
-     '{"rows":[{"b":true,"i":1,"m":"1","o":null,"q":"NULL","t":"x"},'
-     '{"b":false,"i":-5,"m":"y","o":"{\\"k\\":1}","q":"\'99999999999999999999\'","t":null}]}\n'),
+     '{"c":"i INTEGER,b BOOLEAN,t TEXT,m TEXT,o TEXT,big TEXT,\\"q TEXT,r REAL"}\n'),
+    ("from-sql out.db 'SELECT i, b, t, m, o, quote(big) AS q, r FROM t'", "",
+     '{"rows":[{"i":1,"b":true,"t":"x","m":"1","o":null,"q":"NULL","r":null},'
+     '{"i":-5,"b":false,"t":null,"m":"y","o":"{\\"k\\":1}","q":"\'99999999999999999999\'","r":1.0},'
+     '{"i":null,"b":null,"t":null,"m":"true","o":null,"q":"NULL","r":2.5}]}\n'),
     ("to-sql out.db t one.json", "", "", 'out.db: table "t" already exists\n', 1),
-    ("to-sql --append out.db t", '{"i":9}', ""),
+    ("to-sql --append out.db t --from csv", "i,b,r\n9,true,0.5\n", ""),
+    ("to-sql --append out.db t", '{"r":1.00000000000000000001}', "",
+     "warning: a number has more digits than the table's reals keep (row 1, column 'r')\n"),
     ("to-sql --append out.db t", '{"rows":[{"i":10},{"no":1}]}', "",
      "out.db: table t has no column named no\n", 1),
-    ("from-sql out.db 'SELECT i FROM t'", "", '{"rows":[{"i":1},{"i":-5},{"i":9}]}\n'),
-    ("to-sql --replace out.db t one.json", "", ""),
-    ("from-sql out.db 'SELECT * FROM t'", "", '{"born":1815,"name":"Ada"}\n'),
+    ("from-sql out.db 'SELECT i, b, r FROM t WHERE rowid > 3'", "",
+     '{"rows":[{"i":9,"b":true,"r":0.5},{"i":null,"b":null,"r":1.0}]}\n'),
+    ("to-sql --replace out.db t one.json --key name", "", ""),
+    ("from-sql out.db 'SELECT * FROM t'", "", '{"columns":[{"name":"name","type":"TEXT","key":1},'
+     '{"name":"born","type":"INTEGER"}],"rows":[{"name":"Ada","born":1815}]}\n'),
+    ("to-sql out.db keys", KEYS, ""),
+    ("from-sql out.db 'SELECT * FROM keys'", "", KEYS + "\n"),
     ("to-sql out.db u", "{}", "", "there are no columns to make a table of\n", 1),
+    ("to-sql new.db u", '[{"a":1},{"a":}]', "", "standard input: line 1, column 15: expected a value\n", 1),
+    ("from-sql new.db 'SELECT 1'", "", "", "cannot open new.db: unable to open database file\n", 1),
     # ---- check: what is accepted ----
     ("check", '{"a":1,"b":2}', "standard input: accepted: an object of 2 members\n"),
     ("check", " [1] tail", "standard input: accepted: an array of 1 element; the 5 bytes behind it are "
      "ignored\n"),
     ("check", "[1,,2]\n", "standard input: accepted: an array of 3 elements\n"),
+    ("check -q", '{"rows":[{"a":1.5,"b":"\\ud83d\\ude00","c":"\\u0000","d":99999999999999999999,"e":1,"e":2},'
+     '{"a":2.5},null,{}]}', "", """warning: a record set does not keep real numbers (2 times, first: row 1, column 'a')
+qxrs: warning: a text is not UTF-8, or escapes a character as two surrogates, which a host keeps apart (row 1, column 'b')
+qxrs: warning: a record set ends a text at its first NUL (row 1, column 'c')
+qxrs: warning: a record set does not keep an integer beyond its long (row 1, column 'd')
+qxrs: warning: a name occurs more than once in a row; its last value counts (row 1, column 'e')
+qxrs: warning: a null ends the rows; what follows is ignored (row 3)
+"""),
     ("check", "[" * 1024 + "]" * 1024, "standard input: accepted: an array of 1 element\n"),
     ("check --quiet", "[]", ""),
     ("check one.json bad.json two.json", "",
@@ -217,6 +335,9 @@ CASES = [
     # ---- wrong usage ----
     ("table -o no/where one.json", "", "", "cannot write no/where: No such file or directory\n", 1),
     ("", "", "", "A subcommand is required (see qxrs --help)\n", 2),
+    ("tabel", "", "", "there is no command 'tabel'; did you mean table? (see qxrs --help)\n", 2),
+    ("frobnicate", "", "", "there is no command 'frobnicate' (see qxrs --help)\n", 2),
+    ("table 'a\x1b[2J'", "", "", "cannot open a\\x1b[2J: No such file or directory\n", 1),
     ("table --bar", "", "", "The following argument was not expected: --bar " + USAGE.format("table"), 2),
     ("table a b", "", "", "The following argument was not expected: b " + USAGE.format("table"), 2),
     ("table -n 0", "", "", "--max-rows: '0' is not a number above 0 " + USAGE.format("table"), 2),

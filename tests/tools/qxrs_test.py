@@ -3,6 +3,7 @@
 # Tests the tool by running it: qxrs_test.py GROUP, with the tool in $QXRS and the example data in
 # $DATA. The single command lines are in cases.py; here is what a table cannot say.
 
+import gzip
 import json
 import os
 import random
@@ -43,6 +44,11 @@ def write(name, text):
         file.write(text)
 
 
+def read_bytes(name):
+    with open(name, "rb") as file:
+        return file.read()
+
+
 def read(name):
     with open(name, encoding="utf-8", newline="") as file:
         return file.read()
@@ -80,7 +86,7 @@ def test_output_file():
     expect("-o writes", (os.path.islink("link"), read("t.txt")), (True, "name,born\nAda,1815\n"))
     expect("-o keeps the mode", stat.S_IMODE(os.stat("t.txt").st_mode), 0o640)
     run("from-csv -o t.txt t.txt")
-    expect("input and output may be the same", read("t.txt"), '{"born":"1815","name":"Ada"}\n')
+    expect("input and output may be the same", read("t.txt"), '{"name":"Ada","born":"1815"}\n')
     expect("nothing is left behind", [f for f in os.listdir() if f.count(".") > 1], [])
 
     with open("/dev/full", "wb") as full:
@@ -89,29 +95,101 @@ def test_output_file():
            (b"qxrs: cannot write standard output: No space left on device\n", 1))
 
 
+def wait_for(condition, seconds=20):
+    """Whether the condition came true in time."""
+    end = time.monotonic() + seconds
+    while not condition():
+        if time.monotonic() > end:
+            return False
+        time.sleep(0.01)
+    return True
+
+
 def test_interrupted():
-    """Ended from outside, the tool leaves no temporary file."""
-    with subprocess.Popen([QXRS, "from-csv", "-o", "late.json"], stdin=subprocess.PIPE) as process:
-        while not any(name.startswith("late.json.") for name in os.listdir()):
-            time.sleep(0.01)
-        process.terminate()
-    expect("ended by the signal", process.returncode, -signal.SIGTERM)
-    expect("nothing is left behind", [f for f in os.listdir() if f.startswith("late")], [])
+    """Ended from outside, or by a failure, the tool leaves no half file and no half table."""
+    run("to-sql old.db t", '{"a":1}')
+    for args, left in (("convert --from csv - late.json", []), ("convert --from csv - late.db", []),
+                       ("convert --from csv - old.db --to-table u", ["old.db"])):
+        name = args.split()[4].split(".")[0]
+        with subprocess.Popen([QXRS, *args.split()], stdin=subprocess.PIPE) as process:
+            process.stdin.write(b"a,b\n" + b"1,x\n" * 1000)
+            process.stdin.flush()
+            found = wait_for(lambda: any(f.startswith(name + ".") and f not in left for f in os.listdir()))
+            expect(args + " begins", found, True)
+            process.terminate()
+        expect("ended by the signal", process.returncode, -signal.SIGTERM)
+        # A journal belongs to the database until that is written again.
+        expect("nothing is left behind",
+               [f for f in os.listdir() if f.startswith(name) and not f.endswith("-journal")], left)
+    expect("a failure", run("convert --from csv - old.db --to-table u", "a,b\n1,2\n3\n")[2], 1)
+    expect("tables", run("from-sql old.db 'SELECT name FROM sqlite_schema'")[0], '{"name":"t"}\n')
+    expect("databases", [f for f in os.listdir() if f.startswith("old")], ["old.db"])
 
 
 def test_round_trips():
     for name in ("planets", "countries", "elements"):
         source = f"{DATA}/{name}.csv"
         records = run(f"from-csv -i {source}")[0]
-        columns = read(source).split("\n")[0]
-        expect(name + " csv", run(f"to-csv -c {columns}", records)[0], read(source))
+        expect(name + " csv", run("to-csv", records)[0], read(source))
         for form in ("tsv --null '\\N'", "json", "jsonl"):
             text, errors, _ = run(f"to-{form}", records)
             expect(name + form + errors, run(f"from-{form}{' -i' if 'tsv' in form else ''}", text)[0], records)
-        expect(name + " library", run("normalize", records)[0], records)
-        if name != "planets":  # has a column of texts and integers, and SQLite makes it one of texts
-            run(f"to-sql trip.db {name}", records)
-            expect(name + " sql", run(f"from-sql trip.db 'SELECT * FROM {name}'")[0], records)
+        texts = run(f"from-csv {source}")[0]
+        expect(name + " normalize", json.loads(run("normalize", texts)[0]), json.loads(texts))
+        expect(name + " diff", run(f"diff {source} -", texts), ("", "", 0))
+
+
+# What people publish: quotes, line breaks, big integers, nulls, nested values, characters of all kinds.
+PUBLISHED_CSV = ('id,"the name, quoted",zip,amount,note\n1,Ada,01234,12345678901234567890,"line one\nline ""two"""\n'
+                 '2,,98765,0.10,\n3,"",00000,-1e-7,😀 e\u0301 \u202e\n4, spaced ,1,+1,\u0007\t\n')
+PUBLISHED_LINES = ('{"id":12345678901234567890,"r":1.10,"e":1e400,"s":"\\u00e9 \\ud83d\\ude00 😀\\/","n":null,'
+                   '"o":{"b":[1.0,{"a":[]}],"a":-0},"t":true}\n{"new":"","id":-1,"n":"a\\"b"}\n{}\n')
+
+
+def test_published():
+    records = run("from-csv", PUBLISHED_CSV)[0]
+    expect("CSV", run("to-csv", records)[0], PUBLISHED_CSV)
+    crlf = "\ufeff" + PUBLISHED_CSV.replace("\n", "\r\n")
+    expect("CSV of other systems", run("to-csv --bom --crlf", run("from-csv", crlf)[0])[0].replace("\r\n", "\n"),
+           "\ufeff" + PUBLISHED_CSV)
+    expect("TSV", run("from-tsv --null '\\N'", run("to-tsv --null '\\N'", records)[0])[0], records)
+    # A pair of surrogates becomes one character for hosts, and stays one for others.
+    pair = PUBLISHED_LINES.replace("\\ud83d\\ude00", "😀")
+    expect("JSON Lines", run("to-jsonl", run("from-jsonl", PUBLISHED_LINES)[0])[0], pair)
+    expect("JSON Lines to JSON Lines", run("convert --from jsonl --to jsonl - -", PUBLISHED_LINES)[0],
+           PUBLISHED_LINES)
+    for data, form in ((PUBLISHED_CSV, "csv"), (PUBLISHED_LINES, "jsonl")):
+        write("plain." + form, data)
+        for ending in (".gz", ".zst"):
+            run(f"convert plain.{form} packed.{form}{ending}")
+            expect("compressed", read_bytes(f"packed.{form}{ending}")[:2] in (b"\x1f\x8b", b"\x28\xb5"), True)
+            expect(form + ending, run(f"convert packed.{form}{ending} - --to {form}")[0], data)
+            cut = read_bytes(f"packed.{form}{ending}")[:-9]
+            expect("cut " + ending, run(f"convert - - --from {form} --to {form}", cut)[1:],
+                   ("qxrs: standard input: the compressed data end too soon\n", 1))
+    expect("members of gzip", run("from-csv", gzip.compress(b"a\n") + gzip.compress(b"1\n"))[0], '{"a":"1"}\n')
+
+
+def schema(name):
+    with sqlite3.connect(name) as database:
+        tables = [row[0] for row in database.execute("SELECT name FROM sqlite_schema WHERE type = 'table'")]
+        found = {table: (database.execute(f"PRAGMA table_info('{table}')").fetchall(),
+                         database.execute(f"SELECT * FROM '{table}'").fetchall()) for table in tables}
+    database.close()
+    return found
+
+
+def test_databases():
+    """From database to database: rows, kinds, declared types, keys."""
+    for name in ("big", "keys", "plain"):
+        records = run(f"from-sql world.db 'SELECT * FROM {name}'")[0]
+        expect(name + " to-sql", run(f"to-sql through.db {name}", records), ("", "", 0))
+        expect(name + " convert", run(f"convert world.db direct.db --table {name}"), ("", "", 0))
+    run("convert world.db direct.db --table t")  # has a boolean that is none, which text cannot tell
+    world = schema("world.db")
+    expect("in one step", schema("direct.db"), world)
+    del world["t"]
+    expect("through text", schema("through.db"), world)
 
 
 # ---- Terminals ----
@@ -182,8 +260,8 @@ def test_batches():
     lines, errors, _ = run("to-jsonl", '{"rows":[' + odd + "]}")
     expect("quotes in escapes", (errors, lines.count("\n")), ("", 30000))
     rows = ",".join(['{"a":1}'] * 60000)
-    for end, count in ((",null,{},x]}", None), (",null" + ("," + rows) + "]}", 60000),
-                       (",," + rows + "]}", 60000), (',{"b":2}],"rows":5} tail', 60001)):
+    for end, count in ((",null]}", None), (",," + rows + "]}", None), ("", None), ("]", None), ("]}x", None),
+                       (',{"b":2}],"rows":5}\n', 60001)):
         lines, _, status = run("to-jsonl", '{"rows" : [' + rows + end)
         expect("end " + end[:20], None if status else lines.count("\n"), count)
 
@@ -200,6 +278,8 @@ def test_positions():
         whole = run("check", broken)
         pieces = run("stats", broken)
         refused += whole[2]
+        if "is no object" in pieces[1]:
+            continue  # seen a little earlier
         expect(f"position of a fault at {at}", (pieces[1], pieces[2]),
                (whole[1].split("\n")[0] + "\n" if whole[2] else "", whole[2]))
     expect("some were refused", refused > 10, True)
@@ -240,7 +320,7 @@ def test_help():
     for name in [""] + names:
         text, errors, status = run(name + " --help")
         expect(name + " help", (errors, status), ("", 0))
-        expect(name + " width", [line for line in text.split("\n") if len(line) > 100], [])
+        expect(name + " width", [line for line in text.split("\n") if len(line) > 80], [])
         expect(name + " exit status", len(re.findall(r"^Exit status: 0 .*, 2 ", text, re.M)), 1)
         examples = re.search(r"Examples:\n((?:  .*\n)+)", text).group(1).splitlines()
         expect(name + " examples", len(examples), 2)
@@ -279,7 +359,7 @@ def test_self_description():
 
 GROUPS = {
     "cases": [test_cases, test_check],
-    "files": [test_output_file, test_interrupted, test_round_trips],
+    "files": [test_output_file, test_interrupted, test_round_trips, test_published, test_databases],
     "terminal": [test_terminal, test_progress],
     "streaming": [test_batches, test_positions, test_memory],
     "help": [test_help, test_self_description],

@@ -4,9 +4,13 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <iostream>
 
 #include "tools/qxrs/Command.h"
+#include "tools/qxrs/Losses.h"
+#include "tools/qxrs/rows/JsonWalk.h"
+#include "tools/qxrs/support/DisplayText.h"
 #include "tools/qxrs/support/Document.h"
 #include "tools/qxrs/support/Errors.h"
 #include "tools/qxrs/support/TextPosition.h"
@@ -18,6 +22,7 @@ namespace {
 struct Options {
   std::vector<std::string> vInputs{"-"};
   bool bQuiet = false;
+  bool bStrict = false;
   When eColor = When::Auto;
 };
 
@@ -37,6 +42,28 @@ std::string Acceptance(const JSON::Message& message, const std::string& strText)
   return strResult;
 }
 
+// The line of `strText` around `nOffset` and a caret under that byte, as two lines. A long line is
+// cut to the neighbourhood.
+std::string Caret(std::string_view strText, std::size_t nOffset, bool bColor) {
+  constexpr std::size_t kReach = 35;  // bytes shown on either side
+  const std::size_t nLine = nOffset == 0 ? 0 : strText.rfind('\n', nOffset - 1) + 1;
+  std::size_t nBegin = nOffset - nLine > kReach ? nOffset - kReach : nLine;
+  std::size_t nEnd = std::min({strText.find('\n', nOffset), nOffset + kReach, strText.size()});
+  const auto IsContinuation = [&](std::size_t i) {
+    return i < strText.size() && (static_cast<unsigned char>(strText[i]) & 0xC0) == 0x80;
+  };
+  while (nBegin < nOffset && IsContinuation(nBegin)) {
+    ++nBegin;
+  }
+  while (nEnd > nOffset && IsContinuation(nEnd)) {
+    --nEnd;
+  }
+  const DisplayText before = MakeDisplayText(strText.substr(nBegin, nOffset - nBegin));
+  const DisplayText behind = MakeDisplayText(strText.substr(nOffset, nEnd - nOffset));
+  return "  " + before.strText + behind.strText + "\n  " + std::string(before.nWidth, ' ') +
+         Styled("^", Style::Red, bColor) + "\n";
+}
+
 bool Check(const std::string& strPath, const Options& options) {
   Progress progress(When::Never);
   Input input(strPath, progress);
@@ -47,11 +74,17 @@ bool Check(const std::string& strPath, const Options& options) {
     if (!options.bQuiet) {
       std::cout << input.Name() << ": accepted: " << Acceptance(message, strText) << '\n';
     }
+    Warnings warnings(options.bStrict);
+    CountLosses(strText, warnings);
+    std::cout.flush();
+    warnings.Report();
     return true;
   }
   TextPosition position;
   position.Advance(std::string_view(strText).substr(0, refusal->nOffset));
-  std::cerr << "qxrs: " << Complaint(input.Name(), position, refusal->strReason) << '\n'
+  std::cerr << "qxrs: "
+            << MakeDisplayText(Complaint(input.Name(), position, refusal->strReason)).strText
+            << '\n'
             << Caret(strText, refusal->nOffset, UseColor(options.eColor, STDERR_FILENO));
   return false;
 }
@@ -73,16 +106,19 @@ int Run(const Options& options) {
 void AddCheck(CLI::App& app, Action& action) {
   const auto pOptions = std::make_shared<Options>();
   CLI::App* pCommand = AddCommand(
-      app, {"check", "Tell whether the library accepts JSON text; show where and why not.",
-            "  qxrs check planets.json\n"
-            "  qxrs from-csv planets.csv | qxrs check --quiet && echo fine",
-            "Lines and columns count from 1, columns in bytes. The library accepts more than\n"
-            "strict JSON: docs/json-accepted.md lists it.",
-            "0 accepted, 1 refused or a file that fails, 2 wrong usage"});
+      app,
+      {"check", "Tell whether the library accepts JSON text; show where and why not.",
+       "  qxrs check planets.json\n"
+       "  qxrs from-csv planets.csv | qxrs check --quiet && echo fine",
+       "Lines and columns count from 1, columns in bytes. The library accepts more than\n"
+       "strict JSON: docs/json-accepted.md lists it. Warnings tell what a record set that loads\n"
+       "the text does not keep.",
+       "0 accepted, 1 refused or a file that fails, 2 wrong usage"});
   pCommand->add_option("FILE", pOptions->vInputs, "the JSON texts; - is standard input")
       ->type_name("")
       ->default_str("-");
   pCommand->add_flag("-q,--quiet", pOptions->bQuiet, "say nothing about a text that is accepted");
+  AddStrictOption(*pCommand, pOptions->bStrict);
   AddColorOption(*pCommand, pOptions->eColor);
   SetAction<Options>(*pCommand, action, pOptions, Run);
 }

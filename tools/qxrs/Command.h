@@ -1,7 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// How a subcommand joins the tool. Each has a source file of its own with one function Add...(),
-// which describes its options and, when it is the one on the command line, hands main() the action.
+// How a subcommand joins the tool. Each has a function Add...(), which describes its options and,
+// when it is the one on the command line, hands main() the action.
 
 #ifndef QXRECORDSET_TOOLS_COMMAND_H
 #define QXRECORDSET_TOOLS_COMMAND_H
@@ -10,9 +10,9 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
-#include "tools/qxrs/rows/Integers.h"
-#include "tools/qxrs/rows/Rows.h"
+#include "tools/qxrs/Formats.h"
 #include "tools/qxrs/support/Input.h"
 #include "tools/qxrs/support/Output.h"
 #include "tools/qxrs/support/Progress.h"
@@ -48,20 +48,31 @@ void SetAction(CLI::App& command, Action& action, std::shared_ptr<const Options>
   command.callback([=, &action] { action = [=] { return pRun(*pOptions); }; });
 }
 
-// Where a command reads and writes.
+// Where a command for one document reads and writes.
 struct FileOptions {
   std::string strInput = "-";
   std::string strOutput = "-";
   When eProgress = When::Auto;
 };
 
-void AddInputOption(CLI::App& command, FileOptions& options, const char* szWhat);
-void AddProgressOptions(CLI::App& command, FileOptions& options);
-void AddOutputOptions(CLI::App& command, FileOptions& options);  // -o and those of progress
+void AddInputOption(CLI::App& command, std::string& strInput, const char* szWhat);
+void AddRequired(CLI::App& command, const char* szName, std::string& strText, const char* szWhat);
+void AddOutputOption(CLI::App& command, std::string& strOutput);
+void AddProgressOptions(CLI::App& command, When& eProgress);
+void AddFileOptions(CLI::App& command, FileOptions& options, const char* szWhat);  // all of these
 void AddColorOption(CLI::App& command, When& eColor);
-void AddLongSizeOption(CLI::App& command, LongSize& eLong);
+void AddStrictOption(CLI::App& command, bool& bStrict);
 
-// The opened files of a command, and the progress bar between them.
+// Names of columns, separated by commas, for an option that may be given several times.
+CLI::Option* AddNamesOption(CLI::App& command, const std::string& strOption,
+                            const std::string& strWhat, std::vector<std::string>& vNames);
+
+// How rows are read or written: what concerns one format when that is fixed, else all of it, the
+// option that names the format included.
+void AddReadOptions(CLI::App& command, ReadOptions& options, std::optional<Format> eFixed);
+void AddWriteOptions(CLI::App& command, WriteOptions& options, std::optional<Format> eFixed);
+
+// The opened files of a command for one document, and the progress bar between them.
 struct Files {
   explicit Files(const FileOptions& options)
       : progress(options.eProgress),
@@ -73,24 +84,10 @@ struct Files {
   Output output;
 };
 
-// Passes the rows of `source` to `sink`, and what that wrote to its place.
-inline int Convert(RowSource& source, RowSink& sink, Output& output) {
-  Copy(source, sink);
-  output.Commit();
-  return 0;
-}
-
-void AddFromCsv(CLI::App& app, Action& action);
-void AddFromTsv(CLI::App& app, Action& action);
-void AddFromJson(CLI::App& app, Action& action);
-void AddFromJsonl(CLI::App& app, Action& action);
-void AddFromSql(CLI::App& app, Action& action);
-void AddToCsv(CLI::App& app, Action& action);
-void AddToTsv(CLI::App& app, Action& action);
-void AddToJson(CLI::App& app, Action& action);
-void AddToJsonl(CLI::App& app, Action& action);
-void AddToSql(CLI::App& app, Action& action);
+void AddConversions(CLI::App& app, Action& action);
 void AddTable(CLI::App& app, Action& action);
+void AddParts(CLI::App& app, Action& action);  // head, tail and sort
+void AddSql(CLI::App& app, Action& action);
 void AddStats(CLI::App& app, Action& action);
 void AddDiff(CLI::App& app, Action& action);
 void AddNormalize(CLI::App& app, Action& action);
@@ -99,8 +96,7 @@ void AddPretty(CLI::App& app, Action& action);
 void AddGet(CLI::App& app, Action& action);
 void AddCheck(CLI::App& app, Action& action);
 void AddParams(CLI::App& app, Action& action);
-void AddCompletion(CLI::App& app, Action& action);
-void AddManual(CLI::App& app, Action& action);
+void AddDescriptions(CLI::App& app, Action& action);  // completion and manual
 
 }  // namespace qxrs
 

@@ -132,7 +132,7 @@ std::string Manual(const CLI::App& app) {
   std::string strText = ".TH " + Upper(app.get_name()) +
                         " 1 \"\" \"qxrs " QXRS_VERSION
                         "\" \"User Commands\"\n"
-                        ".SH NAME\nqxrs \\- record sets on the command line\n"
+                        ".SH NAME\nqxrs \\- tables on the command line\n"
                         ".SH SYNOPSIS\n\\fBqxrs\\fR \\fICOMMAND\\fR [\\fIOPTIONS\\fR] "
                         "[\\fIARGUMENTS\\fR]\n"
                         ".SH DESCRIPTION\n" +
@@ -148,20 +148,17 @@ std::string Manual(const CLI::App& app) {
 
 }  // namespace
 
-void AddCompletion(CLI::App& app, Action& action) {
+void AddDescriptions(CLI::App& app, Action& action) {
   CLI::App* pCommand =
       AddCommand(app, {"completion", "Write the completion of qxrs for bash.",
                        "  source <(qxrs completion)\n"
                        "  qxrs completion > ~/.local/share/bash-completion/completions/qxrs"});
   pCommand->callback(
       [&app, &action] { action = [&app] { return WriteText(CompletionScript(app)); }; });
-}
-
-void AddManual(CLI::App& app, Action& action) {
-  CLI::App* pCommand = AddCommand(app, {"manual", "Write the manual page of qxrs.",
-                                        "  qxrs manual > qxrs.1\n"
-                                        "  qxrs manual | man -l -"});
-  pCommand->callback([&app, &action] { action = [&app] { return WriteText(Manual(app)); }; });
+  CLI::App* pManual = AddCommand(app, {"manual", "Write the manual page of qxrs.",
+                                       "  qxrs manual > qxrs.1\n"
+                                       "  qxrs manual | man -l -"});
+  pManual->callback([&app, &action] { action = [&app] { return WriteText(Manual(app)); }; });
 }
 
 }  // namespace qxrs

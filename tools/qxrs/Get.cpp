@@ -1,8 +1,10 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// qxrs get: one value of a JSON document.
+// qxrs get: values of a JSON document.
 
 #include "tools/qxrs/Command.h"
+#include "tools/qxrs/rows/Values.h"
+#include "tools/qxrs/support/DisplayText.h"
 #include "tools/qxrs/support/Document.h"
 #include "tools/qxrs/support/Errors.h"
 
@@ -14,6 +16,80 @@ struct Options {
   FileOptions files;
   std::string strPath;
   bool bJson = false;
+};
+
+// The segments of a path: /a/b with ~1 for a slash and ~0 for a tilde, or a.b.
+std::vector<std::string> Segments(const std::string& strPath) {
+  std::vector<std::string> vSegments;
+  if (strPath.empty() || strPath == ".") {
+    return vSegments;
+  }
+  const bool bPointer = strPath.front() == '/';
+  std::string strSegment;
+  for (std::size_t i = bPointer ? 1 : 0; i < strPath.size(); ++i) {
+    const char c = strPath[i];
+    if (c == (bPointer ? '/' : '.')) {
+      vSegments.push_back(std::move(strSegment));
+      strSegment.clear();
+    } else if (bPointer && c == '~' && i + 1 < strPath.size()) {
+      strSegment += strPath[++i] == '1' ? '/' : '~';
+    } else {
+      strSegment += c;
+    }
+  }
+  vSegments.push_back(std::move(strSegment));
+  return vSegments;
+}
+
+class Finder {
+ public:
+  Finder(std::vector<std::string> vPath, std::string strFileName)
+      : vSegments(std::move(vPath)), strName(std::move(strFileName)) {}
+
+  // Calls `found` with each value that the path leads to from `value`.
+  template <typename Found>
+  void Find(const JSON::JSONValue& value, std::size_t nSegment, Found found) const {
+    if (nSegment == vSegments.size()) {
+      found(value);
+      return;
+    }
+    const std::string& strSegment = vSegments[nSegment];
+    const bool bContainer = value.eType == JSON::jtObject || value.eType == JSON::jtArray;
+    if (strSegment == "*" && bContainer) {
+      for (int i = 0; i < value.Size(); ++i) {
+        Find(*value.GetByOrdinal(i), nSegment + 1, found);
+      }
+      return;
+    }
+    const JSON::JSONValue* pNext =
+        value.eType == JSON::jtArray
+            ? Element(value, nSegment)
+            : value.GetByName(strSegment.data(), static_cast<int>(strSegment.size()));
+    if (!pNext) {
+      Refuse(nSegment, "there is nothing");
+    }
+    Find(*pNext, nSegment + 1, found);
+  }
+
+ private:
+  const JSON::JSONValue* Element(const JSON::JSONValue& array, std::size_t nSegment) const {
+    const auto nOrdinal = ToInt64(vSegments[nSegment]);
+    if (!nOrdinal || *nOrdinal < 0) {
+      Refuse(nSegment, "an array has no names but ordinals from 0");
+    }
+    return *nOrdinal < array.Size() ? array.GetByOrdinal(static_cast<int>(*nOrdinal)) : nullptr;
+  }
+
+  [[noreturn]] void Refuse(std::size_t nSegment, const char* szReason) const {
+    std::string strPlace;
+    for (std::size_t i = 0; i <= nSegment; ++i) {
+      strPlace += "/" + vSegments[i];
+    }
+    throw InputError(strName + ": " + szReason + " at '" + strPlace + "'");
+  }
+
+  const std::vector<std::string> vSegments;
+  const std::string strName;
 };
 
 std::string ResultText(const JSON::JSONValue& value, bool bJson) {
@@ -29,13 +105,14 @@ int Run(const Options& options) {
   Files files(options.files);
   JSON::Message message;
   ParseOrThrow(message, files.input.ReadAll(), files.input.Name());
-  const JSON::JSONValue& value = message.Path(options.strPath.c_str());
-  if (value.eType == JSON::jtNone) {
-    throw InputError(files.input.Name() + ": there is nothing at '" + options.strPath + "'");
-  }
-  files.output.Write(ResultText(value, options.bJson) + "\n");
+  const Finder finder(Segments(options.strPath), files.input.Name());
+  finder.Find(message, 0, [&](const JSON::JSONValue& value) {
+    const std::string strText = ResultText(value, options.bJson);
+    files.output.Write(files.output.IsTerminal() ? PrintableLines(strText) : strText);
+    files.output.Write("\n");
+  });
   files.output.Commit();
-  return 0;
+  return kExitDone;
 }
 
 }  // namespace
@@ -43,16 +120,16 @@ int Run(const Options& options) {
 void AddGet(CLI::App& app, Action& action) {
   const auto pOptions = std::make_shared<Options>();
   CLI::App* pCommand = AddCommand(
-      app, {"get", "Write one value of a JSON document.",
-            "  qxrs get rows.2.name planets.json\n"
-            "  qxrs get --json rows.0 < planets.json",
-            "A path is made of names, and of ordinals from 0 in arrays, joined by dots. In an\n"
-            "array a segment that is no number means element 0."});
-  pCommand->add_option("PATH", pOptions->strPath, "where the value is")->type_name("")->required();
-  AddInputOption(*pCommand, pOptions->files, "the JSON text");
+      app, {"get", "Write values of a JSON document.",
+            "  qxrs get rows.2.name planets.rs\n"
+            "  qxrs get '/rows/*/name' < planets.rs",
+            "A path is a JSON pointer, /rows/2/name, in which ~1 is a slash and ~0 a tilde, or\n"
+            "names joined by dots. Elements of arrays have ordinals from 0; * is every element or\n"
+            "member, each on a line of its own; . is the whole document."});
+  AddRequired(*pCommand, "PATH", pOptions->strPath, "where the value is");
   pCommand->add_flag("-j,--json", pOptions->bJson,
                      "write a text in quotes and escaped, not as it is");
-  AddOutputOptions(*pCommand, pOptions->files);
+  AddFileOptions(*pCommand, pOptions->files, "the JSON text");
   SetAction<Options>(*pCommand, action, pOptions, Run);
 }
 

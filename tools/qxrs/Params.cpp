@@ -2,6 +2,7 @@
 //
 // qxrs params: building and reading parameter strings.
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <exception>
@@ -11,7 +12,6 @@
 
 #include "params/CParamsX.h"
 #include "tools/qxrs/Command.h"
-#include "tools/qxrs/rows/LineReader.h"
 #include "tools/qxrs/support/DisplayText.h"
 #include "tools/qxrs/support/Errors.h"
 #include "tools/qxrs/support/TextPosition.h"
@@ -51,9 +51,11 @@ void CheckUsage(const BuildOptions& options) {
 void AddLines(const std::string& strPath, CParamsRS& params) {
   Progress progress(When::Never);
   Input input(strPath, progress);
-  LineReader lines(input);
-  for (std::string_view strLine; lines.Next(strLine);) {
-    params.addParam(std::string(strLine.substr(0, strLine.find('\n'))));
+  const std::string strText = input.ReadAll();
+  for (std::size_t nBegin = 0; nBegin < strText.size();) {
+    const std::size_t nEnd = std::min(strText.find('\n', nBegin), strText.size());
+    params.addParam(strText.substr(nBegin, nEnd - nBegin));
+    nBegin = nEnd + 1;
   }
 }
 
@@ -207,11 +209,7 @@ void AddBuild(CLI::App& params, Action& action) {
       ->add_option("--lines", pOptions->strLines,
                    "add each line of FILE as a parameter; - is standard input")
       ->type_name("FILE");
-  pCommand
-      ->add_option("-o,--output", pOptions->files.strOutput,
-                   "write to FILE instead of standard output")
-      ->type_name("FILE")
-      ->default_str("");
+  AddOutputOption(*pCommand, pOptions->files.strOutput);
   SetAction<BuildOptions>(*pCommand, action, pOptions, Build);
 }
 
@@ -222,7 +220,7 @@ void AddRead(CLI::App& params, Action& action) {
                "  qxrs params read params.txt\n"
                "  qxrs params build --header CMD abc | qxrs params read --at 0",
                "Without an option the header and all parameters are listed, one on each line."});
-  AddInputOption(*pCommand, pOptions->files, "the parameter string");
+  AddFileOptions(*pCommand, pOptions->files, "the parameter string");
   auto* pAt =
       pCommand->add_option("--at", pOptions->nIndex, "write parameter INDEX, from 0, as it is")
           ->type_name("INDEX")
@@ -231,7 +229,6 @@ void AddRead(CLI::App& params, Action& action) {
   auto* pResult = pCommand->add_flag("--result", pOptions->bResult, "write the result code");
   pAt->excludes(pHeader)->excludes(pResult);
   pHeader->excludes(pResult);
-  AddOutputOptions(*pCommand, pOptions->files);
   SetAction<ReadOptions>(*pCommand, action, pOptions, Read);
 }
 

@@ -4,6 +4,7 @@
 
 #include "json/JSON.h"
 #include "tools/qxrs/Command.h"
+#include "tools/qxrs/rows/JsonWalk.h"
 #include "tools/qxrs/support/Document.h"
 #include "tools/qxrs/support/Errors.h"
 
@@ -11,34 +12,64 @@ namespace qxrs {
 
 namespace {
 
-int Run(const FileOptions& options) {
-  Files files(options);
+struct Options {
+  FileOptions files;
+  bool bCompact = false;
+  bool bHost = false;
+};
+
+std::string HostText(const std::string& strText, const std::string& strName) {
+  if (strText.find('\0') != std::string::npos) {
+    throw InputError(strName + ": a NUL byte, where a host's text would end");
+  }
+  std::string strPretty;
+  return JSON_PrettyPrint(strText.c_str(), strPretty);
+}
+
+int Run(const Options& options) {
+  Files files(options.files);
   const std::string strText = files.input.ReadAll();
   JSON::Message message;
   ParseOrThrow(message, strText, files.input.Name());
-  if (strText.find('\0') != std::string::npos) {
-    throw InputError(files.input.Name() + ": a NUL byte, where a host's text would end");
-  }
   std::string strPretty;
-  files.output.Write(JSON_PrettyPrint(strText.c_str(), strPretty));
-  files.output.Write("\n");
+  if (options.bHost) {
+    strPretty = HostText(strText, files.input.Name());
+  } else {
+    JsonWalk walk(strText.data() + strText.size());
+    walk.WriteTo(strPretty,
+                 options.bCompact ? JsonWalk::Style::Compact : JsonWalk::Style::Indented);
+    const char* const pBegin = strText.data() + strText.find_first_not_of(kWhiteSpace);
+    const char* const pEnd = walk.Read(pBegin);
+    if (!pEnd ||
+        strText.find_first_not_of(kWhiteSpace, static_cast<std::size_t>(pEnd - strText.data())) !=
+            std::string::npos) {
+      throw InputError(files.input.Name() + ": " +
+                       (pEnd ? "text behind the document" : walk.Reason()));
+    }
+  }
+  files.output.Write(strPretty + "\n");
   files.output.Commit();
-  return 0;
+  return kExitDone;
 }
 
 }  // namespace
 
 void AddPretty(CLI::App& app, Action& action) {
-  const auto pOptions = std::make_shared<FileOptions>();
+  const auto pOptions = std::make_shared<Options>();
   CLI::App* pCommand = AddCommand(
-      app, {"pretty", "Break JSON text into indented lines, as a host's log has it.",
-            "  qxrs pretty planets.json\n"
+      app, {"pretty", "Write JSON text in indented lines.",
+            "  qxrs pretty planets.rs\n"
             "  qxrs from-csv planets.csv | qxrs pretty | less",
-            "For reading: the library's printer knows no strings, so that brackets and commas\n"
-            "inside texts break the line, too. It adds to the white space that is there already."});
-  AddInputOption(*pCommand, *pOptions, "the JSON text");
-  AddOutputOptions(*pCommand, *pOptions);
-  SetAction<FileOptions>(*pCommand, action, pOptions, Run);
+            "The result is strict JSON, whatever leniency of the parser the text uses."});
+  CLI::Option* pCompact =
+      pCommand->add_flag("--compact", pOptions->bCompact, "on one line, without white space");
+  pCommand
+      ->add_flag("--host", pOptions->bHost,
+                 "by the library's printer, as a host's log has it: it knows no strings, so that "
+                 "brackets and commas inside texts break the line, too")
+      ->excludes(pCompact);
+  AddFileOptions(*pCommand, pOptions->files, "the JSON text");
+  SetAction<Options>(*pCommand, action, pOptions, Run);
 }
 
 }  // namespace qxrs

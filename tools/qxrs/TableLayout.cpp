@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "tools/qxrs/rows/Values.h"
 #include "tools/qxrs/support/Terminal.h"
 
 namespace qxrs {
@@ -14,7 +15,7 @@ namespace {
 
 constexpr std::size_t kGap = 2;  // columns between two columns of the table
 
-// Texts stay recognisable down to this width; integers are cut only when that is not enough.
+// Texts stay recognisable down to this width; numbers are cut only when that is not enough.
 constexpr std::size_t kLeastForText = 8;
 constexpr std::size_t kLeast = 3;
 
@@ -28,35 +29,30 @@ std::string WithoutBlanksAtEnd(std::string strLine) {
 
 }  // namespace
 
-std::string MoreNote(unsigned long long nCount, const std::string& strWhat) {
-  return "... " + std::to_string(nCount) + " more " + strWhat + (nCount == 1 ? "\n" : "s\n");
-}
-
-TableLayout::TableLayout(Output& outputText, std::size_t nMaxWidth, bool bUseColor)
-    : output(outputText), nWidth(nMaxWidth), bColor(bUseColor) {}
-
-void TableLayout::BeginColumns() {
-  for (const std::string& strName : Names()) {
-    DisplayText head = MakeDisplayText(strName);
+TableLayout::TableLayout(SpooledRows& rowsToShow, std::size_t nMaxWidth)
+    : rows(rowsToShow), nWidth(nMaxWidth) {
+  for (const Column& column : rows.GetColumns()) {
+    DisplayText head = MakeDisplayText(column.strName);
     const std::size_t nHeadWidth = head.nWidth;
-    vColumns.push_back({std::move(head), {}, nHeadWidth, true});
+    const bool bNumbers = column.eKind == Kind::Integer || column.eKind == Kind::Real;
+    vColumns.push_back({std::move(head), nHeadWidth, bNumbers || !column.eKind});
+  }
+  rows.Rewind();
+  for (Row row; rows.Next(row);) {
+    for (const Cell& cell : row) {
+      ShownColumn& column = vColumns[cell.nColumn];
+      column.nWidth = std::max(column.nWidth, Shown(cell).nWidth);
+    }
   }
 }
 
-void TableLayout::WriteCells(const std::vector<Cell>& vCells) {
-  for (std::size_t i = 0; i < vCells.size(); ++i) {
-    Column& column = vColumns[i];
-    column.vTexts.push_back(MakeDisplayText(ShownText(vCells[i])));
-    column.nWidth = std::max(column.nWidth, column.vTexts.back().nWidth);
-    column.bIntegers &=
-        vCells[i].eType == CQXRecordSet::QX_LONG || vCells[i].eType == CQXRecordSet::QX_NULL;
-  }
-  ++nRows;
+DisplayText TableLayout::Shown(const Cell& cell) {
+  return MakeDisplayText(ShownText(cell, strBuffer));
 }
 
-void TableLayout::End() {
+void TableLayout::Write(Output& output, bool bColor) {
   if (vColumns.empty()) {
-    output.Write(nRows == 0 ? "(no rows)\n" : "(no columns)\n");
+    output.Write(rows.Count() == 0 ? "(no rows)\n" : "(no columns)\n");
     return;
   }
   const std::size_t nShown = FittingColumns();
@@ -65,24 +61,27 @@ void TableLayout::End() {
   Shrink(kLeastForText, false);
   Shrink(kLeast, true);
 
+  std::vector<DisplayText> vHeads;
   std::vector<DisplayText> vRules;
-  for (const Column& column : vColumns) {
+  for (const ShownColumn& column : vColumns) {
+    vHeads.push_back(column.head);
     vRules.push_back({std::string(column.nWidth, '-'), column.nWidth});
   }
-  std::vector<const DisplayText*> vLine(vColumns.size());
-  const auto WriteLine = [&](auto pick, bool bBold) {
-    for (std::size_t i = 0; i < vColumns.size(); ++i) {
-      vLine[i] = pick(i);
+  output.Write(Styled(Line(vHeads), Style::Bold, bColor) + "\n");
+  output.Write(Line(vRules) + "\n");
+  rows.Rewind();
+  std::vector<DisplayText> vTexts;
+  for (Row row; rows.Next(row);) {
+    vTexts.assign(vColumns.size(), {});
+    for (const Cell& cell : row) {
+      if (cell.nColumn < vTexts.size()) {
+        vTexts[cell.nColumn] = Shown(cell);
+      }
     }
-    output.Write(Styled(Line(vLine), Style::Bold, bColor && bBold) + "\n");
-  };
-  WriteLine([&](std::size_t i) { return &vColumns[i].head; }, true);
-  WriteLine([&](std::size_t i) { return &vRules[i]; }, false);
-  for (std::size_t nRow = 0; nRow < nRows; ++nRow) {
-    WriteLine([&](std::size_t i) { return &vColumns[i].vTexts[nRow]; }, false);
+    output.Write(Line(vTexts) + "\n");
   }
   if (nHidden != 0) {
-    output.Write(MoreNote(nHidden, "column"));
+    output.Write("... " + std::to_string(nHidden) + " more column" + (nHidden == 1 ? "\n" : "s\n"));
   }
 }
 
@@ -100,7 +99,7 @@ std::size_t TableLayout::FittingColumns() const {
 
 std::size_t TableLayout::Total() const {
   std::size_t nTotal = kGap * (vColumns.size() - 1);
-  for (const Column& column : vColumns) {
+  for (const ShownColumn& column : vColumns) {
     nTotal += column.nWidth;
   }
   return nTotal;
@@ -108,18 +107,18 @@ std::size_t TableLayout::Total() const {
 
 // Cuts the widest columns down to one width, a few of them to one more, so that the lines just fit;
 // none to less than `nLeast`.
-void TableLayout::Shrink(std::size_t nLeast, bool bIntegersToo) {
+void TableLayout::Shrink(std::size_t nLeast, bool bNumbersToo) {
   const std::size_t nTotal = Total();
   if (nTotal <= nWidth) {
     return;
   }
-  const auto Cut = [&](const Column& column, std::size_t nLevel) {
-    const bool bMay = column.nWidth > nLevel && (bIntegersToo || !column.bIntegers);
+  const auto Cut = [&](const ShownColumn& column, std::size_t nLevel) {
+    const bool bMay = column.nWidth > nLevel && (bNumbersToo || !column.bNumbers);
     return bMay ? column.nWidth - nLevel : 0;
   };
   const auto TotalAt = [&](std::size_t nLevel) {
     std::size_t nCut = 0;
-    for (const Column& column : vColumns) {
+    for (const ShownColumn& column : vColumns) {
       nCut += Cut(column, nLevel);
     }
     return nTotal - nCut;
@@ -138,13 +137,13 @@ void TableLayout::Shrink(std::size_t nLeast, bool bIntegersToo) {
   }
 }
 
-std::string TableLayout::Line(const std::vector<const DisplayText*>& vTexts) const {
+std::string TableLayout::Line(const std::vector<DisplayText>& vTexts) const {
   std::string strLine;
   for (std::size_t i = 0; i < vColumns.size(); ++i) {
-    const DisplayText text = Shortened(*vTexts[i], vColumns[i].nWidth);
+    const DisplayText text = Shortened(vTexts[i], vColumns[i].nWidth);
     const std::string strBlanks(vColumns[i].nWidth - text.nWidth, ' ');
     strLine += i == 0 ? "" : std::string(kGap, ' ');
-    strLine += vColumns[i].bIntegers ? strBlanks + text.strText : text.strText + strBlanks;
+    strLine += vColumns[i].bNumbers ? strBlanks + text.strText : text.strText + strBlanks;
   }
   return WithoutBlanksAtEnd(std::move(strLine));
 }

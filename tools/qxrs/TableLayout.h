@@ -1,6 +1,6 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// A table of aligned columns for people: integers to the right, everything else to the left,
+// A table of aligned columns for people: numbers to the right, everything else to the left,
 // shortened to the width there is.
 
 #ifndef QXRECORDSET_TOOLS_TABLELAYOUT_H
@@ -9,45 +9,40 @@
 #include <string>
 #include <vector>
 
-#include "tools/qxrs/rows/Columns.h"
+#include "tools/qxrs/rows/Spool.h"
 #include "tools/qxrs/support/DisplayText.h"
 #include "tools/qxrs/support/Output.h"
 
 namespace qxrs {
 
-// The line that tells of rows or columns that are not shown.
-std::string MoreNote(unsigned long long nCount, const std::string& strWhat);
-
-class TableLayout : public ColumnSink {
+class TableLayout {
  public:
   static constexpr std::size_t kAnyWidth = static_cast<std::size_t>(-1);
 
-  // Writes the table to `outputText` at the end, in lines of `nMaxWidth` columns: texts are cut,
-  // and columns for which that is not enough are left out.
-  TableLayout(Output& outputText, std::size_t nMaxWidth, bool bUseColor);
+  // Measures the rows, for lines of `nMaxWidth` columns: texts are cut, and columns for which that
+  // is not enough are left out.
+  TableLayout(SpooledRows& rowsToShow, std::size_t nMaxWidth);
 
-  void End() override;
+  // Writes the table. Only once.
+  void Write(Output& output, bool bColor);
 
  private:
-  struct Column {
+  struct ShownColumn {
     DisplayText head;
-    std::vector<DisplayText> vTexts;  // one for each row
-    std::size_t nWidth;               // of the widest, then as written
-    bool bIntegers = true;            // nothing but integers and nulls
+    std::size_t nWidth;  // of the widest, then as written
+    bool bNumbers;       // nothing but numbers and nulls
   };
 
-  void BeginColumns() override;
-  void WriteCells(const std::vector<Cell>& vCells) override;
+  DisplayText Shown(const Cell& cell);
   std::size_t FittingColumns() const;
   std::size_t Total() const;
-  void Shrink(std::size_t nLeast, bool bIntegersToo);
-  std::string Line(const std::vector<const DisplayText*>& vTexts) const;
+  void Shrink(std::size_t nLeast, bool bNumbersToo);
+  std::string Line(const std::vector<DisplayText>& vTexts) const;
 
-  Output& output;
+  SpooledRows& rows;
   const std::size_t nWidth;
-  const bool bColor;
-  std::vector<Column> vColumns;
-  std::size_t nRows = 0;
+  std::vector<ShownColumn> vColumns;
+  std::string strBuffer;
 };
 
 }  // namespace qxrs

@@ -2,12 +2,15 @@
 //
 // qxrs: record sets on the command line.
 
+#include <algorithm>
 #include <clocale>
-#include <cstdio>
 #include <iostream>
 #include <new>
+#include <numeric>
+#include <utility>
 
 #include "tools/qxrs/Command.h"
+#include "tools/qxrs/support/DisplayText.h"
 #include "tools/qxrs/support/Errors.h"
 
 namespace qxrs {
@@ -18,37 +21,62 @@ constexpr const char* kFooter =
     "Every command reads a file or standard input and writes standard output.\n"
     "qxrs COMMAND --help tells more and shows examples.\n\n"
     "Examples:\n"
-    "  qxrs from-csv --infer planets.csv | qxrs table\n"
-    "  qxrs from-sql world.db \"SELECT * FROM countries\" | qxrs to-csv -o countries.csv\n\n"
+    "  qxrs table --infer planets.csv\n"
+    "  qxrs convert world.db countries.csv --table countries\n\n"
     "Exit status: 0 done, 1 bad input or a file that fails, 2 wrong usage";
 
 void AddCommands(CLI::App& app, Action& action) {
+  AddConversions(app, action);
   AddTable(app, action);
-  AddFromCsv(app, action);
-  AddFromTsv(app, action);
-  AddFromJson(app, action);
-  AddFromJsonl(app, action);
-  AddFromSql(app, action);
-  AddToCsv(app, action);
-  AddToTsv(app, action);
-  AddToJson(app, action);
-  AddToJsonl(app, action);
-  AddToSql(app, action);
+  AddParts(app, action);
+  AddSql(app, action);
   AddDiff(app, action);
   AddStats(app, action);
+  AddCheck(app, action);
   AddNormalize(app, action);
   AddDump(app, action);
   AddPretty(app, action);
   AddGet(app, action);
-  AddCheck(app, action);
   AddParams(app, action);
-  AddCompletion(app, action);
-  AddManual(app, action);
+  AddDescriptions(app, action);
 }
 
+// What a file or a database is called may move the cursor of a terminal.
 int Complain(const std::string& strMessage, int nStatus) {
-  std::cerr << "qxrs: " << strMessage << '\n';
+  std::cerr << "qxrs: " << MakeDisplayText(strMessage).strText << '\n';
   return nStatus;
+}
+
+// How many letters have to be changed, added or left out to make one word of the other.
+std::size_t Distance(const std::string& strOne, const std::string& strOther) {
+  std::vector<std::size_t> vCosts(strOther.size() + 1);
+  std::iota(vCosts.begin(), vCosts.end(), 0);
+  for (std::size_t i = 0; i < strOne.size(); ++i) {
+    std::size_t nDiagonal = std::exchange(vCosts[0], i + 1);
+    for (std::size_t j = 0; j < strOther.size(); ++j) {
+      const std::size_t nChange = nDiagonal + (strOne[i] == strOther[j] ? 0 : 1);
+      nDiagonal = vCosts[j + 1];
+      vCosts[j + 1] = std::min({nChange, nDiagonal + 1, vCosts[j] + 1});
+    }
+  }
+  return vCosts.back();
+}
+
+// What to say about a word that is no command.
+std::string UnknownCommand(const CLI::App& app, const std::string& strWord) {
+  constexpr std::size_t kAlike = 3;  // words that differ by more are not suggested
+  std::size_t nBest = kAlike + 1;
+  std::string strBest;
+  for (const CLI::App* pCommand : app.get_subcommands([](const CLI::App*) { return true; })) {
+    const std::size_t nDistance = Distance(strWord, pCommand->get_name());
+    if (nDistance < nBest) {
+      nBest = nDistance;
+      strBest = pCommand->get_name();
+    }
+  }
+  return "there is no command '" + strWord + "'" +
+         (strBest.empty() ? "" : "; did you mean " + strBest + "?") + " (see " + app.get_name() +
+         " --help)";
 }
 
 std::string UsageMessage(const CLI::App& app, const CLI::Error& error) {
@@ -58,6 +86,13 @@ std::string UsageMessage(const CLI::App& app, const CLI::Error& error) {
     strCommand += " " + pApp->get_name();
   }
   return std::string(error.what()) + " (see " + strCommand + " --help)";
+}
+
+// --help and --version, which CLI11 writes to std::cout.
+int Describe(const CLI::App& app, const CLI::Success& request) {
+  const int nStatus = app.exit(request);
+  std::cout.flush();
+  return std::cout ? nStatus : Complain("cannot write standard output", kExitFailed);
 }
 
 int Run(const Action& action) {
@@ -73,9 +108,7 @@ int Run(const Action& action) {
 }
 
 int Main(int nArguments, char** pszArguments) {
-  CLI::App app(
-      "Record sets on the command line: tables as JSON text, converted, shown and compared.",
-      "qxrs");
+  CLI::App app("Tables on the command line: converted, shown, compared and asked in SQL.", "qxrs");
   SetHelpStyle(app);
   app.set_version_flag("--version", "qxrs " QXRS_VERSION, "write the version and exit");
   app.require_subcommand(1);
@@ -85,8 +118,11 @@ int Main(int nArguments, char** pszArguments) {
   try {
     app.parse(nArguments, pszArguments);
   } catch (const CLI::Success& request) {
-    return app.exit(request);  // --help or --version
+    return Describe(app, request);
   } catch (const CLI::ParseError& error) {
+    if (app.get_subcommands().empty() && nArguments > 1 && pszArguments[1][0] != '-') {
+      return Complain(UnknownCommand(app, pszArguments[1]), kExitUsage);
+    }
     return Complain(UsageMessage(app, error), kExitUsage);
   }
   return Run(action);

@@ -1,80 +1,98 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Rows from and to CSV (RFC 4180): the first line names the columns, a field that holds a comma, a
-// quote or a line break stands in quotes, and spaces belong to the field.
+// Rows from and to delimited text: CSV (RFC 4180), where a field that holds a delimiter, a quote or
+// a line break stands in quotes and spaces belong to the field; and TSV, which has no quotes but
+// the escapes \t, \n, \r and \\. The first line names the columns. A field of which nothing is
+// there, not even quotes, is a null.
 
 #ifndef QXRECORDSET_TOOLS_ROWS_CSV_H
 #define QXRECORDSET_TOOLS_ROWS_CSV_H
 
-#include <csv.h>
-
-#include <deque>
-#include <exception>
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "tools/qxrs/rows/Columns.h"
-#include "tools/qxrs/rows/FieldTypes.h"
-#include "tools/qxrs/rows/LineReader.h"
+#include "tools/qxrs/rows/Rows.h"
 #include "tools/qxrs/support/Output.h"
+#include "tools/qxrs/support/Warnings.h"
+#include "tools/qxrs/support/Window.h"
 
 namespace qxrs {
 
+enum class Dialect { Csv, Tsv };
+
+struct CsvReading {
+  Dialect eDialect = Dialect::Csv;
+  char chDelimiter = '\0';             // NUL: what the first line has, of comma, semicolon, tab
+  std::optional<std::string> strNull;  // a field that stands for null, too
+  std::vector<std::string> vNames;     // of the columns; empty: the first line tells them
+};
+
 class CsvSource : public RowSource {
  public:
-  CsvSource(Input& input, char chDelimiter, FieldTypes fieldTypes);
-  ~CsvSource() override;
+  // Reads the first line.
+  CsvSource(Input& input, CsvReading howToRead);
 
-  const std::vector<std::string>* Columns() override { return &vColumns; }
+  const Columns& GetColumns() const override { return columns; }
+  bool AllColumnsKnown() const override { return true; }
   bool Next(Row& row) override;
 
  private:
-  struct Record {
-    std::vector<Field> vFields;
-    unsigned long long nLine;  // where it begins
-  };
+  // Finds the bytes that end or interrupt a field, sixteen at a time.
+  class Stops;
+  enum class End { Field, Record, TextTooShort };
 
-  bool NextRecord();
-  void FeedLine(std::string_view strLine);
-  void FeedEnd();
-  void TakeField(const char* pText, std::size_t nLength);
-  void TakeRecord();
+  bool NextRecord(Row& row);
+  bool ReadRecord(Row& row);
+  End ReadField(Stops& stops, Cell& cell, const char*& p);
+  End ReadQuoted(Stops& stops, Cell& cell, const char*& p);
+  End PassEnd(const char*& p) const;
+  char GuessDelimiter();
+  void TakeNames(const Row& row);
 
-  // libcsv reports by callbacks, which must not throw through its C code.
-  static void OnField(void* pText, std::size_t nLength, void* pSource);
-  static void OnRecord(int nEnd, void* pSource);
-  template <typename Step>
-  void Guard(Step step);
-
-  LineReader lines;
-  const FieldTypes types;
-  std::vector<std::string> vColumns;
-  csv_parser parser{};
-  std::deque<Record> vRecords;    // complete ones; the first is the one Next() gave
-  std::vector<Field> vFields;     // of the record that is being read
-  unsigned long long nBegan = 1;  // the line where that record begins
-  bool bOpen = false;             // it goes on in the next line
-  bool bEnd = false;
-  std::exception_ptr pFailure;  // what a callback could not throw
+  Window window;
+  CsvReading how;
+  Columns columns;
+  const char* pRecord = nullptr;        // the beginning of the record that was read last
+  bool bLast = false;                   // the window reaches the end of the input
+  std::vector<std::uint32_t> vRewrite;  // cells of the record with escapes or doubled quotes
 };
 
-class CsvSink : public ColumnSink {
- public:
-  // Nulls, and cells that are not there, become `strNullField`.
-  CsvSink(Output& outputText, char chFieldDelimiter, std::string strNullField);
+struct CsvWriting {
+  Dialect eDialect = Dialect::Csv;
+  char chDelimiter = ',';
+  std::string strNull;     // written for null
+  bool bCrLf = false;      // lines end with a carriage return and a line feed
+  bool bMark = false;      // a byte order mark stands in front
+  bool bQuoteAll = false;  // every field stands in quotes, but for nulls
+};
 
+class CsvSink : public RowSink {
+ public:
+  CsvSink(Output& outputText, CsvWriting howToWrite, Warnings& lossesSeen);
+
+  Needs GetNeeds() const override { return Needs::Columns; }
+  void Begin(const Columns& columns, bool bAllColumns) override;
+  void Write(const Row& row) override;
   void End() override {}
+  void Flush() override { output.Flush(); }
 
  private:
-  void BeginColumns() override;
-  void WriteCells(const std::vector<Cell>& vCells) override;
-  std::string Quoted(std::string_view strText) const;
-  void WriteLine(const std::string& strLine);
+  void WriteField(const Cell* pCell);
+  void WriteText(std::string_view strText);
+  bool IsPlain(std::string_view strText) const;
 
   Output& output;
-  const std::string strDelimiter;
-  const std::string strNull;
-  const std::string strSpecial;  // bytes that need quotes around their field
+  const CsvWriting how;
+  Warnings& warnings;
+  const Columns* pColumns = nullptr;
+  const std::string strLineEnd;
+  std::size_t nColumns = 0;
+  std::vector<const Cell*> vPlaces;  // the cells of a row in the order of the columns
+  std::string strBuffer;
+  unsigned long long nRow = 0;
 };
 
 }  // namespace qxrs

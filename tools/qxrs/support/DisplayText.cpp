@@ -84,6 +84,19 @@ DisplayText MakeDisplayText(std::string_view strText) {
   return result;
 }
 
+std::string PrintableLines(std::string_view strText) {
+  std::string strResult;
+  while (true) {
+    const std::size_t nEnd = strText.find('\n');
+    strResult += MakeDisplayText(strText.substr(0, nEnd)).strText;
+    if (nEnd == std::string_view::npos) {
+      return strResult;
+    }
+    strResult += '\n';
+    strText.remove_prefix(nEnd + 1);
+  }
+}
+
 DisplayText Shortened(const DisplayText& text, std::size_t nWidth) {
   if (text.nWidth <= nWidth || nWidth == 0) {
     return text;

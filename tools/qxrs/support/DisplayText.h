@@ -22,6 +22,9 @@ struct DisplayText {
 // everything else, the backslash included, stands for itself.
 DisplayText MakeDisplayText(std::string_view strText);
 
+// `strText` made like that line by line; its line feeds stay.
+std::string PrintableLines(std::string_view strText);
+
 // `text` in at most `nWidth` columns: what does not fit is replaced by an ellipsis.
 DisplayText Shortened(const DisplayText& text, std::size_t nWidth);
 

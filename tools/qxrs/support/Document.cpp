@@ -4,10 +4,13 @@
 
 #include "tools/qxrs/support/Document.h"
 
+#include <algorithm>
 #include <limits>
 
+#include "tools/qxrs/rows/JsonWalk.h"
 #include "tools/qxrs/support/Errors.h"
 #include "tools/qxrs/support/TextPosition.h"
+#include "tools/qxrs/support/Window.h"
 
 namespace qxrs {
 
@@ -16,21 +19,35 @@ namespace {
 // The parser counts in int.
 constexpr std::size_t kMaxLength = std::numeric_limits<int>::max();
 
-std::size_t StoppedAt(const JSON::Message& message) {
-  // A text that is refused in front of its first bracket leaves no root and no useful position.
-  return message.pComposite ? static_cast<std::size_t>(message.pCursor - message.pStart) : 0;
+Refusal Explain(const std::string& strText) {
+  const std::size_t nFirst = std::min(strText.find_first_not_of(kWhiteSpace), strText.size());
+  const char* const pFirst = strText.data() + nFirst;
+  if (!JSON::BeginsContainer(*pFirst)) {
+    if (nFirst == strText.size()) {
+      return {nFirst, "there is no document: expected '{' or '['"};
+    }
+    if (*pFirst == '\0') {
+      return {nFirst, "a NUL byte ends the text here"};
+    }
+    return {nFirst, strText.compare(nFirst, kByteOrderMark.size(), kByteOrderMark) == 0
+                        ? "a byte order mark stands in front of the document, which a host refuses"
+                        : "expected '{' or '['"};
+  }
+  JsonWalk walk(strText.data() + strText.size());
+  walk.Read(pFirst);
+  return {static_cast<std::size_t>(walk.FailedAt() - strText.data()), walk.Reason()};
 }
 
 }  // namespace
 
-std::optional<Diagnosis> Parse(JSON::Message& message, const std::string& strText) {
+std::optional<Refusal> Parse(JSON::Message& message, const std::string& strText) {
   if (strText.size() > kMaxLength) {
-    return Diagnosis{kMaxLength, "a document can have 2 GiB at most"};
+    return Refusal{kMaxLength, "a document can have 2 GiB at most"};
   }
   if (message.Parse(strText.data(), static_cast<int>(strText.size()))) {
     return std::nullopt;
   }
-  return Diagnose(strText, StoppedAt(message));
+  return Explain(strText);
 }
 
 void ParseOrThrow(JSON::Message& message, const std::string& strText, const std::string& strName) {
@@ -49,7 +66,9 @@ CQXRecordSet LoadRecordSet(const std::string& strText, const std::string& strNam
     JSON::Message message;
     ParseOrThrow(message, strText, strName);
     if (message.eType != JSON::jtObject) {
-      throw InputError(Complaint(strName, TextPosition(), kNoRecordSet));
+      throw InputError(
+          Complaint(strName, TextPosition(),
+                    "an array is no record set; qxrs from-json reads arrays of objects"));
     }
   }
   return {strText};

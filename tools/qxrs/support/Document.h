@@ -7,29 +7,20 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "json/JSONMessage.h"
 #include "recordset/QXRecordSet.h"
-#include "tools/qxrs/support/Diagnosis.h"
 
 namespace qxrs {
 
-// Some programs put it in front of UTF-8 text.
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
-// The bytes of an escape behind its backslash, which `c` begins: \u takes any four more.
-constexpr std::size_t EscapeLength(char c) { return c == 'u' ? 5 : 1; }
-
-// What the library's parser takes for white space.
-constexpr std::string_view kWhiteSpace = " \t\n\r\f";
-
-// What is said about a document that is an array.
-constexpr const char* kNoRecordSet =
-    "an array is no record set; qxrs from-json reads arrays of objects";
+// Why the library refuses a text.
+struct Refusal {
+  std::size_t nOffset;    // the byte at fault; the text's length when it ends too soon
+  std::string strReason;  // one line
+};
 
 // Parses `strText` into `message`, a copying one; nothing when it is accepted.
-std::optional<Diagnosis> Parse(JSON::Message& message, const std::string& strText);
+std::optional<Refusal> Parse(JSON::Message& message, const std::string& strText);
 
 // The same, but a refusal is an InputError. `strName` names the text in it.
 void ParseOrThrow(JSON::Message& message, const std::string& strText, const std::string& strName);

@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -17,8 +18,8 @@ namespace qxrs {
 
 namespace {
 
-// Bytes asked for at a time: what a pipe holds.
-constexpr std::size_t kPiece = 65536;
+constexpr std::size_t kPiece = 65536;   // bytes asked for at a time: what a pipe holds
+constexpr std::size_t kFirstBytes = 4;  // tell what the text is compressed with
 
 }  // namespace
 
@@ -43,25 +44,55 @@ Input::~Input() {
   }
 }
 
-bool Input::Read(std::string& strBuffer) {
-  const std::size_t nOld = strBuffer.size();
-  strBuffer.resize(nOld + kPiece);
+// The bytes of the file: the first ones are known already.
+std::size_t Input::ReadRaw(char* pBytes, std::size_t nSize) {
+  if (nFirstUsed < strFirst.size()) {
+    const std::size_t nCopied = strFirst.copy(pBytes, nSize, nFirstUsed);
+    nFirstUsed += nCopied;
+    return nCopied;
+  }
   ssize_t nRead = 0;
   do {
-    nRead = read(nFile, &strBuffer[nOld], kPiece);
+    nRead = read(nFile, pBytes, nSize);
   } while (nRead < 0 && errno == EINTR);
   if (nRead < 0) {
     throw InputError("cannot read " + strName + ": " + std::strerror(errno));
   }
-  strBuffer.resize(nOld + static_cast<std::size_t>(nRead));
   progress.Add(static_cast<unsigned long long>(nRead));
-  return nRead > 0;
+  return static_cast<std::size_t>(nRead);
+}
+
+void Input::Begin() {
+  bBegun = true;
+  std::string strBytes(kPiece, '\0');
+  std::size_t nSize = 0;
+  for (std::size_t nRead = 1; nRead != 0 && nSize < kFirstBytes; nSize += nRead) {
+    nRead = ReadRaw(&strBytes[nSize], kPiece - nSize);
+  }
+  strBytes.resize(nSize);
+  strFirst = std::move(strBytes);
+  pDecompressor =
+      MakeDecompressor(CompressionOf(strFirst), strName,
+                       [this](char* pBytes, std::size_t nMost) { return ReadRaw(pBytes, nMost); });
+}
+
+std::size_t Input::Read(char* pBytes, std::size_t nSize) {
+  if (!bBegun) {
+    Begin();
+  }
+  return pDecompressor ? pDecompressor->Read(pBytes, nSize) : ReadRaw(pBytes, nSize);
 }
 
 std::string Input::ReadAll() {
   std::string strText;
-  while (Read(strText)) {
-  }
+  std::size_t nRead = 0;
+  std::size_t nOld = 0;
+  do {
+    strText.resize(nOld + std::max(kPiece, nOld));
+    nRead = Read(&strText[nOld], strText.size() - nOld);
+    nOld += nRead;
+  } while (nRead != 0);
+  strText.resize(nOld);
   return strText;
 }
 

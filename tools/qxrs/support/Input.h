@@ -1,12 +1,15 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// A file or standard input, read front to back. Failures to open or read are InputErrors.
+// A file or standard input, read front to back; gzip and Zstandard are decompressed. Failures to
+// open or read are InputErrors.
 
 #ifndef QXRECORDSET_TOOLS_SUPPORT_INPUT_H
 #define QXRECORDSET_TOOLS_SUPPORT_INPUT_H
 
+#include <memory>
 #include <string>
 
+#include "tools/qxrs/support/Compression.h"
 #include "tools/qxrs/support/Progress.h"
 
 namespace qxrs {
@@ -23,16 +26,23 @@ class Input {
   // The name for messages: the path, or "standard input".
   const std::string& Name() const { return strName; }
 
-  // Appends the next piece of the text to `strBuffer`; false at the end.
-  bool Read(std::string& strBuffer);
+  // Reads up to `nSize` bytes of the text to `pBytes`, as many as are there; 0 at the end.
+  std::size_t Read(char* pBytes, std::size_t nSize);
 
   // All that is left.
   std::string ReadAll();
 
  private:
+  std::size_t ReadRaw(char* pBytes, std::size_t nSize);
+  void Begin();
+
   int nFile;
   std::string strName;
   Progress& progress;
+  std::string strFirst;  // the first bytes, read to see what the text is
+  std::size_t nFirstUsed = 0;
+  bool bBegun = false;
+  std::unique_ptr<Decompressor> pDecompressor;
 };
 
 }  // namespace qxrs

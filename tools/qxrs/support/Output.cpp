@@ -8,12 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
+#include <algorithm>
 #include <cerrno>
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 
 #include "tools/qxrs/support/Errors.h"
 
@@ -22,32 +18,7 @@ namespace qxrs {
 namespace {
 
 // Bytes collected before they are written.
-constexpr std::size_t kPiece = 65536;
-
-// The modes a new file gets from open(); mkstemp() would give less.
-constexpr mode_t kNewFile = 0666;
-
-// The temporary file that is there, for the handler below. A process has one at most.
-std::atomic<const char*> szAbandoned = nullptr;
-
-// Ends the process as the signal would have, without leaving the temporary file.
-extern "C" void RemoveAndEnd(int nSignal) {
-  const char* const szPath = szAbandoned;
-  if (szPath) {
-    unlink(szPath);
-  }
-  std::signal(nSignal, SIG_DFL);
-  std::raise(nSignal);
-}
-
-void RemoveWhenInterrupted(const char* szPath) {
-  szAbandoned = szPath;
-  for (const int nSignal : {SIGINT, SIGTERM, SIGHUP}) {
-    if (std::signal(nSignal, RemoveAndEnd) == SIG_IGN) {
-      std::signal(nSignal, SIG_IGN);  // as nohup wants it
-    }
-  }
-}
+constexpr std::size_t kPiece = 131072;
 
 [[noreturn]] void Fail(const std::string& strName) {
   throw InputError("cannot write " + strName + ": " + std::strerror(errno));
@@ -59,111 +30,79 @@ bool IsSpecial(const std::string& strPath) {
   return stat(strPath.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
 }
 
-// The file behind a symbolic link, so that the link stays; the path itself when there is none.
-std::string Resolved(const std::string& strPath) {
-  char* szPath = realpath(strPath.c_str(), nullptr);
-  if (!szPath) {
-    return strPath;
-  }
-  std::string strResult(szPath);
-  std::free(szPath);
-  return strResult;
-}
-
-mode_t CreationMode(const std::string& strTarget) {
-  struct stat status {};
-  if (stat(strTarget.c_str(), &status) == 0) {
-    return status.st_mode & 07777;
-  }
-  const mode_t nMask = umask(0);
-  umask(nMask);
-  return kNewFile & ~nMask;
-}
-
-int OpenOutput(const std::string& strPath) {
+int OpenOutput(const std::string& strPath, std::optional<TemporaryFile>& file) {
   if (strPath == "-") {
     return STDOUT_FILENO;
   }
-  return IsSpecial(strPath) ? open(strPath.c_str(), O_WRONLY | O_CLOEXEC) : -1;
+  if (!IsSpecial(strPath)) {
+    return file.emplace(strPath).File();
+  }
+  const int nFile = open(strPath.c_str(), O_WRONLY | O_CLOEXEC);
+  if (nFile < 0) {
+    Fail(strPath);
+  }
+  return nFile;
 }
 
 }  // namespace
 
-Output::Output(const std::string& strPath, Progress& progressBar)
-    : nFile(OpenOutput(strPath)),
-      strName(strPath == "-" ? "standard output" : strPath),
-      progress(progressBar),
-      bTerminal(nFile >= 0 && IsTerminal(nFile)) {
-  if (nFile >= 0) {
-    return;
-  }
-  if (IsSpecial(strPath)) {
-    Fail(strName);
-  }
-  strTarget = Resolved(strPath);
-  OpenTemporary();
-}
-
-Output::~Output() {
-  if (nFile != STDOUT_FILENO) {
-    close(nFile);
-  }
-  if (!strTemporary.empty()) {
-    unlink(strTemporary.c_str());
-    szAbandoned = nullptr;
-  }
-}
-
-void Output::OpenTemporary() {
-  // No signal comes between making the file and knowing its name.
-  sigset_t setAll;
-  sigset_t setBefore;
-  sigfillset(&setAll);
-  sigprocmask(SIG_SETMASK, &setAll, &setBefore);
-  strTemporary = strTarget + ".XXXXXX";
-  nFile = mkostemp(strTemporary.data(), O_CLOEXEC);
-  RemoveWhenInterrupted(nFile >= 0 ? strTemporary.c_str() : nullptr);
-  sigprocmask(SIG_SETMASK, &setBefore, nullptr);
-  if (nFile < 0) {
-    strTemporary.clear();
-    Fail(strName);
-  }
-  fchmod(nFile, CreationMode(strTarget));
-}
-
-void Output::Write(std::string_view strText) {
-  strBuffer += strText;
-  if (strBuffer.size() >= kPiece) {
-    Flush();
-  }
-}
-
-void Output::Flush() {
-  if (bTerminal) {
-    progress.Stop();
-  }
-  std::string_view strRest = strBuffer;
-  while (!strRest.empty()) {
-    const ssize_t nWritten = write(nFile, strRest.data(), strRest.size());
+void WriteAll(int nFile, std::string_view strText, const std::string& strName) {
+  while (!strText.empty()) {
+    const ssize_t nWritten = write(nFile, strText.data(), strText.size());
     if (nWritten < 0 && errno != EINTR) {
       Fail(strName);
     }
-    strRest.remove_prefix(nWritten < 0 ? 0 : static_cast<std::size_t>(nWritten));
+    strText.remove_prefix(nWritten < 0 ? 0 : static_cast<std::size_t>(nWritten));
   }
-  strBuffer.clear();
+}
+
+Output::Output(const std::string& strPath, Progress& progressBar)
+    : strName(strPath == "-" ? "standard output" : strPath),
+      nFile(OpenOutput(strPath, file)),
+      vBuffer(kPiece),
+      pWrite(vBuffer.data()),
+      pLimit(pWrite + vBuffer.size()),
+      progress(progressBar),
+      bTerminal(qxrs::IsTerminal(nFile)) {
+  std::string strPlainName = strPath;
+  pCompressor = MakeCompressor(TakeCompressionSuffix(strPlainName),
+                               [this](std::string_view str) { WriteAll(nFile, str, strName); });
+}
+
+Output::~Output() {
+  if (nFile != STDOUT_FILENO && !file) {
+    close(nFile);
+  }
+}
+
+void Output::Flush(bool bEnd) {
+  if (bTerminal) {
+    progress.Stop();
+  }
+  const std::string_view strText(vBuffer.data(), static_cast<std::size_t>(pWrite - vBuffer.data()));
+  pWrite = vBuffer.data();
+  if (pCompressor) {
+    pCompressor->Write(strText, bEnd);
+  } else {
+    WriteAll(nFile, strText, strName);
+  }
+}
+
+char* Output::MakeRoom(std::size_t nBytes) {
+  Flush(false);
+  if (nBytes > vBuffer.size()) {
+    vBuffer.resize(nBytes);
+    pWrite = vBuffer.data();
+    pLimit = pWrite + nBytes;
+  }
+  return pWrite;
 }
 
 void Output::Commit() {
-  Flush();
-  if (strTemporary.empty()) {
-    return;
+  Flush(true);
+  if (file) {
+    file->Commit();
   }
-  // The bytes have to be on the disk before the name points at them.
-  if (fsync(nFile) != 0 || std::rename(strTemporary.c_str(), strTarget.c_str()) != 0) {
-    Fail(strName);
-  }
-  szAbandoned = nullptr;
-  strTemporary.clear();
 }
 
 }  // namespace qxrs

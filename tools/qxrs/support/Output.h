@@ -2,17 +2,27 @@
 //
 // Standard output, or the file of the option -o. A file is written under a temporary name and put
 // in place by Commit(), so that it may be the input, too, and a command that fails leaves the old
-// one alone. Failures to write are InputErrors.
+// one alone. A file whose name ends in .gz or .zst is compressed. Failures to write are
+// InputErrors.
 
 #ifndef QXRECORDSET_TOOLS_SUPPORT_OUTPUT_H
 #define QXRECORDSET_TOOLS_SUPPORT_OUTPUT_H
 
+#include <cstring>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "tools/qxrs/support/Compression.h"
 #include "tools/qxrs/support/Progress.h"
+#include "tools/qxrs/support/TemporaryFile.h"
 
 namespace qxrs {
+
+// Writes all of `strText`. Throws InputError, which names `strName`.
+void WriteAll(int nFile, std::string_view strText, const std::string& strName);
 
 class Output {
  public:
@@ -23,22 +33,39 @@ class Output {
   Output& operator=(const Output&) = delete;
   ~Output();
 
-  void Write(std::string_view strText);
+  // Room for `nBytes` bytes, to be filled from its beginning; Use() then takes what ends at
+  // `pBehind`.
+  char* Room(std::size_t nBytes) {
+    return static_cast<std::size_t>(pLimit - pWrite) >= nBytes ? pWrite : MakeRoom(nBytes);
+  }
+  void Use(char* pBehind) { pWrite = pBehind; }
+
+  void Write(std::string_view strText) {
+    char* const p = Room(strText.size());
+    std::memcpy(p, strText.data(), strText.size());
+    Use(p + strText.size());
+  }
+
+  // Hands over what was written so far.
+  void Flush() { Flush(false); }
 
   // Hands over all that was written. Without it a file never appears.
   void Commit();
 
   int File() const { return nFile; }
+  bool IsTerminal() const { return bTerminal; }
 
  private:
-  void OpenTemporary();
-  void Flush();
+  void Flush(bool bEnd);
+  char* MakeRoom(std::size_t nBytes);
 
+  std::string strName;                // for messages
+  std::optional<TemporaryFile> file;  // none: written directly
   int nFile;
-  std::string strName;       // for messages
-  std::string strTarget;     // where Commit() puts the temporary file
-  std::string strTemporary;  // empty: the file is written directly
-  std::string strBuffer;
+  std::unique_ptr<Compressor> pCompressor;
+  std::vector<char> vBuffer;
+  char* pWrite;  // behind what was written to the buffer
+  char* pLimit;  // its end
   Progress& progress;
   const bool bTerminal;
 };

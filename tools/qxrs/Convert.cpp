@@ -1,0 +1,229 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// qxrs convert, and the commands for which one of the two formats is fixed: from-csv to to-sql.
+
+#include "tools/qxrs/Command.h"
+#include "tools/qxrs/support/Errors.h"
+
+namespace qxrs {
+
+namespace {
+
+constexpr const char* kInfer =
+    "The first line names the columns. A field of which nothing is there, not even quotes, is\n"
+    "null. With --infer all rows are read before the first is written; otherwise rows stream.";
+
+constexpr const char* kLate =
+    "Columns stand in the order in which they come. Where a later row may bring new ones, rows\n"
+    "are kept in a temporary file until the last is read; not so with --columns.";
+
+struct Conversion {
+  CommandText text;
+  Format eFrom;
+  Format eTo;
+  const char* szInput;
+};
+
+const Conversion kConversions[] = {
+    {{"from-csv", "Make record set text from CSV.",
+      "  qxrs from-csv planets.csv\n"
+      "  qxrs from-csv --infer --delimiter ';' export.csv -o export.rs",
+      kInfer},
+     Format::Csv,
+     Format::RecordSet,
+     "the CSV text"},
+    {{"from-tsv", "Make record set text from TSV.",
+      "  qxrs from-tsv planets.tsv\n"
+      "  qxrs from-tsv --infer --null '\\N' < dump.tsv | qxrs table",
+      "Fields stand between tabs, without quotes; \\t, \\n, \\r and \\\\ in a field are a tab, "
+      "line\n"
+      "breaks and a backslash."},
+     Format::Tsv,
+     Format::RecordSet,
+     "the TSV text"},
+    {{"from-json", "Make record set text from a JSON array of objects.",
+      "  qxrs from-json planets.json\n"
+      "  qxrs from-json < planets.json | qxrs to-csv -o planets.csv",
+      "Values stay as they are written. A host that loads the text has no place for reals and\n"
+      "arrays: see --texts."},
+     Format::Json,
+     Format::RecordSet,
+     "the JSON text"},
+    {{"from-jsonl", "Make record set text from JSON Lines.",
+      "  qxrs from-jsonl events.jsonl\n"
+      "  tail -n 100 events.jsonl | qxrs from-jsonl | qxrs table",
+      "Values stay as they are written. A host that loads the text has no place for reals and\n"
+      "arrays: see --texts."},
+     Format::Jsonl,
+     Format::RecordSet,
+     "the JSON Lines, one object on each"},
+    {{"to-csv", "Make CSV from rows.",
+      "  qxrs to-csv planets.rs\n"
+      "  qxrs from-sql world.db \"SELECT * FROM countries\" | qxrs to-csv -o c.csv",
+      kLate},
+     Format::RecordSet,
+     Format::Csv,
+     "the rows"},
+    {{"to-tsv", "Make TSV from rows.",
+      "  qxrs to-tsv planets.rs\n"
+      "  qxrs to-tsv --null '\\N' --columns name,rings planets.rs | sort",
+      kLate},
+     Format::RecordSet,
+     Format::Tsv,
+     "the rows"},
+    {{"to-json", "Make a JSON array of objects from rows.",
+      "  qxrs to-json countries.rs\n"
+      "  qxrs to-json --columns name,capital countries.rs -o countries.json",
+      "Each row is an object with the cells it has, null included. Rows stream."},
+     Format::RecordSet,
+     Format::Json,
+     "the rows"},
+    {{"to-jsonl", "Make JSON Lines from rows.",
+      "  qxrs to-jsonl countries.rs\n"
+      "  qxrs to-jsonl countries.rs | grep '\"eu\":true'",
+      "Each row is an object with the cells it has, null included. Rows stream."},
+     Format::RecordSet,
+     Format::Jsonl,
+     "the rows"},
+};
+
+void AddCommon(CLI::App& command, RowOptions& options) {
+  AddStrictOption(command, options.bStrict);
+  AddProgressOptions(command, options.eProgress);
+}
+
+void AddConversion(CLI::App& app, Action& action, const Conversion& conversion) {
+  const auto pOptions = std::make_shared<RowOptions>();
+  CLI::App* pCommand = AddCommand(app, conversion.text);
+  AddInputOption(*pCommand, pOptions->read.strInput, conversion.szInput);
+  // What is read from a file of another format is told by the file's name.
+  if (conversion.eTo == Format::RecordSet) {
+    pOptions->read.eFrom = conversion.eFrom;
+  }
+  AddReadOptions(*pCommand, pOptions->read, conversion.eFrom);
+  pOptions->write.eTo = conversion.eTo;
+  AddWriteOptions(*pCommand, pOptions->write, conversion.eTo);
+  AddOutputOption(*pCommand, pOptions->write.strOutput);
+  AddCommon(*pCommand, *pOptions);
+  SetAction<RowOptions>(*pCommand, action, pOptions, Convert);
+}
+
+// ---- Databases ----------------------------------------------------------------------------------
+
+int RunFromSql(const RowOptions& options) {
+  RowOptions all = options;
+  if (all.read.strQuery == "-") {
+    Progress progress(When::Never);
+    all.read.strQuery = Input("-", progress).ReadAll();
+    if (all.read.strQuery.find_first_not_of(kWhiteSpace) == std::string::npos) {
+      throw InputError("the SQL text holds no statement");
+    }
+  }
+  return Convert(all);
+}
+
+void AddFromSql(CLI::App& app, Action& action) {
+  const auto pOptions = std::make_shared<RowOptions>();
+  CLI::App* pCommand = AddCommand(
+      app, {"from-sql", "Make record set text from a query of a database.",
+            "  qxrs from-sql world.db \"SELECT name, capital FROM countries WHERE eu\"\n"
+            "  qxrs from-sql odbc:DSN=shop < report.sql | qxrs table",
+            "A database is an SQLite file or odbc: and a connection string. Columns declared\n"
+            "BOOLEAN give booleans; blobs are refused, select hex() of them. Keys and types that\n"
+            "rows cannot tell stand in a member \"columns\" beside the rows. Rows stream."});
+  AddRequired(*pCommand, "DATABASE", pOptions->read.strInput, "the database");
+  pOptions->read.eFrom = Format::Sql;
+  pOptions->read.strQuery = "-";
+  pCommand
+      ->add_option("SQL", pOptions->read.strQuery,
+                   "one statement that gives rows; - is standard input")
+      ->type_name("")
+      ->capture_default_str();
+  AddReadOptions(*pCommand, pOptions->read, Format::Sql);
+  pOptions->write.eTo = Format::RecordSet;
+  AddWriteOptions(*pCommand, pOptions->write, Format::RecordSet);
+  AddOutputOption(*pCommand, pOptions->write.strOutput);
+  AddCommon(*pCommand, *pOptions);
+  SetAction<RowOptions>(*pCommand, action, pOptions, RunFromSql);
+}
+
+void AddToSql(CLI::App& app, Action& action) {
+  const auto pOptions = std::make_shared<RowOptions>();
+  CLI::App* pCommand = AddCommand(
+      app, {"to-sql", "Write rows into a table of a database.",
+            "  qxrs from-csv --infer countries.csv | qxrs to-sql world.db countries\n"
+            "  qxrs to-sql --append world.db countries more.json",
+            "A database is an SQLite file, made when it is missing, or odbc: and a connection\n"
+            "string. The table is there whole or not at all. Columns are declared as the rows'\n"
+            "source tells them, else INTEGER, REAL, BOOLEAN or TEXT by all their cells. Arrays\n"
+            "and objects are stored as JSON text, missing cells as NULL."});
+  AddRequired(*pCommand, "DATABASE", pOptions->write.sql.strPath, "the database");
+  AddRequired(*pCommand, "TABLE", pOptions->write.sql.strTable, "the table's name");
+  AddInputOption(*pCommand, pOptions->read.strInput, "the rows");
+  AddReadOptions(*pCommand, pOptions->read, Format::RecordSet);
+  pOptions->write.eTo = Format::Sql;
+  AddWriteOptions(*pCommand, pOptions->write, Format::Sql);
+  AddCommon(*pCommand, *pOptions);
+  SetAction<RowOptions>(*pCommand, action, pOptions, Convert);
+}
+
+// ---- Any format to any other --------------------------------------------------------------------
+
+// The name of a table, from that of a file: without folder and endings.
+std::string Stem(std::string strPath) {
+  strPath.erase(0, strPath.rfind('/') + 1);
+  return strPath.substr(0, strPath.find('.', 1));
+}
+
+int RunConvert(const RowOptions& options) {
+  RowOptions all = options;
+  if (!all.read.eFrom && !FormatOfFile(all.read.strInput)) {
+    throw UsageError("--from has to name the format of '" + all.read.strInput + "'");
+  }
+  if (!all.write.eTo && !FormatOfFile(all.write.strOutput)) {
+    throw UsageError("--to has to name the format of '" + all.write.strOutput + "'");
+  }
+  if (all.write.sql.strTable.empty()) {
+    all.write.sql.strTable =
+        !all.read.strTable.empty() ? all.read.strTable : Stem(all.read.strInput);
+  }
+  return Convert(all);
+}
+
+void AddConvert(CLI::App& app, Action& action) {
+  const auto pOptions = std::make_shared<RowOptions>();
+  CLI::App* pCommand = AddCommand(
+      app, {"convert", "Convert rows from any format to any other.",
+            "  qxrs convert --infer planets.csv planets.json\n"
+            "  qxrs convert world.db countries.csv.gz --table countries",
+            "Files name their formats by their ends: .rs, .json, .jsonl, .csv, .tsv, .db and\n"
+            ".sqlite, then .gz or .zst. Columns keep their order, values what they say; what the\n"
+            "output cannot hold is counted in a warning. Memory does not grow with the rows."});
+  AddRequired(*pCommand, "INPUT", pOptions->read.strInput,
+              "the file, the database, or - for standard input");
+  AddRequired(*pCommand, "OUTPUT", pOptions->write.strOutput,
+              "the file, the database, or - for standard output");
+  AddReadOptions(*pCommand, pOptions->read, std::nullopt);
+  AddWriteOptions(*pCommand, pOptions->write, std::nullopt);
+  pCommand
+      ->add_option("--to-table", pOptions->write.sql.strTable,
+                   "the table that is written; the default is the input's name")
+      ->type_name("TABLE");
+  AddCommon(*pCommand, *pOptions);
+  SetAction<RowOptions>(*pCommand, action, pOptions, RunConvert);
+}
+
+}  // namespace
+
+void AddConversions(CLI::App& app, Action& action) {
+  AddConvert(app, action);
+  for (const Conversion& conversion : kConversions) {
+    AddConversion(app, action, conversion);
+    if (conversion.eFrom == Format::Jsonl) {
+      AddFromSql(app, action);
+    }
+  }
+  AddToSql(app, action);
+}
+
+}  // namespace qxrs

@@ -1,0 +1,87 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// The formats that rows can be read from and written to, by name.
+
+#ifndef QXRECORDSET_TOOLS_FORMATS_H
+#define QXRECORDSET_TOOLS_FORMATS_H
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/qxrs/rows/Csv.h"
+#include "tools/qxrs/rows/Json.h"
+#include "tools/qxrs/rows/Rows.h"
+#include "tools/qxrs/rows/Sqlite.h"
+#include "tools/qxrs/support/Input.h"
+#include "tools/qxrs/support/Output.h"
+#include "tools/qxrs/support/Progress.h"
+#include "tools/qxrs/support/Terminal.h"
+#include "tools/qxrs/support/Warnings.h"
+
+namespace qxrs {
+
+// RecordSet and Json are read alike; they differ in what is written.
+enum class Format { RecordSet, Json, Jsonl, Csv, Tsv, Sql, Table };
+
+// By name: rs, json, jsonl, csv, tsv, sql, table.
+std::optional<Format> FormatNamed(const std::string& strName);
+
+// By the end of a file's name, .gz and .zst aside, or by the prefix odbc: of a database.
+std::optional<Format> FormatOfFile(const std::string& strPath);
+
+struct ReadOptions {
+  std::string strInput = "-";
+  std::optional<Format> eFrom;  // none: by the file's name, else JSON
+  CsvReading csv;
+  bool bInfer = false;                // texts become what their whole column can be read as
+  std::vector<std::string> vColumns;  // only these, in this order; empty: all
+  std::string strQuery;               // of a database; empty: the table
+  std::string strTable;               // empty: the only one
+};
+
+struct WriteOptions {
+  std::string strOutput = "-";
+  std::optional<Format> eTo;  // none: by the file's name, else a record set
+  CsvWriting csv;
+  bool bOwnDelimiter = false;  // the delimiter was given
+  JsonSink::Texts eTexts = JsonSink::Texts::None;
+  SqlTarget sql;
+  unsigned nWidth = 0;  // of a table; 0: that of the terminal
+  When eColor = When::Auto;
+  bool bUnbuffered = false;
+};
+
+// What the commands that pass rows on have in common.
+struct RowOptions {
+  ReadOptions read;
+  WriteOptions write;
+  When eProgress = When::Auto;
+  bool bStrict = false;
+};
+
+// Rows that are read, with what they are read from.
+struct OpenedRows {
+  std::unique_ptr<Input> pInput;  // null: a database
+  std::unique_ptr<RowSource> pRows;
+  std::string strName;  // for messages
+
+  RowSource* operator->() const { return pRows.get(); }
+};
+
+// Opens the input. `nLimit` is how many rows are read, when it is not 0.
+OpenedRows OpenRows(const ReadOptions& options, Progress& progress, Warnings& warnings,
+                    unsigned long long nLimit = 0);
+
+// Reads what the options say, and writes it.
+int Convert(const RowOptions& options);
+
+// Writes rows as the options say, and reports the losses.
+void WriteRows(RowSource& rows, const WriteOptions& options, Progress& progress,
+               Warnings& warnings);
+
+}  // namespace qxrs
+
+#endif  // QXRECORDSET_TOOLS_FORMATS_H

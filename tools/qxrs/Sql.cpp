@@ -1,0 +1,71 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// qxrs sql: questions in SQL about any inputs.
+
+#include "tools/qxrs/Command.h"
+#include "tools/qxrs/support/Errors.h"
+
+namespace qxrs {
+
+namespace {
+
+struct Options {
+  RowOptions rows;
+  std::vector<std::string> vInputs;  // NAME=FILE
+};
+
+void LoadInput(const std::string& strInput, const ReadOptions& howToRead,
+               const std::shared_ptr<Database>& pDatabase, Progress& progress, Warnings& warnings) {
+  const std::size_t nEquals = strInput.find('=');
+  if (nEquals == std::string::npos || nEquals == 0) {
+    throw UsageError("'" + strInput + "' is not NAME=FILE");
+  }
+  ReadOptions read = howToRead;
+  read.strQuery.clear();
+  read.strInput = strInput.substr(nEquals + 1);
+  const OpenedRows rows = OpenRows(read, progress, warnings);
+  SqlTarget target;
+  target.strTable = strInput.substr(0, nEquals);
+  SqlSink sink(pDatabase, target, warnings);
+  Copy(*rows.pRows, sink, false);
+}
+
+int Run(const Options& options) {
+  Progress progress(options.rows.eProgress);
+  Warnings warnings(options.rows.bStrict);
+  const auto pDatabase = std::make_shared<Database>("", Database::Mode::Scratch);
+  // What is lost with the process needs no protection from a crash.
+  pDatabase->Execute("PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF");
+  for (const std::string& strInput : options.vInputs) {
+    LoadInput(strInput, options.rows.read, pDatabase, progress, warnings);
+  }
+  SqlSource answer(pDatabase, "SQL", options.rows.read.strQuery, progress);
+  WriteRows(answer, options.rows.write, progress, warnings);
+  return kExitDone;
+}
+
+}  // namespace
+
+void AddSql(CLI::App& app, Action& action) {
+  const auto pOptions = std::make_shared<Options>();
+  CLI::App* pCommand = AddCommand(
+      app, {"sql", "Ask a question in SQL about files of any format.",
+            "  qxrs sql \"SELECT continent, count(*) AS n FROM c GROUP BY 1\" c=countries.csv\n"
+            "  qxrs sql -i \"SELECT * FROM a JOIN b USING (id)\" a=a.json b=b.csv --to table",
+            "Each input is a table in a database that lies in memory and, when it grows, in a\n"
+            "temporary file. The dialect is SQLite's. Arrays and objects are JSON text, which\n"
+            "its JSON functions take apart."});
+  RowOptions& rows = pOptions->rows;
+  AddRequired(*pCommand, "SQL", rows.read.strQuery, "one statement that gives rows");
+  pCommand->add_option("NAME=FILE", pOptions->vInputs, "a table's name and its rows")
+      ->type_name("");
+  AddReadOptions(*pCommand, rows.read, Format::Csv);
+  pCommand->remove_option(pCommand->get_option("--columns"));  // the question names them
+  AddWriteOptions(*pCommand, rows.write, std::nullopt);
+  AddOutputOption(*pCommand, rows.write.strOutput);
+  AddStrictOption(*pCommand, rows.bStrict);
+  AddProgressOptions(*pCommand, rows.eProgress);
+  SetAction<Options>(*pCommand, action, pOptions, Run);
+}
+
+}  // namespace qxrs

@@ -1,0 +1,66 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Rows that are read before the first of them can be used: because a later row may bring a column
+// or decide its kind, or because they are wanted in another order. They lie in memory as long as
+// there are few, and in a temporary file otherwise.
+//
+// One row as bytes, of native order:
+//
+//   bytes of all that follows (32 bits)
+//   for each cell: column and kind (32), length of the text (32), the text
+
+#ifndef QXRECORDSET_TOOLS_ROWS_SPOOL_H
+#define QXRECORDSET_TOOLS_ROWS_SPOOL_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/qxrs/rows/Rows.h"
+
+namespace qxrs {
+
+// Appends the bytes of a row, and makes the row of what stands behind the length.
+void PackRow(const Row& row, std::string& strBytes);
+void UnpackRow(std::string_view strBytes, Row& row);
+
+class SpooledRows : public RowSource {
+ public:
+  // Whether texts become what all texts of their column can be read as: integers, reals, booleans.
+  enum class Kinds { AsTheyAre, Inferred };
+
+  // Reads `source` to its end.
+  SpooledRows(RowSource& source, Kinds eKinds);
+  ~SpooledRows() override;
+
+  // Of each column the kind is known then.
+  const Columns& GetColumns() const override { return columns; }
+  bool AllColumnsKnown() const override { return true; }
+  bool Next(Row& row) override;
+
+  // Next() gives the first row again.
+  void Rewind();
+
+  unsigned long long Count() const { return nRows; }
+
+ private:
+  void Keep(const Row& row);
+  void WriteOut();
+  bool Fill(std::size_t nBytes);
+  void Retype(Row& row) const;
+
+  const Kinds eKinds;
+  Columns columns;
+  std::vector<bool> vInferred;  // for each column, whether its texts become something else
+  std::string strBytes;         // of all rows, or of those that are written or read next
+  std::size_t nUsed = 0;        // bytes of it that Next() gave
+  int nFile = -1;               // the temporary file, when there is one
+  unsigned long long nRows = 0;
+};
+
+// The kind of all cells of a column that has cells of both kinds.
+Kind CommonKind(std::optional<Kind> eOne, Kind eOther);
+
+}  // namespace qxrs
+
+#endif  // QXRECORDSET_TOOLS_ROWS_SPOOL_H

@@ -1,0 +1,54 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// Counting and reporting losses.
+
+#include "tools/qxrs/support/Warnings.h"
+
+#include <algorithm>
+#include <iostream>
+
+#include "tools/qxrs/support/DisplayText.h"
+#include "tools/qxrs/support/Errors.h"
+
+namespace qxrs {
+
+namespace {
+
+std::string Place(unsigned long long nRow, std::string_view strColumn) {
+  if (nRow == 0) {
+    return "";
+  }
+  const std::string strRow = "row " + std::to_string(nRow);
+  return strColumn.empty() ? strRow
+                           : strRow + ", column '" + MakeDisplayText(strColumn).strText + "'";
+}
+
+}  // namespace
+
+void Warnings::Add(const char* szReason, unsigned long long nRow, std::string_view strColumn) {
+  const auto it = std::find_if(vLosses.begin(), vLosses.end(),
+                               [&](const Loss& loss) { return loss.szReason == szReason; });
+  if (it != vLosses.end()) {
+    ++it->nCount;
+    return;
+  }
+  std::string strPlace = Place(nRow, strColumn);
+  if (bStrict) {
+    throw InputError((strPlace.empty() ? "" : strPlace + ": ") + szReason);
+  }
+  vLosses.push_back({szReason, std::move(strPlace), 1});
+}
+
+void Warnings::Report() const {
+  for (const Loss& loss : vLosses) {
+    std::cerr << "qxrs: warning: " << loss.szReason;
+    if (!loss.strFirst.empty()) {
+      std::cerr << (loss.nCount == 1 ? " ("
+                                     : " (" + std::to_string(loss.nCount) + " times, first: ")
+                << loss.strFirst << ')';
+    }
+    std::cerr << '\n';
+  }
+}
+
+}  // namespace qxrs
