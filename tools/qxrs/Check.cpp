@@ -95,9 +95,7 @@ int Run(const Options& options) {
     bAccepted = Check(strPath, options) && bAccepted;
   }
   std::cout.flush();
-  if (!std::cout) {
-    throw InputError("cannot write standard output");
-  }
+  if (!std::cout) throw InputError("cannot write standard output");
   return bAccepted ? kExitDone : kExitFailed;
 }
 

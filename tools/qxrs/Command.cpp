@@ -20,9 +20,7 @@ std::string Wrapped(std::string strText, std::size_t nWidth) {
   std::size_t nLine = 0;
   while (strText.size() - nLine > nWidth) {
     const std::size_t nBreak = strText.rfind(' ', nLine + nWidth);
-    if (nBreak == std::string::npos || nBreak <= nLine) {
-      break;
-    }
+    if (nBreak == std::string::npos || nBreak <= nLine) break;
     strText[nBreak] = '\n';
     nLine = nBreak + 1;
   }
@@ -137,9 +135,7 @@ std::string TakeName(std::string_view& strLine) {
   for (bool bFirst = true; bFirst || (!strLine.empty() && strLine.front() == '"'); bFirst = false) {
     strName += bFirst ? "" : "\"";
     const std::size_t nQuote = strLine.find('"', 1);
-    if (nQuote == std::string_view::npos) {
-      throw CLI::ValidationError("a name in quotes has no end");
-    }
+    if (nQuote == std::string_view::npos) throw CLI::ValidationError("a name in quotes has no end");
     strName += strLine.substr(1, nQuote - 1);
     strLine.remove_prefix(nQuote + 1);
   }
@@ -149,9 +145,7 @@ std::string TakeName(std::string_view& strLine) {
 void AppendNames(std::string_view strLine, std::vector<std::string>& vNames) {
   vNames.push_back(TakeName(strLine));
   while (!strLine.empty()) {
-    if (strLine.front() != ',') {
-      throw CLI::ValidationError("text behind a name in quotes");
-    }
+    if (strLine.front() != ',') throw CLI::ValidationError("text behind a name in quotes");
     strLine.remove_prefix(1);
     vNames.push_back(TakeName(strLine));
   }
@@ -185,9 +179,7 @@ void AddFormatOption(CLI::App& command, const char* szOption, std::optional<Form
           szOption,
           [&eFormat](const std::string& strName) {
             eFormat = FormatNamed(strName);
-            if (!eFormat) {
-              throw CLI::ValidationError("there is no format '" + strName + "'");
-            }
+            if (!eFormat) throw CLI::ValidationError("there is no format '" + strName + "'");
           },
           strWhat)
       ->type_name("FORMAT");
@@ -264,9 +256,7 @@ void AddWriteOptions(CLI::App& command, WriteOptions& options, std::optional<For
         ->type_name("TEXT");
     command.add_flag("--crlf", options.csv.bCrLf, "end lines as other systems do");
     command.add_flag("--bom", options.csv.bMark, "write a byte order mark in front");
-    if (bCsv) {
-      command.add_flag("--quote-all", options.csv.bQuoteAll, "put every field in quotes");
-    }
+    if (bCsv) command.add_flag("--quote-all", options.csv.bQuoteAll, "put every field in quotes");
   }
   if (!eFixed || eFixed == Format::RecordSet) {
     command.add_flag_callback(

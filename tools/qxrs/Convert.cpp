@@ -97,9 +97,7 @@ void AddConversion(CLI::App& app, Action& action, const Conversion& conversion) 
   CLI::App* pCommand = AddCommand(app, conversion.text);
   AddInputOption(*pCommand, pOptions->read.strInput, conversion.szInput);
   // What is read from a file of another format is told by the file's name.
-  if (conversion.eTo == Format::RecordSet) {
-    pOptions->read.eFrom = conversion.eFrom;
-  }
+  if (conversion.eTo == Format::RecordSet) pOptions->read.eFrom = conversion.eFrom;
   AddReadOptions(*pCommand, pOptions->read, conversion.eFrom);
   pOptions->write.eTo = conversion.eTo;
   AddWriteOptions(*pCommand, pOptions->write, conversion.eTo);
@@ -219,9 +217,7 @@ void AddConversions(CLI::App& app, Action& action) {
   AddConvert(app, action);
   for (const Conversion& conversion : kConversions) {
     AddConversion(app, action, conversion);
-    if (conversion.eFrom == Format::Jsonl) {
-      AddFromSql(app, action);
-    }
+    if (conversion.eFrom == Format::Jsonl) AddFromSql(app, action);
   }
   AddToSql(app, action);
 }

@@ -85,9 +85,7 @@ std::string Troff(const std::string& strText) {
   std::string strResult;
   for (const char c : strText) {
     const bool bLineStart = strResult.empty() || strResult.back() == '\n';
-    if (bLineStart && (c == '.' || c == '\'')) {
-      strResult += "\\&";
-    }
+    if (bLineStart && (c == '.' || c == '\'')) strResult += "\\&";
     if (c == '\\') {
       strResult += "\\e";
     } else {

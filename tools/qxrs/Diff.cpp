@@ -109,12 +109,8 @@ class Comparison {
       } else {
         ReportRow(nOrder < 0 ? a : b, nOrder < 0 ? nOnlyA : nOnlyB);
       }
-      if (nOrder <= 0) {
-        a.Next();
-      }
-      if (nOrder >= 0) {
-        b.Next();
-      }
+      if (nOrder <= 0) a.Next();
+      if (nOrder >= 0) b.Next();
     }
   }
 
@@ -147,9 +143,7 @@ class Comparison {
 
   // "row 3", or "id 17".
   std::string Place(const Side& side) const {
-    if (vKey.empty()) {
-      return "row " + std::to_string(nRow);
-    }
+    if (vKey.empty()) return "row " + std::to_string(nRow);
     std::string strPlace;
     for (const std::string& strName : vKey) {
       strPlace +=
@@ -160,9 +154,7 @@ class Comparison {
 
   void ReportRow(const Side& side, unsigned long long& nCount) {
     ++nCount;
-    if (!bQuiet) {
-      output.Write(Place(side) + ": only in " + side.Name() + "\n");
-    }
+    if (!bQuiet) output.Write(Place(side) + ": only in " + side.Name() + "\n");
   }
 
   // Columns in the order of the first table, then those that only the second one has.
@@ -182,9 +174,7 @@ class Comparison {
   bool CompareCell(const std::string& strName) {
     const Cell* const pA = a.Find(strName);
     const Cell* const pB = b.Find(strName);
-    if (Equal(pA, pB) || (!pA && !pB)) {
-      return true;
-    }
+    if (Equal(pA, pB) || (!pA && !pB)) return true;
     if (!bQuiet) {
       output.Write(Place(a) + ", " + NameText(strName) + ": " +
                    Styled(Shown(pA), Style::Red, bColor) + " -> " +
@@ -219,9 +209,7 @@ int Compare(const Options& options) {
   Output output(options.rows.write.strOutput, progress);
   Comparison comparison(a, b, options, output);
   comparison.Run();
-  if (!options.bQuiet && comparison.AnyDifference()) {
-    output.Write(comparison.Summary());
-  }
+  if (!options.bQuiet && comparison.AnyDifference()) output.Write(comparison.Summary());
   output.Commit();
   warnings.Report();
   return comparison.AnyDifference() ? kExitDifferent : kExitDone;

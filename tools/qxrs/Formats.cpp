@@ -48,9 +48,7 @@ std::string OnlyTable(Database& database, const std::string& strPath) {
   const std::vector<std::string> vTables = database.Names(
       "SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE 'sqlite^_%' ESCAPE "
       "'^'");
-  if (vTables.size() == 1) {
-    return vTables.front();
-  }
+  if (vTables.size() == 1) return vTables.front();
   std::string strNames;
   for (const std::string& strTable : vTables) {
     strNames += (strNames.empty() ? ": " : ", ") + strTable;
@@ -98,15 +96,11 @@ std::optional<Format> FormatNamed(const std::string& strName) {
 }
 
 std::optional<Format> FormatOfFile(const std::string& strPath) {
-  if (IsOdbc(strPath)) {
-    return Format::Sql;
-  }
+  if (IsOdbc(strPath)) return Format::Sql;
   std::string strName = strPath;
   TakeCompressionSuffix(strName);
   const std::size_t nDot = strName.find_last_of("./");
-  if (nDot == std::string::npos || strName[nDot] != '.') {
-    return std::nullopt;
-  }
+  if (nDot == std::string::npos || strName[nDot] != '.') return std::nullopt;
   const std::string strEnding = strName.substr(nDot + 1);
   const auto eFormat = Find(kFormatNames, strEnding);
   return eFormat ? eFormat : Find(kOtherEndings, strEnding);
@@ -125,15 +119,11 @@ OpenedRows OpenRows(const ReadOptions& options, Progress& progress, Warnings& wa
     opened.strName = opened.pInput->Name();
     opened.pRows = OpenText(eFormat, options, *opened.pInput, warnings);
   }
-  if (const auto strReason = RepeatedName(options.vColumns)) {
-    throw UsageError(*strReason);
-  }
+  if (const auto strReason = RepeatedName(options.vColumns)) throw UsageError(*strReason);
   if (!options.vColumns.empty()) {
     opened.pRows = std::make_unique<SelectedColumns>(std::move(opened.pRows), options.vColumns);
   }
-  if (nLimit != 0) {
-    opened.pRows = std::make_unique<FirstRows>(std::move(opened.pRows), nLimit);
-  }
+  if (nLimit != 0) opened.pRows = std::make_unique<FirstRows>(std::move(opened.pRows), nLimit);
   if (options.bInfer) {
     opened.pRows = std::make_unique<SpooledRows>(*opened.pRows, SpooledRows::Kinds::Inferred);
   }
@@ -162,9 +152,7 @@ std::unique_ptr<RowSink> OpenSink(Format eFormat, const WriteOptions& options, O
 }
 
 std::size_t LineWidth(const WriteOptions& options, const Output& output) {
-  if (options.nWidth != 0) {
-    return options.nWidth;
-  }
+  if (options.nWidth != 0) return options.nWidth;
   return output.IsTerminal() ? static_cast<std::size_t>(TerminalWidth(output.File()))
                              : TableLayout::kAnyWidth;
 }

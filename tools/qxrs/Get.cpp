@@ -21,9 +21,7 @@ struct Options {
 // The segments of a path: /a/b with ~1 for a slash and ~0 for a tilde, or a.b.
 std::vector<std::string> Segments(const std::string& strPath) {
   std::vector<std::string> vSegments;
-  if (strPath.empty() || strPath == ".") {
-    return vSegments;
-  }
+  if (strPath.empty() || strPath == ".") return vSegments;
   const bool bPointer = strPath.front() == '/';
   std::string strSegment;
   for (std::size_t i = bPointer ? 1 : 0; i < strPath.size(); ++i) {
@@ -65,18 +63,14 @@ class Finder {
         value.eType == JSON::jtArray
             ? Element(value, nSegment)
             : value.GetByName(strSegment.data(), static_cast<int>(strSegment.size()));
-    if (!pNext) {
-      Refuse(nSegment, "there is nothing");
-    }
+    if (!pNext) Refuse(nSegment, "there is nothing");
     Find(*pNext, nSegment + 1, found);
   }
 
  private:
   const JSON::JSONValue* Element(const JSON::JSONValue& array, std::size_t nSegment) const {
     const auto nOrdinal = ToInt64(vSegments[nSegment]);
-    if (!nOrdinal || *nOrdinal < 0) {
-      Refuse(nSegment, "an array has no names but ordinals from 0");
-    }
+    if (!nOrdinal || *nOrdinal < 0) Refuse(nSegment, "an array has no names but ordinals from 0");
     return *nOrdinal < array.Size() ? array.GetByOrdinal(static_cast<int>(*nOrdinal)) : nullptr;
   }
 

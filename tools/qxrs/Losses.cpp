@@ -63,9 +63,7 @@ const char* LossOf(const JSONValue& value, bool bNested) {
                  : LossOfText(TextOf(value));
     case JSON::jtObject:
       for (int i = 0; i < value.Size(); ++i) {
-        if (const char* szLoss = LossOf(*value.GetByOrdinal(i), true)) {
-          return szLoss;
-        }
+        if (const char* szLoss = LossOf(*value.GetByOrdinal(i), true)) return szLoss;
       }
       return nullptr;
     default:
@@ -105,9 +103,7 @@ void CountLosses(const std::string& strText, Warnings& warnings) {
     CountRow(document, 1, warnings);
     return;
   }
-  if (document.Size() > 1) {
-    warnings.Add("the members beside the rows are ignored");
-  }
+  if (document.Size() > 1) warnings.Add("the members beside the rows are ignored");
   for (int i = 0; i < rows.Size(); ++i) {
     const JSONValue& row = *rows.GetByOrdinal(i);
     const auto nRow = static_cast<unsigned long long>(i) + 1;

@@ -72,9 +72,7 @@ int Build(const BuildOptions& options) {
   for (const std::string& strText : options.vTexts) {
     params.addParam(strText);
   }
-  if (!options.strLines.empty()) {
-    AddLines(options.strLines, params);
-  }
+  if (!options.strLines.empty()) AddLines(options.strLines, params);
   Progress progress(When::Never);
   Output output(options.files.strOutput, progress);
   output.Write(params.paramListRef() + "\n");
@@ -128,18 +126,14 @@ std::size_t MalformedAt(const CParamsRS& params) {
 // A line feed at the end of a file is no part of a parameter string; mostly the library passes over
 // it like over a separator.
 void Load(std::string strText, const std::string& strName, CParamsRS& params) {
-  if (strText.empty()) {
-    return;
-  }
+  if (strText.empty()) return;
   try {
     params.SetParams(strText);
     return;
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception&) {
-    if (strText.back() != '\n') {
-      RefuseMalformed(params, strName);
-    }
+    if (strText.back() != '\n') RefuseMalformed(params, strName);
   }
   strText.pop_back();
   Load(strText, strName, params);
@@ -166,15 +160,9 @@ std::string Result(const CParamsRS& params, const std::string& strName) {
 
 std::string Wanted(const ReadOptions& options, const CParamsRS& params,
                    const std::string& strName) {
-  if (options.bHeader) {
-    return params.getHeader() + "\n";
-  }
-  if (options.bResult) {
-    return Result(params, strName) + "\n";
-  }
-  if (!options.nIndex) {
-    return Listing(params);
-  }
+  if (options.bHeader) return params.getHeader() + "\n";
+  if (options.bResult) return Result(params, strName) + "\n";
+  if (!options.nIndex) return Listing(params);
   if (*options.nIndex >= params.count()) {
     throw InputError(strName + ": there is no parameter " + std::to_string(*options.nIndex) +
                      "; the text holds " + std::to_string(params.count()));

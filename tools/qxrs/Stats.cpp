@@ -22,20 +22,14 @@ namespace {
 class DistinctCount {
  public:
   void Add(std::uint64_t nHash) {
-    if (setSmallest.size() == kKept && nHash >= *setSmallest.rbegin()) {
-      return;
-    }
+    if (setSmallest.size() == kKept && nHash >= *setSmallest.rbegin()) return;
     setSmallest.insert(nHash);
-    if (setSmallest.size() > kKept) {
-      setSmallest.erase(std::prev(setSmallest.end()));
-    }
+    if (setSmallest.size() > kKept) setSmallest.erase(std::prev(setSmallest.end()));
   }
 
   // The number, or about the number.
   std::string Text() const {
-    if (setSmallest.size() < kKept) {
-      return std::to_string(setSmallest.size());
-    }
+    if (setSmallest.size() < kKept) return std::to_string(setSmallest.size());
     constexpr double kAllHashes = 18446744073709551616.0;
     const double fDistinct =
         (kKept - 1) / (static_cast<double>(*setSmallest.rbegin()) / kAllHashes);
@@ -79,9 +73,7 @@ struct ColumnStats {
   }
 
   std::string Mean() const {
-    if (nNumbers == 0) {
-      return "";
-    }
+    if (nNumbers == 0) return "";
     constexpr int kDigits = 6;
     char szText[32];
     const auto fMean = static_cast<double>(fSum / static_cast<long double>(nNumbers));
@@ -101,12 +93,8 @@ struct ColumnStats {
   }
 
   void Take(std::string_view strText, bool bMin, bool bMax) {
-    if (bMin) {
-      strMin = strText;
-    }
-    if (bMax) {
-      strMax = strText;
-    }
+    if (bMin) strMin = strText;
+    if (bMax) strMax = strText;
   }
 
   // The standard library's hash may leave some bits alone.
@@ -159,9 +147,7 @@ class StatsRows : public RowSource {
   bool AllColumnsKnown() const override { return true; }
 
   bool Next(Row& row) override {
-    if (nNext == vStats.size()) {
-      return false;
-    }
+    if (nNext == vStats.size()) return false;
     const ColumnStats& stats = vStats[nNext];
     const bool bNumbers = stats.nNumbers != 0;
     const Kind eText = Kind::Text;

@@ -74,9 +74,7 @@ void TableLayout::Write(Output& output, bool bColor) {
   for (Row row; rows.Next(row);) {
     vTexts.assign(vColumns.size(), {});
     for (const Cell& cell : row) {
-      if (cell.nColumn < vTexts.size()) {
-        vTexts[cell.nColumn] = Shown(cell);
-      }
+      if (cell.nColumn < vTexts.size()) vTexts[cell.nColumn] = Shown(cell);
     }
     output.Write(Line(vTexts) + "\n");
   }
@@ -90,9 +88,7 @@ std::size_t TableLayout::FittingColumns() const {
   std::size_t nTotal = 0;
   for (std::size_t i = 0; i < vColumns.size(); ++i) {
     nTotal += (i == 0 ? 0 : kGap) + std::min(vColumns[i].nWidth, kLeastShown);
-    if (nTotal > nWidth) {
-      return std::max<std::size_t>(i, 1);
-    }
+    if (nTotal > nWidth) return std::max<std::size_t>(i, 1);
   }
   return vColumns.size();
 }
@@ -109,9 +105,7 @@ std::size_t TableLayout::Total() const {
 // none to less than `nLeast`.
 void TableLayout::Shrink(std::size_t nLeast, bool bNumbersToo) {
   const std::size_t nTotal = Total();
-  if (nTotal <= nWidth) {
-    return;
-  }
+  if (nTotal <= nWidth) return;
   const auto Cut = [&](const ShownColumn& column, std::size_t nLevel) {
     const bool bMay = column.nWidth > nLevel && (bNumbersToo || !column.bNumbers);
     return bMay ? column.nWidth - nLevel : 0;

@@ -32,18 +32,14 @@ CsvSink::CsvSink(Output& outputText, CsvWriting howToWrite, Warnings& lossesSeen
 void CsvSink::Begin(const Columns& columns, bool) {
   pColumns = &columns;
   nColumns = columns.Count();
-  if (how.bMark) {
-    output.Write(kByteOrderMark);
-  }
+  if (how.bMark) output.Write(kByteOrderMark);
   for (std::size_t i = 0; i < nColumns; ++i) {
     if (i != 0) {
       output.Write({&how.chDelimiter, 1});
     }
     WriteText(columns[i].strName);
   }
-  if (nColumns != 0) {
-    output.Write(strLineEnd);
-  }
+  if (nColumns != 0) output.Write(strLineEnd);
 }
 
 void CsvSink::Write(const Row& row) {
@@ -63,9 +59,7 @@ void CsvSink::Write(const Row& row) {
     }
     WriteField(vPlaces[i]);
   }
-  if (nColumns != 0) {
-    output.Write(strLineEnd);
-  }
+  if (nColumns != 0) output.Write(strLineEnd);
 }
 
 void CsvSink::WriteField(const Cell* pCell) {
@@ -78,9 +72,7 @@ void CsvSink::WriteField(const Cell* pCell) {
     warnings.Add(kLikeNull, nRow, (*pColumns)[pCell->nColumn].strName);
   }
   WriteText(ShownText(*pCell, strBuffer, &bWhole));
-  if (!bWhole) {
-    warnings.Add(kHalfPair, nRow, (*pColumns)[pCell->nColumn].strName);
-  }
+  if (!bWhole) warnings.Add(kHalfPair, nRow, (*pColumns)[pCell->nColumn].strName);
 }
 
 // Whether a field can stand as it is.
@@ -120,9 +112,7 @@ void CsvSink::WriteText(std::string_view strText) {
   *p++ = '"';
   for (const char c : strText) {
     *p++ = c;
-    if (c == '"') {
-      *p++ = '"';
-    }
+    if (c == '"') *p++ = '"';
   }
   *p++ = '"';
   output.Use(p);

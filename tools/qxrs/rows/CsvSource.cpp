@@ -52,9 +52,7 @@ class CsvSource::Stops {
   const char* Next() {
     while (nMask == 0) {
       pBlock += JSON::Block16::kBytes;
-      if (pBlock >= pEnd) {
-        return pEnd;
-      }
+      if (pBlock >= pEnd) return pEnd;
       nMask = Find(pBlock);
     }
     const char* const pStop = pBlock + JSON::LowestBit(nMask);
@@ -110,15 +108,9 @@ char CsvSource::GuessDelimiter() {
   bool bQuoted = false;
   std::string strFound;
   for (const char c : window.Text()) {
-    if (c == '"') {
-      bQuoted = !bQuoted;
-    }
-    if (c == '\n' && !bQuoted) {
-      break;
-    }
-    if (!bQuoted && (c == ',' || c == ';' || c == '\t')) {
-      strFound += c;
-    }
+    if (c == '"') bQuoted = !bQuoted;
+    if (c == '\n' && !bQuoted) break;
+    if (!bQuoted && (c == ',' || c == ';' || c == '\t')) strFound += c;
   }
   return strFound.empty() || strFound.find(',') != std::string::npos ? ',' : strFound.front();
 }
@@ -127,15 +119,11 @@ void CsvSource::TakeNames(const Row& row) {
   for (const Cell& cell : row) {
     how.vNames.emplace_back(cell.strText);
   }
-  if (const auto strReason = RepeatedName(how.vNames)) {
-    window.Refuse(pRecord, *strReason);
-  }
+  if (const auto strReason = RepeatedName(how.vNames)) window.Refuse(pRecord, *strReason);
 }
 
 bool CsvSource::Next(Row& row) {
-  if (!NextRecord(row)) {
-    return false;
-  }
+  if (!NextRecord(row)) return false;
   if (row.size() != columns.Count()) {
     window.Refuse(pRecord, std::to_string(row.size()) + (row.size() == 1 ? " field" : " fields") +
                                " instead of " + std::to_string(columns.Count()));
@@ -149,9 +137,7 @@ bool CsvSource::NextRecord(Row& row) {
   do {
     while (!ReadRecord(row)) {
       bLast = !window.Fill();
-      if (bLast && window.Begin() == window.End()) {
-        return false;
-      }
+      if (bLast && window.Begin() == window.End()) return false;
     }
   } while (row.size() == 1 && row[0].eKind == Kind::Null && columns.Count() != 1);
   return true;
@@ -160,9 +146,7 @@ bool CsvSource::NextRecord(Row& row) {
 // Reads the record at the window's beginning and uses it; false when the window ends too soon.
 bool CsvSource::ReadRecord(Row& row) {
   const char* p = window.Begin();
-  if (p == window.End()) {
-    return false;
-  }
+  if (p == window.End()) return false;
   pRecord = p;
   Stops stops(p, window.End(), how.chDelimiter, how.eDialect == Dialect::Tsv ? '\\' : '"');
   row.clear();
@@ -174,9 +158,7 @@ bool CsvSource::ReadRecord(Row& row) {
     eEnd = *p == '"' && how.eDialect == Dialect::Csv ? ReadQuoted(stops, cell, p)
                                                      : ReadField(stops, cell, p);
   }
-  if (eEnd == End::TextTooShort) {
-    return false;
-  }
+  if (eEnd == End::TextTooShort) return false;
   window.UseUpTo(p);
   for (const std::uint32_t n : vRewrite) {
     // The record is complete now: its texts are rewritten where they lie.
@@ -198,16 +180,12 @@ CsvSource::End CsvSource::ReadField(Stops& stops, Cell& cell, const char*& p) {
   while (pStop != window.End() && *pStop != how.chDelimiter && *pStop != '\n') {
     if (*pStop == '\r') {
       const bool bKnown = pStop + 1 != window.End() || bLast;
-      if (!bKnown || pStop[1] == '\n' || how.eDialect == Dialect::Csv) {
-        break;
-      }
+      if (!bKnown || pStop[1] == '\n' || how.eDialect == Dialect::Csv) break;
     } else if (how.eDialect == Dialect::Csv) {
       window.Refuse(pStop, "a quote inside a field without quotes");
     } else {
       bEscape = true;
-      if (pStop[1] == '\\' && pStop + 1 != window.End()) {
-        stops.MoveTo(pStop + 2);
-      }
+      if (pStop[1] == '\\' && pStop + 1 != window.End()) stops.MoveTo(pStop + 2);
     }
     pStop = stops.Next();
   }
@@ -235,22 +213,16 @@ CsvSource::End CsvSource::ReadQuoted(Stops& stops, Cell& cell, const char*& p) {
     pQuote =
         static_cast<const char*>(std::memchr(pQuote, '"', static_cast<std::size_t>(pEnd - pQuote)));
     if (!pQuote || (pQuote + 1 == pEnd && !bLast)) {
-      if (bLast) {
-        window.Refuse(p, "the quoted field that begins here has no end");
-      }
+      if (bLast) window.Refuse(p, "the quoted field that begins here has no end");
       return End::TextTooShort;
     }
-    if (pQuote[1] != '"' || pQuote + 1 == pEnd) {
-      break;
-    }
+    if (pQuote[1] != '"' || pQuote + 1 == pEnd) break;
     bDoubled = true;
     pQuote += 2;
   }
   cell.strText = {pBegin, static_cast<std::size_t>(pQuote - pBegin)};
   cell.eKind = Kind::Text;
-  if (bDoubled) {
-    vRewrite.push_back(cell.nColumn);
-  }
+  if (bDoubled) vRewrite.push_back(cell.nColumn);
   p = pQuote + 1;
   if (p != pEnd && *p != how.chDelimiter && *p != '\n' && *p != '\r') {
     window.Refuse(p, "text behind a closing quote");
@@ -263,18 +235,14 @@ CsvSource::End CsvSource::ReadQuoted(Stops& stops, Cell& cell, const char*& p) {
 // Moves over what ends the field.
 CsvSource::End CsvSource::PassEnd(const char*& p) const {
   const char* const pEnd = window.End();
-  if (p == pEnd) {
-    return bLast ? End::Record : End::TextTooShort;
-  }
+  if (p == pEnd) return bLast ? End::Record : End::TextTooShort;
   if (*p == how.chDelimiter) {
     ++p;
     // Behind the last delimiter of a text that just ends stands one field more.
     return p == pEnd && !bLast ? End::TextTooShort : End::Field;
   }
   if (*p == '\r') {
-    if (p + 1 == pEnd && !bLast) {
-      return End::TextTooShort;
-    }
+    if (p + 1 == pEnd && !bLast) return End::TextTooShort;
     ++p;
   }
   p += *p == '\n' ? 1 : 0;

@@ -45,9 +45,7 @@ Database::Database(const std::string& strPath, Mode eMode, const std::string& st
 Database::Statement Database::Prepare(const std::string& strSql) {
   std::size_t nEnd = 0;
   Statement pStatement = PrepareFirst(strSql, 0, &nEnd);
-  if (!pStatement) {
-    throw InputError("the SQL text holds no statement");
-  }
+  if (!pStatement) throw InputError("the SQL text holds no statement");
   while (nEnd < strSql.size()) {
     if (PrepareFirst(strSql, nEnd, &nEnd)) {
       throw InputError("the SQL text holds more than one statement");
@@ -68,25 +66,19 @@ Database::Statement Database::PrepareFirst(const std::string& strSql, std::size_
     return Statement(pStatement);
   }
   const int nOffset = sqlite3_error_offset(pHandle.get());
-  if (nOffset < 0) {
-    Fail();
-  }
+  if (nOffset < 0) Fail();
   TextPosition position;
   position.Advance(strSql.substr(0, nFrom + static_cast<std::size_t>(nOffset)));
   throw InputError(Complaint("SQL text", position, sqlite3_errmsg(pHandle.get())));
 }
 
 void Database::Execute(const std::string& strSql) {
-  if (sqlite3_exec(pHandle.get(), strSql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
-    Fail();
-  }
+  if (sqlite3_exec(pHandle.get(), strSql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) Fail();
 }
 
 bool Database::Step(sqlite3_stmt& statement) {
   const int nResult = sqlite3_step(&statement);
-  if (nResult != SQLITE_ROW && nResult != SQLITE_DONE) {
-    Fail();
-  }
+  if (nResult != SQLITE_ROW && nResult != SQLITE_DONE) Fail();
   return nResult == SQLITE_ROW;
 }
 

@@ -33,16 +33,12 @@ bool AppendJsonText(std::string_view strText, bool bEscaped, std::string& strJso
   }
   const bool bUtf8 = IsUtf8(strText);
   std::string strRepaired;
-  if (!bUtf8) {
-    strText = strRepaired = RepairedUtf8(strText);
-  }
+  if (!bUtf8) strText = strRepaired = RepairedUtf8(strText);
   strJson += '"';
   while (true) {
     JSON::AppendEscaped(strJson, strText);
     const std::size_t nNul = strText.find('\0');
-    if (nNul == std::string_view::npos) {
-      break;
-    }
+    if (nNul == std::string_view::npos) break;
     strJson += "\\u0000";
     strText.remove_prefix(nNul + 1);
   }
@@ -214,9 +210,7 @@ void JsonSink::Write(const Row& row) {
         return;
       }
       WriteFirst(false);
-      if (!bHead) {
-        WriteHead();
-      }
+      if (!bHead) WriteHead();
       output.Write(nRows == 1 ? "" : ",");
       WriteObject(row);
   }
@@ -224,12 +218,8 @@ void JsonSink::Write(const Row& row) {
 
 // The row that was held back, if there is one.
 void JsonSink::WriteFirst(bool bAlone) {
-  if (strFirst.empty()) {
-    return;
-  }
-  if (!bAlone) {
-    WriteHead();
-  }
+  if (strFirst.empty()) return;
+  if (!bAlone) WriteHead();
   Row row;
   UnpackRow(std::string_view(strFirst).substr(sizeof(std::uint32_t)), row);
   WriteObject(row);
@@ -243,9 +233,7 @@ void JsonSink::Flush() {
 
 void JsonSink::End() {
   if (eForm != Form::RecordSet) {
-    if (nRows == 0 && pColumns->Count() != 0) {
-      warnings.Add(kNoPlace);
-    }
+    if (nRows == 0 && pColumns->Count() != 0) warnings.Add(kNoPlace);
     output.Write(eForm == Form::Lines ? "" : nRows == 0 ? "[]\n" : "]\n");
     return;
   }
@@ -258,9 +246,7 @@ void JsonSink::End() {
     output.Write("{}\n");
     return;
   }
-  if (!bHead) {
-    WriteHead();
-  }
+  if (!bHead) WriteHead();
   output.Write("]}\n");
 }
 

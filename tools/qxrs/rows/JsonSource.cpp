@@ -49,9 +49,7 @@ class RowReader {
   const char* Value(const char* p, char c) {
     cell.bEscaped = false;
     const char* const pNext = JSON::ReadValue(text.Limits(), p, c, *this);
-    if (pNext) {
-      AddCell();
-    }
+    if (pNext) AddCell();
     return pNext;
   }
   void Complete() {}
@@ -67,9 +65,7 @@ class RowReader {
     const char* const pNext = JSON::ScanNumber(p, text.pEnd, bReal);
     Take(Kind::Integer, p, pNext);
     cell.eKind = NumberKind(cell.strText);
-    if (cell.eKind == Kind::Text) {
-      TakeOddNumber();
-    }
+    if (cell.eKind == Kind::Text) TakeOddNumber();
     return pNext;
   }
   const char* Literal(const char* p, const char* pNext) {
@@ -81,9 +77,7 @@ class RowReader {
   const char* Nested(const char* p) {
     JsonWalk walk(text.pEnd);
     const char* const pNext = walk.Read(p);
-    if (!pNext) {
-      return text.Fail(p);
-    }
+    if (!pNext) return text.Fail(p);
     Take(Kind::Nested, p, pNext);
     if (!walk.IsTight(cell.strText.size())) {
       std::string& strText = source.vTexts.emplace_back();
@@ -172,16 +166,12 @@ char JsonSource::PeekToken() {
       ++p;
     }
     window.UseUpTo(p);
-    if (p != window.End() || !window.Fill()) {
-      return *window.Begin();
-    }
+    if (p != window.End() || !window.Fill()) return *window.Begin();
   }
 }
 
 void JsonSource::FillOrRefuse(const JsonWalk& walk) {
-  if (walk.MayGoOn() && window.Fill()) {
-    return;
-  }
+  if (walk.MayGoOn() && window.Fill()) return;
   // The text may have moved.
   JsonWalk again(window.End());
   again.Read(window.Begin());
@@ -201,9 +191,7 @@ void JsonSource::FindRows() {
         return;
       case Search::Failed:
         JsonWalk walk(window.End());
-        if (!walk.Read(window.Begin())) {
-          FillOrRefuse(walk);
-        }
+        if (!walk.Read(window.Begin())) FillOrRefuse(walk);
     }
   }
 }
@@ -224,14 +212,10 @@ JsonSource::Search JsonSource::SearchRows() {
     JsonWalk walk(window.End());
     const char* const pName = p;
     p = walk.String(p);
-    if (!p) {
-      return Search::Failed;
-    }
+    if (!p) return Search::Failed;
     const std::string_view strName(pName, static_cast<std::size_t>(p - pName));
     p = text.SkipSpace(p);
-    if (*p != ':') {
-      return Search::Failed;
-    }
+    if (*p != ':') return Search::Failed;
     p = text.SkipSpace(p + 1);
     if (strName == kRows && *p == '[') {
       for (; nBeside != 0; --nBeside) {
@@ -243,21 +227,15 @@ JsonSource::Search JsonSource::SearchRows() {
     }
     const char* const pValue = p;
     p = walk.Read(p);
-    if (!p) {
-      return Search::Failed;
-    }
+    if (!p) return Search::Failed;
     if (strName == kColumns) {
       strColumns = {pValue, static_cast<std::size_t>(p - pValue)};
     } else {
       ++nBeside;
     }
     p = text.SkipSpace(p);
-    if (*p == '}') {
-      return Search::SingleRow;
-    }
-    if (*p != ',') {
-      return Search::Failed;
-    }
+    if (*p == '}') return Search::SingleRow;
+    if (*p != ',') return Search::Failed;
     p = text.SkipSpace(p + 1);
   }
   return Search::Failed;
@@ -313,9 +291,7 @@ bool JsonSource::NextElement(Row& row) {
     return false;
   }
   ++nRow;
-  if (c != '{') {
-    window.Refuse(window.Begin(), "row " + std::to_string(nRow) + " is no object");
-  }
+  if (c != '{') window.Refuse(window.Begin(), "row " + std::to_string(nRow) + " is no object");
   ReadRow(row);
   return true;
 }
@@ -323,9 +299,7 @@ bool JsonSource::NextElement(Row& row) {
 // Moves to the next element, or to the bracket behind the last one.
 bool JsonSource::FindElement(char* pcFirst) {
   *pcFirst = PeekToken();
-  if (*pcFirst == ']') {
-    return false;
-  }
+  if (*pcFirst == ']') return false;
   if (!bFirst) {
     if (*pcFirst == ',') {
       Take();
@@ -350,17 +324,13 @@ void JsonSource::EndRows() {
       Take();
       PeekToken();
       TakeValue();
-      if (PeekToken() != ':') {
-        window.Refuse(window.Begin(), "expected ':' behind the name");
-      }
+      if (PeekToken() != ':') window.Refuse(window.Begin(), "expected ':' behind the name");
       Take();
       PeekToken();
       TakeValue();
       warnings.Add(kBeside);
     }
-    if (!bInObject) {
-      return ExpectEnd();
-    }
+    if (!bInObject) return ExpectEnd();
   }
   if (PeekToken() != '}') {
     window.Refuse(window.Begin(), window.Begin() == window.End() ? "the text ends inside an object"
@@ -381,9 +351,7 @@ void JsonSource::ExpectEnd() {
 bool JsonSource::NextLine(Row& row) {
   const char c = PeekToken();
   if (c != '{') {
-    if (window.Begin() == window.End()) {
-      return false;
-    }
+    if (window.Begin() == window.End()) return false;
     window.Refuse(window.Begin(), "expected an object");
   }
   ++nRow;

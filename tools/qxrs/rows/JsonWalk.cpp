@@ -63,9 +63,7 @@ const char* JsonWalk::String(const char* p) {
   const bool bPlain = JSON::IsPlain(strContent) || IsStrictContent(strContent, true);
   if (!bPlain || !IsUtf8(strContent)) {
     bStrict = false;
-    if (pOut) {
-      bWhole = AppendJsonText(strContent, true, *pOut) && bWhole;
-    }
+    if (pOut) bWhole = AppendJsonText(strContent, true, *pOut) && bWhole;
     return pClosing + 1;
   }
   return Token(p, pClosing + 1);
@@ -91,16 +89,12 @@ const char* JsonWalk::Nested(const char* p) {
   Put(bObject ? "{" : "[");
   ++nDepth;
   const char* const pNext = bObject ? ReadObject(text, p, *this) : ReadArray(text, p, *this);
-  if (!pNext) {
-    return nullptr;
-  }
+  if (!pNext) return nullptr;
   if (pNext[-1] != (bObject ? '}' : ']')) {
     return text.Fail(pNext);  // the text ends within, which the parser accepts in places
   }
   --nDepth;
-  if (level.nItems != 0) {
-    BreakLine();
-  }
+  if (level.nItems != 0) BreakLine();
   Put(bObject ? "}" : "]");
   nTight += 2 + (level.nItems != 0 ? level.nItems - 1 : 0);
   level = outer;
@@ -117,15 +111,11 @@ const char* JsonWalk::Token(const char* p, const char* pNext) {
 }
 
 void JsonWalk::Put(std::string_view strToken) {
-  if (pOut) {
-    *pOut += strToken;
-  }
+  if (pOut) *pOut += strToken;
 }
 
 void JsonWalk::BeginItem() {
-  if (level.nItems++ != 0) {
-    Put(",");
-  }
+  if (level.nItems++ != 0) Put(",");
   BreakLine();
 }
 
@@ -175,18 +165,14 @@ std::string BadValue(char c) {
 }  // namespace
 
 std::string JsonWalk::Reason() const {
-  if (bOpenString) {
-    return "the string that begins here has no end";
-  }
+  if (bOpenString) return "the string that begins here has no end";
   const char* const p = FailedAt();
   if (p == text.pEnd) {
     return level.cOpen == 0     ? "the text ends where a value is due"
            : level.cOpen == '{' ? "the text ends inside an object"
                                 : "the text ends inside an array";
   }
-  if (*p == '\0') {
-    return "a NUL byte ends the text here";
-  }
+  if (*p == '\0') return "a NUL byte ends the text here";
   // What stands in front tells what was due.
   const char* pBefore = p;
   while (pBefore > pBegin && JSON::IsSpace(pBefore[-1])) {
@@ -197,12 +183,8 @@ std::string JsonWalk::Reason() const {
       (cBefore == ',' && level.cOpen == '[')) {
     return BadValue(*p);
   }
-  if (level.cOpen == '[') {
-    return "expected ',' or ']'";
-  }
-  if (bName) {
-    return "expected ':' behind the name";
-  }
+  if (level.cOpen == '[') return "expected ',' or ']'";
+  if (bName) return "expected ':' behind the name";
   if (cBefore == ',') {
     return *p == '}' ? "a member has to follow the comma" : "expected a name in double quotes";
   }

@@ -18,17 +18,13 @@ std::size_t Columns::Find(std::string_view strName) const {
 
 std::size_t Columns::FindOrAdd(std::string_view strName) {
   const auto [it, bNew] = mapPositions.emplace(strName, vColumns.size());
-  if (bNew) {
-    vColumns.emplace_back().strName = strName;
-  }
+  if (bNew) vColumns.emplace_back().strName = strName;
   return it->second;
 }
 
 bool Columns::Add(Column column) {
   const bool bNew = mapPositions.emplace(column.strName, vColumns.size()).second;
-  if (bNew) {
-    vColumns.push_back(std::move(column));
-  }
+  if (bNew) vColumns.push_back(std::move(column));
   return bNew;
 }
 
@@ -39,9 +35,7 @@ bool Columns::AnyKey() const {
 namespace {
 
 bool Knows(const RowSource& source, RowSink::Needs eNeeds) {
-  if (eNeeds == RowSink::Needs::Nothing) {
-    return true;
-  }
+  if (eNeeds == RowSink::Needs::Nothing) return true;
   const Columns& columns = source.GetColumns();
   return source.AllColumnsKnown() &&
          (eNeeds == RowSink::Needs::Columns ||
@@ -85,9 +79,7 @@ std::optional<std::string> RepeatedName(const std::vector<std::string>& vNames) 
   std::vector<std::string> vSorted = vNames;
   std::sort(vSorted.begin(), vSorted.end());
   const auto itRepeated = std::adjacent_find(vSorted.begin(), vSorted.end());
-  if (itRepeated == vSorted.end()) {
-    return std::nullopt;
-  }
+  if (itRepeated == vSorted.end()) return std::nullopt;
   return "the column name '" + *itRepeated + "' occurs more than once";
 }
 

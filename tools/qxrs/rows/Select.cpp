@@ -18,16 +18,12 @@ SelectedColumns::SelectedColumns(std::unique_ptr<RowSource> pRows,
   for (const std::string& strName : vNames) {
     const std::size_t nColumn = all.Find(strName);
     Column column;
-    if (nColumn != Columns::kNone) {
-      column = all[nColumn];
-    }
+    if (nColumn != Columns::kNone) column = all[nColumn];
     column.strName = strName;
     columns.Add(std::move(column));
   }
   Match();
-  if (pSource->AllColumnsKnown()) {
-    RefuseUnseen();
-  }
+  if (pSource->AllColumnsKnown()) RefuseUnseen();
 }
 
 // Takes in the columns that the source has now.
@@ -35,9 +31,7 @@ void SelectedColumns::Match() {
   const Columns& all = pSource->GetColumns();
   for (std::size_t i = vPlaces.size(); i < all.Count(); ++i) {
     vPlaces.push_back(columns.Find(all[i].strName));
-    if (vPlaces[i] != Columns::kNone) {
-      vSeen[vPlaces[i]] = true;
-    }
+    if (vPlaces[i] != Columns::kNone) vSeen[vPlaces[i]] = true;
   }
 }
 
@@ -57,9 +51,7 @@ bool SelectedColumns::Next(Row& row) {
   Match();
   vCells.assign(columns.Count(), nullptr);
   for (const Cell& cell : rowAll) {
-    if (vPlaces[cell.nColumn] != Columns::kNone) {
-      vCells[vPlaces[cell.nColumn]] = &cell;
-    }
+    if (vPlaces[cell.nColumn] != Columns::kNone) vCells[vPlaces[cell.nColumn]] = &cell;
   }
   row.clear();
   for (std::size_t i = 0; i < vCells.size(); ++i) {
@@ -86,9 +78,7 @@ LastRows::LastRows(RowSource& source, unsigned long long nRows) {
 }
 
 bool LastRows::Next(Row& row) {
-  if (nGiven == vRows.size()) {
-    return false;
-  }
+  if (nGiven == vRows.size()) return false;
   const std::string& strPacked = vRows[(nOldest + nGiven++) % vRows.size()];
   UnpackRow(std::string_view(strPacked).substr(sizeof(std::uint32_t)), row);
   return true;

@@ -81,9 +81,7 @@ SortedRows::SortedRows(RowSource& source, const std::vector<std::string>& vKeys,
 }
 
 bool SortedRows::Next(Row& row) {
-  if (!database.Step(*pSelect)) {
-    return false;
-  }
+  if (!database.Step(*pSelect)) return false;
   const std::string_view strPacked(
       static_cast<const char*>(sqlite3_column_blob(pSelect.get(), 0)),
       static_cast<std::size_t>(sqlite3_column_bytes(pSelect.get(), 0)));

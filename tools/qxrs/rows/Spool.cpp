@@ -77,9 +77,7 @@ void UnpackRow(std::string_view strBytes, Row& row) {
 }
 
 Kind CommonKind(std::optional<Kind> eOne, Kind eOther) {
-  if (!eOne || *eOne == eOther) {
-    return eOther;
-  }
+  if (!eOne || *eOne == eOther) return eOther;
   const auto IsNumber = [](Kind e) { return e == Kind::Integer || e == Kind::Real; };
   return IsNumber(*eOne) && IsNumber(eOther) ? Kind::Real : Kind::Text;
 }
@@ -92,9 +90,7 @@ SpooledRows::SpooledRows(RowSource& source, Kinds eWanted) : eKinds(eWanted) {
     vKinds.resize(known.Count());
     vReadAs.resize(known.Count());
     for (const Cell& cell : row) {
-      if (cell.eKind == Kind::Null) {
-        continue;
-      }
+      if (cell.eKind == Kind::Null) continue;
       std::optional<Kind>& eKind = vKinds[cell.nColumn];
       eKind = CommonKind(eKind, HoldableKind(cell));
       std::optional<Kind>& eReadAs = vReadAs[cell.nColumn];
@@ -104,9 +100,7 @@ SpooledRows::SpooledRows(RowSource& source, Kinds eWanted) : eKinds(eWanted) {
     }
     Keep(row);
   }
-  if (nFile >= 0) {
-    WriteOut();
-  }
+  if (nFile >= 0) WriteOut();
   columns = known;
   vKinds.resize(known.Count());
   vReadAs.resize(known.Count());
@@ -119,23 +113,17 @@ SpooledRows::SpooledRows(RowSource& source, Kinds eWanted) : eKinds(eWanted) {
 }
 
 SpooledRows::~SpooledRows() {
-  if (nFile >= 0) {
-    close(nFile);
-  }
+  if (nFile >= 0) close(nFile);
 }
 
 void SpooledRows::Keep(const Row& row) {
   PackRow(row, strBytes);
   ++nRows;
-  if (strBytes.size() >= (nFile < 0 ? kInMemory : kPiece)) {
-    WriteOut();
-  }
+  if (strBytes.size() >= (nFile < 0 ? kInMemory : kPiece)) WriteOut();
 }
 
 void SpooledRows::WriteOut() {
-  if (nFile < 0) {
-    nFile = OpenNamelessFile();
-  }
+  if (nFile < 0) nFile = OpenNamelessFile();
   WriteAll(nFile, strBytes, kFileName);
   strBytes.clear();
   strBytes.shrink_to_fit();
@@ -153,12 +141,8 @@ void SpooledRows::Rewind() {
 
 // Whether `nBytes` unused bytes are there, read from the file if need be.
 bool SpooledRows::Fill(std::size_t nBytes) {
-  if (strBytes.size() - nUsed >= nBytes) {
-    return true;
-  }
-  if (nFile < 0) {
-    return false;
-  }
+  if (strBytes.size() - nUsed >= nBytes) return true;
+  if (nFile < 0) return false;
   strBytes.erase(0, nUsed);
   nUsed = 0;
   while (strBytes.size() < nBytes) {
@@ -169,36 +153,26 @@ bool SpooledRows::Fill(std::size_t nBytes) {
       throw InputError(std::string("cannot read ") + kFileName + ": " + std::strerror(errno));
     }
     strBytes.resize(nOld + (nRead < 0 ? 0 : static_cast<std::size_t>(nRead)));
-    if (nRead == 0) {
-      return false;
-    }
+    if (nRead == 0) return false;
   }
   return true;
 }
 
 bool SpooledRows::Next(Row& row) {
-  if (!Fill(sizeof(std::uint32_t))) {
-    return false;
-  }
+  if (!Fill(sizeof(std::uint32_t))) return false;
   const std::size_t nRowBytes = sizeof(std::uint32_t) + WordAt(strBytes.data() + nUsed);
-  if (!Fill(nRowBytes)) {
-    return false;
-  }
+  if (!Fill(nRowBytes)) return false;
   UnpackRow(std::string_view(strBytes).substr(nUsed + sizeof(std::uint32_t),
                                               nRowBytes - sizeof(std::uint32_t)),
             row);
   nUsed += nRowBytes;
-  if (eKinds == Kinds::Inferred) {
-    Retype(row);
-  }
+  if (eKinds == Kinds::Inferred) Retype(row);
   return true;
 }
 
 void SpooledRows::Retype(Row& row) const {
   for (Cell& cell : row) {
-    if (cell.eKind == Kind::Text && vInferred[cell.nColumn]) {
-      cell.eKind = ReadAs(cell);
-    }
+    if (cell.eKind == Kind::Text && vInferred[cell.nColumn]) cell.eKind = ReadAs(cell);
   }
 }
 

@@ -22,9 +22,7 @@ constexpr const char* kHalfPair = "half a pair of surrogates, which is no charac
 bool Exists(const std::string& strPath) { return access(strPath.c_str(), F_OK) == 0; }
 
 std::string TypeOf(const Column& column) {
-  if (!column.strType.empty()) {
-    return column.strType;
-  }
+  if (!column.strType.empty()) return column.strType;
   switch (column.eKind.value_or(Kind::Text)) {
     case Kind::Integer:
       return "INTEGER";
@@ -39,13 +37,9 @@ std::string TypeOf(const Column& column) {
 
 // What a column of that type makes of its values.
 SqlSink::Hold HoldOf(const std::string& strType) {
-  if (sqlite3_strlike("%BOOL%", strType.c_str(), 0) == 0) {
-    return SqlSink::Hold::Booleans;
-  }
+  if (sqlite3_strlike("%BOOL%", strType.c_str(), 0) == 0) return SqlSink::Hold::Booleans;
   for (const char* szPart : {"%CHAR%", "%CLOB%", "%TEXT%"}) {
-    if (sqlite3_strlike(szPart, strType.c_str(), 0) == 0) {
-      return SqlSink::Hold::Texts;
-    }
+    if (sqlite3_strlike(szPart, strType.c_str(), 0) == 0) return SqlSink::Hold::Texts;
   }
   return SqlSink::Hold::Values;
 }
@@ -54,9 +48,7 @@ SqlSink::Hold HoldOf(const std::string& strType) {
 std::vector<std::string> KeyOf(const Columns& columns) {
   std::vector<const Column*> vParts;
   for (const Column& column : columns) {
-    if (column.nKey != 0) {
-      vParts.push_back(&column);
-    }
+    if (column.nKey != 0) vParts.push_back(&column);
   }
   std::sort(vParts.begin(), vParts.end(),
             [](const Column* p, const Column* q) { return p->nKey < q->nKey; });
@@ -124,9 +116,7 @@ void SqlSink::Begin(const Columns& columns, bool bAllColumns) {
   pColumns = &columns;
   bAllKnown = bAllColumns;
   nColumns = columns.Count();
-  if (nColumns == 0) {
-    throw InputError("there are no columns to make a table of");
-  }
+  if (nColumns == 0) throw InputError("there are no columns to make a table of");
   // A failure from here on closes the database, and that undoes what was begun.
   pDatabase->Execute("BEGIN IMMEDIATE");
   if (target.eExisting == SqlTarget::Existing::Replace) {
@@ -147,9 +137,7 @@ void SqlSink::Begin(const Columns& columns, bool bAllColumns) {
 void SqlSink::Write(const Row& row) {
   ++nRow;
   vTexts.clear();
-  if (row.size() != nColumns || !bAllKnown) {
-    sqlite3_clear_bindings(pInsert.get());
-  }
+  if (row.size() != nColumns || !bAllKnown) sqlite3_clear_bindings(pInsert.get());
   for (const Cell& cell : row) {
     if (cell.nColumn < nColumns) {
       Bind(cell);
@@ -194,15 +182,11 @@ void SqlSink::BindNumber(const Cell& cell, int nParameter) {
       return;
     }
   } else if (!bTexts) {
-    if (!FitsDouble(cell.strText)) {
-      warnings.Add(kRounded, nRow, (*pColumns)[cell.nColumn].strName);
-    }
+    if (!FitsDouble(cell.strText)) warnings.Add(kRounded, nRow, (*pColumns)[cell.nColumn].strName);
     sqlite3_bind_double(pInsert.get(), nParameter, ToDouble(cell.strText));
     return;
   }
-  if (!bTexts) {
-    warnings.Add(kRounded, nRow, (*pColumns)[cell.nColumn].strName);
-  }
+  if (!bTexts) warnings.Add(kRounded, nRow, (*pColumns)[cell.nColumn].strName);
   BindText(cell, nParameter);
 }
 
@@ -211,9 +195,7 @@ void SqlSink::BindText(const Cell& cell, int nParameter) {
   if (cell.bEscaped) {
     bool bWhole = true;
     strText = ShownText(cell, vTexts.emplace_back(), &bWhole);
-    if (!bWhole) {
-      warnings.Add(kHalfPair, nRow, (*pColumns)[cell.nColumn].strName);
-    }
+    if (!bWhole) warnings.Add(kHalfPair, nRow, (*pColumns)[cell.nColumn].strName);
   }
   // A text without a pointer would be a null.
   const char* const pText = strText.data() ? strText.data() : "";

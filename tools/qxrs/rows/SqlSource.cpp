@@ -61,16 +61,12 @@ bool SqlSource::HasWholeKey(const std::string& strTable) const {
 void SqlSource::TakeColumns() {
   sqlite3_stmt* const p = pStatement.get();
   const int nColumns = sqlite3_column_count(p);
-  if (nColumns == 0) {
-    throw InputError("the SQL statement gives no rows");
-  }
+  if (nColumns == 0) throw InputError("the SQL statement gives no rows");
   for (int i = 0; i < nColumns; ++i) {
     Column column;
     column.strName = sqlite3_column_name(p, i);
     const char* const szTable = sqlite3_column_table_name(p, i);
-    if (szTable) {
-      pDatabase->Describe(szTable, sqlite3_column_origin_name(p, i), column);
-    }
+    if (szTable) pDatabase->Describe(szTable, sqlite3_column_origin_name(p, i), column);
     vBoolean.push_back(IsBoolean(column.strType));
     const std::string strColumn = column.strName;
     if (!columns.Add(std::move(column))) {
@@ -81,9 +77,7 @@ void SqlSource::TakeColumns() {
 }
 
 bool SqlSource::Next(Row& row) {
-  if (!pDatabase->Step(*pStatement)) {
-    return false;
-  }
+  if (!pDatabase->Step(*pStatement)) return false;
   ++nRow;
   progress.Add(1);
   row.resize(columns.Count());
@@ -127,9 +121,7 @@ void SqlSource::FillCell(int nColumn, Cell& cell) {
       break;
   }
   const unsigned char* const pText = sqlite3_column_text(p, nColumn);
-  if (!pText) {
-    throw std::bad_alloc();
-  }
+  if (!pText) throw std::bad_alloc();
   cell.strText = {reinterpret_cast<const char*>(pText),
                   static_cast<std::size_t>(sqlite3_column_bytes(p, nColumn))};
 }

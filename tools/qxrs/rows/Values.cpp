@@ -32,18 +32,14 @@ const char* SkipRealPart(const char* p, const char* pEnd) {
   if (p != pEnd && *p == '.') {
     const char* const pDigits = p + 1;
     p = SkipDigits(pDigits, pEnd);
-    if (p == pDigits) {
-      return nullptr;
-    }
+    if (p == pDigits) return nullptr;
   }
   if (p != pEnd && (*p == 'e' || *p == 'E')) {
     ++p;
     p += p != pEnd && (*p == '+' || *p == '-') ? 1 : 0;
     const char* const pDigits = p;
     p = SkipDigits(pDigits, pEnd);
-    if (p == pDigits) {
-      return nullptr;
-    }
+    if (p == pDigits) return nullptr;
   }
   return p;
 }
@@ -57,22 +53,14 @@ Kind NumberKind(std::string_view strText) {
   p += bNegative ? 1 : 0;
   const char* const pDigits = p;
   p = SkipDigits(p, pEnd);
-  if (p == pDigits || (*pDigits == '0' && p - pDigits > 1)) {
-    return Kind::Text;
-  }
-  if (p == pEnd) {
-    return bNegative && *pDigits == '0' ? Kind::Text : Kind::Integer;
-  }
+  if (p == pDigits || (*pDigits == '0' && p - pDigits > 1)) return Kind::Text;
+  if (p == pEnd) return bNegative && *pDigits == '0' ? Kind::Text : Kind::Integer;
   return SkipRealPart(p, pEnd) == pEnd ? Kind::Real : Kind::Text;
 }
 
 Kind ReadAs(const Cell& cell) {
-  if (cell.bEscaped || cell.eKind != Kind::Text) {
-    return Kind::Text;
-  }
-  if (cell.strText == "true" || cell.strText == "false") {
-    return Kind::Boolean;
-  }
+  if (cell.bEscaped || cell.eKind != Kind::Text) return Kind::Text;
+  if (cell.strText == "true" || cell.strText == "false") return Kind::Boolean;
   const Kind eKind = NumberKind(cell.strText);
   return eKind == Kind::Integer && !ToInt64(cell.strText) ? Kind::Text : eKind;
 }
@@ -94,9 +82,7 @@ double ToDouble(std::string_view strText) {
 }
 
 std::string RealText(double fValue) {
-  if (std::isinf(fValue)) {
-    return fValue < 0 ? "-9e999" : "9e999";
-  }
+  if (std::isinf(fValue)) return fValue < 0 ? "-9e999" : "9e999";
   char szText[32];  // 24 are needed: -2.2250738585072014e-308
   const auto result = std::to_chars(szText, szText + sizeof szText, fValue);
   std::string strText(szText, result.ptr);
@@ -109,19 +95,13 @@ bool FitsDouble(std::string_view strText) {
   const auto Digits = [](std::string_view strNumber) {
     std::string strDigits;
     for (const char c : strNumber.substr(0, strNumber.find_first_of("eE"))) {
-      if (JSON::IsDigit(c) && (c != '0' || !strDigits.empty())) {
-        strDigits += c;
-      }
+      if (JSON::IsDigit(c) && (c != '0' || !strDigits.empty())) strDigits += c;
     }
     return strDigits.erase(strDigits.find_last_not_of('0') + 1);
   };
   const double fValue = ToDouble(strText);
-  if (std::isinf(fValue)) {
-    return false;
-  }
-  if (strText.size() <= kSafeDigits) {
-    return true;
-  }
+  if (std::isinf(fValue)) return false;
+  if (strText.size() <= kSafeDigits) return true;
   const std::string strDigits = Digits(strText);
   return strDigits.size() <= kSafeDigits || strDigits == Digits(RealText(fValue));
 }
@@ -174,13 +154,9 @@ std::uint32_t TakeCode(std::string_view& strRest) {
   std::size_t nDigits = 0;
   const std::uint32_t nCode = HexCode(strRest, &nDigits);
   strRest.remove_prefix(std::min(kHexDigits, strRest.size()));
-  if (!IsHighSurrogate(nCode) || strRest.substr(0, 2) != "\\u") {
-    return nCode;
-  }
+  if (!IsHighSurrogate(nCode) || strRest.substr(0, 2) != "\\u") return nCode;
   const std::uint32_t nOther = HexCode(strRest.substr(2), &nDigits);
-  if (!IsSurrogate(nOther) || IsHighSurrogate(nOther)) {
-    return nCode;
-  }
+  if (!IsSurrogate(nOther) || IsHighSurrogate(nOther)) return nCode;
   strRest.remove_prefix(2 + kHexDigits);
   return 0x10000 + ((nCode - 0xD800) << 10) + (nOther - 0xDC00);
 }
@@ -201,9 +177,7 @@ bool AppendUnescaped(std::string_view strContent, std::string& strText) {
     const std::size_t nPlain = std::min(strContent.find('\\'), strContent.size());
     strText += strContent.substr(0, nPlain);
     strContent.remove_prefix(nPlain);
-    if (strContent.size() < 2) {
-      return bWhole;
-    }
+    if (strContent.size() < 2) return bWhole;
     const char c = strContent[1];
     strContent.remove_prefix(2);
     if (c != 'u') {
@@ -234,24 +208,16 @@ std::string PairsAsUtf8(std::string_view strContent) {
 
 bool IsStrictContent(std::string_view strContent, bool bSurrogates) {
   for (std::size_t i = 0; i < strContent.size(); ++i) {
-    if (static_cast<unsigned char>(strContent[i]) < ' ') {
-      return false;
-    }
-    if (strContent[i] != '\\') {
-      continue;
-    }
+    if (static_cast<unsigned char>(strContent[i]) < ' ') return false;
+    if (strContent[i] != '\\') continue;
     ++i;
-    if (i == strContent.size() || !std::strchr("\"\\/bfnrtu", strContent[i])) {
-      return false;
-    }
+    if (i == strContent.size() || !std::strchr("\"\\/bfnrtu", strContent[i])) return false;
     std::size_t nDigits = kHexDigits;
     if (strContent[i] == 'u' &&
         (IsSurrogate(HexCode(strContent.substr(i + 1), &nDigits)) && !bSurrogates)) {
       return false;
     }
-    if (nDigits != kHexDigits) {
-      return false;
-    }
+    if (nDigits != kHexDigits) return false;
   }
   return true;
 }
@@ -266,15 +232,11 @@ std::size_t CharacterLength(std::string_view strText) {
     return n < strText.size() ? static_cast<unsigned char>(strText[n]) : 0;
   };
   const unsigned nFirst = Byte(0);
-  if (nFirst < 0x80) {
-    return 1;
-  }
+  if (nFirst < 0x80) return 1;
   const std::size_t nLength = nFirst >= 0xF0 ? 4 : nFirst >= 0xE0 ? 3 : 2;
   std::uint32_t nCode = nFirst & (0x7Fu >> nLength);
   for (std::size_t n = 1; n < nLength; ++n) {
-    if ((Byte(n) & 0xC0) != 0x80) {
-      return 0;
-    }
+    if ((Byte(n) & 0xC0) != 0x80) return 0;
     nCode = nCode << 6 | (Byte(n) & 0x3F);
   }
   constexpr std::array<std::uint32_t, 5> kLeast = {0, 0, 0x80, 0x800, 0x10000};
@@ -288,9 +250,7 @@ std::size_t AsciiLength(std::string_view strText) {
   constexpr std::uint64_t kHighBits = 0x8080808080808080;
   std::size_t n = 0;
   for (; n + sizeof kHighBits <= strText.size(); n += sizeof kHighBits) {
-    if ((JSON::ReadWord<std::uint64_t>(strText.data() + n) & kHighBits) != 0) {
-      return n;
-    }
+    if ((JSON::ReadWord<std::uint64_t>(strText.data() + n) & kHighBits) != 0) return n;
   }
   return n;
 }
@@ -300,9 +260,7 @@ std::size_t AsciiLength(std::string_view strText) {
 bool IsUtf8(std::string_view strText) {
   for (std::size_t n = AsciiLength(strText); n < strText.size();) {
     const std::size_t nLength = CharacterLength(strText.substr(n));
-    if (nLength == 0) {
-      return false;
-    }
+    if (nLength == 0) return false;
     n += nLength;
   }
   return true;
@@ -323,14 +281,10 @@ std::string RepairedUtf8(std::string_view strText) {
 }
 
 std::string_view ShownText(const Cell& cell, std::string& strBuffer, bool* pbWhole) {
-  if (!cell.bEscaped) {
-    return cell.strText;
-  }
+  if (!cell.bEscaped) return cell.strText;
   strBuffer.clear();
   const bool bWhole = AppendUnescaped(cell.strText, strBuffer);
-  if (pbWhole) {
-    *pbWhole = bWhole;
-  }
+  if (pbWhole) *pbWhole = bWhole;
   return strBuffer;
 }
 

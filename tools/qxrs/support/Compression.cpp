@@ -48,9 +48,7 @@ class GzipReader : public Decompressor {
  public:
   GzipReader(std::string strFileName, ReadRaw read)
       : strName(std::move(strFileName)), raw{std::move(read)} {
-    if (inflateInit2(&stream, kGzipWindow) != Z_OK) {
-      throw std::bad_alloc();
-    }
+    if (inflateInit2(&stream, kGzipWindow) != Z_OK) throw std::bad_alloc();
   }
   ~GzipReader() override { inflateEnd(&stream); }
 
@@ -59,9 +57,7 @@ class GzipReader : public Decompressor {
     stream.avail_out = static_cast<uInt>(nSize);
     while (stream.avail_out == nSize) {
       if (!raw.Fill()) {
-        if (bInside) {
-          Refuse(strName, "end too soon");
-        }
+        if (bInside) Refuse(strName, "end too soon");
         return 0;
       }
       Step();
@@ -94,9 +90,7 @@ class ZstdReader : public Decompressor {
  public:
   ZstdReader(std::string strFileName, ReadRaw read)
       : strName(std::move(strFileName)), raw{std::move(read)}, pStream(ZSTD_createDStream()) {
-    if (!pStream) {
-      throw std::bad_alloc();
-    }
+    if (!pStream) throw std::bad_alloc();
     ZSTD_DCtx_setParameter(pStream.get(), ZSTD_d_windowLogMax, kZstdLargestWindowBits);
   }
 
@@ -105,17 +99,13 @@ class ZstdReader : public Decompressor {
     while (out.pos == 0) {
       // The stream may hold text for which it needs no more bytes.
       if (!bFull && !raw.Fill()) {
-        if (nWanted != 0) {
-          Refuse(strName, "end too soon");
-        }
+        if (nWanted != 0) Refuse(strName, "end too soon");
         return 0;
       }
       ZSTD_inBuffer in{raw.vBytes.data(), raw.nSize, raw.nUsed};
       nWanted = ZSTD_decompressStream(pStream.get(), &out, &in);
       raw.nUsed = in.pos;
-      if (ZSTD_isError(nWanted)) {
-        Refuse(strName, ZSTD_getErrorName(nWanted));
-      }
+      if (ZSTD_isError(nWanted)) Refuse(strName, ZSTD_getErrorName(nWanted));
       bFull = out.pos == out.size;
     }
     return out.pos;
@@ -164,9 +154,7 @@ class ZstdWriter : public Compressor {
  public:
   explicit ZstdWriter(WriteRaw writeRaw)
       : write(std::move(writeRaw)), pStream(ZSTD_createCStream()) {
-    if (!pStream) {
-      throw std::bad_alloc();
-    }
+    if (!pStream) throw std::bad_alloc();
     ZSTD_initCStream(pStream.get(), kZstdLevel);
   }
 
@@ -176,9 +164,7 @@ class ZstdWriter : public Compressor {
     do {
       ZSTD_outBuffer out{vPiece.data(), vPiece.size(), 0};
       nLeft = ZSTD_compressStream2(pStream.get(), &out, &in, bEnd ? ZSTD_e_end : ZSTD_e_continue);
-      if (ZSTD_isError(nLeft)) {
-        throw std::bad_alloc();
-      }
+      if (ZSTD_isError(nLeft)) throw std::bad_alloc();
       write({vPiece.data(), out.pos});
     } while (in.pos < in.size || (bEnd && nLeft != 0));
   }
@@ -199,9 +185,7 @@ Compression CompressionOf(std::string_view strFirstBytes) {
   const auto Begins = [&](std::string_view strMagic) {
     return strFirstBytes.substr(0, strMagic.size()) == strMagic;
   };
-  if (Begins("\x1f\x8b")) {
-    return Compression::Gzip;
-  }
+  if (Begins("\x1f\x8b")) return Compression::Gzip;
   return Begins("\x28\xb5\x2f\xfd") ? Compression::Zstd : Compression::None;
 }
 
@@ -214,9 +198,7 @@ Compression TakeCompressionSuffix(std::string& strName) {
     strName.resize(strName.size() - strSuffix.size());
     return true;
   };
-  if (Take(".gz")) {
-    return Compression::Gzip;
-  }
+  if (Take(".gz")) return Compression::Gzip;
   return Take(".zst") ? Compression::Zstd : Compression::None;
 }
 

@@ -89,26 +89,20 @@ std::string PrintableLines(std::string_view strText) {
   while (true) {
     const std::size_t nEnd = strText.find('\n');
     strResult += MakeDisplayText(strText.substr(0, nEnd)).strText;
-    if (nEnd == std::string_view::npos) {
-      return strResult;
-    }
+    if (nEnd == std::string_view::npos) return strResult;
     strResult += '\n';
     strText.remove_prefix(nEnd + 1);
   }
 }
 
 DisplayText Shortened(const DisplayText& text, std::size_t nWidth) {
-  if (text.nWidth <= nWidth || nWidth == 0) {
-    return text;
-  }
+  if (text.nWidth <= nWidth || nWidth == 0) return text;
   DisplayText result;
   std::string_view strRest = text.strText;
   while (!strRest.empty()) {
     const Character character = NextCharacter(strRest);
     const auto nColumns = static_cast<std::size_t>(character.nWidth);
-    if (result.nWidth + nColumns > nWidth - 1) {
-      break;
-    }
+    if (result.nWidth + nColumns > nWidth - 1) break;
     result.strText += strRest.substr(0, character.nBytes);
     result.nWidth += nColumns;
     strRest.remove_prefix(character.nBytes);

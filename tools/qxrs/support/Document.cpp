@@ -44,9 +44,7 @@ std::optional<Refusal> Parse(JSON::Message& message, const std::string& strText)
   if (strText.size() > kMaxLength) {
     return Refusal{kMaxLength, "a document can have 2 GiB at most"};
   }
-  if (message.Parse(strText.data(), static_cast<int>(strText.size()))) {
-    return std::nullopt;
-  }
+  if (message.Parse(strText.data(), static_cast<int>(strText.size()))) return std::nullopt;
   return Explain(strText);
 }
 

@@ -28,9 +28,7 @@ Input::Input(const std::string& strPath, Progress& progressBar)
   if (strPath != "-") {
     strName = strPath;
     nFile = open(strPath.c_str(), O_RDONLY | O_CLOEXEC);
-    if (nFile < 0) {
-      throw InputError("cannot open " + strName + ": " + std::strerror(errno));
-    }
+    if (nFile < 0) throw InputError("cannot open " + strName + ": " + std::strerror(errno));
   }
   struct stat status {};
   if (fstat(nFile, &status) == 0 && S_ISREG(status.st_mode)) {
@@ -39,9 +37,7 @@ Input::Input(const std::string& strPath, Progress& progressBar)
 }
 
 Input::~Input() {
-  if (nFile != STDIN_FILENO) {
-    close(nFile);
-  }
+  if (nFile != STDIN_FILENO) close(nFile);
 }
 
 // The bytes of the file: the first ones are known already.
@@ -55,9 +51,7 @@ std::size_t Input::ReadRaw(char* pBytes, std::size_t nSize) {
   do {
     nRead = read(nFile, pBytes, nSize);
   } while (nRead < 0 && errno == EINTR);
-  if (nRead < 0) {
-    throw InputError("cannot read " + strName + ": " + std::strerror(errno));
-  }
+  if (nRead < 0) throw InputError("cannot read " + strName + ": " + std::strerror(errno));
   progress.Add(static_cast<unsigned long long>(nRead));
   return static_cast<std::size_t>(nRead);
 }
@@ -77,9 +71,7 @@ void Input::Begin() {
 }
 
 std::size_t Input::Read(char* pBytes, std::size_t nSize) {
-  if (!bBegun) {
-    Begin();
-  }
+  if (!bBegun) Begin();
   return pDecompressor ? pDecompressor->Read(pBytes, nSize) : ReadRaw(pBytes, nSize);
 }
 

@@ -31,16 +31,10 @@ bool IsSpecial(const std::string& strPath) {
 }
 
 int OpenOutput(const std::string& strPath, std::optional<TemporaryFile>& file) {
-  if (strPath == "-") {
-    return STDOUT_FILENO;
-  }
-  if (!IsSpecial(strPath)) {
-    return file.emplace(strPath).File();
-  }
+  if (strPath == "-") return STDOUT_FILENO;
+  if (!IsSpecial(strPath)) return file.emplace(strPath).File();
   const int nFile = open(strPath.c_str(), O_WRONLY | O_CLOEXEC);
-  if (nFile < 0) {
-    Fail(strPath);
-  }
+  if (nFile < 0) Fail(strPath);
   return nFile;
 }
 
@@ -49,9 +43,7 @@ int OpenOutput(const std::string& strPath, std::optional<TemporaryFile>& file) {
 void WriteAll(int nFile, std::string_view strText, const std::string& strName) {
   while (!strText.empty()) {
     const ssize_t nWritten = write(nFile, strText.data(), strText.size());
-    if (nWritten < 0 && errno != EINTR) {
-      Fail(strName);
-    }
+    if (nWritten < 0 && errno != EINTR) Fail(strName);
     strText.remove_prefix(nWritten < 0 ? 0 : static_cast<std::size_t>(nWritten));
   }
 }
@@ -70,15 +62,11 @@ Output::Output(const std::string& strPath, Progress& progressBar)
 }
 
 Output::~Output() {
-  if (nFile != STDOUT_FILENO && !file) {
-    close(nFile);
-  }
+  if (nFile != STDOUT_FILENO && !file) close(nFile);
 }
 
 void Output::Flush(bool bEnd) {
-  if (bTerminal) {
-    progress.Stop();
-  }
+  if (bTerminal) progress.Stop();
   const std::string_view strText(vBuffer.data(), static_cast<std::size_t>(pWrite - vBuffer.data()));
   pWrite = vBuffer.data();
   if (pCompressor) {
@@ -100,9 +88,7 @@ char* Output::MakeRoom(std::size_t nBytes) {
 
 void Output::Commit() {
   Flush(true);
-  if (file) {
-    file->Commit();
-  }
+  if (file) file->Commit();
 }
 
 }  // namespace qxrs

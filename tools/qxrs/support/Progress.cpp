@@ -23,9 +23,7 @@ constexpr unsigned kRowsPerLook = 256;
 constexpr unsigned kBarWidth = 40;  // columns
 
 std::string Amount(unsigned long long nAmount, Progress::Unit eUnit) {
-  if (eUnit == Progress::Unit::Rows) {
-    return std::to_string(nAmount) + " rows";
-  }
+  if (eUnit == Progress::Unit::Rows) return std::to_string(nAmount) + " rows";
   char szText[40];
   std::snprintf(szText, sizeof szText, "%.1f MB", static_cast<double>(nAmount) / 1e6);
   return szText;
@@ -56,9 +54,7 @@ void Progress::SetTotal(unsigned long long nAmount) { nTotal = nAmount; }
 
 void Progress::Add(unsigned long long nAmount) {
   nDone += nAmount;
-  if (!bShow || (eUnit == Unit::Rows && nSteps++ % kRowsPerLook != 0)) {
-    return;
-  }
+  if (!bShow || (eUnit == Unit::Rows && nSteps++ % kRowsPerLook != 0)) return;
   const auto timeNow = Clock::now();
   if (timeNow >= timeNext) {
     timeNext = timeNow + kInterval;

@@ -30,9 +30,7 @@ std::atomic<const char*> szAbandoned = nullptr;
 // Ends the process as the signal would have, without leaving the temporary file.
 extern "C" void RemoveAndEnd(int nSignal) {
   const char* const szPath = szAbandoned;
-  if (szPath) {
-    unlink(szPath);
-  }
+  if (szPath) unlink(szPath);
   std::signal(nSignal, SIG_DFL);
   std::raise(nSignal);
 }
@@ -53,9 +51,7 @@ void RemoveWhenInterrupted(const char* szPath) {
 // The file behind a symbolic link; the path itself when there is none.
 std::string Resolved(const std::string& strPath) {
   char* szPath = realpath(strPath.c_str(), nullptr);
-  if (!szPath) {
-    return strPath;
-  }
+  if (!szPath) return strPath;
   std::string strResult(szPath);
   std::free(szPath);
   return strResult;
@@ -63,9 +59,7 @@ std::string Resolved(const std::string& strPath) {
 
 mode_t CreationMode(const std::string& strTarget) {
   struct stat status {};
-  if (stat(strTarget.c_str(), &status) == 0) {
-    return status.st_mode & 07777;
-  }
+  if (stat(strTarget.c_str(), &status) == 0) return status.st_mode & 07777;
   const mode_t nMask = umask(0);
   umask(nMask);
   return kNewFile & ~nMask;
@@ -83,9 +77,7 @@ TemporaryFile::TemporaryFile(const std::string& strPath)
   nFile = mkostemp(strTemporary.data(), O_CLOEXEC);
   RemoveWhenInterrupted(nFile >= 0 ? strTemporary.c_str() : nullptr);
   sigprocmask(SIG_SETMASK, &setBefore, nullptr);
-  if (nFile < 0) {
-    Fail(strName);
-  }
+  if (nFile < 0) Fail(strName);
   fchmod(nFile, CreationMode(strTarget));
 }
 
@@ -99,9 +91,7 @@ TemporaryFile::~TemporaryFile() {
 
 void TemporaryFile::Commit() {
   // The bytes have to be on the disk before the name points at them.
-  if (fsync(nFile) != 0 || std::rename(strTemporary.c_str(), strTarget.c_str()) != 0) {
-    Fail(strName);
-  }
+  if (fsync(nFile) != 0 || std::rename(strTemporary.c_str(), strTarget.c_str()) != 0) Fail(strName);
   szAbandoned = nullptr;
   strTemporary.clear();
 }
@@ -110,9 +100,7 @@ int OpenNamelessFile() {
   const char* szFolder = std::getenv("TMPDIR");
   std::string strPath = std::string(szFolder && *szFolder ? szFolder : "/tmp") + "/qxrs.XXXXXX";
   const int nFile = mkostemp(strPath.data(), O_CLOEXEC);
-  if (nFile < 0) {
-    Fail("a temporary file in " + strPath.substr(0, strPath.rfind('/')));
-  }
+  if (nFile < 0) Fail("a temporary file in " + strPath.substr(0, strPath.rfind('/')));
   unlink(strPath.c_str());
   return nFile;
 }

@@ -38,24 +38,18 @@ bool IsTerminal(int nFile) { return isatty(nFile) == 1; }
 
 int TerminalWidth(int nFile) {
   winsize size{};
-  if (ioctl(nFile, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) {
-    return kUsualWidth;
-  }
+  if (ioctl(nFile, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualWidth;
   return size.ws_col;
 }
 
 bool UseColor(When eColor, int nFile) {
-  if (eColor != When::Auto) {
-    return eColor == When::Always;
-  }
+  if (eColor != When::Auto) return eColor == When::Always;
   const char* szNoColor = std::getenv("NO_COLOR");
   return !(szNoColor && *szNoColor) && !IsSet("TERM", "dumb") && IsTerminal(nFile);
 }
 
 std::string Styled(std::string_view strText, Style eStyle, bool bColor) {
-  if (!bColor) {
-    return std::string(strText);
-  }
+  if (!bColor) return std::string(strText);
   return Code(eStyle) + std::string(strText) + "\x1b[0m";
 }
 

@@ -15,9 +15,7 @@ namespace qxrs {
 namespace {
 
 std::string Place(unsigned long long nRow, std::string_view strColumn) {
-  if (nRow == 0) {
-    return "";
-  }
+  if (nRow == 0) return "";
   const std::string strRow = "row " + std::to_string(nRow);
   return strColumn.empty() ? strRow
                            : strRow + ", column '" + MakeDisplayText(strColumn).strText + "'";
@@ -33,9 +31,7 @@ void Warnings::Add(const char* szReason, unsigned long long nRow, std::string_vi
     return;
   }
   std::string strPlace = Place(nRow, strColumn);
-  if (bStrict) {
-    throw InputError((strPlace.empty() ? "" : strPlace + ": ") + szReason);
-  }
+  if (bStrict) throw InputError((strPlace.empty() ? "" : strPlace + ": ") + szReason);
   vLosses.push_back({szReason, std::move(strPlace), 1});
 }
 

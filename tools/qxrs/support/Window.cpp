@@ -23,9 +23,7 @@ bool Window::Fill() {
   std::memmove(vBytes.data(), vBytes.data() + nBegin, nEnd);
   nBegin = 0;
   const std::size_t nMore = std::max(kPiece, nEnd);
-  if (vBytes.size() < nEnd + nMore + kSlack) {
-    vBytes.resize(nEnd + nMore + kSlack);
-  }
+  if (vBytes.size() < nEnd + nMore + kSlack) vBytes.resize(nEnd + nMore + kSlack);
   const std::size_t nRead = input.Read(End(), nMore);
   nEnd += nRead;
   std::memset(End(), 0, kSlack);
@@ -40,9 +38,7 @@ void Window::Start() {
   if (strTwo == "\xFF\xFE" || strTwo == "\xFE\xFF") {
     throw InputError(Name() + ": the text is UTF-16; iconv -f UTF-16 -t UTF-8 makes it readable");
   }
-  if (strText.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
-    nBegin += kByteOrderMark.size();
-  }
+  if (strText.substr(0, kByteOrderMark.size()) == kByteOrderMark) nBegin += kByteOrderMark.size();
 }
 
 void Window::Refuse(const char* p, const std::string& strReason) {
