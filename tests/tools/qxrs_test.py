@@ -165,8 +165,8 @@ def test_published():
             expect("compressed", read_bytes(f"packed.{form}{ending}")[:2] in (b"\x1f\x8b", b"\x28\xb5"), True)
             expect(form + ending, run(f"convert packed.{form}{ending} - --to {form}")[0], data)
             cut = read_bytes(f"packed.{form}{ending}")[:-9]
-            expect("cut " + ending, run(f"convert - - --from {form} --to {form}", cut)[1:],
-                   ("qxrs: standard input: the compressed data end too soon\n", 1))
+            _, errors, status = run(f"convert - - --from {form} --to {form}", cut)
+            expect("cut " + ending, ("damaged or end too soon" in errors, status), (True, 1))
     expect("members of gzip", run("from-csv", gzip.compress(b"a\n") + gzip.compress(b"1\n"))[0], '{"a":"1"}\n')
 
 

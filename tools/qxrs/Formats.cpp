@@ -97,8 +97,7 @@ std::optional<Format> FormatNamed(const std::string& strName) {
 
 std::optional<Format> FormatOfFile(const std::string& strPath) {
   if (IsOdbc(strPath)) return Format::Sql;
-  std::string strName = strPath;
-  TakeCompressionSuffix(strName);
+  const std::string strName = strPath.substr(0, strPath.size() - CompressionSuffix(strPath).size());
   const std::size_t nDot = strName.find_last_of("./");
   if (nDot == std::string::npos || strName[nDot] != '.') return std::nullopt;
   const std::string strEnding = strName.substr(nDot + 1);

@@ -4,23 +4,18 @@
 
 #include "tools/qxrs/rows/Spool.h"
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstring>
 
 #include "tools/qxrs/rows/Values.h"
 #include "tools/qxrs/support/Errors.h"
-#include "tools/qxrs/support/Output.h"
 #include "tools/qxrs/support/TemporaryFile.h"
 
 namespace qxrs {
 
 namespace {
 
-constexpr std::size_t kInMemory = 4194304;  // bytes of rows that need no file
-constexpr std::size_t kPiece = 262144;      // bytes written and read at a time
-constexpr const char* kFileName = "a temporary file";
+constexpr std::size_t kPiece = 131072;  // bytes written and read at a time
 
 constexpr unsigned kKindBits = 4;  // of the word that tells column and kind
 
@@ -82,7 +77,10 @@ Kind CommonKind(std::optional<Kind> eOne, Kind eOther) {
   return IsNumber(*eOne) && IsNumber(eOther) ? Kind::Real : Kind::Text;
 }
 
-SpooledRows::SpooledRows(RowSource& source, Kinds eWanted) : eKinds(eWanted) {
+SpooledRows::SpooledRows(RowSource& source, Kinds eWanted)
+    : eKinds(eWanted), pFile(fdopen(OpenNamelessFile(), "w+")) {
+  if (!pFile) Fail("open");
+  std::setvbuf(pFile.get(), nullptr, _IOFBF, kPiece);
   const Columns& known = source.GetColumns();
   std::vector<std::optional<Kind>> vKinds;   // of all cells
   std::vector<std::optional<Kind>> vReadAs;  // what the texts can be read as
@@ -100,7 +98,6 @@ SpooledRows::SpooledRows(RowSource& source, Kinds eWanted) : eKinds(eWanted) {
     }
     Keep(row);
   }
-  if (nFile >= 0) WriteOut();
   columns = known;
   vKinds.resize(known.Count());
   vReadAs.resize(known.Count());
@@ -112,60 +109,35 @@ SpooledRows::SpooledRows(RowSource& source, Kinds eWanted) : eKinds(eWanted) {
   Rewind();
 }
 
-SpooledRows::~SpooledRows() {
-  if (nFile >= 0) close(nFile);
-}
-
 void SpooledRows::Keep(const Row& row) {
+  strBytes.clear();
   PackRow(row, strBytes);
   ++nRows;
-  if (strBytes.size() >= (nFile < 0 ? kInMemory : kPiece)) WriteOut();
+  if (std::fwrite(strBytes.data(), 1, strBytes.size(), pFile.get()) != strBytes.size()) {
+    Fail("write");
+  }
 }
 
-void SpooledRows::WriteOut() {
-  if (nFile < 0) nFile = OpenNamelessFile();
-  WriteAll(nFile, strBytes, kFileName);
-  strBytes.clear();
-  strBytes.shrink_to_fit();
+void SpooledRows::Fail(const char* szWhat) {
+  throw InputError(std::string("cannot ") + szWhat + " a temporary file: " + std::strerror(errno));
 }
 
 void SpooledRows::Rewind() {
-  nUsed = 0;
-  if (nFile >= 0) {
-    strBytes.clear();
-    if (lseek(nFile, 0, SEEK_SET) != 0) {
-      throw InputError(std::string("cannot read ") + kFileName + ": " + std::strerror(errno));
-    }
-  }
+  if (std::fseek(pFile.get(), 0, SEEK_SET) != 0) Fail("write");
 }
 
-// Whether `nBytes` unused bytes are there, read from the file if need be.
-bool SpooledRows::Fill(std::size_t nBytes) {
-  if (strBytes.size() - nUsed >= nBytes) return true;
-  if (nFile < 0) return false;
-  strBytes.erase(0, nUsed);
-  nUsed = 0;
-  while (strBytes.size() < nBytes) {
-    const std::size_t nOld = strBytes.size();
-    strBytes.resize(nOld + kPiece);
-    const ssize_t nRead = read(nFile, &strBytes[nOld], kPiece);
-    if (nRead < 0 && errno != EINTR) {
-      throw InputError(std::string("cannot read ") + kFileName + ": " + std::strerror(errno));
-    }
-    strBytes.resize(nOld + (nRead < 0 ? 0 : static_cast<std::size_t>(nRead)));
-    if (nRead == 0) return false;
-  }
-  return true;
+bool SpooledRows::Read(std::size_t nBytes) {
+  strBytes.resize(nBytes);
+  return std::fread(strBytes.data(), 1, nBytes, pFile.get()) == nBytes;
 }
 
 bool SpooledRows::Next(Row& row) {
-  if (!Fill(sizeof(std::uint32_t))) return false;
-  const std::size_t nRowBytes = sizeof(std::uint32_t) + WordAt(strBytes.data() + nUsed);
-  if (!Fill(nRowBytes)) return false;
-  UnpackRow(std::string_view(strBytes).substr(nUsed + sizeof(std::uint32_t),
-                                              nRowBytes - sizeof(std::uint32_t)),
-            row);
-  nUsed += nRowBytes;
+  if (!Read(sizeof(std::uint32_t))) {
+    if (std::ferror(pFile.get()) != 0) Fail("read");
+    return false;
+  }
+  if (!Read(WordAt(strBytes.data()))) Fail("read");
+  UnpackRow(strBytes, row);
   if (eKinds == Kinds::Inferred) Retype(row);
   return true;
 }

@@ -1,8 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // Rows that are read before the first of them can be used: because a later row may bring a column
-// or decide its kind, or because they are wanted in another order. They lie in memory as long as
-// there are few, and in a temporary file otherwise.
+// or decide its kind, or because they are needed twice. They lie in a temporary file.
 //
 // One row as bytes, of native order:
 //
@@ -12,6 +11,8 @@
 #ifndef QXRECORDSET_TOOLS_ROWS_SPOOL_H
 #define QXRECORDSET_TOOLS_ROWS_SPOOL_H
 
+#include <cstdio>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,7 +32,6 @@ class SpooledRows : public RowSource {
 
   // Reads `source` to its end.
   SpooledRows(RowSource& source, Kinds eKinds);
-  ~SpooledRows() override;
 
   // Of each column the kind is known then.
   const Columns& GetColumns() const override { return columns; }
@@ -45,16 +45,19 @@ class SpooledRows : public RowSource {
 
  private:
   void Keep(const Row& row);
-  void WriteOut();
-  bool Fill(std::size_t nBytes);
+  bool Read(std::size_t nBytes);
+  [[noreturn]] static void Fail(const char* szWhat);
   void Retype(Row& row) const;
 
   const Kinds eKinds;
   Columns columns;
   std::vector<bool> vInferred;  // for each column, whether its texts become something else
-  std::string strBytes;         // of all rows, or of those that are written or read next
-  std::size_t nUsed = 0;        // bytes of it that Next() gave
-  int nFile = -1;               // the temporary file, when there is one
+  struct Close {
+    void operator()(std::FILE* p) const { std::fclose(p); }
+  };
+
+  const std::unique_ptr<std::FILE, Close> pFile;
+  std::string strBytes;  // of one row
   unsigned long long nRows = 0;
 };
 

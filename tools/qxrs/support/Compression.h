@@ -1,6 +1,6 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// gzip and Zstandard, by zlib and libzstd. A compressed input is recognised by its first bytes, a
+// gzip and Zstandard, by libarchive. A compressed input is recognised by its first bytes, a
 // compressed output by the end of its name.
 
 #ifndef QXRECORDSET_TOOLS_SUPPORT_COMPRESSION_H
@@ -12,49 +12,53 @@
 #include <string>
 #include <string_view>
 
+struct archive;
+
 namespace qxrs {
 
-enum class Compression { None, Gzip, Zstd };
+// Whether a file that begins like this is compressed; four bytes are enough.
+bool IsCompressed(std::string_view strFirstBytes);
 
-// By the first bytes of a file; four are enough.
-Compression CompressionOf(std::string_view strFirstBytes);
+// The ending .gz or .zst of a file's name, or nothing.
+std::string_view CompressionSuffix(std::string_view strName);
 
-// By the file's name: .gz, .zst or anything else. `strName` loses that ending.
-Compression TakeCompressionSuffix(std::string& strName);
-
-// Both directions work piece by piece.
 class Decompressor {
  public:
   // Reads up to `nSize` compressed bytes to `pBytes`; 0 at the end.
   using ReadRaw = std::function<std::size_t(char* pBytes, std::size_t nSize)>;
 
-  Decompressor() = default;
+  // `strName` names the input in complaints.
+  Decompressor(std::string strName, ReadRaw read);
   Decompressor(const Decompressor&) = delete;
   Decompressor& operator=(const Decompressor&) = delete;
-  virtual ~Decompressor() = default;
+  ~Decompressor();
 
   // Up to `nSize` bytes of the text; 0 at its end. Throws InputError where the data are damaged or
   // end too soon.
-  virtual std::size_t Read(char* pBytes, std::size_t nSize) = 0;
+  std::size_t Read(char* pBytes, std::size_t nSize);
+
+ private:
+  struct State;
+  const std::unique_ptr<State> pState;
 };
 
 class Compressor {
  public:
   using WriteRaw = std::function<void(std::string_view)>;
 
-  Compressor() = default;
+  // `strSuffix` is .gz or .zst.
+  Compressor(std::string_view strSuffix, WriteRaw write);
   Compressor(const Compressor&) = delete;
   Compressor& operator=(const Compressor&) = delete;
-  virtual ~Compressor() = default;
+  ~Compressor();
 
-  // With bEnd the compressed text is complete.
-  virtual void Write(std::string_view strText, bool bEnd) = 0;
+  void Write(std::string_view strText);
+  void End();  // the compressed text is complete then
+
+ private:
+  struct State;
+  const std::unique_ptr<State> pState;
 };
-
-// Null for Compression::None. `strName` names the input in complaints.
-std::unique_ptr<Decompressor> MakeDecompressor(Compression eCompression, std::string strName,
-                                               Decompressor::ReadRaw read);
-std::unique_ptr<Compressor> MakeCompressor(Compression eCompression, Compressor::WriteRaw write);
 
 }  // namespace qxrs
 

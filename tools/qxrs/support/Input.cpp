@@ -65,9 +65,11 @@ void Input::Begin() {
   }
   strBytes.resize(nSize);
   strFirst = std::move(strBytes);
-  pDecompressor =
-      MakeDecompressor(CompressionOf(strFirst), strName,
-                       [this](char* pBytes, std::size_t nMost) { return ReadRaw(pBytes, nMost); });
+  if (IsCompressed(strFirst)) {
+    pDecompressor.emplace(strName, [this](char* pBytes, std::size_t nMost) {
+      return ReadRaw(pBytes, nMost);
+    });
+  }
 }
 
 std::size_t Input::Read(char* pBytes, std::size_t nSize) {

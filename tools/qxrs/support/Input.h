@@ -6,7 +6,7 @@
 #ifndef QXRECORDSET_TOOLS_SUPPORT_INPUT_H
 #define QXRECORDSET_TOOLS_SUPPORT_INPUT_H
 
-#include <memory>
+#include <optional>
 #include <string>
 
 #include "tools/qxrs/support/Compression.h"
@@ -42,7 +42,7 @@ class Input {
   std::string strFirst;  // the first bytes, read to see what the text is
   std::size_t nFirstUsed = 0;
   bool bBegun = false;
-  std::unique_ptr<Decompressor> pDecompressor;
+  std::optional<Decompressor> pDecompressor;
 };
 
 }  // namespace qxrs

@@ -56,28 +56,29 @@ Output::Output(const std::string& strPath, Progress& progressBar)
       pLimit(pWrite + vBuffer.size()),
       progress(progressBar),
       bTerminal(qxrs::IsTerminal(nFile)) {
-  std::string strPlainName = strPath;
-  pCompressor = MakeCompressor(TakeCompressionSuffix(strPlainName),
-                               [this](std::string_view str) { WriteAll(nFile, str, strName); });
+  const std::string_view strSuffix = CompressionSuffix(strPath);
+  if (!strSuffix.empty()) {
+    compressor.emplace(strSuffix, [this](std::string_view str) { WriteAll(nFile, str, strName); });
+  }
 }
 
 Output::~Output() {
   if (nFile != STDOUT_FILENO && !file) close(nFile);
 }
 
-void Output::Flush(bool bEnd) {
+void Output::Flush() {
   if (bTerminal) progress.Stop();
   const std::string_view strText(vBuffer.data(), static_cast<std::size_t>(pWrite - vBuffer.data()));
   pWrite = vBuffer.data();
-  if (pCompressor) {
-    pCompressor->Write(strText, bEnd);
+  if (compressor) {
+    compressor->Write(strText);
   } else {
     WriteAll(nFile, strText, strName);
   }
 }
 
 char* Output::MakeRoom(std::size_t nBytes) {
-  Flush(false);
+  Flush();
   if (nBytes > vBuffer.size()) {
     vBuffer.resize(nBytes);
     pWrite = vBuffer.data();
@@ -87,7 +88,8 @@ char* Output::MakeRoom(std::size_t nBytes) {
 }
 
 void Output::Commit() {
-  Flush(true);
+  Flush();
+  if (compressor) compressor->End();
   if (file) file->Commit();
 }
 

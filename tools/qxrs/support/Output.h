@@ -9,7 +9,6 @@
 #define QXRECORDSET_TOOLS_SUPPORT_OUTPUT_H
 
 #include <cstring>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -47,7 +46,7 @@ class Output {
   }
 
   // Hands over what was written so far.
-  void Flush() { Flush(false); }
+  void Flush();
 
   // Hands over all that was written. Without it a file never appears.
   void Commit();
@@ -56,13 +55,12 @@ class Output {
   bool IsTerminal() const { return bTerminal; }
 
  private:
-  void Flush(bool bEnd);
   char* MakeRoom(std::size_t nBytes);
 
   std::string strName;                // for messages
   std::optional<TemporaryFile> file;  // none: written directly
   int nFile;
-  std::unique_ptr<Compressor> pCompressor;
+  std::optional<Compressor> compressor;
   std::vector<char> vBuffer;
   char* pWrite;  // behind what was written to the buffer
   char* pLimit;  // its end
