@@ -14,7 +14,7 @@ packages_of() {
     # The 32-bit half of the compiler, GoogleTest as library and as source, what runs the tool, and
     # what judges the writer's text and shows what the pretty printers do.
     tests) echo g++-multilib libgtest-dev googletest python3 nlohmann-json3-dev gdb ;;
-    tools) echo libcli11-dev libsqlite3-dev libarchive-dev unixodbc-dev libsqliteodbc ;;
+    tools) echo libcli11-dev libsqlite3-dev libarchive-dev unixodbc-dev libsqliteodbc odbcinst groff-base ;;
     fmt) echo git clang-format-14 ;;
     tidy) echo clang-tidy-14 ;;
     cppcheck) echo cppcheck ;;

@@ -230,13 +230,12 @@ CASES = [
     ("diff - -", "", "", "only one of the two can be standard input\n", 2),
     # ---- stats, normalize, dump ----
     ("stats", '[{"n":10,"t":"b","m":1},{"n":9.5,"t":"a","m":"x","l":[1]},{"n":9.5,"t":null}]',
-     "rows 3\n"
-     "column  kind    cells  null  distinct  min  max     mean  longest\n"
-     "------  ------  -----  ----  --------  ---  ---  -------  -------\n"
-     "n       real        3     0  2         9.5  10   9.66667        3\n"
-     "t       text        3     1  2         a    b                   1\n"
-     "m       mixed       2     0  2         1    1          1        1\n"
-     "l       nested      1     0  1         [1]  [1]                 3\n"),
+     "column  kind    missing  null  distinct  min  max     mean  longest\n"
+     "------  ------  -------  ----  --------  ---  ---  -------  -------\n"
+     "n       real          0     0         2  9.5  10   9.66667        3\n"
+     "t       text          0     1         2  a    b                   1\n"
+     "m       mixed         1     0         2  1    1          1        1\n"
+     "l       nested        2     0         1  [1]  [1]                 3\n"),
     ("normalize", ' { "rows" : [ {"b":1.5,"a":[1],"c":"{\\"k\\":true}"} , {"b":-0} ] } tail',
      '{"rows":[{"a":"","b":"","c":{"k":true}},{"b":0}]}\n',
      "warning: the text behind the document is ignored\n"

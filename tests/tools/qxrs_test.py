@@ -8,7 +8,9 @@ import json
 import os
 import random
 import re
+import select
 import shlex
+import shutil
 import signal
 import sqlite3
 import stat
@@ -179,6 +181,24 @@ def schema(name):
     return found
 
 
+def test_odbc(world):
+    """The same through ODBC, by its driver for SQLite."""
+    target = "odbc:Driver=SQLite3;Database=" + os.path.abspath("odbc.db")
+    run("from-sql world.db 'SELECT i, r, s FROM plain' -o plain.rs")
+    expect("to ODBC", run(["to-sql", target, "plain", "plain.rs"]), ("", "", 0))
+    expect("rows behind ODBC", schema("odbc.db")["plain"][1], [(i, r, s) for i, _, r, s in world["plain"][1]])
+    expect("from ODBC", json.loads(run(["from-sql", target, "SELECT * FROM plain"])[0]),
+           json.loads(read("plain.rs")))
+    expect("append", run(["to-sql", "--append", target, "plain", "-"], '{"s":"\\u00e9"}'), ("", "", 0))
+    expect("appended", run(["convert", target, "-", "--table", "plain", "--to", "csv", "-c", "s"])[0],
+           's\n1\n""\n\né\n')
+    expect("a failure", run(["to-sql", target, "u", "-"], '[{"a":1},{"a":'), ("", "qxrs: standard input: "
+           "line 1, column 15: the text ends inside an object\n", 1))
+    _, errors, status = run(["convert", target, "-", "--table", "u", "--to", "csv"])
+    expect("no half table", ("no such table: u" in errors, status), (True, 1))
+    expect("no such driver", run(["from-sql", "odbc:Driver=none", "SELECT 1"])[2], 1)
+
+
 def test_databases():
     """From database to database: rows, kinds, declared types, keys."""
     for name in ("big", "keys", "plain"):
@@ -188,6 +208,7 @@ def test_databases():
     run("convert world.db direct.db --table t")  # has a boolean that is none, which text cannot tell
     world = schema("world.db")
     expect("in one step", schema("direct.db"), world)
+    test_odbc(world)
     del world["t"]
     expect("through text", schema("through.db"), world)
 
@@ -286,20 +307,42 @@ def test_positions():
 
 
 def test_memory():
-    """Where rows stream, memory does not grow with the input."""
+    """Where rows stream, memory does not grow with the input, whatever columns the rows bring."""
     if os.environ.get("SANITIZED"):
         return  # they keep released memory
-    write("long.csv", "a,b\n" + "1,some text that takes room\n" * 700000)
-    size = os.path.getsize("long.csv")
-    run("from-csv -o long.json long.csv")
-    run("to-jsonl -o long.jsonl long.json")
-    run("to-json -o array.json long.json")
-    for args, file in (("from-csv", "long.csv"), ("from-tsv", "long.csv"), ("to-csv --columns a,b", "long.json"),
-                       ("to-json", "long.json"), ("stats", "long.json"), ("from-jsonl", "long.jsonl"),
-                       ("from-json", "array.json"), ("diff long.json -", "long.json")):
-        limited = f"ulimit -d {size * 3 // 4096}; {QXRS} {args} < {file} > /dev/null"
+    write("long.csv", "a,b\n" + "1,some text that takes room\n" * 1200000)
+    run("convert -i long.csv long.rs")
+    run("convert long.rs long.jsonl.gz")
+    write("late.jsonl", read("long.rs")[9:-3].replace("},{", "}\n{") + '\n{"late":[1.5]}\n')
+    size, limit = os.path.getsize("late.jsonl"), 24000
+    expect("more than the limit", size > limit * 1024, True)
+    for args in ("from-csv long.csv", "from-csv -i long.csv", "to-csv late.jsonl",
+                 "to-json long.rs", "to-tsv long.jsonl.gz", "stats late.jsonl", "diff long.rs long.rs",
+                 "diff -k a,b -q long.rs long.rs", "convert late.jsonl late.db", "convert late.db - --to csv",
+                 "convert -i long.csv late.csv.zst", "sort --by b,a late.jsonl", "tail late.jsonl",
+                 "table -w 40 long.csv", "sql 'SELECT a, count(*) FROM x GROUP BY 1' x=late.jsonl"):
+        limited = f"ulimit -d {limit}; {QXRS} {args} > /dev/null"
         done = subprocess.run(["bash", "-c", limited], stderr=subprocess.PIPE, check=False)
         expect(limited, (done.stderr, done.returncode), (b"", 0))
+
+
+def test_live():
+    """What is wanted of a pipe that stays open comes without waiting for more."""
+    for args, sent, expected in (("head -n 2 --from csv --to jsonl", b"a\n1\n2\n", b'{"a":"1"}\n{"a":"2"}\n'),
+                                 ("table -n 1 --from jsonl", b'{"a":1}\n', b"a\n-\n1\n"),
+                                 ("convert --from json --to csv --unbuffered - -", b'[{"a":1},{"a":2}', b"a\n1\n2\n"),
+                                 ("from-csv --unbuffered", b"a\n1\n2\n", b'{"rows":[{"a":"1"},{"a":"2"}')):
+        with subprocess.Popen([QXRS, *args.split()], stdin=subprocess.PIPE, stdout=subprocess.PIPE) as process:
+            process.stdin.write(sent)
+            process.stdin.flush()
+            got = b""
+            while len(got) < len(expected) and select.select([process.stdout], [], [], 20)[0]:
+                piece = os.read(process.stdout.fileno(), 4096)
+                got += piece
+                if not piece:
+                    break
+            expect(args, got, expected)
+            process.kill()
 
 
 # ---- Help ----
@@ -346,6 +389,9 @@ def test_self_description():
     os.symlink(os.path.dirname(QXRS), "bin")
     manual, errors, _ = run("manual")
     expect("manual", errors, "")
+    page = subprocess.run(["groff", "-man", "-Tutf8", "-P-cbou", "-rLL=80n"], input=manual.encode(),
+                          capture_output=True, check=True).stdout.decode()
+    expect("manual's width", [line for line in page.split("\n") if len(line) > 80], [])
     manual = manual.replace("\\-", "-")
     for name in subcommands():
         options = set(re.findall(r"^  (?:-\w,)?(--[a-z0-9-]+)", run(name + " --help")[0], re.M))
@@ -355,13 +401,18 @@ def test_self_description():
     expect("commands", set(complete("qxrs params ")), {"build", "read", "--help"})
     expect("commands", complete("qxrs from-j"), ["from-json", "from-jsonl"])
     expect("files", complete("qxrs table --color never on"), ["one.json"])
+    for shell in ("zsh", "fish"):
+        if shutil.which(shell):
+            done = subprocess.run([shell, "-n"], input=run("completion " + shell)[0].encode(),
+                                  capture_output=True, check=False)
+            expect("completion of " + shell, (done.stderr, done.returncode), (b"", 0))
 
 
 GROUPS = {
     "cases": [test_cases, test_check],
     "files": [test_output_file, test_interrupted, test_round_trips, test_published, test_databases],
     "terminal": [test_terminal, test_progress],
-    "streaming": [test_batches, test_positions, test_memory],
+    "streaming": [test_batches, test_positions, test_memory, test_live],
     "help": [test_help, test_self_description],
 }
 

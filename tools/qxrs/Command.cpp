@@ -10,6 +10,8 @@ namespace qxrs {
 
 namespace {
 
+constexpr const char* kStrict = "make an error of what would be a warning";
+
 constexpr std::size_t kOptionWidth = 26;  // columns for the options' names in --help
 constexpr std::size_t kTextWidth = 52;    // columns for what is said about them
 constexpr std::size_t kFooterWidth = 72;  // columns for what follows; man indents it by seven
@@ -117,7 +119,7 @@ void AddColorOption(CLI::App& command, When& eColor) {
 }
 
 void AddStrictOption(CLI::App& command, bool& bStrict) {
-  command.add_flag("--strict", bStrict, "make an error of what would be a warning");
+  command.add_flag("--strict", bStrict, kStrict);
 }
 
 // ---- Names of columns ---------------------------------------------------------------------------
@@ -292,6 +294,14 @@ void AddWriteOptions(CLI::App& command, WriteOptions& options, std::optional<For
         ->check(CheckCount);
     AddColorOption(command, options.eColor);
   }
+}
+
+void AddRowOptions(CLI::App& command, RowOptions& options, std::optional<Format> eReads,
+                   std::optional<Format> eWrites) {
+  AddReadOptions(command, options.read, eReads);
+  AddWriteOptions(command, options.write, eWrites);
+  command.add_flag("--strict", options.bStrict, kStrict);
+  AddProgressOptions(command, options.eProgress);
 }
 
 }  // namespace qxrs

@@ -72,6 +72,10 @@ CLI::Option* AddNamesOption(CLI::App& command, const std::string& strOption,
 void AddReadOptions(CLI::App& command, ReadOptions& options, std::optional<Format> eFixed);
 void AddWriteOptions(CLI::App& command, WriteOptions& options, std::optional<Format> eFixed);
 
+// Both, and what else the commands that pass rows on have in common, but for the files.
+void AddRowOptions(CLI::App& command, RowOptions& options, std::optional<Format> eReads,
+                   std::optional<Format> eWrites);
+
 // The opened files of a command for one document, and the progress bar between them.
 struct Files {
   explicit Files(const FileOptions& options)

@@ -59,7 +59,7 @@ const Conversion kConversions[] = {
      "the JSON Lines, one object on each"},
     {{"to-csv", "Make CSV from rows.",
       "  qxrs to-csv planets.rs\n"
-      "  qxrs from-sql world.db \"SELECT * FROM countries\" | qxrs to-csv -o c.csv",
+      "  qxrs from-sql world.db \"SELECT * FROM c\" | qxrs to-csv -o c.csv",
       kLate},
      Format::RecordSet,
      Format::Csv,
@@ -87,22 +87,15 @@ const Conversion kConversions[] = {
      "the rows"},
 };
 
-void AddCommon(CLI::App& command, RowOptions& options) {
-  AddStrictOption(command, options.bStrict);
-  AddProgressOptions(command, options.eProgress);
-}
-
 void AddConversion(CLI::App& app, Action& action, const Conversion& conversion) {
   const auto pOptions = std::make_shared<RowOptions>();
   CLI::App* pCommand = AddCommand(app, conversion.text);
   AddInputOption(*pCommand, pOptions->read.strInput, conversion.szInput);
   // What is read from a file of another format is told by the file's name.
   if (conversion.eTo == Format::RecordSet) pOptions->read.eFrom = conversion.eFrom;
-  AddReadOptions(*pCommand, pOptions->read, conversion.eFrom);
   pOptions->write.eTo = conversion.eTo;
-  AddWriteOptions(*pCommand, pOptions->write, conversion.eTo);
+  AddRowOptions(*pCommand, *pOptions, conversion.eFrom, conversion.eTo);
   AddOutputOption(*pCommand, pOptions->write.strOutput);
-  AddCommon(*pCommand, *pOptions);
   SetAction<RowOptions>(*pCommand, action, pOptions, Convert);
 }
 
@@ -124,7 +117,7 @@ void AddFromSql(CLI::App& app, Action& action) {
   const auto pOptions = std::make_shared<RowOptions>();
   CLI::App* pCommand = AddCommand(
       app, {"from-sql", "Make record set text from a query of a database.",
-            "  qxrs from-sql world.db \"SELECT name, capital FROM countries WHERE eu\"\n"
+            "  qxrs from-sql world.db \"SELECT name, capital FROM c WHERE eu\"\n"
             "  qxrs from-sql odbc:DSN=shop < report.sql | qxrs table",
             "A database is an SQLite file or odbc: and a connection string. Columns declared\n"
             "BOOLEAN give booleans; blobs are refused, select hex() of them. Keys and types that\n"
@@ -137,11 +130,9 @@ void AddFromSql(CLI::App& app, Action& action) {
                    "one statement that gives rows; - is standard input")
       ->type_name("")
       ->capture_default_str();
-  AddReadOptions(*pCommand, pOptions->read, Format::Sql);
   pOptions->write.eTo = Format::RecordSet;
-  AddWriteOptions(*pCommand, pOptions->write, Format::RecordSet);
+  AddRowOptions(*pCommand, *pOptions, Format::Sql, Format::RecordSet);
   AddOutputOption(*pCommand, pOptions->write.strOutput);
-  AddCommon(*pCommand, *pOptions);
   SetAction<RowOptions>(*pCommand, action, pOptions, RunFromSql);
 }
 
@@ -149,7 +140,7 @@ void AddToSql(CLI::App& app, Action& action) {
   const auto pOptions = std::make_shared<RowOptions>();
   CLI::App* pCommand = AddCommand(
       app, {"to-sql", "Write rows into a table of a database.",
-            "  qxrs from-csv --infer countries.csv | qxrs to-sql world.db countries\n"
+            "  qxrs to-sql --infer world.db countries countries.csv\n"
             "  qxrs to-sql --append world.db countries more.json",
             "A database is an SQLite file, made when it is missing, or odbc: and a connection\n"
             "string. The table is there whole or not at all. Columns are declared as the rows'\n"
@@ -158,10 +149,8 @@ void AddToSql(CLI::App& app, Action& action) {
   AddRequired(*pCommand, "DATABASE", pOptions->write.sql.strPath, "the database");
   AddRequired(*pCommand, "TABLE", pOptions->write.sql.strTable, "the table's name");
   AddInputOption(*pCommand, pOptions->read.strInput, "the rows");
-  AddReadOptions(*pCommand, pOptions->read, Format::RecordSet);
   pOptions->write.eTo = Format::Sql;
-  AddWriteOptions(*pCommand, pOptions->write, Format::Sql);
-  AddCommon(*pCommand, *pOptions);
+  AddRowOptions(*pCommand, *pOptions, Format::RecordSet, Format::Sql);
   SetAction<RowOptions>(*pCommand, action, pOptions, Convert);
 }
 
@@ -201,13 +190,11 @@ void AddConvert(CLI::App& app, Action& action) {
               "the file, the database, or - for standard input");
   AddRequired(*pCommand, "OUTPUT", pOptions->write.strOutput,
               "the file, the database, or - for standard output");
-  AddReadOptions(*pCommand, pOptions->read, std::nullopt);
-  AddWriteOptions(*pCommand, pOptions->write, std::nullopt);
+  AddRowOptions(*pCommand, *pOptions, std::nullopt, std::nullopt);
   pCommand
       ->add_option("--to-table", pOptions->write.sql.strTable,
                    "the table that is written; the default is the input's name")
       ->type_name("TABLE");
-  AddCommon(*pCommand, *pOptions);
   SetAction<RowOptions>(*pCommand, action, pOptions, RunConvert);
 }
 

@@ -4,8 +4,10 @@
 // are made from the options as they are parsed, so that they cannot fall behind.
 
 #include <cctype>
+#include <sstream>
 
 #include "tools/qxrs/Command.h"
+#include "tools/qxrs/support/Errors.h"
 
 namespace qxrs {
 
@@ -25,57 +27,69 @@ int WriteText(const std::string& strText) {
 
 // ---- Completion ---------------------------------------------------------------------------------
 
-// What may follow the words of a command: its subcommands and its options.
-std::string Words(const CLI::App& app) {
-  std::string strWords;
-  for (const CLI::App* pCommand : Commands(app)) {
-    strWords += pCommand->get_name() + " ";
-  }
-  for (const CLI::Option* pOption : app.get_options()) {
-    for (const std::string& strName : pOption->get_lnames()) {
-      strWords += "--" + strName + " ";
+// What may follow a command line, one word on each line: subcommands and options. Nothing where a
+// file is due.
+std::string Candidates(const CLI::App& app, const std::string& strLine) {
+  const CLI::App* pCommand = &app;
+  std::string strLast;
+  std::istringstream line(strLine);
+  for (std::string strWord; std::getline(line, strWord, ' '); strLast = strWord) {
+    for (const CLI::App* pInner : Commands(*pCommand)) {
+      if (pInner->get_name() == strWord) pCommand = pInner;
     }
   }
-  return strWords.substr(0, strWords.size() - 1);
-}
-
-std::string CompletionCases(const CLI::App& app, const std::string& strPath) {
-  std::string strCases = "    '" + strPath + "') words='" + Words(app) + "' ;;\n";
-  for (const CLI::App* pCommand : Commands(app)) {
-    strCases += CompletionCases(*pCommand, strPath + " " + pCommand->get_name());
+  strLast = strLine.empty() || strLine.back() == ' ' ? "" : strLast;
+  std::string strResult;
+  for (const CLI::App* pInner : Commands(*pCommand))
+    strResult += pInner->get_name() + "\n";
+  if (strResult.empty() && strLast.substr(0, 1) != "-") return "";
+  for (const CLI::Option* pOption : pCommand->get_options()) {
+    for (const std::string& strName : pOption->get_lnames())
+      strResult += "--" + strName + "\n";
   }
-  return strCases;
+  return strResult;
 }
 
-// Every command's words in a case of their own; the command is the longest run of words for which
-// there is one. Behind it, what does not begin with a dash is a file.
-std::string CompletionScript(const CLI::App& app) {
-  return R"(# Completion of qxrs for bash, made by: qxrs completion
-
-_qxrs_words() {
-  case $1 in
-)" + CompletionCases(app, "qxrs") +
-         R"(    *) return 1 ;;
-  esac
-}
-
+// The shells ask the tool itself what may follow.
+constexpr const char* kBash = R"(# Completion of qxrs for bash, made by: qxrs completion bash
 _qxrs() {
-  local current=${COMP_WORDS[COMP_CWORD]} command=qxrs words='' i
-  for ((i = 1; i < COMP_CWORD; i++)); do
-    if _qxrs_words "$command ${COMP_WORDS[i]}"; then
-      command+=" ${COMP_WORDS[i]}"
-    fi
-  done
-  _qxrs_words "$command"
-  if [[ $current == -* || $command == qxrs || $command == 'qxrs params' ]]; then
+  local current=${COMP_WORDS[COMP_CWORD]} words
+  words=$(qxrs completion words "${COMP_WORDS[*]:0:COMP_CWORD+1}")
+  if [[ $words ]]; then
     mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
   else
     mapfile -t COMPREPLY < <(compgen -f -- "$current")
   fi
 }
-
 complete -o filenames -F _qxrs qxrs
 )";
+
+constexpr const char* kZsh = R"zsh(#compdef qxrs
+# Completion of qxrs for zsh, made by: qxrs completion zsh
+_qxrs() {
+  local -a candidates
+  candidates=(${(f)"$(qxrs completion words "$words[1,CURRENT]")"})
+  if (( $#candidates )); then compadd -- $candidates; else _files; fi
+}
+compdef _qxrs qxrs
+)zsh";
+
+constexpr const char* kFish = R"fish(# Completion of qxrs for fish, made by: qxrs completion fish
+function __qxrs_words
+  qxrs completion words (commandline -cp)
+end
+complete -c qxrs -a '(__qxrs_words)'
+)fish";
+
+int WriteCompletion(const CLI::App& app, const std::vector<std::string>& vWords) {
+  const std::string strShell = vWords.empty() ? "bash" : vWords.front();
+  if (strShell == "words") return WriteText(Candidates(app, vWords.back()));
+  const char* const szScript = strShell == "bash"   ? kBash
+                               : strShell == "zsh"  ? kZsh
+                               : strShell == "fish" ? kFish
+                                                    : nullptr;
+  if (!szScript) throw UsageError("there is no completion for '" + strShell + "'");
+  return WriteText(szScript);
 }
 
 // ---- Manual -------------------------------------------------------------------------------------
@@ -147,12 +161,16 @@ std::string Manual(const CLI::App& app) {
 }  // namespace
 
 void AddDescriptions(CLI::App& app, Action& action) {
+  const auto pWords = std::make_shared<std::vector<std::string>>();
   CLI::App* pCommand =
-      AddCommand(app, {"completion", "Write the completion of qxrs for bash.",
+      AddCommand(app, {"completion", "Write the completion of qxrs for a shell.",
                        "  source <(qxrs completion)\n"
-                       "  qxrs completion > ~/.local/share/bash-completion/completions/qxrs"});
-  pCommand->callback(
-      [&app, &action] { action = [&app] { return WriteText(CompletionScript(app)); }; });
+                       "  qxrs completion fish > ~/.config/fish/completions/qxrs.fish",
+                       "It asks the tool itself what may follow: words and the line so far."});
+  pCommand->add_option("SHELL", *pWords, "bash, zsh or fish")->type_name("")->default_str("bash");
+  pCommand->callback([&app, &action, pWords] {
+    action = [&app, pWords] { return WriteCompletion(app, *pWords); };
+  });
   CLI::App* pManual = AddCommand(app, {"manual", "Write the manual page of qxrs.",
                                        "  qxrs manual > qxrs.1\n"
                                        "  qxrs manual | man -l -"});

@@ -7,7 +7,6 @@
 
 #include "tools/qxrs/Command.h"
 #include "tools/qxrs/rows/Sort.h"
-#include "tools/qxrs/rows/Values.h"
 #include "tools/qxrs/support/DisplayText.h"
 #include "tools/qxrs/support/Errors.h"
 
@@ -37,114 +36,58 @@ bool Equal(const Cell* pA, const Cell* pB) {
           (pA->eKind == Kind::Text && JsonValueText(*pA) == JsonValueText(*pB)));
 }
 
-// One of the two tables: its rows, and the one that is compared now.
-class Side {
- public:
-  Side(const ReadOptions& options, const std::vector<std::string>& vKey, Progress& progress,
-       Warnings& warnings)
-      : opened(OpenRows(options, progress, warnings)), pRows(opened.pRows.get()) {
-    if (!vKey.empty()) {
-      pSorted = std::make_unique<SortedRows>(*opened.pRows, vKey, false);
-      pRows = pSorted.get();
-    }
-    Next();
-  }
-
-  void Next() {
-    bRow = pRows->Next(row);
-    vCells.assign(pRows->GetColumns().Count(), nullptr);
-    for (const Cell& cell : row) {
-      vCells[cell.nColumn] = &cell;
-    }
-  }
-
-  bool HasRow() const { return bRow; }
-  const Columns& GetColumns() const { return pRows->GetColumns(); }
-  const std::string& Name() const { return opened.strName; }
-
-  const Cell* Find(const std::string& strName) const {
-    const std::size_t nColumn = GetColumns().Find(strName);
-    return nColumn < vCells.size() ? vCells[nColumn] : nullptr;
-  }
-
- private:
-  OpenedRows opened;
-  std::unique_ptr<SortedRows> pSorted;
-  RowSource* pRows;
+// A row of one of the two tables, its cells by column.
+struct Side {
+  const Columns* pColumns = nullptr;
   Row row;
-  std::vector<const Cell*> vCells;  // by column
-  bool bRow = false;
+  std::string strName;  // of the table, for messages
+
+  const Cell* Find(const std::string& strColumn) const {
+    const std::size_t nColumn = pColumns->Find(strColumn);
+    const auto it = std::find_if(row.begin(), row.end(),
+                                 [&](const Cell& cell) { return cell.nColumn == nColumn; });
+    return it == row.end() ? nullptr : &*it;
+  }
 };
 
 class Comparison {
  public:
-  Comparison(Side& sideA, Side& sideB, const Options& options, Output& outputText)
-      : a(sideA),
-        b(sideB),
-        vKey(options.vKey),
+  Comparison(const Options& options, Output& outputText)
+      : vKey(options.vKey),
         output(outputText),
         bQuiet(options.bQuiet),
-        bColor(UseColor(options.rows.write.eColor, outputText.File())) {
-    if (!vKey.empty()) {
-      // Keys are compared as they were sorted: by SQLite.
-      std::string strCompare = "SELECT CASE";
-      for (std::size_t i = 1; i <= vKey.size(); ++i) {
-        const std::string strA = "?" + std::to_string(i);
-        const std::string strB = "?" + std::to_string(i + vKey.size());
-        strCompare += " WHEN " + strA + " IS " + strB + " THEN 0 WHEN " + strA +
-                      " IS NULL THEN -1 WHEN " + strB + " IS NULL THEN 1 WHEN " + strA + " < " +
-                      strB + " THEN -1 ELSE 1 END, CASE";
-      }
-      strCompare.resize(strCompare.size() - std::string(", CASE").size());
-      pCompare = database.Prepare(strCompare);
-    }
-  }
+        bColor(UseColor(options.rows.write.eColor, outputText.File())) {}
 
-  void Run() {
-    while (a.HasRow() || b.HasRow()) {
-      ++nRow;
-      const int nOrder = !a.HasRow() ? 1 : !b.HasRow() ? -1 : vKey.empty() ? 0 : CompareKeys();
-      if (nOrder == 0) {
-        CompareRows();
-      } else {
-        ReportRow(nOrder < 0 ? a : b, nOrder < 0 ? nOnlyA : nOnlyB);
-      }
-      if (nOrder <= 0) a.Next();
-      if (nOrder >= 0) b.Next();
+  // Row by row, or each row with the one that has its key.
+  void Run(const OpenedRows& rowsA, const OpenedRows& rowsB) {
+    a = {&rowsA.pRows->GetColumns(), {}, rowsA.strName};
+    b = {&rowsB.pRows->GetColumns(), {}, rowsB.strName};
+    std::unique_ptr<SortedRows> pKeyed;
+    if (!vKey.empty()) {
+      pKeyed = std::make_unique<SortedRows>(*rowsB.pRows, vKey, SortedRows::Order::AsTheyCame);
     }
+    RowSource& rest = pKeyed ? *pKeyed : *rowsB.pRows;
+    bool bMoreB = true;
+    for (; rowsA.pRows->Next(a.row); ++nRow) {
+      bMoreB = pKeyed ? pKeyed->Take(a.row, *a.pColumns, b.row) : bMoreB && rest.Next(b.row);
+      bMoreB ? CompareRows() : ReportRow(a, nOnlyA);
+    }
+    for (; (pKeyed || bMoreB) && rest.Next(b.row); ++nRow)
+      ReportRow(b, nOnlyB);
   }
 
   bool AnyDifference() const { return nChanged + nOnlyA + nOnlyB != 0; }
 
   std::string Summary() const {
     return std::to_string(nEqual) + " equal, " + std::to_string(nChanged) + " changed, " +
-           std::to_string(nOnlyA) + " only in " + a.Name() + ", " + std::to_string(nOnlyB) +
-           " only in " + b.Name() + "\n";
+           std::to_string(nOnlyA) + " only in " + a.strName + ", " + std::to_string(nOnlyB) +
+           " only in " + b.strName + "\n";
   }
 
  private:
-  int CompareKeys() {
-    std::vector<std::string> vBuffers(2 * vKey.size());
-    int nParameter = 0;
-    for (const Side* pSide : {&a, &b}) {
-      for (const std::string& strName : vKey) {
-        const int n = nParameter++;
-        BindValue(*pCompare, n + 1, pSide->Find(strName), vBuffers[static_cast<std::size_t>(n)]);
-      }
-    }
-    database.Step(*pCompare);
-    int nOrder = 0;
-    for (int i = 0; nOrder == 0 && i < static_cast<int>(vKey.size()); ++i) {
-      nOrder = sqlite3_column_int(pCompare.get(), i);
-    }
-    sqlite3_reset(pCompare.get());
-    return nOrder;
-  }
-
   // "row 3", or "id 17".
   std::string Place(const Side& side) const {
-    if (vKey.empty()) return "row " + std::to_string(nRow);
-    std::string strPlace;
+    std::string strPlace = vKey.empty() ? "row " + std::to_string(nRow) : "";
     for (const std::string& strName : vKey) {
       strPlace +=
           (strPlace.empty() ? "" : ", ") + NameText(strName) + " " + Shown(side.Find(strName));
@@ -154,17 +97,16 @@ class Comparison {
 
   void ReportRow(const Side& side, unsigned long long& nCount) {
     ++nCount;
-    if (!bQuiet) output.Write(Place(side) + ": only in " + side.Name() + "\n");
+    if (!bQuiet) output.Write(Place(side) + ": only in " + side.strName + "\n");
   }
 
   // Columns in the order of the first table, then those that only the second one has.
   void CompareRows() {
     bool bEqual = true;
-    for (const Column& column : a.GetColumns()) {
+    for (const Column& column : *a.pColumns)
       bEqual = CompareCell(column.strName) && bEqual;
-    }
-    for (const Column& column : b.GetColumns()) {
-      if (a.GetColumns().Find(column.strName) == Columns::kNone) {
+    for (const Column& column : *b.pColumns) {
+      if (a.pColumns->Find(column.strName) == Columns::kNone) {
         bEqual = CompareCell(column.strName) && bEqual;
       }
     }
@@ -183,15 +125,13 @@ class Comparison {
     return false;
   }
 
-  Side& a;
-  Side& b;
   const std::vector<std::string>& vKey;
   Output& output;
   const bool bQuiet;
   const bool bColor;
-  Database database{"", Database::Mode::Scratch};
-  Database::Statement pCompare;
-  unsigned long long nRow = 0;
+  Side a;
+  Side b;
+  unsigned long long nRow = 1;
   unsigned long long nEqual = 0;
   unsigned long long nChanged = 0;
   unsigned long long nOnlyA = 0;
@@ -204,11 +144,11 @@ int Compare(const Options& options) {
   Warnings warnings(options.rows.bStrict);
   ReadOptions other = options.rows.read;
   other.strInput = options.strOther;
-  Side a(options.rows.read, options.vKey, progress, warnings);
-  Side b(other, options.vKey, noProgress, warnings);
+  const OpenedRows a = OpenRows(options.rows.read, progress, warnings);
+  const OpenedRows b = OpenRows(other, noProgress, warnings);
   Output output(options.rows.write.strOutput, progress);
-  Comparison comparison(a, b, options, output);
-  comparison.Run();
+  Comparison comparison(options, output);
+  comparison.Run(a, b);
   if (!options.bQuiet && comparison.AnyDifference()) output.Write(comparison.Summary());
   output.Commit();
   warnings.Report();
@@ -235,7 +175,7 @@ void AddDiff(CLI::App& app, Action& action) {
       app,
       {"diff", "Compare two tables cell by cell.",
        "  qxrs diff --key id old.rs new.rs\n"
-       "  qxrs from-sql world.db \"SELECT * FROM countries\" | qxrs diff --quiet old.rs -",
+       "  qxrs from-sql world.db \"SELECT * FROM c\" | qxrs diff -q old.rs -",
        "Rows are compared by their number, or by a key. Cells are equal when they have the same\n"
        "kind and the same text: the number 1, the text \"1\" and true differ, and so do 1.0 and\n"
        "1.00, null and no cell. The order of columns does not matter.",

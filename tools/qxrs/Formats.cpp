@@ -167,7 +167,7 @@ void WriteDatabase(RowSource& rows, const WriteOptions& options, Warnings& warni
   target.strPath = target.strPath.empty() ? options.strOutput : target.strPath;
   target.strTable = target.strTable.empty() ? "rows" : target.strTable;
   if (IsOdbc(target.strPath)) {
-    const auto pSink = OpenOdbcSink(target, warnings);
+    const auto pSink = OpenOdbcSink(target);
     Copy(rows, *pSink, options.bUnbuffered);
   } else {
     SqlSink sink(target, warnings);

@@ -45,7 +45,7 @@ void AddNormalize(CLI::App& app, Action& action) {
   CLI::App* pCommand = AddCommand(
       app, {"normalize", "Load record set text and write it as the library does.",
             "  qxrs normalize hand-written.rs\n"
-            "  qxrs from-sql world.db \"SELECT * FROM countries\" | qxrs normalize -o c.rs",
+            "  qxrs from-sql world.db \"SELECT * FROM c\" | qxrs normalize -o c.rs",
             "The result is what a host has after loading and writing: no white space, members\n"
             "sorted by name, reals and arrays gone, a text that is an object's text an object.\n"
             "What is lost is counted in warnings."});

@@ -41,7 +41,9 @@ int RunLast(const Options& options) {
 
 int RunSort(const Options& options) {
   return Run(options, 0, [&](RowSource& rows) -> std::unique_ptr<RowSource> {
-    return std::make_unique<SortedRows>(rows, options.vKeys, options.bDescending);
+    return std::make_unique<SortedRows>(
+        rows, options.vKeys,
+        options.bDescending ? SortedRows::Order::Descending : SortedRows::Order::Ascending);
   });
 }
 
@@ -50,11 +52,8 @@ CLI::App* Add(CLI::App& app, Action& action, const std::shared_ptr<Options>& pOp
   CLI::App* pCommand = AddCommand(app, text);
   RowOptions& rows = pOptions->rows;
   AddInputOption(*pCommand, rows.read.strInput, "the rows");
-  AddReadOptions(*pCommand, rows.read, std::nullopt);
-  AddWriteOptions(*pCommand, rows.write, rows.write.eTo);
+  AddRowOptions(*pCommand, rows, std::nullopt, rows.write.eTo);
   AddOutputOption(*pCommand, rows.write.strOutput);
-  AddStrictOption(*pCommand, rows.bStrict);
-  AddProgressOptions(*pCommand, rows.eProgress);
   SetAction<Options>(*pCommand, action, pOptions, pRun);
   return pCommand;
 }

@@ -34,8 +34,6 @@ int Run(const Options& options) {
   Progress progress(options.rows.eProgress);
   Warnings warnings(options.rows.bStrict);
   const auto pDatabase = std::make_shared<Database>("", Database::Mode::Scratch);
-  // What is lost with the process needs no protection from a crash.
-  pDatabase->Execute("PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF");
   for (const std::string& strInput : options.vInputs) {
     LoadInput(strInput, options.rows.read, pDatabase, progress, warnings);
   }
@@ -50,8 +48,8 @@ void AddSql(CLI::App& app, Action& action) {
   const auto pOptions = std::make_shared<Options>();
   CLI::App* pCommand = AddCommand(
       app, {"sql", "Ask a question in SQL about files of any format.",
-            "  qxrs sql \"SELECT continent, count(*) AS n FROM c GROUP BY 1\" c=countries.csv\n"
-            "  qxrs sql -i \"SELECT * FROM a JOIN b USING (id)\" a=a.json b=b.csv --to table",
+            "  qxrs sql \"SELECT eu, count(*) AS n FROM c GROUP BY 1\" c=countries.csv\n"
+            "  qxrs sql -i \"SELECT * FROM a JOIN b USING (id)\" a=a.json b=b.csv",
             "Each input is a table in a database that lies in memory and, when it grows, in a\n"
             "temporary file. The dialect is SQLite's. Arrays and objects are JSON text, which\n"
             "its JSON functions take apart."});
@@ -59,12 +57,9 @@ void AddSql(CLI::App& app, Action& action) {
   AddRequired(*pCommand, "SQL", rows.read.strQuery, "one statement that gives rows");
   pCommand->add_option("NAME=FILE", pOptions->vInputs, "a table's name and its rows")
       ->type_name("");
-  AddReadOptions(*pCommand, rows.read, Format::Csv);
+  AddRowOptions(*pCommand, rows, Format::Csv, std::nullopt);
   pCommand->remove_option(pCommand->get_option("--columns"));  // the question names them
-  AddWriteOptions(*pCommand, rows.write, std::nullopt);
   AddOutputOption(*pCommand, rows.write.strOutput);
-  AddStrictOption(*pCommand, rows.bStrict);
-  AddProgressOptions(*pCommand, rows.eProgress);
   SetAction<Options>(*pCommand, action, pOptions, Run);
 }
 

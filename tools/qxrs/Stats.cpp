@@ -8,7 +8,6 @@
 #include <set>
 
 #include "tools/qxrs/Command.h"
-#include "tools/qxrs/TableLayout.h"
 #include "tools/qxrs/rows/Spool.h"
 #include "tools/qxrs/rows/Values.h"
 #include "tools/qxrs/support/Errors.h"
@@ -27,13 +26,13 @@ class DistinctCount {
     if (setSmallest.size() > kKept) setSmallest.erase(std::prev(setSmallest.end()));
   }
 
-  // The number, or about the number.
+  // The number, or about the number as a text, in JSON.
   std::string Text() const {
     if (setSmallest.size() < kKept) return std::to_string(setSmallest.size());
     constexpr double kAllHashes = 18446744073709551616.0;
     const double fDistinct =
         (kKept - 1) / (static_cast<double>(*setSmallest.rbegin()) / kAllHashes);
-    return "~" + std::to_string(static_cast<unsigned long long>(fDistinct));
+    return "\"~" + std::to_string(static_cast<unsigned long long>(fDistinct)) + '"';
   }
 
  private:
@@ -73,7 +72,7 @@ struct ColumnStats {
   }
 
   std::string Mean() const {
-    if (nNumbers == 0) return "";
+    if (nNumbers == 0) return "null";
     constexpr int kDigits = 6;
     char szText[32];
     const auto fMean = static_cast<double>(fSum / static_cast<long double>(nNumbers));
@@ -122,82 +121,46 @@ const char* KindName(const ColumnStats& stats) {
   }
 }
 
-// The figures as rows, so that every format can show them.
-class StatsRows : public RowSource {
- public:
-  explicit StatsRows(RowSource& source) {
-    std::string strBuffer;
-    for (Row row; source.Next(row); ++nRows) {
-      vStats.resize(source.GetColumns().Count());
-      for (const Cell& cell : row) {
-        vStats[cell.nColumn].Count(cell, strBuffer);
-      }
-    }
-    vStats.resize(source.GetColumns().Count());
-    for (const Column& column : source.GetColumns()) {
-      vNames.push_back(column.strName);
-    }
-    for (const char* szHead :
-         {"column", "kind", "cells", "null", "distinct", "min", "max", "mean", "longest"}) {
-      columns.FindOrAdd(szHead);
-    }
-  }
+std::string JsonText(const std::string& strText) {
+  std::string strJson;
+  AppendJsonText(strText, false, strJson);
+  return strJson;
+}
 
-  const Columns& GetColumns() const override { return columns; }
-  bool AllColumnsKnown() const override { return true; }
-
-  bool Next(Row& row) override {
-    if (nNext == vStats.size()) return false;
-    const ColumnStats& stats = vStats[nNext];
-    const bool bNumbers = stats.nNumbers != 0;
-    const Kind eText = Kind::Text;
-    vTexts = {{vNames[nNext++], eText},
-              {KindName(stats), eText},
-              {std::to_string(stats.nCells), Kind::Integer},
-              {std::to_string(stats.nNulls), Kind::Integer},
-              {stats.distinct.Text(), eText},
-              {stats.strMin, bNumbers ? NumberKind(stats.strMin) : eText},
-              {stats.strMax, bNumbers ? NumberKind(stats.strMax) : eText},
-              {stats.Mean(), NumberKind(stats.Mean())},
-              {std::to_string(stats.nLongest), Kind::Integer}};
-    row.clear();
-    for (std::size_t i = 0; i < vTexts.size(); ++i) {
-      const bool bNothing = vTexts[i].first.empty() && i > 0;
-      row.push_back({vTexts[i].first, static_cast<std::uint32_t>(i),
-                     bNothing ? Kind::Null : vTexts[i].second});
-    }
-    return true;
-  }
-
-  unsigned long long Rows() const { return nRows; }
-
- private:
-  Columns columns;
-  std::vector<std::string> vNames;
-  std::vector<ColumnStats> vStats;
-  std::vector<std::pair<std::string, Kind>> vTexts;  // of the current row
-  unsigned long long nRows = 0;
-  std::size_t nNext = 0;
-};
+// The figures of a column as a row.
+std::string RowText(const std::string& strName, const ColumnStats& stats,
+                    unsigned long long nRows) {
+  const auto Extreme = [&](const std::string& strText) {
+    return stats.nNumbers != 0 ? strText : stats.eKind ? JsonText(strText) : "null";
+  };
+  return "{\"column\":" + JsonText(strName) + ",\"kind\":\"" + KindName(stats) +
+         "\",\"missing\":" + std::to_string(nRows - stats.nCells) +
+         ",\"null\":" + std::to_string(stats.nNulls) + ",\"distinct\":" + stats.distinct.Text() +
+         ",\"min\":" + Extreme(stats.strMin) + ",\"max\":" + Extreme(stats.strMax) +
+         ",\"mean\":" + stats.Mean() + ",\"longest\":" + std::to_string(stats.nLongest) + "}";
+}
 
 int Run(const RowOptions& options) {
   Progress progress(options.eProgress);
   Warnings warnings(options.bStrict);
   const OpenedRows opened = OpenRows(options.read, progress, warnings);
-  StatsRows stats(*opened.pRows);
-  if (options.write.eTo) {
-    WriteRows(stats, options.write, progress, warnings);
-    return kExitDone;
+  std::vector<ColumnStats> vStats;
+  std::string strBuffer;
+  unsigned long long nRows = 0;
+  for (Row row; opened.pRows->Next(row); ++nRows) {
+    vStats.resize(opened.pRows->GetColumns().Count());
+    for (const Cell& cell : row)
+      vStats[cell.nColumn].Count(cell, strBuffer);
   }
-  Output output(options.write.strOutput, progress);
-  output.Write("rows " + std::to_string(stats.Rows()) + "\n");
-  SpooledRows rows(stats, SpooledRows::Kinds::AsTheyAre);
-  if (rows.Count() != 0) {
-    TableLayout(rows, TableLayout::kAnyWidth)
-        .Write(output, UseColor(options.write.eColor, output.File()));
+  const Columns& columns = opened.pRows->GetColumns();
+  vStats.resize(columns.Count());
+  std::string strJson = "[";
+  for (std::size_t i = 0; i < columns.Count(); ++i) {
+    strJson += (i == 0 ? "" : ",") + RowText(columns[i].strName, vStats[i], nRows);
   }
-  output.Commit();
-  warnings.Report();
+  Input figures(strJson + "]", "the figures", progress);
+  JsonSource rows(figures, JsonSource::Form::Document, warnings);
+  WriteRows(rows, options.write, progress, warnings);
   return kExitDone;
 }
 
@@ -205,6 +168,7 @@ int Run(const RowOptions& options) {
 
 void AddStats(CLI::App& app, Action& action) {
   const auto pOptions = std::make_shared<RowOptions>();
+  pOptions->write.eTo = Format::Table;
   CLI::App* pCommand = AddCommand(
       app, {"stats", "Show kinds, extremes, means and numbers of values by column.",
             "  qxrs stats planets.rs\n"
@@ -213,11 +177,8 @@ void AddStats(CLI::App& app, Action& action) {
             "Numbers of different values beyond 8,000 are estimates to about one per cent, marked\n"
             "with ~. Lengths are bytes. Rows stream: memory does not grow with the input."});
   AddInputOption(*pCommand, pOptions->read.strInput, "the rows");
-  AddReadOptions(*pCommand, pOptions->read, std::nullopt);
-  AddWriteOptions(*pCommand, pOptions->write, std::nullopt);
+  AddRowOptions(*pCommand, *pOptions, std::nullopt, std::nullopt);
   AddOutputOption(*pCommand, pOptions->write.strOutput);
-  AddStrictOption(*pCommand, pOptions->bStrict);
-  AddProgressOptions(*pCommand, pOptions->eProgress);
   SetAction<RowOptions>(*pCommand, action, pOptions, Run);
 }
 

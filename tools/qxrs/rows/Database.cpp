@@ -40,6 +40,8 @@ Database::Database(const std::string& strPath, Mode eMode, const std::string& st
   sqlite3_busy_timeout(pOpened, kPatience);
   // SQLite looks into the file only when it has to; a file that is no database is refused here.
   Execute("PRAGMA schema_version");
+  // What is lost with the process needs no protection from a crash.
+  if (eMode == Mode::Scratch) Execute("PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF");
 }
 
 Database::Statement Database::Prepare(const std::string& strSql) {

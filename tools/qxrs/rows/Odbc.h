@@ -12,7 +12,6 @@
 #include "tools/qxrs/rows/Rows.h"
 #include "tools/qxrs/rows/Sqlite.h"
 #include "tools/qxrs/support/Progress.h"
-#include "tools/qxrs/support/Warnings.h"
 
 namespace qxrs {
 
@@ -25,7 +24,7 @@ std::unique_ptr<RowSource> OpenOdbcRows(const std::string& strPath, const std::s
 
 // Writes a table in one transaction: it is there whole or not at all, where the server can take
 // back what it created.
-std::unique_ptr<RowSink> OpenOdbcSink(const SqlTarget& target, Warnings& warnings);
+std::unique_ptr<RowSink> OpenOdbcSink(const SqlTarget& target);
 
 }  // namespace qxrs
 

@@ -1,7 +1,8 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Rows in the order of some of their values. SQLite sorts them, in memory or, when they are many,
-// in temporary files; the rows lie there as they are.
+// Rows in the order of some of their values, or found by them. SQLite keeps them as they are, in
+// memory or, when they are many, in a temporary file, beside the values that it compares: numbers
+// by value, booleans as numbers.
 
 #ifndef QXRECORDSET_TOOLS_ROWS_SORT_H
 #define QXRECORDSET_TOOLS_ROWS_SORT_H
@@ -13,24 +14,30 @@
 
 namespace qxrs {
 
-// Makes the value of a cell a parameter of a statement, so that SQLite compares it: numbers by
-// value, booleans as numbers. A number that SQLite does not hold is the nearest that it does. A
-// null pointer binds null. The text may lie in `strBuffer`.
-void BindValue(sqlite3_stmt& statement, int nParameter, const Cell* pCell, std::string& strBuffer);
-
 class SortedRows : public RowSource {
  public:
-  // Reads `source` to its end. Throws UsageError when it never has one of the columns.
-  SortedRows(RowSource& source, const std::vector<std::string>& vKeys, bool bDescending);
+  enum class Order { Ascending, Descending, AsTheyCame };
+
+  // Reads `source` to its end. Throws UsageError when it never has one of the columns `vKey`.
+  SortedRows(RowSource& source, const std::vector<std::string>& vKey, Order eOrder);
 
   const Columns& GetColumns() const override { return columns; }
   bool AllColumnsKnown() const override { return true; }
   bool Next(Row& row) override;
 
+  // Gives the first row that has the values of `row` in the key, and removes it. `columnsOfRow` are
+  // those of that row. REQUIRES: Next() was not called.
+  bool Take(const Row& row, const Columns& columnsOfRow, Row& rowFound);
+
  private:
+  void BindKey(sqlite3_stmt& statement, const Row& row, const Columns& columnsOfRow);
+
+  const std::vector<std::string> vKeys;
+  std::vector<std::string> vBuffers;  // for each part of the key, a text without its escapes
+  Columns columns;
   Database database;
   Database::Statement pSelect;
-  Columns columns;
+  Database::Statement pTake;
 };
 
 }  // namespace qxrs

@@ -37,7 +37,7 @@ Input::Input(const std::string& strPath, Progress& progressBar)
 }
 
 Input::~Input() {
-  if (nFile != STDIN_FILENO) close(nFile);
+  if (nFile > STDIN_FILENO) close(nFile);
 }
 
 // The bytes of the file: the first ones are known already.
@@ -47,6 +47,7 @@ std::size_t Input::ReadRaw(char* pBytes, std::size_t nSize) {
     nFirstUsed += nCopied;
     return nCopied;
   }
+  if (nFile < 0) return 0;
   ssize_t nRead = 0;
   do {
     nRead = read(nFile, pBytes, nSize);
@@ -66,9 +67,8 @@ void Input::Begin() {
   strBytes.resize(nSize);
   strFirst = std::move(strBytes);
   if (IsCompressed(strFirst)) {
-    pDecompressor.emplace(strName, [this](char* pBytes, std::size_t nMost) {
-      return ReadRaw(pBytes, nMost);
-    });
+    pDecompressor.emplace(
+        strName, [this](char* pBytes, std::size_t nMost) { return ReadRaw(pBytes, nMost); });
   }
 }
 

@@ -8,6 +8,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "tools/qxrs/support/Compression.h"
 #include "tools/qxrs/support/Progress.h"
@@ -19,6 +20,13 @@ class Input {
   // Opens the file at `strPath`; "-" is standard input. What is read is counted in `progressBar`,
   // which must outlive the input.
   Input(const std::string& strPath, Progress& progressBar);
+
+  // A text that is in memory.
+  Input(std::string strText, std::string strTextName, Progress& progressBar)
+      : nFile(-1), strName(std::move(strTextName)), progress(progressBar), bBegun(true) {
+    strFirst = std::move(strText);
+  }
+
   Input(const Input&) = delete;
   Input& operator=(const Input&) = delete;
   ~Input();
