@@ -22,7 +22,7 @@ ASAN_TOOLS ?= OFF
 MEMCHECK_TESTS := json lives memory params portable recordset text
 MEMCHECK := valgrind --quiet --error-exitcode=1 --soname-synonyms=somalloc=nouserintercepts
 
-.PHONY: help build demo check bench bench-report asan tsan memcheck fuzz fuzz-prove fmt fmt-check tidy \
+.PHONY: help build demo check check-databases bench bench-tool bench-report asan tsan memcheck fuzz fuzz-prove fmt fmt-check tidy \
   tidy-changed cppcheck symbols coverage docs packages packages-check
 
 help: ## list these commands
@@ -56,6 +56,18 @@ bench: ## measure beside other JSON libraries (BENCH=--quick: a minute, rough fi
 	$(foreach arch,x86 x64,$(call configure,$(arch)) -DQXRECORDSET_BUILD_BENCH=ON \
 	  && cmake --build --preset $(arch) --parallel $(JOBS) --target benchmarks &&) true
 	bench/run.py $(BENCH)
+
+bench-tool: ## measure qxrs beside Miller, jq and sqlite3
+	$(DEPS) build tools bench-tool
+	$(call configure,x64)
+	cmake --build --preset x64 --parallel $(JOBS) --target qxrs
+	bench/tool.py build/x64/tools/qxrs
+
+check-databases: ## test qxrs against PostgreSQL and MariaDB servers, started on loopback
+	$(DEPS) build tools databases
+	$(call configure,x64)
+	cmake --build --preset x64 --parallel $(JOBS) --target qxrs
+	tests/tools/databases.sh build/x64/tools/qxrs
 
 bench-report: ## write docs/benchmarks.md with its plots from the last results
 	$(DEPS) bench report

@@ -19,6 +19,8 @@ packages_of() {
     tidy) echo clang-tidy-14 ;;
     cppcheck) echo cppcheck ;;
     bench) echo libbenchmark-dev libsimdjson-dev rapidjson-dev nlohmann-json3-dev python3 ;;
+    bench-tool) echo miller jq sqlite3 python3 ;;
+    databases) echo postgresql odbc-postgresql mariadb-server odbc-mariadb util-linux ;;
     report) echo python3-matplotlib ;;
     coverage) echo gcovr ;;
     memcheck) echo valgrind ;;
