@@ -418,7 +418,9 @@ bool LoadText(const std::string& strText, Table& table, long& lLastRow) {
 // table becomes the contents, or its cells are added to them.
 bool CQXRecordSet::SetString(const std::string& text) {
   const bool bEmpty = GetColumnCount() == 0;
-  auto pLoaded = pTable != nullptr && bEmpty ? std::move(pTable) : Table::Make();
+  std::unique_ptr<Table> pLoaded;
+  if (bEmpty) pLoaded.swap(pTable);
+  if (pLoaded == nullptr) pLoaded = Table::Make();
   pLoaded->bTextIsCurrent = false;  // cells are filled without SetCell()
   long lLastRow = 0;
   if (LoadText(text, *pLoaded, lLastRow)) {

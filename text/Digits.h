@@ -72,6 +72,7 @@ template <typename Integer>
 class DecimalText {
  public:
   // Only what View() shows is written. NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
+  // cppcheck-suppress uninitMemberVar
   explicit DecimalText(Integer value)
       : nLength_(static_cast<std::size_t>(WriteDecimal(value, aText_) - aText_)) {}
 
