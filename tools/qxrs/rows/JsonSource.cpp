@@ -34,7 +34,7 @@ class RowReader {
     return nNext < source.vExpected.size() &&
            source.vExpected[nNext].MatchesMember(pName, text.pEnd);
   }
-  const char* TakeExpected(const char* pName) {
+  const char* AcceptExpected(const char* pName) {
     nColumn = nNext++;
     return pName + source.vExpected[nColumn].Length() + 2;
   }

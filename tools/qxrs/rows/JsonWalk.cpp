@@ -131,10 +131,8 @@ void JsonWalk::BreakLine() {
 const char* JsonWalk::FailedAt() const {
   const char* const pFault = bOpenString ? text.pStop : text.SkipSpace(text.pStop);
   // The parser leaves the last byte of a number that the end of the text cuts off.
-  const bool bCutNumber =
-      text.pEnd - pFault == 1 && !bOpenString &&
-      (JSON::BeginsNumber(*pFault) || JSON::kNumberMarks[*pFault] != JSON::NumberMark::kNone) &&
-      (pFault == pBegin || !JSON::IsSpace(pFault[-1]));
+  const bool bCutNumber = text.pEnd - pFault == 1 && !bOpenString && JSON::IsRealByte(*pFault) &&
+                          (pFault == pBegin || !JSON::IsSpace(pFault[-1]));
   return bCutNumber ? text.pEnd : pFault;
 }
 

@@ -47,7 +47,7 @@ class JsonWalk {
 
   std::uint32_t& Indent() { return nIndent; }
   static bool Expects(const char* /*pName*/) { return false; }
-  static const char* TakeExpected(const char* pName) { return pName; }
+  static const char* AcceptExpected(const char* pName) { return pName; }
   const char* Name(const char* p);
   const char* Value(const char* p, char c);
   const char* Element(const char* p, char c);
