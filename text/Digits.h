@@ -71,8 +71,9 @@ char* WriteDecimal(Integer value, char* out) {
 template <typename Integer>
 class DecimalText {
  public:
-  // Only what View() shows is written. NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
+  // Only what View() shows is written.
   // cppcheck-suppress uninitMemberVar
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
   explicit DecimalText(Integer value)
       : nLength_(static_cast<std::size_t>(WriteDecimal(value, aText_) - aText_)) {}
 

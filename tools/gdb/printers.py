@@ -121,7 +121,7 @@ class CellPrinter:
     def __init__(self, value):
         self.type = int(value["eType"])
         self.pointer = value["pText"]
-        self.length = value["nLength"]
+        self.length = int(value["nLengthAndPlain"]) // 2  # as Cell::Length() has it
 
     def to_string(self):
         if not int(self.pointer):
