@@ -107,3 +107,6 @@ unsigned long long JSON_GetOrdinalAsUnsignedLong64(JSON_HANDLE handle, int ordin
 unsigned long long JSON_GetNameAsUnsignedLong64(JSON_HANDLE handle, const char* name) {
   return AsUnsignedLong64(AtName(handle, name));
 }
+unsigned long long JSON_GetPathAsUnsignedLong64(JSON_HANDLE handle, const char* path) {
+  return AsUnsignedLong64(AtPath(handle, path));
+}

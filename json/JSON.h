@@ -50,6 +50,8 @@
 #ifndef QXRECORDSET_JSON_JSON_H
 #define QXRECORDSET_JSON_JSON_H
 
+#include <stddef.h> /* NOLINT(modernize-deprecated-headers): C reads it, too */
+
 #include "qxrecordset_export.h"
 
 #ifdef __cplusplus
@@ -76,6 +78,12 @@ QXRECORDSET_EXPORT void JSON_FreeMessage(JSON_HANDLE handle);
  * beyond strict JSON. */
 QXRECORDSET_EXPORT int JSON_ParseMessage(JSON_HANDLE handle, const char* text);
 
+/* Why the last JSON_ParseMessage() gave 0: one line of English, a constant; NULL when it gave 1,
+ * and before the first one. Where that was, in bytes from 0 and by line and column from 1, is
+ * written to what is not NULL of `offset`, `line` and `column`. */
+QXRECORDSET_EXPORT const char* JSON_ParseError(JSON_HANDLE handle, size_t* offset, size_t* line,
+                                               size_t* column);
+
 /* Number of members or elements at the top level; 0 when nothing has been parsed. */
 QXRECORDSET_EXPORT int JSON_MessageSize(JSON_HANDLE handle);
 
@@ -94,6 +102,28 @@ QXRECORDSET_EXPORT int JSON_IsOrdinalNull(JSON_HANDLE handle, int ordinal);
 QXRECORDSET_EXPORT int JSON_IsNameNull(JSON_HANDLE handle, const char* name);
 QXRECORDSET_EXPORT int JSON_IsPathNull(JSON_HANDLE handle, const char* path);
 
+/* What a value is: one of these numbers. 0 when there is none, so that it tells a missing value
+ * from a null; -1 for a value at which a parse failed. */
+enum {
+  JSON_TYPE_INVALID = -1,
+  JSON_TYPE_NONE = 0,
+  JSON_TYPE_NULL = 1,
+  JSON_TYPE_BOOLEAN = 2,
+  JSON_TYPE_INTEGER = 3, /* a number written without '.', 'e' and 'E' */
+  JSON_TYPE_REAL = 4,    /* any other number */
+  JSON_TYPE_STRING = 5,
+  JSON_TYPE_ARRAY = 6,
+  JSON_TYPE_OBJECT = 7
+};
+QXRECORDSET_EXPORT int JSON_GetOrdinalType(JSON_HANDLE handle, int ordinal);
+QXRECORDSET_EXPORT int JSON_GetNameType(JSON_HANDLE handle, const char* name);
+QXRECORDSET_EXPORT int JSON_GetPathType(JSON_HANDLE handle, const char* path);
+
+/* Number of members or elements of an object or array; 0 for everything else. */
+QXRECORDSET_EXPORT int JSON_GetOrdinalSize(JSON_HANDLE handle, int ordinal);
+QXRECORDSET_EXPORT int JSON_GetNameSize(JSON_HANDLE handle, const char* name);
+QXRECORDSET_EXPORT int JSON_GetPathSize(JSON_HANDLE handle, const char* path);
+
 /* The text of a string; NULL for every other type. A string that holds a NUL character is read up
  * to there. */
 QXRECORDSET_EXPORT const char* JSON_GetOrdinalAsString(JSON_HANDLE handle, int ordinal);
@@ -106,7 +136,23 @@ QXRECORDSET_EXPORT int JSON_GetOrdinalAsInt(JSON_HANDLE handle, int ordinal);
 QXRECORDSET_EXPORT int JSON_GetNameAsInt(JSON_HANDLE handle, const char* name);
 QXRECORDSET_EXPORT int JSON_GetPathAsInt(JSON_HANDLE handle, const char* path);
 
-/* A number as a double. A number written without '.', 'e' and 'E' is read as a 32-bit integer
+/* The same with 64 bits. */
+QXRECORDSET_EXPORT long long JSON_GetOrdinalAsLong64(JSON_HANDLE handle, int ordinal);
+QXRECORDSET_EXPORT long long JSON_GetNameAsLong64(JSON_HANDLE handle, const char* name);
+QXRECORDSET_EXPORT long long JSON_GetPathAsLong64(JSON_HANDLE handle, const char* path);
+
+/* A number as the nearest double. true gives 1.0; everything else 0.0. */
+QXRECORDSET_EXPORT double JSON_GetOrdinalAsReal(JSON_HANDLE handle, int ordinal);
+QXRECORDSET_EXPORT double JSON_GetNameAsReal(JSON_HANDLE handle, const char* name);
+QXRECORDSET_EXPORT double JSON_GetPathAsReal(JSON_HANDLE handle, const char* path);
+
+/* 1 for true, for a number that is not zero and for a string that is not empty, whatever it says;
+ * 0 for everything else. A number written without '.', 'e' and 'E' is read as a 32-bit integer. */
+QXRECORDSET_EXPORT int JSON_GetOrdinalAsBool(JSON_HANDLE handle, int ordinal);
+QXRECORDSET_EXPORT int JSON_GetNameAsBool(JSON_HANDLE handle, const char* name);
+QXRECORDSET_EXPORT int JSON_GetPathAsBool(JSON_HANDLE handle, const char* path);
+
+/* The same, but a number written without '.', 'e' and 'E' is read as a 32-bit integer
  * first, as above. true gives 1.0; everything else 0.0. */
 QXRECORDSET_EXPORT double JSON_GetOrdinalAsDouble(JSON_HANDLE handle, int ordinal);
 QXRECORDSET_EXPORT double JSON_GetNameAsDouble(JSON_HANDLE handle, const char* name);
@@ -120,6 +166,8 @@ QXRECORDSET_EXPORT unsigned long long JSON_GetOrdinalAsUnsignedLong64(JSON_HANDL
                                                                       int ordinal);
 QXRECORDSET_EXPORT unsigned long long JSON_GetNameAsUnsignedLong64(JSON_HANDLE handle,
                                                                    const char* name);
+QXRECORDSET_EXPORT unsigned long long JSON_GetPathAsUnsignedLong64(JSON_HANDLE handle,
+                                                                   const char* path);
 
 /* ---- Writing strings ----------------------------------------------------------------------- */
 

@@ -19,13 +19,16 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "json/JSONValue.h"
+#include "json/ParseError.h"
 #include "qxrecordset_export.h"
 
 namespace JSON {
 
 class Arena;
+struct Refusal;
 
 // The deepest nesting that a parse accepts, the outermost container counted: a document that opens
 // one more fails there. It bounds the stack that a hostile document can make a parse use.
@@ -80,6 +83,12 @@ class QXRECORDSET_EXPORT Message : public JSONValue {
   // Cost: linear in the text; no allocation per value.
   bool Parse(const char* text, int length = -1);
 
+  // Where and why the last Parse() gave false; its szReason is null when it gave true, and before
+  // the first one. A copy of a message has no error. Line and column are those of the text as it
+  // was; they are 0 for a text that was parsed in place, or that was the message's own, and is
+  // rewritten now. A parse that succeeds costs nothing more for it.
+  const ParseError& Error() const noexcept { return error; }
+
   // The value at a path of names and ordinals joined by '.', such as "rows.3.name", or None(). Each
   // segment is looked up as JSONValue::GetByName does: in an array it is a decimal ordinal, and one
   // that is no number means element 0. There is no escape for '.', but a leading '.' belongs to the
@@ -103,12 +112,16 @@ class QXRECORDSET_EXPORT Message : public JSONValue {
   QXRECORDSET_NO_EXPORT void ReleaseRoot() noexcept;
   QXRECORDSET_NO_EXPORT CompositeValue& MakeRoot(Type type, std::uint32_t nReserve);
   QXRECORDSET_NO_EXPORT char* CopyText(const char* text, std::size_t nText);
+  QXRECORDSET_NO_EXPORT bool ParseText(const char* text, int length, Refusal& refusal);
+  QXRECORDSET_NO_EXPORT void NoteError(std::string_view text, const Refusal& refusal,
+                                       bool bOriginal) noexcept;
   template <typename Container>
-  QXRECORDSET_NO_EXPORT bool ReadTree();
+  QXRECORDSET_NO_EXPORT bool ReadTree(Refusal& refusal);
   QXRECORDSET_NO_EXPORT void CopyRoot(const Message& source);
   QXRECORDSET_NO_EXPORT void RefuseText(char* pBuffer, char* pBufferEnd, char* pStop) noexcept;
 
   Arena* pArena = nullptr;  // memory of the tree, kept from one content to the next
+  ParseError error;
 };
 
 // The parse functions below Message::Parse, for hosts that fill a container of their own. Each

@@ -122,6 +122,12 @@ class QXRECORDSET_EXPORT JSONValue : public BaseValue {
   // gives 1.0; strings, nulls and containers give 0.0.
   double AsDouble() const;
 
+  // The same as AsInt() with 64 bits.
+  long long AsLong64() const;
+
+  // The same as AsDouble() without a limit for integers: each gives the nearest double.
+  double AsReal() const;
+
   // True for true, for a number that is not zero (not-a-number included) and for a string that is
   // not empty; false for everything else.
   bool AsBoolean() const;

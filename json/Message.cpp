@@ -12,6 +12,7 @@
 
 #include "json/Arena.h"
 #include "json/CutNumber.h"
+#include "json/Refusal.h"
 #include "json/Storage.h"
 #include "json/TreeCopy.h"
 #include "json/TreeReader.h"
@@ -127,10 +128,14 @@ char* Message::CopyText(const char* text, std::size_t nText) {
   return strText.data();
 }
 
-bool Message::Parse(const char* text, int length) {
-  if (text == nullptr || length == 0) return false;
+bool Message::ParseText(const char* text, int length, Refusal& refusal) {
+  if (text == nullptr || length == 0) {
+    refusal.fault = Fault::kNoText;
+    return false;
+  }
   const std::size_t nText = length > 0 ? static_cast<std::size_t>(length) : std::strlen(text);
   if (nText > INT_MAX) {
+    refusal.fault = Fault::kTooLong;
     return false;  // lengths in the tree are ints
   }
   // In place the text may be rewritten.
@@ -139,6 +144,7 @@ bool Message::Parse(const char* text, int length) {
   const bool bEmpty = nText == 0 || *pBuffer == '\0';
   char* const pFirst = bEmpty ? pBuffer : Text<char>(pBufferEnd, kMaxNesting).SkipSpace(pBuffer);
   if (bEmpty || pFirst == pBufferEnd || (*pFirst != '{' && *pFirst != '[')) {
+    refusal = {static_cast<std::size_t>(pFirst - pBuffer), Fault::kDocument};
     RefuseText(pBuffer, pBufferEnd, pFirst);
     return false;
   }
@@ -146,7 +152,7 @@ bool Message::Parse(const char* text, int length) {
   pEnd = pBufferEnd;
   pCursor = pFirst;
   try {
-    return *pFirst == '{' ? ReadTree<ObjectValue>() : ReadTree<ArrayValue>();
+    return *pFirst == '{' ? ReadTree<ObjectValue>(refusal) : ReadTree<ArrayValue>(refusal);
   } catch (...) {
     // An object that was not read to its end may lack its names, so nothing of the tree is kept.
     ReleaseRoot();
@@ -158,7 +164,7 @@ bool Message::Parse(const char* text, int length) {
 // Reads the container at the cursor as the root. A container that a host made the root stays the
 // root, and is filled as a host's container.
 template <typename Container>
-bool Message::ReadTree() {
+bool Message::ReadTree(Refusal& refusal) {
   constexpr Type eWanted = std::is_same_v<Container, ObjectValue> ? jtObject : jtArray;
   if (pComposite != nullptr && eType == eWanted && !Storage::InPool(*pComposite)) {
     if (auto* const pHostRoot = dynamic_cast<Container*>(pComposite)) {
@@ -166,6 +172,7 @@ bool Message::ReadTree() {
       ParseContext context{pStart, pEnd, pCursor};
       const bool bRead = ParseInto(context, *pHostRoot) != jtInvalid;
       pCursor = context.pCursor;
+      refusal.nStop = static_cast<std::size_t>(pCursor - pStart);
       return bRead;
     }
   }
@@ -174,8 +181,10 @@ bool Message::ReadTree() {
   Place place;
   char* const pNext = reader.ReadInto(pCursor, root, place);
   pCursor = pNext != nullptr ? pNext : reader.StoppedAt();
-  if (pNext == nullptr && bInPlace) OwnCutNumber(root, pEnd);
-  return pNext != nullptr;
+  if (pNext != nullptr) return true;
+  refusal = {static_cast<std::size_t>(pCursor - pStart), reader.Source().eFault};
+  if (bInPlace) OwnCutNumber(root, pEnd);
+  return false;
 }
 
 // A text that holds no document. The tree of a copying message points into a text that is gone; the
@@ -198,6 +207,7 @@ void Message::CopyTo(Message& target) const {
     strCopy.assign(pStart, static_cast<std::size_t>(pEnd - pStart));
   }
   target.ReleaseRoot();
+  target.error = ParseError();
   target.strText.swap(strCopy);
   target.pStart = target.strText.data();
   target.pEnd = target.pStart + target.strText.size();

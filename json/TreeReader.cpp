@@ -158,7 +158,7 @@ TreeReader::Content TreeReader::ReadString(char* pQuote) {
   const char* const pClosing =
       pStop == text_.pEnd || *pStop == '"' ? pStop : Unescape(pStop, text_.pEnd, pWrite);
   if (pClosing == nullptr || pClosing == text_.pEnd) {
-    return {text_.Fail(pContent), 0};
+    return {text_.Fail(pContent, Fault::kString), 0};
   }
   *pWrite = '\0';
   return {pContent + (pClosing - pContent) + 1, static_cast<int>(pWrite - pContent)};
@@ -179,7 +179,7 @@ char* TreeReader::ReadNoValue(char* p, ArrayValue& parent) {
   if (c == 't' || c == 'f' || c == 'n') {
     Storage::Append(parent, pArena_, jtInvalid, nullptr, 0, 0, nullptr);
   }
-  return text_.Fail(p);
+  return text_.Fail(p, Fault::kValue);
 }
 
 // The element is appended before its container is filled, so that the container has an owner when

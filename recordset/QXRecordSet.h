@@ -22,7 +22,8 @@
 // Failures come back by value: "", 0 or false for an unknown column. Nothing here throws, exhausted
 // memory (std::bad_alloc) apart.
 //
-// Threads: a record set is used by one thread at a time, reading included. Distinct record sets are
+// Threads: a record set is used by one thread at a time, reading included; only the const functions
+// may be called by several threads while no other function is. Distinct record sets are
 // independent.
 
 #ifndef QXRECORDSET_RECORDSET_QXRECORDSET_H
@@ -32,17 +33,32 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 
 #include "json/JSONSerialize.h"
 #include "json/JSONValue.h"
 #include "params/CParamsX.h"
 #include "qxrecordset_export.h"
+#include "recordset/LoadResult.h"
 
 namespace recordset {
 class Table;  // the library's own: columns, rows and cells
-}
+class Access;
+struct Cell;
+}  // namespace recordset
+
+class CQXRows;  // recordset/QXRows.h
 
 class QXRECORDSET_EXPORT CQXRecordSet {
+  // Result, where Name is a std::string or a std::string_view.
+  template <typename Name, typename Result>
+  using IfNameObject =
+      std::enable_if_t<std::is_same_v<Name, std::string> || std::is_same_v<Name, std::string_view>,
+                       Result>;
+  static const std::string& Terminated(const std::string& name) { return name; }
+  static std::string Terminated(std::string_view name) { return std::string(name); }
+
  public:
   // The type of a cell, which says how its text is to be read. The numbers are part of the
   // interface; a cell set with any other number is written as text.
@@ -120,20 +136,117 @@ class QXRECORDSET_EXPORT CQXRecordSet {
   // The general setter: a copy of `text`, with type `type`. A null text changes nothing at all.
   void SetValue(const char* name, const char* text, long row = 1, QX_TYPE type = QX_TEXT);
 
-  // Text (up to its first NUL), boolean, integer.
+  // Text (up to its first NUL), boolean, integer. An integer that `long` does not hold, which is
+  // one beyond 32 bits in a 32-bit program, becomes a text cell with the same digits: the number
+  // that the other side reads is exact, or seen to be no integer cell, but never another number.
   void SetValue(const char* name, const std::string& value, long row = 1);
+  void SetValue(const char* name, std::string_view value, long row = 1);
   void SetValue(const char* name, bool value, long row = 1);
   void SetValue(const char* name, long value, long row = 1);
   void SetValue(const char* name, int value, long row = 1);
+  void SetValue(const char* name, unsigned value, long row = 1);
+  void SetValue(const char* name, unsigned long value, long row = 1);
+  void SetValue(const char* name, long long value, long row = 1);
+  void SetValue(const char* name, unsigned long long value, long row = 1);
 
   // There are no real cells: convert to text or to an integer first.
   void SetValue(const char* name, double value, long row = 1) = delete;
+
+  // A character may be meant as a text or as a number: pass std::string(1, c) or int{c}. The small
+  // integers signed char and unsigned char (std::int8_t, std::uint8_t) are numbers.
+  void SetValue(const char* name, char value, long row = 1) = delete;
+  void SetValue(const char* name, wchar_t value, long row = 1) = delete;
+  void SetValue(const char* name, char16_t value, long row = 1) = delete;
+  void SetValue(const char* name, char32_t value, long row = 1) = delete;
+
+  // Any other pointer would be taken for `true`. Bytes that are text in UTF-8, such as the unsigned
+  // char of some libraries: reinterpret_cast<const char*>(p). Wide text: WideToUTF8(p). A record
+  // set that is const: store its text, or a copy of it. Whether a pointer is null: p != nullptr.
+  template <typename T, typename = std::enable_if_t<!std::is_convertible_v<T*, const char*> &&
+                                                    !std::is_convertible_v<T*, CQXRecordSet*>>>
+  void SetValue(const char* name, T* value, long row = 1) = delete;
 
   // A nested record set: the cell takes `value`'s JSON text as it is now; the two stay independent.
   // The text of `value` is rebuilt. A null pointer changes nothing. A record set may be stored into
   // itself.
   void SetValue(const char* name, CQXRecordSet* value, long row = 1);
   void SetValue(const char* name, CQXRecordSet& value, long row = 1);
+
+  // ---- Names as objects -------------------------------------------------------------------------
+  //
+  // The functions that take a column's name take it as a std::string or a std::string_view as well.
+  // A view is copied first, because it need not end in a NUL.
+
+  template <typename Name, typename... Rest>
+  IfNameObject<Name, void> SetValue(const Name& name, Rest&&... rest) {
+    SetValue(Terminated(name).c_str(), std::forward<Rest>(rest)...);
+  }
+  template <typename Name>
+  IfNameObject<Name, long> AddColumn(const Name& name) {
+    return AddColumn(Terminated(name).c_str());
+  }
+  template <typename Name>
+  IfNameObject<Name, const char*> GetValueAsString(const Name& name, long row = 1) {
+    return GetValueAsString(Terminated(name).c_str(), row);
+  }
+  template <typename Name>
+  IfNameObject<Name, void> GetValueAsStringUTF8(std::string& out, const Name& name, long row = 1) {
+    GetValueAsStringUTF8(out, Terminated(name).c_str(), row);
+  }
+  template <typename Name>
+  IfNameObject<Name, long> GetValueAsLong(const Name& name, long row = 1) {
+    return GetValueAsLong(Terminated(name).c_str(), row);
+  }
+  template <typename Name>
+  IfNameObject<Name, bool> GetValueAsBool(const Name& name, long row = 1) {
+    return GetValueAsBool(Terminated(name).c_str(), row);
+  }
+  template <typename Name>
+  IfNameObject<Name, CQXRecordSet> GetValueAsRecordSet(const Name& name, long row = 1) {
+    return GetValueAsRecordSet(Terminated(name).c_str(), row);
+  }
+
+  // ---- Reading that changes nothing -------------------------------------------------------------
+  //
+  // Nothing is made, and nothing is remembered for the next call: these functions are const. A
+  // column is named, or given by its index, which saves looking for it: GetColumnIndex() once, then
+  // index and row. A null name, an unknown one and an index that is none are no column.
+
+  // Whether there is such a cell. A null cell is one.
+  bool HasCell(const char* name, long row = 1) const;
+  bool HasCell(std::string_view name, long row = 1) const;
+  bool HasCell(long column, long row) const;
+
+  // The type of the cell; QX_NULL when there is none.
+  QX_TYPE GetType(const char* name, long row = 1) const;
+  QX_TYPE GetType(std::string_view name, long row = 1) const;
+  QX_TYPE GetType(long column, long row) const;
+
+  // The text of the cell, with a NUL behind it, in place as long as that of GetValueAsString(); an
+  // empty view, without an address, when there is no such cell.
+  std::string_view GetView(const char* name, long row = 1) const;
+  std::string_view GetView(std::string_view name, long row = 1) const;
+  std::string_view GetView(long column, long row) const;
+
+  // The index of a column, or -1; as GetColumnIndex() of a record set that is not const.
+  long GetColumnIndex(const char* name) const;
+  long GetColumnIndex(std::string_view name) const;
+
+  // The rows within the row count, and the cells of each that exist:
+  //
+  //   for (const CQXRow& row : set.Rows())
+  //     for (const CQXCell& cell : row)
+  //       std::cout << row.Number() << ' ' << cell.name << '=' << cell.text << '\n';
+  //
+  // The range knows the columns that there are when it is made. It is good until the record set is
+  // changed.
+  CQXRows Rows() const;
+
+  // Adds rows, columns and cells of `other` to those that are there, as loading its text would: a
+  // cell overwrites the one of the same name and row. But nothing is lost on the way: types stay as
+  // they are, rows outside the row count come along. The record set counts as written. When memory
+  // runs out, some cells may have been overwritten.
+  void Merge(const CQXRecordSet& other);
 
   // ---- Reading cells ----------------------------------------------------------------------------
   //
@@ -185,6 +298,11 @@ class QXRECORDSET_EXPORT CQXRecordSet {
   // The same: text is taken byte for byte.
   bool SetUTF8String(const std::string& text);
 
+  // Loads as SetString() does and tells what came of it: whether the text was loaded, else where
+  // and why not, and how many cells lost something on the way. See LoadResult. The empty text,
+  // which is that of a cleared record set, counts as not loaded.
+  LoadResult Load(std::string_view text);
+
   // ---- Diagnostics and wide text ----------------------------------------------------------------
 
   // The table as plain text for people: a line "Row 1" for each row within the row count, and below
@@ -197,13 +315,19 @@ class QXRECORDSET_EXPORT CQXRecordSet {
   static std::string WideToUTF8(const std::wstring& text);
 
  private:
+  friend class CQXRows;
+  friend class recordset::Access;
+
   QXRECORDSET_NO_EXPORT void AfterAssignment() noexcept;
   QXRECORDSET_NO_EXPORT recordset::Table& EnsureTable();
   QXRECORDSET_NO_EXPORT recordset::Table& NewTable();
   QXRECORDSET_NO_EXPORT void SetText(const char* name, std::string_view text, long row,
                                      QX_TYPE type);
   QXRECORDSET_NO_EXPORT std::string BufferForText();
+  QXRECORDSET_NO_EXPORT const recordset::Cell* FindCell(long column, long row) const;
   QXRECORDSET_NO_EXPORT const char* FindValue(const char* name, long row);
+  template <typename Losses>
+  QXRECORDSET_NO_EXPORT bool LoadCells(const std::string& text, Losses losses);
   QXRECORDSET_NO_EXPORT static std::unique_ptr<recordset::Table> CopyOf(
       const recordset::Table* pSource);
 
@@ -235,6 +359,10 @@ class QXRECORDSET_EXPORT CBeforeAfterRecord : public CQXRecordSet {
   void SetFieldValues(const char* name, long before, long after);
   void SetFieldValues(const char* name, std::string& before, std::string& after);
 
+  // Pointers, literals included, would be taken for `true`: pass std::string objects.
+  template <typename T, typename U>
+  void SetFieldValues(const char* name, T* before, U* after) = delete;
+
   // Reads field `name` into `after`, as the getters of the record set do; `before` is left alone.
   void GetFieldValues(const char* name, std::string& before, std::string& after);
   void GetFieldValuesUTF8(const char* name, std::string& before, std::string& after);
@@ -255,5 +383,7 @@ class QXRECORDSET_EXPORT CBeforeAfterRecord : public CQXRecordSet {
 // and arrays are written as null. No nesting is too deep: no recursion.
 QXRECORDSET_EXPORT void json_walk_obj(JSON::Serialize& writer, JSON::JSONValue const* value,
                                       int nested);
+
+#include "recordset/QXRows.h"  // NOLINT: needs the class above, and is used with it
 
 #endif  // QXRECORDSET_RECORDSET_QXRECORDSET_H

@@ -6,6 +6,9 @@
 // and without a copy of the text: members go straight into the cells of a new table, which the
 // record set takes over when the text was read to its end. Only an object inside a cell is parsed
 // into a tree, because it is written again.
+//
+// What reads cells is compiled twice: for SetString(), and for Load(), which counts what cells lose
+// (recordset/Losses.h).
 
 #include <algorithm>
 #include <climits>
@@ -15,6 +18,8 @@
 #include <string_view>
 #include <utility>
 
+#include "recordset/LoadResult.h"
+#include "recordset/Losses.h"
 #include "recordset/ObjectText.h"
 #include "recordset/QXRecordSet.h"
 #include "recordset/Table.h"
@@ -53,14 +58,14 @@ class Skipper {
 
   const char* String(const char* pQuote) {
     const char* const pClosing = JSON::FindStringEnd(pQuote + 1, text_.pEnd);
-    return pClosing != nullptr ? pClosing + 1 : text_.Fail(pQuote + 1);
+    return pClosing != nullptr ? pClosing + 1 : text_.Fail(pQuote + 1, JSON::Fault::kString);
   }
   const char* Number(const char* p) {
     bool bReal = false;
     return JSON::ScanNumber(p, text_.pEnd, bReal);
   }
   static const char* Literal(const char* /*p*/, const char* pNext) { return pNext; }
-  const char* NoValue(const char* p) { return text_.Fail(p); }
+  const char* NoValue(const char* p) { return text_.Fail(p, JSON::Fault::kValue); }
   const char* Nested(const char* p) {
     return *p == '{' ? ReadObject(text_, p, *this) : ReadArray(text_, p, *this);
   }
@@ -71,12 +76,14 @@ class Skipper {
 };
 
 // The state that the rows of a text share: the columns that they name, and the rare cases of their
-// values.
+// values. `Losses` is told of what cells lose.
+template <typename Losses>
 class CellLoader {
  public:
   using Expected = ExpectedColumn<Column::kText>;
 
-  CellLoader(Text& text, Table& table) : text_(text), table_(table) {}
+  CellLoader(Text& text, Table& table, Losses losses)
+      : text_(text), table_(table), losses_(losses) {}
 
   const Text::End& Limits() const { return text_.Limits(); }
   Table& Target() const { return table_; }
@@ -132,7 +139,9 @@ class CellLoader {
 
   [[gnu::noinline]] const char* LoadString(const char* p, long lRow, const Column& column) {
     const std::string_view text = ReadString(p);
-    if (p != nullptr) Set(lRow, column, UpToNul(text), CQXRecordSet::QX_TEXT);
+    if (p == nullptr) return nullptr;
+    losses_.Text(lRow, column.Index(), text);
+    Set(lRow, column, UpToNul(text), CQXRecordSet::QX_TEXT);
     return p;
   }
 
@@ -141,8 +150,10 @@ class CellLoader {
     const char* const pNext = JSON::ScanNumber(p, text_.pEnd, bReal);
     const std::string_view digits(p, static_cast<std::size_t>(pNext - p));
     if (bReal) {
+      losses_.Real(lRow, column.Index());
       Set(lRow, column, "", CQXRecordSet::QX_TEXT);
     } else {
+      losses_.Integer(lRow, column.Index(), digits);
       const JSON::DecimalText<long> decimal(JSON::ReadDecimal<long>(digits));
       Set(lRow, column, decimal.View(), CQXRecordSet::QX_LONG);
     }
@@ -153,15 +164,19 @@ class CellLoader {
     const char* const pNext = Skipper(text_).Value(p, *p);
     if (pNext == nullptr) return nullptr;
     if (*p == '{') {
-      Set(lRow, column, object_.Rewritten({p, static_cast<std::size_t>(pNext - p)}),
-          CQXRecordSet::QX_RECORDSET);
+      const std::string_view object(p, static_cast<std::size_t>(pNext - p));
+      losses_.Object(lRow, column.Index(), object);
+      Set(lRow, column, object_.Rewritten(object), CQXRecordSet::QX_RECORDSET);
     } else {
+      losses_.Array(lRow, column.Index());
       Set(lRow, column, "", CQXRecordSet::QX_TEXT);
     }
     return pNext;
   }
 
-  [[gnu::noinline]] const char* NoValue(const char* p) { return text_.Fail(p); }
+  [[gnu::noinline]] const char* NoValue(const char* p) {
+    return text_.Fail(p, JSON::Fault::kValue);
+  }
 
   // Widens the array of the row, which has `cells` so far, up to a column, unless that cell belongs
   // into a map.
@@ -177,6 +192,7 @@ class CellLoader {
 
   // Nothing was read so far, into an empty table.
   void Restart() {
+    losses_.Restart();
     lLastRow_ = 0;
     expected.Forget();
     if (table_.columns.Count() != 0) table_.Reset();
@@ -189,7 +205,7 @@ class CellLoader {
     const char* const pStop = JSON::FindQuoteOrBackslash(pContent, text_.pEnd);
     const char* const pClosing = JSON::FindStringEnd(pStop, text_.pEnd);
     if (pClosing == nullptr) {
-      p = text_.Fail(pContent);
+      p = text_.Fail(pContent, JSON::Fault::kString);
       return {};
     }
     p = pClosing + 1;
@@ -201,6 +217,7 @@ class CellLoader {
 
   Text& text_;
   Table& table_;
+  Losses losses_;
   long lLastRow_ = 0;  // the last row that received a cell
   std::string strUnescaped_;
   recordset::ObjectText object_;
@@ -212,9 +229,12 @@ class CellLoader {
 //
 // The rare cases are functions of the loader, so that no function gets the address of a RowSink and
 // the compiler keeps it in registers.
+template <typename Losses>
 class RowSink {
+  using Loader = CellLoader<Losses>;
+
  public:
-  RowSink(CellLoader& loader, long lRow)
+  RowSink(Loader& loader, long lRow)
       : loader_(loader),
         end_(loader.Limits()),
         table_(loader.Target()),
@@ -314,20 +334,23 @@ class RowSink {
     }
   }
 
-  CellLoader& loader_;
+  Loader& loader_;
   const Text::End end_;
   Table& table_;
   const long lRow_;
-  CellLoader::Expected expected_;     // the loader's, while the row is read
-  Rows::Cells cells_ = {nullptr, 0};  // of the row, once it has any
-  Plain value_ = {nullptr, 0, 0};     // the one that is read
+  typename Loader::Expected expected_;  // the loader's, while the row is read
+  Rows::Cells cells_ = {nullptr, 0};    // of the row, once it has any
+  Plain value_ = {nullptr, 0, 0};       // the one that is read
 };
 
 // The elements of "rows". A null ends the rows; what is no object loads nothing and uses up its row
 // number.
+template <typename Losses>
 class RowsSink {
+  using Loader = CellLoader<Losses>;
+
  public:
-  RowsSink(Text& text, CellLoader& cells) : text_(text), cells_(cells) {}
+  RowsSink(Text& text, Loader& cells) : text_(text), cells_(cells) {}
 
   std::uint32_t& Indent() { return nIndent_; }
   void Missing() { bEnded_ = true; }
@@ -342,12 +365,12 @@ class RowsSink {
 
  private:
   [[gnu::noinline]] const char* ReadRow(const char* p) {
-    RowSink row(cells_, lRow_);
+    RowSink<Losses> row(cells_, lRow_);
     return ReadObject(text_, p, row);
   }
 
   Text& text_;
-  CellLoader& cells_;
+  Loader& cells_;
   long lRow_ = 0;
   std::uint32_t nIndent_ = 0;
   bool bEnded_ = false;
@@ -355,9 +378,11 @@ class RowsSink {
 
 // The top-level object: its array "rows", if its first member of that name is one, or else its
 // members as row 1. Members before "rows" are loaded in case it is no array.
+template <typename Losses>
 class DocumentSink {
  public:
-  DocumentSink(Text& text, Table& table) : text_(text), cells_(text, table), row_(cells_, 1) {}
+  DocumentSink(Text& text, Table& table, Losses losses)
+      : text_(text), cells_(text, table, losses), row_(cells_, 1) {}
 
   void Complete() {}
   std::uint32_t& Indent() { return cells_.nIndent; }
@@ -379,7 +404,7 @@ class DocumentSink {
     if (bFirstRows && c == '[') {
       bRowsRead_ = true;
       cells_.Restart();
-      RowsSink rows(text_, cells_);
+      RowsSink<Losses> rows(text_, cells_);
       return ReadArray(text_, p, rows);
     }
     cells_.FindColumn(pQuote_, name_);
@@ -391,48 +416,69 @@ class DocumentSink {
 
  private:
   Text& text_;
-  CellLoader cells_;
-  RowSink row_;                   // row 1
+  CellLoader<Losses> cells_;
+  RowSink<Losses> row_;           // row 1
   const char* pQuote_ = nullptr;  // of the member whose value comes next
   std::string_view name_;
   bool bRowsSeen_ = false;  // a member "rows" was there
   bool bRowsRead_ = false;  // and it was an array
 };
 
-// Loads the text into an empty table. False when it is no JSON object; the table is then of no use.
-bool LoadText(const std::string& strText, Table& table, long& lLastRow) {
-  if (strText.empty() || strText.size() > INT_MAX || strText.front() == '\0') return false;
-  const char* const pEnd = strText.data() + strText.size();
-  Text text(pEnd, JSON::kMaxNesting);
-  const char* const p = text.SkipSpace(strText.data());
-  if (*p != '{') return false;
-  DocumentSink document(text, table);
-  const bool bLoaded = ReadObject(text, p, document) != nullptr;
+// Loads the text into an empty table. False when it is no JSON object; the table is then of no use,
+// and `losses` is told why.
+template <typename Losses>
+bool LoadText(const std::string& strText, Table& table, long& lLastRow, Losses losses) {
+  using JSON::Fault;
+  const char* const pText = strText.data();
+  if (strText.empty()) return losses.Refuse(0, Fault::kNoText);
+  if (strText.size() > INT_MAX) return losses.Refuse(0, Fault::kTooLong);
+  Text text(pText + strText.size(), JSON::kMaxNesting);
+  const char* const p = text.SkipSpace(pText);
+  if (*p != '{') return losses.Refuse(p - pText, *p == '[' ? Fault::kObject : Fault::kDocument);
+  DocumentSink<Losses> document(text, table, losses);
+  if (ReadObject(text, p, document) == nullptr) {
+    return losses.Refuse(text.pStop - pText, text.eFault);
+  }
   lLastRow = document.LastRow();
-  return bLoaded;
+  return true;
 }
 
 }  // namespace
 
 // The text is loaded into a table of its own, or into one without contents, for its memory. That
 // table becomes the contents, or its cells are added to them.
-bool CQXRecordSet::SetString(const std::string& text) {
+template <typename Losses>
+bool CQXRecordSet::LoadCells(const std::string& text, Losses losses) {
   const bool bEmpty = GetColumnCount() == 0;
   std::unique_ptr<Table> pLoaded;
   if (bEmpty) pLoaded.swap(pTable);
   if (pLoaded == nullptr) pLoaded = Table::Make();
   pLoaded->bTextIsCurrent = false;  // cells are filled without SetCell()
   long lLastRow = 0;
-  if (LoadText(text, *pLoaded, lLastRow)) {
+  const bool bLoaded = LoadText(text, *pLoaded, lLastRow, losses);
+  if (bLoaded) {
     if (bEmpty) {
       pTable = std::move(pLoaded);
     } else {
       pTable->Merge(*pLoaded);
+      losses.Moved(*pLoaded, *pTable);
     }
     lRowsCount = std::max(lRowsCount, lLastRow);
   }
   bModified = true;
+  return bLoaded;
+}
+
+bool CQXRecordSet::SetString(const std::string& text) {
+  LoadCells(text, recordset::NoLosses());
   return true;
+}
+
+LoadResult CQXRecordSet::Load(std::string_view text) {
+  LoadResult result;
+  // The reader needs the NUL behind the text.
+  result.bLoaded = LoadCells(std::string(text), recordset::LossCounter(text, result));
+  return result;
 }
 
 bool CQXRecordSet::SetString(const char* text) {

@@ -22,8 +22,8 @@
 //                 sink.NoValue(p)              no value begins at p; null
 //
 // All other functions take the position to read and return the position behind what they read, or
-// null for a failure; Text::pStop then holds the position where it was found. Where a text may
-// break off, or an element be missing, is decided here and nowhere else.
+// null for a failure; Text::pStop and Text::eFault then hold where and what it was. Where a text
+// may break off, or an element be missing, is decided here and nowhere else.
 //
 // A position is never beyond the end of the text: it moves by one only over a byte that was read
 // and is no NUL, and TextEnd::Peek gives a NUL at the end. More than one byte is read only where
@@ -42,6 +42,7 @@
 #include <cstring>
 
 #include "text/ExpectedName.h"
+#include "text/Fault.h"
 #include "text/Scan.h"
 
 namespace JSON {
@@ -134,15 +135,26 @@ struct Text : TextEnd<CharType, bTerminated> {
   using Char = CharType;
   using End = TextEnd<CharType, bTerminated>;
 
-  Char* pStop = nullptr;  // where the last failure was found
-  int nMayOpen;           // containers that may still be opened, one within the other
+  Char* pStop = nullptr;           // where the last failure was found
+  int nMayOpen;                    // containers that may still be opened, one within the other
+  Fault eFault = Fault::kUnknown;  // what the last failure was
 
   Text(Char* pTextEnd, int nMostNested) : End(pTextEnd), nMayOpen(nMostNested) {}
 
   const End& Limits() const { return *this; }
 
-  Char* Fail(Char* p) {
+  // Out of line where the members' loop has no register to spare for it (the loader of cells on
+  // x86; the tree's reader is better off with the few bytes inline).
+  Char* Fail(Char* p, Fault fault) {
+    if constexpr (bTerminated) return FailOutOfLine(p, fault);
+    return Note(p, fault);
+  }
+
+ private:
+  [[gnu::noinline, gnu::cold]] Char* FailOutOfLine(Char* p, Fault fault) { return Note(p, fault); }
+  Char* Note(Char* p, Fault fault) {
     pStop = p;
+    eFault = fault;
     return nullptr;
   }
 };
@@ -194,11 +206,11 @@ QXRECORDSET_HOT typename End::Char* ReadValue(End end, typename End::Char* p, ch
 // The name of a member that is not the expected one, and its colon. Its first byte is at p.
 template <typename Text, typename Sink>
 QXRECORDSET_HOT typename Text::Char* ReadOtherName(Text& text, typename Text::Char* p, Sink& sink) {
-  if (*p != '"') return text.Fail(p);
+  if (*p != '"') return text.Fail(p, Fault::kName);
   p = sink.Name(p);
   if (p == nullptr) return nullptr;
   p = text.SkipSpace(p);
-  return text.Peek(p) == ':' ? p + 1 : text.Fail(p);
+  return text.Peek(p) == ':' ? p + 1 : text.Fail(p, Fault::kColon);
 }
 
 // Members up to the closing brace. p stands where the first of them is due.
@@ -227,7 +239,7 @@ QXRECORDSET_HOT typename Text::Char* ReadMembers(Text& text, typename Text::Char
     p = sink.Value(p, c);
     if (p == nullptr) return nullptr;
   } while (end.SkipComma(p));
-  if (end.Peek(p) != '}') return text.Fail(p);
+  if (end.Peek(p) != '}') return text.Fail(p, Fault::kInObject);
   sink.Complete();
   return p + 1;
 }
@@ -249,7 +261,7 @@ QXRECORDSET_HOT typename Text::Char* ReadElements(Text& text, typename Text::Cha
       if (end.Peek(p) != ',' && end.Peek(p) != ']') return nullptr;
       sink.Missing();
     }
-    if (!end.SkipComma(p)) return end.Peek(p) == ']' ? p + 1 : text.Fail(p);
+    if (!end.SkipComma(p)) return end.Peek(p) == ']' ? p + 1 : text.Fail(p, Fault::kInArray);
   } while (!end.AtEnd(p));
   return p;
 }
@@ -258,8 +270,8 @@ QXRECORDSET_HOT typename Text::Char* ReadElements(Text& text, typename Text::Cha
 template <typename Text, typename Sink>
 QXRECORDSET_HOT typename Text::Char* ReadObject(Text& text, typename Text::Char* p, Sink& sink) {
   const Nesting<Text> nesting(text);
-  if (nesting.TooDeep()) return text.Fail(p);
-  if (text.AtEnd(p + 1)) return text.Fail(p + 1);
+  if (nesting.TooDeep()) return text.Fail(p, Fault::kDepth);
+  if (text.AtEnd(p + 1)) return text.Fail(p + 1, Fault::kInObject);
   p = text.SkipSpace(p + 1);
   return text.Peek(p) == '}' ? p + 1 : ReadMembers(text, p, sink);
 }
@@ -268,8 +280,8 @@ QXRECORDSET_HOT typename Text::Char* ReadObject(Text& text, typename Text::Char*
 template <typename Text, typename Sink>
 QXRECORDSET_HOT typename Text::Char* ReadArray(Text& text, typename Text::Char* p, Sink& sink) {
   const Nesting<Text> nesting(text);
-  if (nesting.TooDeep()) return text.Fail(p);
-  if (text.AtEnd(p + 1)) return text.Fail(p + 1);
+  if (nesting.TooDeep()) return text.Fail(p, Fault::kDepth);
+  if (text.AtEnd(p + 1)) return text.Fail(p + 1, Fault::kInArray);
   p = text.SkipSpace(p + 1);
   if (text.AtEnd(p)) return p;
   return *p == ']' ? p + 1 : ReadElements(text, p, sink);

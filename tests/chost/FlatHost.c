@@ -40,6 +40,34 @@ static void CheckReaders(JSON_HANDLE message) {
   CHECK(JSON_GetPathAsDouble(message, "d") == 3.9);
   CHECK(JSON_GetOrdinalAsUnsignedLong64(message, 2) == 3);
   CHECK(JSON_GetNameAsUnsignedLong64(message, "d") == 3);
+  CHECK(JSON_GetPathAsUnsignedLong64(message, "d") == 3);
+}
+
+static void CheckWideReaders(JSON_HANDLE message) {
+  CHECK(JSON_ParseMessage(message, "{\"rows\":[{\"id\":9007199254740993,\"t\":true}]}") == 1);
+  CHECK(JSON_GetPathAsLong64(message, "rows.0.id") == 9007199254740993LL);
+  CHECK(JSON_GetPathAsReal(message, "rows.0.id") == 9007199254740992.0);
+  CHECK(JSON_GetPathAsBool(message, "rows.0.t") == 1);
+  CHECK(JSON_GetPathType(message, "rows.0.id") == JSON_TYPE_INTEGER);
+  CHECK(JSON_GetPathType(message, "rows.1") == JSON_TYPE_NONE);
+  CHECK(JSON_GetPathSize(message, "rows.0") == 2);
+  CHECK(JSON_GetNameType(message, "rows") == JSON_TYPE_ARRAY);
+  CHECK(JSON_GetOrdinalType(message, 0) == JSON_TYPE_ARRAY);
+  CHECK(JSON_GetNameSize(message, "rows") == 1 && JSON_GetOrdinalSize(message, 0) == 1);
+  CHECK(JSON_ParseMessage(message, "[5000000000,2.5]") == 1);
+  CHECK(JSON_GetNameAsLong64(message, "0") == 5000000000LL);
+  CHECK(JSON_GetOrdinalAsLong64(message, 1) == 2);
+  CHECK(JSON_GetNameAsReal(message, "0") == 5e9 && JSON_GetOrdinalAsReal(message, 1) == 2.5);
+  CHECK(JSON_GetNameAsBool(message, "1") == 1 && JSON_GetOrdinalAsBool(message, 9) == 0);
+}
+
+static void CheckParseErrors(JSON_HANDLE message) {
+  size_t offset = 9, line = 9, column = 9;
+  CHECK(JSON_ParseError(message, &offset, NULL, NULL) == NULL && offset == 0);
+  CHECK(JSON_ParseMessage(message, "{\"a\":1,\n b}") == 0);
+  CHECK(SameText(JSON_ParseError(message, &offset, &line, &column),
+                 "expected a name in double quotes"));
+  CHECK(offset == 9 && line == 2 && column == 2);
 }
 
 static void CheckEscaping(void) {
@@ -53,6 +81,8 @@ int main(void) {
   JSON_HANDLE message = JSON_AllocMessage();
   CHECK(message != NULL);
   CheckReaders(message);
+  CheckWideReaders(message);
+  CheckParseErrors(message);
   JSON_FreeMessage(message);
   CheckEscaping();
   return nFailed;

@@ -52,11 +52,15 @@ use_headers() {
 ./json/JSONMessage.h
 ./json/JSONSerialize.h
 ./json/JSONValue.h
+./json/ParseError.h
 ./json/Sequence.h
 ./params/CParamsX.h
 ./portable/CPortable.h
 ./qxrecordset_export.h
+./recordset/LoadResult.h
 ./recordset/QXRecordSet.h
+./recordset/QXRows.h
+./recordset/RS.h
 LIST
   local warnings=(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
   local header
@@ -64,8 +68,10 @@ LIST
     # shellcheck disable=SC2086  # the flags are words
     "$CXX" $CXXFLAGS -std=c++17 "${warnings[@]}" -I. -fsyntax-only -x c++ - <<< "#include \"$header\""
   done < <(find . -name '*.h')
-  # shellcheck disable=SC2086  # the flags are words
-  "$CC" $CFLAGS -std=c99 "${warnings[@]}" -I. -fsyntax-only -x c - <<< '#include "json/JSON.h"'
+  for header in json/JSON.h recordset/RS.h; do
+    # shellcheck disable=SC2086  # the flags are words
+    "$CC" $CFLAGS -std=c99 "${warnings[@]}" -I. -fsyntax-only -x c - <<< "#include \"$header\""
+  done
   echo "all headers compile on their own"
 }
 
