@@ -22,7 +22,8 @@ ASAN_TOOLS ?= OFF
 MEMCHECK_TESTS := json lives memory params portable recordset text
 MEMCHECK := valgrind --quiet --error-exitcode=1 --soname-synonyms=somalloc=nouserintercepts
 
-.PHONY: help build demo check check-databases bench bench-tool bench-report asan tsan memcheck fuzz fuzz-prove fmt fmt-check tidy \
+.PHONY: help build demo demo-cluster check check-databases bench bench-hosts bench-tool bench-report asan \
+  tsan memcheck fuzz fuzz-prove fmt fmt-check tidy \
   tidy-changed cppcheck symbols coverage docs packages packages-check
 
 help: ## list these commands
@@ -42,6 +43,13 @@ demo: ## run the main job on real data: a query's rows through text into another
 	$(call configure,x64)
 	cmake --build --preset x64 --parallel $(JOBS) --target qxrs
 	scripts/demo.sh build/x64/tools/qxrs
+
+demo-cluster: ## a table in parts on a Dask cluster on this machine, checked against SQLite
+	$(DEPS) build cluster
+	$(call configure,x64)
+	cmake --build --preset x64 --parallel $(JOBS) --target qxrecordset
+	PYTHONPATH=python QXRECORDSET_LIBRARY=$(CURDIR)/build/x64/libQXRecordSet.so.1 \
+	  /usr/bin/python3 -B scripts/demo-cluster.py
 
 check: ## build and test both architectures
 	$(DEPS) build tests tools
@@ -68,6 +76,14 @@ check-databases: ## test qxrs against PostgreSQL and MariaDB servers, started on
 	$(call configure,x64)
 	cmake --build --preset x64 --parallel $(JOBS) --target qxrs
 	tests/tools/databases.sh build/x64/tools/qxrs
+
+bench-hosts: ## measure the Python package beside the json module, and record sets on all cores
+	$(DEPS) build
+	$(call configure,x64) -DQXRECORDSET_BUILD_BENCH=ON
+	cmake --build --preset x64 --parallel $(JOBS) --target qxrecordset bench_threads
+	PYTHONPATH=python QXRECORDSET_LIBRARY=build/x64/libQXRecordSet.so.1 \
+	  /usr/bin/python3 -B python/benchmark.py
+	build/x64/bench/bench_threads
 
 bench-report: ## write docs/benchmarks.md with its plots from the last results
 	$(DEPS) bench report

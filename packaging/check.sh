@@ -93,6 +93,10 @@ env SOURCE="$source" INSTALLED="$root/usr" LIBDIR=lib/x86_64-linux-gnu TOOLCHAIN
   CC="$(command -v cc)" CXX="$(command -v c++)" CFLAGS= CXXFLAGS= ONLY=commands \
   python3 -B tests/docs/docs_test.py README.md docs/guide.md
 
+env PYTHONPATH="$root/usr/lib/python3/dist-packages" LD_LIBRARY_PATH="$root/usr/lib/x86_64-linux-gnu" \
+  /usr/bin/python3 -B tests/python/qxrecordset_test.py
+echo "python3-qxrecordset: tested"
+
 if [[ -x $root/usr/bin/qxrs ]]; then
   export LD_LIBRARY_PATH=$root/usr/lib/x86_64-linux-gnu
   "$root/usr/bin/qxrs" --version

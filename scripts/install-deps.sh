@@ -13,7 +13,7 @@ packages_of() {
     build) echo g++ cmake ninja-build make pkg-config binutils ;;
     # The 32-bit half of the compiler, GoogleTest as library and as source, what runs the tool, and
     # what judges the writer's text and shows what the pretty printers do.
-    tests) echo g++-multilib libgtest-dev googletest python3 nlohmann-json3-dev gdb ;;
+    tests) echo g++-multilib libgtest-dev googletest python3 python3-pandas nlohmann-json3-dev gdb ;;
     tools) echo libcli11-dev libsqlite3-dev libarchive-dev unixodbc-dev libsqliteodbc odbcinst groff-base ;;
     fmt) echo git clang-format-14 ;;
     tidy) echo clang-tidy-14 ;;
@@ -26,6 +26,7 @@ packages_of() {
     memcheck) echo valgrind ;;
     docs) echo doxygen doxygen-awesome-css python3 ;;
     packages) echo dpkg-dev file gzip lintian man-db pkg-config ;;
+    cluster) echo python3-distributed python3-pandas sqlite3 ;;
     # The compiler, and its fuzzer and sanitizers for both architectures.
     fuzz) echo clang-14 libclang-rt-14-dev python3 ;;
     *)

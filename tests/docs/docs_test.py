@@ -44,6 +44,7 @@ INCLUDES = """
 #include "params/CParamsX.h"
 #include "portable/CPortable.h"
 #include "recordset/QXRecordSet.h"
+#include "recordset/RS.h"
 """
 
 # What the first two columns of a checked table mean, by its head: statements in which TEXT stands
@@ -223,7 +224,8 @@ def check_python(folder, block):
     library = folder / "libQXRecordSet.so.1"
     if not library.exists():
         library.symlink_to(os.environ["LIBRARY"])
-    environment = {**os.environ, "LD_LIBRARY_PATH": str(folder), "PYTHONUTF8": "1"}
+    environment = {**os.environ, "LD_LIBRARY_PATH": str(folder), "PYTHONUTF8": "1",
+                   "PYTHONPATH": str(SOURCE / "python")}
     output = run(block.line, [sys.executable, "-B", str(script)], cwd=folder, env=environment)
     compare(block.line, block.follower.text, output)
 

@@ -7,6 +7,8 @@
 #include <string>
 
 #include "json/JSONMessage.h"
+#include "json/JSONSerialize.h"
+#include "params/CParamsX.h"
 #include "recordset/QXRecordSet.h"
 
 #ifdef KNOWS_TABLE
@@ -52,6 +54,17 @@ int main() {
   broken.Parse(R"({"a":1,"b":[2,oops]})");
   [[maybe_unused]] const CQXRecordSet& reference = people;
   [[maybe_unused]] const JSON::JSONValue& nothing = message["zzz"];
+  CParamsRS params;
+  params.addHeader("FIND");
+  params.addResult(0);
+  params.addParam("a;\"b\"");
+  CParamsRS noParams;
+  JSON::Serialize writer(100);
+  writer.OO().N("a").AO().V(1);
+  JSON::Serialize whole(100);
+  whole.AO().AC();
+  JSON::Serialize wrong(100);
+  wrong.OC();
   Look();
   return 0;
 }

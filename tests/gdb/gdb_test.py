@@ -31,12 +31,23 @@ CASES = [
     ('$qxpath(message, "a.x")', "There is no 'x' in 'a.x'."),
     ("broken", "object of 2 members = {a = 1, b = invalid array of 1 element = {[0] = 2}}"),
     ("nothing", "nothing"),
+    ("params", 'parameter string: header "FIND", 2 parameters = {[0] = "0x00000000", '
+     '[1] = "a;\\"b\\""}'),
+    ("noParams", "parameter string: 0 parameters"),
+    ("writer", 'writer, 2 open containers: {"a":[1'),
+    ("whole", "writer: []"),
+    ("wrong", "writer, called out of order"),
+    ('$qxcell(reference, "born")', "1815"),
 ]
 
 # Without the library's debugging symbols.
 BLIND_CASES = [
     ("people", "CQXRecordSet (seen with the debugging symbols of libQXRecordSet)"),
     ("message", "JSON::Message (seen with the debugging symbols of libQXRecordSet)"),
+    ('$qxcell(people, "name")', "gdb knows nothing of the inside of a record set: the debugging "
+     "symbols of libQXRecordSet are missing (package libqxrecordset1-dbgsym)."),
+    ('$qxpath(message, "a")', "gdb knows nothing of the inside of a document: the debugging symbols "
+     "of libQXRecordSet are missing (package libqxrecordset1-dbgsym)."),
 ]
 
 

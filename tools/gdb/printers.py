@@ -7,6 +7,8 @@
 #   print $qxcell(people, "name", 2)    "Grace"
 #   print message                       object of 1 member = {rows = array of 2 elements = {...}}
 #   print $qxpath(message, "rows.0.name")
+#   print params                        parameter string: header "FIND", 2 parameters = {...}
+#   print writer                        writer, 1 open container: {"a":1,"b":
 #
 # Nothing is called in the program: everything is read from memory, from a core file as well. That
 # takes the library's debugging symbols: the package libqxrecordset1-dbgsym, or a library built with
@@ -29,6 +31,24 @@ def counted(number, word):
 def text_at(pointer, length):
     """`length` bytes as a str, as gdb's own character set has them."""
     return pointer.string(length=int(length), errors="backslashreplace") if int(length) else ""
+
+
+def string_text(string):
+    """The content of a std::string."""
+    return text_at(string["_M_dataplus"]["_M_p"], string["_M_string_length"])
+
+
+def plain_value(value):
+    """The value that a reference refers to, or the value."""
+    code = value.type.strip_typedefs().code
+    return value.referenced_value() if code in (gdb.TYPE_CODE_REF, gdb.TYPE_CODE_RVALUE_REF) else value
+
+
+def need_fields(kind, what):
+    """Says why a function cannot look into values of a type, when it cannot."""
+    if not gdb.types.get_basic_type(kind).fields():
+        raise gdb.GdbError(f"gdb knows nothing of the inside of {what}: the debugging symbols of "
+                           "libQXRecordSet are missing (package libqxrecordset1-dbgsym).")
 
 
 def unique_pointer(unique):
@@ -143,6 +163,10 @@ class CellFunction(gdb.Function):
 
     def invoke(self, record_set, name, row=1):
         wanted = name.string()
+        record_set = plain_value(record_set)
+        need_fields(record_set.type, "a record set")
+        table = unique_pointer(record_set["pTable"])
+        need_fields(table.type.target(), "a record set")
         for number, column, cell in Table(record_set).all_cells():
             if number == int(row) and column == wanted:
                 return cell
@@ -228,6 +252,8 @@ class PathFunction(gdb.Function):
         super().__init__("qxpath")
 
     def invoke(self, value, path):
+        value = plain_value(value)
+        need_fields(value.type, "a document")
         for step in path.string().split("."):
             container = container_of(value)
             found = None
@@ -238,6 +264,52 @@ class PathFunction(gdb.Function):
                 raise gdb.GdbError(f"There is no '{step}' in '{path.string()}'.")
             value = found
         return value
+
+
+# ---- Parameter strings and writers ----
+
+
+class ParamsPrinter:
+    """A CParamsRS: its header, and its parameters as they are read back."""
+
+    def __init__(self, value):
+        text = value["paramText"]
+        # One character for each byte, because lengths count bytes.
+        self.text = text["_M_dataplus"]["_M_p"].string("latin-1", length=int(text["_M_string_length"]))
+        self.header = self.text[:max(int(value["headerLength"]) - 1, 0)]
+        offsets = value["paramOffsets"]["_M_impl"]
+        count = int(offsets["_M_finish"] - offsets["_M_start"])
+        self.offsets = [int(offsets["_M_start"][i]) for i in range(count)]
+
+    def parameter(self, offset):
+        field, _, rest = self.text[offset:].partition(";")
+        digits = field.strip()
+        return rest[:int(digits)] if digits.isdigit() else rest
+
+    def to_string(self):
+        header = f'header "{self.header}", ' if self.header else ""
+        return "parameter string: " + header + counted(len(self.offsets), "parameter")
+
+    def children(self):
+        for i, offset in enumerate(self.offsets):
+            text = self.parameter(offset).encode("latin-1").decode("utf-8", "backslashreplace")
+            yield f"[{i}]", '"' + text.replace("\\", "\\\\").replace('"', '\\"') + '"'
+
+
+class WriterPrinter:
+    """A JSON::Serialize: what is written so far, and what is open."""
+
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        if bool(self.value["bError"]):
+            return "writer, called out of order"
+        output = self.value["strOutput"]
+        depth = int(self.value["nDepth"])
+        length = self.value["nWritten"] if depth else output["_M_string_length"]
+        text = text_at(output["_M_dataplus"]["_M_p"], length)
+        return "writer" + (", " + counted(depth, "open container") if depth else "") + ": " + text
 
 
 class BlindPrinter:
@@ -267,6 +339,8 @@ def register(objfile):
                          or_blind(CellPrinter))
     printers.add_printer("value", "^JSON::(JSONValue|UnsafeJSONValue|Message)$",
                          or_blind(ValuePrinter))
+    printers.add_printer("parameters", "^CParamsRS$", or_blind(ParamsPrinter))
+    printers.add_printer("writer", "^JSON::Serialize$", or_blind(WriterPrinter))
     printers.add_printer("container", "^JSON::(ArrayValue|ObjectValue)$",
                          or_blind(ContainerPrinter))
     gdb.printing.register_pretty_printer(objfile, printers, replace=True)
