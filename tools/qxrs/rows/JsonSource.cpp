@@ -58,7 +58,8 @@ class RowReader {
     const char* const pStop = JSON::FindQuoteOrBackslash(p + 1, text.pEnd);
     cell.bEscaped = *pStop == '\\';
     const char* const pClosing = cell.bEscaped ? JSON::FindStringEnd(pStop, text.pEnd) : pStop;
-    return pClosing && pClosing != text.pEnd ? Take(Kind::Text, p + 1, pClosing) + 1 : text.Fail(p);
+    return pClosing && pClosing != text.pEnd ? Take(Kind::Text, p + 1, pClosing) + 1
+                                             : text.Fail(p, JSON::Fault::kString);
   }
   const char* Number(const char* p) {
     bool bReal = false;
@@ -73,11 +74,11 @@ class RowReader {
     Take(bNull ? Kind::Null : Kind::Boolean, p, bNull ? p : pNext);
     return pNext;
   }
-  const char* NoValue(const char* p) { return text.Fail(p); }
+  const char* NoValue(const char* p) { return text.Fail(p, JSON::Fault::kValue); }
   const char* Nested(const char* p) {
     JsonWalk walk(text.pEnd);
     const char* const pNext = walk.Read(p);
-    if (!pNext) return text.Fail(p);
+    if (!pNext) return text.Fail(p, JSON::Fault::kUnknown);
     Take(Kind::Nested, p, pNext);
     if (!walk.IsTight(cell.strText.size())) {
       std::string& strText = source.vTexts.emplace_back();

@@ -57,7 +57,7 @@ const char* JsonWalk::String(const char* p) {
   const char* const pClosing = JSON::FindStringEnd(p + 1, text.pEnd);
   if (!pClosing) {
     bOpenString = true;
-    return text.Fail(p);
+    return text.Fail(p, JSON::Fault::kString);
   }
   const std::string_view strContent(p + 1, static_cast<std::size_t>(pClosing - p - 1));
   const bool bPlain = JSON::IsPlain(strContent) || IsStrictContent(strContent, true);
@@ -91,7 +91,8 @@ const char* JsonWalk::Nested(const char* p) {
   const char* const pNext = bObject ? ReadObject(text, p, *this) : ReadArray(text, p, *this);
   if (!pNext) return nullptr;
   if (pNext[-1] != (bObject ? '}' : ']')) {
-    return text.Fail(pNext);  // the text ends within, which the parser accepts in places
+    return text.Fail(
+        pNext, JSON::Fault::kUnknown);  // the text ends within, which the parser accepts in places
   }
   --nDepth;
   if (level.nItems != 0) BreakLine();

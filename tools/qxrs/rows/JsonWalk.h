@@ -56,7 +56,7 @@ class JsonWalk {
   const char* String(const char* p);
   const char* Number(const char* p);
   const char* Literal(const char* p, const char* pNext);
-  const char* NoValue(const char* p) { return text.Fail(p); }
+  const char* NoValue(const char* p) { return text.Fail(p, JSON::Fault::kValue); }
   const char* Nested(const char* p);
 
  private:
