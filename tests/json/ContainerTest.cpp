@@ -59,8 +59,11 @@ TEST(JsonArray, LooksUpNullsAndBoundsByRule) {
 }
 
 // Names of 0 to 19 bytes from few letters and NULs: many are equal, many only up to a NUL, and many
-// in their first 16 bytes. The index is brought up to date now and then, and asked each time.
+// in their first 16 bytes, some behind what all have in common. The index is brought up to date now
+// and then, and asked each time.
 void ExpectNamesFound(Support::Random& random, std::size_t nNames) {
+  static const std::string kCommon[] = {"", "common", {"c\0", 2}};
+  const std::string& strCommon = random.Of(kCommon);
   std::vector<std::string> vNames(nNames);
   ObjectValue object(0);
   const auto expectFound = [&](const std::string& name) {
@@ -74,6 +77,7 @@ void ExpectNamesFound(Support::Random& random, std::size_t nNames) {
     name.assign(random.Below(20), 'a');
     for (int i = 0; i < 4 && !name.empty(); ++i)
       name[random.Below(name.size())] = "\xE4z"[random.Below(3)];
+    name.insert(0, strCommon);
     UnsafeJSONValue value = ValueOf(name);
     object.AddName(value);
     object.AddValue(value);

@@ -12,8 +12,8 @@
 #include <utility>
 #include <vector>
 
-#include "json/JSONValue.h"
 #include "tests/support/Random.h"
+#include "tests/support/Values.h"
 
 namespace {
 
@@ -40,12 +40,9 @@ class Growing {
   void AddByHand() {
     for (std::uint32_t n = random.OneIn(4) ? 20 : 1; n > 0; --n) {
       texts.push_back(Name());
-      UnsafeJSONValue name(JSON::jtString);
-      name.pText = texts.back().data();
-      name.nLength = static_cast<int>(texts.back().size());
+      UnsafeJSONValue name = Support::ValueOf(texts.back());
       object.AddName(name);
-      UnsafeJSONValue value(JSON::jtNull);
-      object.AddValue(value);
+      object.AddValue(name);
       vNames.push_back(texts.back());
     }
     // Lookups come only after one of these.

@@ -199,9 +199,7 @@ TEST(ExhaustedMemory, FindsNamesWithoutATableOfAll) {
   for (int i = 0; i < kFirst; ++i)
     set(i);
   EXPECT_EQ(object.OrdinalOf("nothing", -1), -1);  // the place of none of those that follow
-  JSON::UnsafeJSONValue name(JSON::jtString);
-  name.pText = vNames[kFirst].c_str();
-  name.nLength = static_cast<int>(vNames[kFirst].size());
+  JSON::UnsafeJSONValue name = Support::ValueOf(vNames[kFirst]);
   object.AddName(name);
   object.AddValue(name);
   CountedMemory::FailAbove(900);
