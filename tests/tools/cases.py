@@ -175,10 +175,10 @@ CASES = [
      "standard input: row 1: 'c' is not among the columns that the text names\n", 1),
     ("to-csv", '{"\ufeffa":1}', '"\ufeffa"\n1\n'),
     ("to-csv -c '\"a,\"\"b\",c' -c d", '{"d":4,"c":3,"a,\\"b":1}', '"a,""b",c,d\n1,3,4\n'),
-    ("to-csv -c '\"a'", "{}", "", "a name in quotes has no end " + USAGE.format("to-csv"), 2),
-    ("to-csv -c '\"a\"b'", "{}", "", "text behind a name in quotes " + USAGE.format("to-csv"), 2),
+    ("to-csv -c '\"a'", "{}", "", "names: line 1, column 1: the quoted field that begins here has no end " + USAGE.format("to-csv"), 2),
+    ("to-csv -c '\"a\"b'", "{}", "", "names: line 1, column 4: text behind a closing quote " + USAGE.format("to-csv"), 2),
     ("to-csv -c c,a two.json", "", "c,a\n,1\ntrue,2\n"),
-    ("to-csv -c a,a two.json", "", "", "the column name 'a' occurs more than once\n", 2),
+    ("to-csv -c a -c a two.json", "", "", "the column name 'a' occurs more than once\n", 2),
     ("to-csv", '{"a":1}{"a":2}', "", "standard input: line 1, column 8: text behind the document; --from "
      "jsonl reads a row on each line\n", 1),
     ("to-csv", '{"x":0,"rows":[{"a":1}],"y":[1]}', "a\n1\n",

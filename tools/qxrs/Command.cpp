@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+#include "tools/qxrs/support/Errors.h"
+
 namespace qxrs {
 
 namespace {
@@ -126,30 +128,19 @@ void AddStrictOption(CLI::App& command, bool& bStrict) {
 
 namespace {
 
-// Takes a name off the front of a line of CSV.
-std::string TakeName(std::string_view& strLine) {
-  if (strLine.empty() || strLine.front() != '"') {
-    std::string strName(strLine.substr(0, strLine.find(',')));
-    strLine.remove_prefix(strName.size());
-    return strName;
-  }
-  std::string strName;
-  for (bool bFirst = true; bFirst || (!strLine.empty() && strLine.front() == '"'); bFirst = false) {
-    strName += bFirst ? "" : "\"";
-    const std::size_t nQuote = strLine.find('"', 1);
-    if (nQuote == std::string_view::npos) throw CLI::ValidationError("a name in quotes has no end");
-    strName += strLine.substr(1, nQuote - 1);
-    strLine.remove_prefix(nQuote + 1);
-  }
-  return strName;
-}
-
-void AppendNames(std::string_view strLine, std::vector<std::string>& vNames) {
-  vNames.push_back(TakeName(strLine));
-  while (!strLine.empty()) {
-    if (strLine.front() != ',') throw CLI::ValidationError("text behind a name in quotes");
-    strLine.remove_prefix(1);
-    vNames.push_back(TakeName(strLine));
+// Names stand like the fields of a line of CSV.
+void AppendNames(const std::string& strLine, std::vector<std::string>& vNames) {
+  Progress noProgress(When::Never);
+  Input input(strLine, "names", noProgress);
+  CsvReading reading;
+  reading.chDelimiter = ',';
+  try {
+    const CsvSource names(input, reading);
+    for (const Column& column : names.GetColumns()) {
+      vNames.push_back(column.strName);
+    }
+  } catch (const InputError& error) {
+    throw CLI::ValidationError(error.what());
   }
 }
 

@@ -19,9 +19,9 @@ constexpr const char* kLate =
 
 struct Conversion {
   CommandText text;
-  Format eFrom;
-  Format eTo;
-  const char* szInput;
+  Format eFrom{};
+  Format eTo{};
+  const char* szInput = "";
 };
 
 const Conversion kConversions[] = {

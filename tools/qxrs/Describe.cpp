@@ -40,12 +40,14 @@ std::string Candidates(const CLI::App& app, const std::string& strLine) {
   }
   strLast = strLine.empty() || strLine.back() == ' ' ? "" : strLast;
   std::string strResult;
-  for (const CLI::App* pInner : Commands(*pCommand))
+  for (const CLI::App* pInner : Commands(*pCommand)) {
     strResult += pInner->get_name() + "\n";
+  }
   if (strResult.empty() && strLast.substr(0, 1) != "-") return "";
   for (const CLI::Option* pOption : pCommand->get_options()) {
-    for (const std::string& strName : pOption->get_lnames())
+    for (const std::string& strName : pOption->get_lnames()) {
       strResult += "--" + strName + "\n";
+    }
   }
   return strResult;
 }

@@ -72,8 +72,9 @@ class Comparison {
       bMoreB = pKeyed ? pKeyed->Take(a.row, *a.pColumns, b.row) : bMoreB && rest.Next(b.row);
       bMoreB ? CompareRows() : ReportRow(a, nOnlyA);
     }
-    for (; (pKeyed || bMoreB) && rest.Next(b.row); ++nRow)
+    for (; (pKeyed || bMoreB) && rest.Next(b.row); ++nRow) {
       ReportRow(b, nOnlyB);
+    }
   }
 
   bool AnyDifference() const { return nChanged + nOnlyA + nOnlyB != 0; }
@@ -103,8 +104,9 @@ class Comparison {
   // Columns in the order of the first table, then those that only the second one has.
   void CompareRows() {
     bool bEqual = true;
-    for (const Column& column : *a.pColumns)
+    for (const Column& column : *a.pColumns) {
       bEqual = CompareCell(column.strName) && bEqual;
+    }
     for (const Column& column : *b.pColumns) {
       if (a.pColumns->Find(column.strName) == Columns::kNone) {
         bEqual = CompareCell(column.strName) && bEqual;

@@ -149,8 +149,9 @@ int Run(const RowOptions& options) {
   unsigned long long nRows = 0;
   for (Row row; opened.pRows->Next(row); ++nRows) {
     vStats.resize(opened.pRows->GetColumns().Count());
-    for (const Cell& cell : row)
+    for (const Cell& cell : row) {
       vStats[cell.nColumn].Count(cell, strBuffer);
+    }
   }
   const Columns& columns = opened.pRows->GetColumns();
   vStats.resize(columns.Count());

@@ -59,9 +59,9 @@ class JsonSource : public RowSource {
   bool NextLine(Row& row);
   bool FindElement(char* pcFirst);
   void EndRows();
+  void EndMembers();
   void ExpectEnd();
   void ReadRow(Row& row);
-  void TakeValue();
   void FillOrRefuse(const JsonWalk& walk);
   std::size_t FindColumn(std::string_view strName);
 

@@ -137,6 +137,47 @@ class RowReader {
   std::uint32_t nIndent = 0;
 };
 
+// The members beside the rows, up to the array of rows if there is one.
+class OtherMembers {
+ public:
+  explicit OtherMembers(JsonText& jsonText) : text(jsonText) {}
+
+  std::uint32_t& Indent() { return nIndent; }
+  static bool Expects(const char* /*pName*/) { return false; }
+  static const char* TakeExpected(const char* pName) { return pName; }
+  void Complete() {}
+  const char* Name(const char* p) {
+    const char* const pNext = JsonWalk(text.pEnd).String(p);
+    if (!pNext) return text.Fail(p);
+    strName = {p, static_cast<std::size_t>(pNext - p)};
+    return pNext;
+  }
+  const char* Value(const char* p, char c) {
+    if (strName == kRows && c == '[' && bRowsWanted) {
+      pRows = p;
+      return nullptr;
+    }
+    const char* const pNext = JsonWalk(text.pEnd).Read(p);
+    if (!pNext) return text.Fail(p);
+    if (strName == kColumns) {
+      strColumns = {p, static_cast<std::size_t>(pNext - p)};
+    } else {
+      ++nOthers;
+    }
+    return pNext;
+  }
+
+  bool bRowsWanted = true;
+  const char* pRows = nullptr;  // the bracket of the array of rows
+  std::string_view strColumns;  // the value of the member "columns"
+  unsigned nOthers = 0;
+
+ private:
+  JsonText& text;
+  std::string_view strName;  // in quotes
+  std::uint32_t nIndent = 0;
+};
+
 JsonSource::JsonSource(Input& input, Form eForm, Warnings& lossesSeen)
     : window(input), warnings(lossesSeen) {
   window.Start();
@@ -200,46 +241,23 @@ void JsonSource::FindRows() {
 // Looks for the array of rows among the members of the object at the window's beginning, and uses
 // the text up to its first element.
 JsonSource::Search JsonSource::SearchRows() {
-  const JsonText text(window.End(), JSON::kMaxNesting);
-  std::string_view strColumns;
-  unsigned nBeside = 0;
-  const char* p = text.SkipSpace(window.Begin() + 1);
-  if (*p == '}') {
-    window.UseUpTo(p);
+  JsonText text(window.End(), JSON::kMaxNesting);
+  OtherMembers members(text);
+  const char* const pNext = JSON::ReadObject(text, window.Begin(), members);
+  const bool bWhole = pNext && pNext[-1] == '}';
+  if (!members.pRows && !bWhole) return Search::Failed;
+  if (!members.pRows && members.nOthers + members.strColumns.size() != 0) return Search::SingleRow;
+  if (bWhole) {
+    window.UseUpTo(pNext - 1);
     EndRows();
     return Search::Found;
   }
-  while (*p == '"') {
-    JsonWalk walk(window.End());
-    const char* const pName = p;
-    p = walk.String(p);
-    if (!p) return Search::Failed;
-    const std::string_view strName(pName, static_cast<std::size_t>(p - pName));
-    p = text.SkipSpace(p);
-    if (*p != ':') return Search::Failed;
-    p = text.SkipSpace(p + 1);
-    if (strName == kRows && *p == '[') {
-      for (; nBeside != 0; --nBeside) {
-        warnings.Add(kBeside);
-      }
-      TellColumns(strColumns);
-      window.UseUpTo(p + 1);
-      return Search::Found;
-    }
-    const char* const pValue = p;
-    p = walk.Read(p);
-    if (!p) return Search::Failed;
-    if (strName == kColumns) {
-      strColumns = {pValue, static_cast<std::size_t>(p - pValue)};
-    } else {
-      ++nBeside;
-    }
-    p = text.SkipSpace(p);
-    if (*p == '}') return Search::SingleRow;
-    if (*p != ',') return Search::Failed;
-    p = text.SkipSpace(p + 1);
+  for (; members.nOthers != 0; --members.nOthers) {
+    warnings.Add(kBeside);
   }
-  return Search::Failed;
+  TellColumns(members.strColumns);
+  window.UseUpTo(members.pRows + 1);
+  return Search::Found;
 }
 
 void JsonSource::TellColumns(std::string_view strJson) {
@@ -321,17 +339,11 @@ void JsonSource::EndRows() {
   eState = State::End;
   if (*window.Begin() == ']') {
     Take();
-    while (bInObject && PeekToken() == ',') {
-      Take();
-      PeekToken();
-      TakeValue();
-      if (PeekToken() != ':') window.Refuse(window.Begin(), "expected ':' behind the name");
-      Take();
-      PeekToken();
-      TakeValue();
-      warnings.Add(kBeside);
-    }
     if (!bInObject) return ExpectEnd();
+    if (PeekToken() == ',') {
+      Take();
+      return EndMembers();
+    }
   }
   if (PeekToken() != '}') {
     window.Refuse(window.Begin(), window.Begin() == window.End() ? "the text ends inside an object"
@@ -339,6 +351,24 @@ void JsonSource::EndRows() {
   }
   Take();
   ExpectEnd();
+}
+
+void JsonSource::EndMembers() {
+  while (true) {
+    JsonText text(window.End(), JSON::kMaxNesting);
+    OtherMembers members(text);
+    members.bRowsWanted = false;
+    const char* const pNext = JSON::ReadMembers(text, window.Begin(), members);
+    if (pNext && pNext[-1] == '}') {
+      for (; members.nOthers != 0; --members.nOthers) {
+        warnings.Add(kBeside);
+      }
+      window.UseUpTo(pNext);
+      return ExpectEnd();
+    }
+    const auto nStop = (pNext ? pNext : text.pStop) - window.Begin();
+    if (!window.Fill()) window.Refuse(window.Begin() + nStop, "expected a member, ',' or '}'");
+  }
 }
 
 void JsonSource::ExpectEnd() {
@@ -381,19 +411,6 @@ void JsonSource::ReadRow(Row& row) {
     }
     JsonWalk walk(window.End());
     walk.Read(window.Begin());
-    FillOrRefuse(walk);
-  }
-}
-
-// Passes over the value at the window's beginning.
-void JsonSource::TakeValue() {
-  while (true) {
-    JsonWalk walk(window.End());
-    const char* const pNext = walk.Read(window.Begin());
-    if (pNext) {
-      window.UseUpTo(pNext);
-      return;
-    }
     FillOrRefuse(walk);
   }
 }

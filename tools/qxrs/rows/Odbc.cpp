@@ -74,8 +74,9 @@ class Connection {
 
   // `strSql` with the quotes that this database has around names; ours are double.
   std::string WithQuotes(std::string strSql) const {
-    for (char& c : strSql)
+    for (char& c : strSql) {
       c = c == '"' ? chQuote : c;
+    }
     return strSql;
   }
 
@@ -187,8 +188,9 @@ class OdbcSource : public RowSource {
   void SetValue(Cell& cell) {
     std::string& strText = vTexts[cell.nColumn];
     const std::optional<Kind> eKind = vKinds[cell.nColumn];
-    if (!eKind)
+    if (!eKind) {
       throw InputError("column '" + columns[cell.nColumn].strName + "': a blob is no text");
+    }
     cell.eKind = *eKind;
     if (eKind == Kind::Boolean) {
       cell.strText = strText == "1" || strText == "t" || strText == "true" ? "true" : "false";

@@ -5,11 +5,12 @@
 #include "tools/qxrs/rows/Values.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
+#include <climits>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 
 #include "text/Bytes.h"
 #include "text/Scan.h"
@@ -117,24 +118,9 @@ bool IsSurrogate(std::uint32_t nCode) { return nCode >= 0xD800 && nCode < 0xE000
 bool IsHighSurrogate(std::uint32_t nCode) { return nCode >= 0xD800 && nCode < 0xDC00; }
 
 void AppendUtf8(std::uint32_t nCode, std::string& strText) {
-  if (nCode < 0x80) {
-    strText += static_cast<char>(nCode);
-    return;
-  }
-  const auto Tail = [&](unsigned nShift) {
-    strText += static_cast<char>(0x80 | (nCode >> nShift & 0x3F));
-  };
-  if (nCode < 0x800) {
-    strText += static_cast<char>(0xC0 | nCode >> 6);
-  } else if (nCode < 0x10000) {
-    strText += static_cast<char>(0xE0 | nCode >> 12);
-    Tail(6);
-  } else {
-    strText += static_cast<char>(0xF0 | nCode >> 18);
-    Tail(12);
-    Tail(6);
-  }
-  Tail(0);
+  char aBytes[MB_LEN_MAX];
+  std::mbstate_t state{};
+  strText.append(aBytes, std::wcrtomb(aBytes, static_cast<wchar_t>(nCode), &state));
 }
 
 // The number of the hexadecimal digits that `strText` begins with; they are up to four.
@@ -226,23 +212,13 @@ bool IsStrictContent(std::string_view strContent, bool bSurrogates) {
 
 namespace {
 
-// Bytes of the character that `strText` begins with; 0 when it is none.
+// Bytes of the character that `strText` begins with; 0 when it is none. The process has the
+// character set UTF-8.
 std::size_t CharacterLength(std::string_view strText) {
-  const auto Byte = [&](std::size_t n) -> unsigned {
-    return n < strText.size() ? static_cast<unsigned char>(strText[n]) : 0;
-  };
-  const unsigned nFirst = Byte(0);
-  if (nFirst < 0x80) return 1;
-  const std::size_t nLength = nFirst >= 0xF0 ? 4 : nFirst >= 0xE0 ? 3 : 2;
-  std::uint32_t nCode = nFirst & (0x7Fu >> nLength);
-  for (std::size_t n = 1; n < nLength; ++n) {
-    if ((Byte(n) & 0xC0) != 0x80) return 0;
-    nCode = nCode << 6 | (Byte(n) & 0x3F);
-  }
-  constexpr std::array<std::uint32_t, 5> kLeast = {0, 0, 0x80, 0x800, 0x10000};
-  const bool bValid =
-      nFirst >= 0xC2 && nCode >= kLeast[nLength] && nCode < 0x110000 && !IsSurrogate(nCode);
-  return bValid ? nLength : 0;
+  std::mbstate_t state{};
+  const std::size_t nLength = std::mbrlen(strText.data(), strText.size(), &state);
+  // 0 is a NUL; above the text's length come the two codes for broken and cut-off sequences.
+  return nLength == 0 ? 1 : nLength <= strText.size() ? nLength : 0;
 }
 
 // How many bytes of ASCII `strText` begins with, eight at a time.

@@ -43,23 +43,9 @@ Character NextCharacter(std::string_view strText) {
 std::string Escaped(std::string_view strBytes) {
   std::string strResult;
   for (const char c : strBytes) {
-    switch (c) {
-      case '\t':
-        strResult += "\\t";
-        break;
-      case '\n':
-        strResult += "\\n";
-        break;
-      case '\r':
-        strResult += "\\r";
-        break;
-      default: {
-        char szText[8];
-        std::snprintf(szText, sizeof szText, "\\x%02x",
-                      static_cast<unsigned>(static_cast<unsigned char>(c)));
-        strResult += szText;
-      }
-    }
+    char szText[8];
+    std::snprintf(szText, sizeof szText, "\\x%02x", static_cast<unsigned char>(c));
+    strResult += c == '\t' ? "\\t" : c == '\n' ? "\\n" : c == '\r' ? "\\r" : szText;
   }
   return strResult;
 }

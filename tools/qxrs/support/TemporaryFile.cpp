@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 #include "tools/qxrs/support/Errors.h"
 
@@ -48,15 +49,6 @@ void RemoveWhenInterrupted(const char* szPath) {
   throw InputError("cannot write " + strName + ": " + std::strerror(errno));
 }
 
-// The file behind a symbolic link; the path itself when there is none.
-std::string Resolved(const std::string& strPath) {
-  char* szPath = realpath(strPath.c_str(), nullptr);
-  if (!szPath) return strPath;
-  std::string strResult(szPath);
-  std::free(szPath);
-  return strResult;
-}
-
 mode_t CreationMode(const std::string& strTarget) {
   struct stat status {};
   if (stat(strTarget.c_str(), &status) == 0) return status.st_mode & 07777;
@@ -68,7 +60,9 @@ mode_t CreationMode(const std::string& strTarget) {
 }  // namespace
 
 TemporaryFile::TemporaryFile(const std::string& strPath)
-    : strName(strPath), strTarget(Resolved(strPath)), strTemporary(strTarget + ".XXXXXX") {
+    : strName(strPath),
+      strTarget(std::filesystem::weakly_canonical(strPath)),
+      strTemporary(strTarget + ".XXXXXX") {
   // No signal comes between making the file and knowing its name.
   sigset_t setAll;
   sigset_t setBefore;
