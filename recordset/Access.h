@@ -35,29 +35,26 @@ class Access {
                : nullptr;
   }
 
-  // The digits of an integer, and the type of a cell that holds them exactly. WriteDecimal() fills
-  // digits_. NOLINTBEGIN(cppcoreguidelines-pro-type-member-init)
+  // The digits of an integer, and the type of a cell that holds them exactly. REQUIRES: Integer is
+  // long long or unsigned long long.
+  template <typename Integer>
   class Exact {
    public:
-    explicit Exact(long long value)
-        : pEnd_(JSON::WriteDecimal(value, digits_)),
-          eType(TypeFor(value <= kMost && value >= kLeast)) {}
-    explicit Exact(unsigned long long value)
-        : pEnd_(JSON::WriteDecimal(value, digits_)),
-          eType(TypeFor(value <= static_cast<unsigned long long>(kMost))) {}
+    explicit Exact(Integer value)
+        : decimal_(value), eType(IsLong(value) ? CQXRecordSet::QX_LONG : CQXRecordSet::QX_TEXT) {}
 
-    // NOLINTEND(cppcoreguidelines-pro-type-member-init)
-    std::string_view Text() const { return {digits_, static_cast<std::size_t>(pEnd_ - digits_)}; }
+    std::string_view Text() const { return decimal_.View(); }
 
    private:
-    static constexpr long kLeast = std::numeric_limits<long>::min();
-    static constexpr long kMost = std::numeric_limits<long>::max();
-    static CQXRecordSet::QX_TYPE TypeFor(bool bFits) {
-      return bFits ? CQXRecordSet::QX_LONG : CQXRecordSet::QX_TEXT;
+    static bool IsLong(Integer value) {
+      using Limits = std::numeric_limits<long>;
+      if constexpr (std::numeric_limits<Integer>::is_signed) {
+        if (value < Limits::min()) return false;
+      }
+      return value <= static_cast<Integer>(Limits::max());
     }
 
-    char digits_[JSON::kMaxDecimal<long long>];
-    const char* pEnd_;
+    JSON::DecimalText<Integer> decimal_;
 
    public:
     const CQXRecordSet::QX_TYPE eType;
