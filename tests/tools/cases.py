@@ -104,6 +104,8 @@ CASES = [
     ("from-json", '[{"a":1,', "", "standard input: line 1, column 9: the text ends inside an object\n", 1),
     ("from-jsonl", '{"a":1}\n\n {"a":2,"b":{}}', '{"rows":[{"a":1},{"a":2,"b":{}}]}\n'),
     ("from-jsonl", '{"a":1}\n{"a":}\n', "", "standard input: line 2, column 6: expected a value\n", 1),
+    ("from-jsonl", '{"a":1}\n{"a":1,', "", "standard input: line 2, column 8: the text ends inside an object\n", 1),
+    ("to-csv", '{"rows":[{"a":1}],"x":1,', "", "standard input: line 1, column 25: expected a member, ',' or '}'\n", 1),
     ("from-jsonl", '{"a":1} x\n', "", "standard input: line 1, column 9: expected an object\n", 1),
     # ---- from-sql: types by declaration and by value ----
     ("from-sql world.db 'SELECT * FROM t'", "",
@@ -115,8 +117,9 @@ CASES = [
     ("from-sql world.db 'SELECT i FROM t WHERE 0'", "",
      '{"columns":[{"name":"i","type":"INTEGER"}],"rows":[]}\n'),
     ("from-sql world.db 'SELECT * FROM keys'", "", KEYS + "\n"),
-    ("from-sql world.db 'SELECT k.id, i FROM keys AS k, t'", "",
-     '{"rows":[{"id":7,"i":1},{"id":7,"i":-9},{"id":7,"i":null}]}\n'),
+    ("from-sql world.db 'SELECT id, at, i, k.name AS n FROM keys AS k, t WHERE i'", "", '{"columns":[{"name":"id",'
+     '"type":"INTEGER"},{"name":"at","type":"TEXT"},{"name":"i","type":"INTEGER"},{"name":"n","type":"VARCHAR(9)"}],'
+     '"rows":[{"id":7,"at":null,"i":1,"n":"x"},{"id":7,"at":null,"i":-9,"n":"x"}]}\n'),
     ("from-sql world.db 'SELECT 9e999 AS a, -9e999 AS b'", "", '{"a":9e999,"b":-9e999}\n'),
     ("from-sql world.db 'SELECT x\nFROM t'", "", "", "SQL text: line 1, column 8: no such column: x\n",
      1),

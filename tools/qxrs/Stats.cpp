@@ -133,8 +133,8 @@ std::string RowText(const std::string& strName, const ColumnStats& stats,
   const auto Extreme = [&](const std::string& strText) {
     return stats.nNumbers != 0 ? strText : stats.eKind ? JsonText(strText) : "null";
   };
-  return "{\"column\":" + JsonText(strName) + ",\"kind\":\"" + KindName(stats) +
-         "\",\"missing\":" + std::to_string(nRows - stats.nCells) +
+  return R"({"column":)" + JsonText(strName) + R"(,"kind":")" + KindName(stats) +
+         R"(","missing":)" + std::to_string(nRows - stats.nCells) +
          ",\"null\":" + std::to_string(stats.nNulls) + ",\"distinct\":" + stats.distinct.Text() +
          ",\"min\":" + Extreme(stats.strMin) + ",\"max\":" + Extreme(stats.strMax) +
          ",\"mean\":" + stats.Mean() + ",\"longest\":" + std::to_string(stats.nLongest) + "}";

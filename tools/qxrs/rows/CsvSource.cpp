@@ -238,8 +238,7 @@ CsvSource::End CsvSource::PassEnd(const char*& p) const {
   if (p == pEnd) return bLast ? End::Record : End::TextTooShort;
   if (*p == how.chDelimiter) {
     ++p;
-    // Behind the last delimiter of a text that just ends stands one field more.
-    return p == pEnd && !bLast ? End::TextTooShort : End::Field;
+    return End::Field;
   }
   if (*p == '\r') {
     if (p + 1 == pEnd && !bLast) return End::TextTooShort;

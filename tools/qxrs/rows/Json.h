@@ -94,7 +94,7 @@ class JsonSink : public RowSink {
   // can become texts, as they are written.
   enum class Texts { None, Host64, Host32 };
 
-  JsonSink(Output& outputText, Form eForm, Texts eTexts, Warnings& lossesSeen);
+  JsonSink(Output& outputText, Form eWanted, Texts eAsTexts, Warnings& lossesSeen);
 
   void Begin(const Columns& columns, bool bAllColumns) override;
   void Write(const Row& row) override;

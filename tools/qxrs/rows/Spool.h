@@ -31,7 +31,7 @@ class SpooledRows : public RowSource {
   enum class Kinds { AsTheyAre, Inferred };
 
   // Reads `source` to its end.
-  SpooledRows(RowSource& source, Kinds eKinds);
+  SpooledRows(RowSource& source, Kinds eWanted);
 
   // Of each column the kind is known then.
   const Columns& GetColumns() const override { return columns; }

@@ -52,10 +52,9 @@ std::vector<std::string> KeyOf(const Columns& columns) {
   }
   std::sort(vParts.begin(), vParts.end(),
             [](const Column* p, const Column* q) { return p->nKey < q->nKey; });
-  std::vector<std::string> vNames;
-  for (const Column* pColumn : vParts) {
-    vNames.push_back(pColumn->strName);
-  }
+  std::vector<std::string> vNames(vParts.size());
+  std::transform(vParts.begin(), vParts.end(), vNames.begin(),
+                 [](const Column* p) { return p->strName; });
   return vNames;
 }
 

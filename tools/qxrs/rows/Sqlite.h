@@ -103,7 +103,7 @@ struct SqlTarget {
 
 // The columns' definitions of a CREATE TABLE statement: as the source declares them, or by the
 // kinds of their cells.
-std::string ColumnDefinitions(const Columns& columns, const std::vector<std::string>& vKey);
+std::string ColumnDefinitions(const Columns& columns, const std::vector<std::string>& vWantedKey);
 
 // INSERT INTO "table" ("a", "b") VALUES (?, ?)
 std::string InsertStatement(const std::string& strTable, const Columns& columns);
