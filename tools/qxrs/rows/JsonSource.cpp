@@ -144,11 +144,11 @@ class OtherMembers {
 
   std::uint32_t& Indent() { return nIndent; }
   static bool Expects(const char* /*pName*/) { return false; }
-  static const char* TakeExpected(const char* pName) { return pName; }
+  static const char* AcceptExpected(const char* pName) { return pName; }
   void Complete() {}
   const char* Name(const char* p) {
     const char* const pNext = JsonWalk(text.pEnd).String(p);
-    if (!pNext) return text.Fail(p);
+    if (!pNext) return text.Fail(p, JSON::Fault::kString);
     strName = {p, static_cast<std::size_t>(pNext - p)};
     return pNext;
   }
@@ -158,7 +158,7 @@ class OtherMembers {
       return nullptr;
     }
     const char* const pNext = JsonWalk(text.pEnd).Read(p);
-    if (!pNext) return text.Fail(p);
+    if (!pNext) return text.Fail(p, JSON::Fault::kUnknown);
     if (strName == kColumns) {
       strColumns = {p, static_cast<std::size_t>(pNext - p)};
     } else {
