@@ -198,7 +198,7 @@ bool IsDelimited(std::optional<Format> eFixed) {
 }  // namespace
 
 void AddReadOptions(CLI::App& command, ReadOptions& options, std::optional<Format> eFixed) {
-  const bool bAny = !eFixed || eFixed == Format::RecordSet;
+  const bool bAny = eFixed.value_or(Format::RecordSet) == Format::RecordSet;
   if (bAny) {
     AddFormatOption(command, "--from", options.eFrom,
                     "the format of the input: rs (record set text), json, jsonl, csv, tsv or sql; "
@@ -251,7 +251,7 @@ void AddWriteOptions(CLI::App& command, WriteOptions& options, std::optional<For
     command.add_flag("--bom", options.csv.bMark, "write a byte order mark in front");
     if (bCsv) command.add_flag("--quote-all", options.csv.bQuoteAll, "put every field in quotes");
   }
-  if (!eFixed || eFixed == Format::RecordSet) {
+  if (eFixed.value_or(Format::RecordSet) == Format::RecordSet) {
     command.add_flag_callback(
         "--texts", [&options] { options.eTexts = JsonSink::Texts::Host64; },
         "make texts of what hosts lose: reals, arrays, integers that a long cannot hold");

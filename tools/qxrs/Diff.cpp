@@ -66,13 +66,13 @@ class Comparison {
     if (!vKey.empty()) {
       pKeyed = std::make_unique<SortedRows>(*rowsB.pRows, vKey, SortedRows::Order::AsTheyCame);
     }
-    RowSource& rest = pKeyed ? *pKeyed : *rowsB.pRows;
+    RowSource* const pRest = pKeyed ? pKeyed.get() : rowsB.pRows.get();
     bool bMoreB = true;
     for (; rowsA.pRows->Next(a.row); ++nRow) {
-      bMoreB = pKeyed ? pKeyed->Take(a.row, *a.pColumns, b.row) : bMoreB && rest.Next(b.row);
+      bMoreB = pKeyed ? pKeyed->Take(a.row, *a.pColumns, b.row) : bMoreB && pRest->Next(b.row);
       bMoreB ? CompareRows() : ReportRow(a, nOnlyA);
     }
-    for (; (pKeyed || bMoreB) && rest.Next(b.row); ++nRow) {
+    for (; (pKeyed || bMoreB) && pRest->Next(b.row); ++nRow) {
       ReportRow(b, nOnlyB);
     }
   }

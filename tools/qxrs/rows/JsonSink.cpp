@@ -33,7 +33,10 @@ bool AppendJsonText(std::string_view strText, bool bEscaped, std::string& strJso
   }
   const bool bUtf8 = IsUtf8(strText);
   std::string strRepaired;
-  if (!bUtf8) strText = strRepaired = RepairedUtf8(strText);
+  if (!bUtf8) {
+    strRepaired = RepairedUtf8(strText);
+    strText = strRepaired;
+  }
   strJson += '"';
   while (true) {
     JSON::AppendEscaped(strJson, strText);

@@ -44,7 +44,11 @@ class FirstRows : public RowSource {
 
   const Columns& GetColumns() const override { return pSource->GetColumns(); }
   bool AllColumnsKnown() const override { return pSource->AllColumnsKnown(); }
-  bool Next(Row& row) override { return nMore != 0 && nMore-- != 0 && pSource->Next(row); }
+  bool Next(Row& row) override {
+    if (nMore == 0) return false;
+    --nMore;
+    return pSource->Next(row);
+  }
 
  private:
   const std::unique_ptr<RowSource> pSource;

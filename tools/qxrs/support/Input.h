@@ -23,9 +23,11 @@ class Input {
 
   // A text that is in memory.
   Input(std::string strText, std::string strTextName, Progress& progressBar)
-      : nFile(-1), strName(std::move(strTextName)), progress(progressBar), bBegun(true) {
-    strFirst = std::move(strText);
-  }
+      : nFile(-1),
+        strName(std::move(strTextName)),
+        progress(progressBar),
+        strFirst(std::move(strText)),
+        bBegun(true) {}
 
   Input(const Input&) = delete;
   Input& operator=(const Input&) = delete;
