@@ -48,7 +48,7 @@ struct HeapBlock {
 template <>
 struct HeapBlock<ObjectValue::NameMap> {
   using NameMap = ObjectValue::NameMap;
-  static constexpr std::size_t kBytesBefore = sizeof(NameFinder*);
+  static constexpr std::size_t kBytesBefore = sizeof(void*);
   static_assert(alignof(NameMap) <= kBytesBefore);
 
   static NameFinder*& Finder(NameMap* pNames) noexcept {
