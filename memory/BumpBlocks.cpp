@@ -19,8 +19,9 @@ constexpr std::size_t kGrowthDivisor = 6;
 
 }  // namespace
 
-BumpBlocks::BumpBlocks(char* pOwn, std::size_t nOwn) noexcept : pOwn_(pOwn), nOwn_(nOwn) {
-  Enter(pOwn, nOwn);
+BumpBlocks::BumpBlocks(char* pOwn, std::size_t nOwn) noexcept
+    : pNext_(pOwn), pLimit_(pOwn + nOwn), pOwn_(pOwn), nOwn_(nOwn) {
+  if (pOwn != nullptr) Poison(pOwn, nOwn + kSlack);
 }
 
 BumpBlocks::~BumpBlocks() {
