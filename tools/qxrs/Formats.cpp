@@ -17,10 +17,7 @@ namespace qxrs {
 
 namespace {
 
-struct FormatName {
-  const char* szName;
-  Format eFormat;
-};
+using FormatName = std::pair<const char*, Format>;
 
 constexpr FormatName kFormatNames[] = {{"rs", Format::RecordSet}, {"json", Format::Json},
                                        {"jsonl", Format::Jsonl},  {"csv", Format::Csv},
@@ -38,8 +35,8 @@ template <std::size_t nNames>
 std::optional<Format> Find(const FormatName (&aNames)[nNames], const std::string& strName) {
   const auto* const it =
       std::find_if(std::begin(aNames), std::end(aNames),
-                   [&](const FormatName& name) { return strName == name.szName; });
-  return it == std::end(aNames) ? std::nullopt : std::optional(it->eFormat);
+                   [&](const FormatName& name) { return strName == name.first; });
+  return it == std::end(aNames) ? std::nullopt : std::optional(it->second);
 }
 
 // The name of a table that is read or written, when none is given: the only one there is, or the
