@@ -63,6 +63,19 @@ extern "C" {
 /* One message; see convention 1. */
 typedef struct JSON_Message* JSON_HANDLE; /* NOLINT(modernize-use-using): C has no using */
 
+/* What a value is: 0 when there is none, -1 when a parse failed at it. */
+enum {
+  JSON_TYPE_INVALID = -1,
+  JSON_TYPE_NONE = 0,
+  JSON_TYPE_NULL = 1,
+  JSON_TYPE_BOOLEAN = 2,
+  JSON_TYPE_INTEGER = 3, /* a number written without '.', 'e' and 'E' */
+  JSON_TYPE_REAL = 4,    /* any other number */
+  JSON_TYPE_STRING = 5,
+  JSON_TYPE_ARRAY = 6,
+  JSON_TYPE_OBJECT = 7
+};
+
 /* ---- The message --------------------------------------------------------------------------- */
 
 /* A new message that holds no document. */
@@ -102,19 +115,7 @@ QXRECORDSET_EXPORT int JSON_IsOrdinalNull(JSON_HANDLE handle, int ordinal);
 QXRECORDSET_EXPORT int JSON_IsNameNull(JSON_HANDLE handle, const char* name);
 QXRECORDSET_EXPORT int JSON_IsPathNull(JSON_HANDLE handle, const char* path);
 
-/* What a value is: one of these numbers. 0 when there is none, so that it tells a missing value
- * from a null; -1 for a value at which a parse failed. */
-enum {
-  JSON_TYPE_INVALID = -1,
-  JSON_TYPE_NONE = 0,
-  JSON_TYPE_NULL = 1,
-  JSON_TYPE_BOOLEAN = 2,
-  JSON_TYPE_INTEGER = 3, /* a number written without '.', 'e' and 'E' */
-  JSON_TYPE_REAL = 4,    /* any other number */
-  JSON_TYPE_STRING = 5,
-  JSON_TYPE_ARRAY = 6,
-  JSON_TYPE_OBJECT = 7
-};
+/* What a value is: one of the JSON_TYPE_ numbers, which tell a missing value from a null. */
 QXRECORDSET_EXPORT int JSON_GetOrdinalType(JSON_HANDLE handle, int ordinal);
 QXRECORDSET_EXPORT int JSON_GetNameType(JSON_HANDLE handle, const char* name);
 QXRECORDSET_EXPORT int JSON_GetPathType(JSON_HANDLE handle, const char* path);

@@ -400,7 +400,9 @@ class QXRECORDSET_EXPORT ObjectValue : public CompositeValue {
       return *this;
     }
     ~Order() = default;
-    operator bool() const noexcept {  // NOLINT: as above
+
+    // Whether the names are sorted, or a host said so.
+    operator bool() const noexcept {  // NOLINT: implicit on purpose
       return eState == kSorted || eState == kClaimed;
     }
 
