@@ -18,17 +18,14 @@ using JSON::Message;
 Message& MessageOf(JSON_HANDLE handle) { return *reinterpret_cast<Message*>(handle); }
 JSON_HANDLE HandleOf(Message* pMessage) { return reinterpret_cast<JSON_HANDLE>(pMessage); }
 
-const JSONValue& AtOrdinal(JSON_HANDLE handle, int ordinal) {
-  return std::as_const(MessageOf(handle))[ordinal];
-}
-const JSONValue& AtName(JSON_HANDLE handle, const char* name) {
-  return std::as_const(MessageOf(handle))[name];
-}
-const JSONValue& AtPath(JSON_HANDLE handle, const char* path) {
-  return MessageOf(handle).Path(path);
-}
-
 int IsNull(const JSONValue& value) { return value.eType == JSON::jtNull ? 1 : 0; }
+int TypeOf(const JSONValue& value) { return value.eType; }
+int SizeOf(const JSONValue& value) { return value.Size(); }
+int AsInt(const JSONValue& value) { return value.AsInt(); }
+int AsBool(const JSONValue& value) { return value.AsBoolean() ? 1 : 0; }
+long long AsLong64(const JSONValue& value) { return value.AsLong64(); }
+double AsDouble(const JSONValue& value) { return value.AsDouble(); }
+double AsReal(const JSONValue& value) { return value.AsReal(); }
 
 const char* AsString(const JSONValue& value) {
   return value.eType == JSON::jtString ? value.pText : nullptr;
@@ -61,6 +58,14 @@ int JSON_ParseMessage(JSON_HANDLE handle, const char* text) {
   return MessageOf(handle).Parse(text, -1) ? 1 : 0;
 }
 
+const char* JSON_ParseError(JSON_HANDLE handle, size_t* offset, size_t* line, size_t* column) {
+  const JSON::ParseError& error = MessageOf(handle).Error();
+  if (offset != nullptr) *offset = error.nOffset;
+  if (line != nullptr) *line = error.nLine;
+  if (column != nullptr) *column = error.nColumn;
+  return error.szReason;
+}
+
 int JSON_MessageSize(JSON_HANDLE handle) { return MessageOf(handle).Size(); }
 
 // ---- Memory -------------------------------------------------------------------------------------
@@ -69,44 +74,25 @@ void JSON_ReleaseMemory(void) { memory::KeptBlocks::Release(); }
 
 // ---- Reading values -----------------------------------------------------------------------------
 
-int JSON_IsOrdinalNull(JSON_HANDLE handle, int ordinal) {
-  return IsNull(AtOrdinal(handle, ordinal));
-}
-int JSON_IsNameNull(JSON_HANDLE handle, const char* name) { return IsNull(AtName(handle, name)); }
-int JSON_IsPathNull(JSON_HANDLE handle, const char* path) { return IsNull(AtPath(handle, path)); }
+// The three forms of a reader, which gets the value that an ordinal, a name or a path leads to.
+#define QXRECORDSET_READERS(Result, BEFORE, BEHIND, Read)                    \
+  Result JSON_##BEFORE##Ordinal##BEHIND(JSON_HANDLE handle, int ordinal) {   \
+    return Read(std::as_const(MessageOf(handle))[ordinal]);                  \
+  }                                                                          \
+  Result JSON_##BEFORE##Name##BEHIND(JSON_HANDLE handle, const char* name) { \
+    return Read(std::as_const(MessageOf(handle))[name]);                     \
+  }                                                                          \
+  Result JSON_##BEFORE##Path##BEHIND(JSON_HANDLE handle, const char* path) { \
+    return Read(MessageOf(handle).Path(path));                               \
+  }
 
-const char* JSON_GetOrdinalAsString(JSON_HANDLE handle, int ordinal) {
-  return AsString(AtOrdinal(handle, ordinal));
-}
-const char* JSON_GetNameAsString(JSON_HANDLE handle, const char* name) {
-  return AsString(AtName(handle, name));
-}
-const char* JSON_GetPathAsString(JSON_HANDLE handle, const char* path) {
-  return AsString(AtPath(handle, path));
-}
-
-int JSON_GetOrdinalAsInt(JSON_HANDLE handle, int ordinal) {
-  return AtOrdinal(handle, ordinal).AsInt();
-}
-int JSON_GetNameAsInt(JSON_HANDLE handle, const char* name) { return AtName(handle, name).AsInt(); }
-int JSON_GetPathAsInt(JSON_HANDLE handle, const char* path) { return AtPath(handle, path).AsInt(); }
-
-double JSON_GetOrdinalAsDouble(JSON_HANDLE handle, int ordinal) {
-  return AtOrdinal(handle, ordinal).AsDouble();
-}
-double JSON_GetNameAsDouble(JSON_HANDLE handle, const char* name) {
-  return AtName(handle, name).AsDouble();
-}
-double JSON_GetPathAsDouble(JSON_HANDLE handle, const char* path) {
-  return AtPath(handle, path).AsDouble();
-}
-
-unsigned long long JSON_GetOrdinalAsUnsignedLong64(JSON_HANDLE handle, int ordinal) {
-  return AsUnsignedLong64(AtOrdinal(handle, ordinal));
-}
-unsigned long long JSON_GetNameAsUnsignedLong64(JSON_HANDLE handle, const char* name) {
-  return AsUnsignedLong64(AtName(handle, name));
-}
-unsigned long long JSON_GetPathAsUnsignedLong64(JSON_HANDLE handle, const char* path) {
-  return AsUnsignedLong64(AtPath(handle, path));
-}
+QXRECORDSET_READERS(int, Is, Null, IsNull)
+QXRECORDSET_READERS(int, Get, Type, TypeOf)
+QXRECORDSET_READERS(int, Get, Size, SizeOf)
+QXRECORDSET_READERS(const char*, Get, AsString, AsString)
+QXRECORDSET_READERS(int, Get, AsInt, AsInt)
+QXRECORDSET_READERS(int, Get, AsBool, AsBool)
+QXRECORDSET_READERS(long long, Get, AsLong64, AsLong64)
+QXRECORDSET_READERS(unsigned long long, Get, AsUnsignedLong64, AsUnsignedLong64)
+QXRECORDSET_READERS(double, Get, AsDouble, AsDouble)
+QXRECORDSET_READERS(double, Get, AsReal, AsReal)
