@@ -24,10 +24,6 @@ constexpr std::size_t kFirstSpare = 6;
 // Ordinals are ints, so nothing grows beyond this.
 constexpr std::size_t kMostItems = INT_MAX;
 
-}  // namespace
-
-namespace {
-
 // The items are moved as bytes: none of them holds a pointer to itself, and none is destroyed one
 // by one.
 template <typename T>

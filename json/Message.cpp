@@ -226,6 +226,7 @@ void Message::CopyTo(Message& target) const {
 
 // REQUIRES: the message has a copy of the source's text, and the source has a root.
 void Message::CopyRoot(const Message& source) {
+  assert(source.pComposite != nullptr && pEnd - pStart == source.pEnd - source.pStart);
   const CompositeValue& from = *source.pComposite;
   const Storage::Kind kind = Storage::KindOf(from);
   if (kind == Storage::Kind::kForeign) {

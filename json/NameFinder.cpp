@@ -161,6 +161,7 @@ NameFinder::Slot& NameFinder::SlotFor(const NameMap* pNames, std::uint32_t nHash
 
 // Enters the next name. REQUIRES: room for it.
 void NameFinder::Add(const NameMap* pNames) noexcept {
+  assert(vSlots_.size() > 2 * (std::size_t{nNames_} + 1));
   const NameMap& entry = pNames[nNames_++];
   const std::uint32_t nHash = HashOf(entry.pName, entry.nLength);
   Slot& slot = SlotFor(pNames, nHash, entry.pName, entry.nLength);

@@ -3,6 +3,7 @@
 // The number functions of json/JSONSerialize.h: numbers to text in a caller's buffer.
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -16,6 +17,7 @@ namespace {
 
 // Text that does not fit is cut. REQUIRES: size is 1 or more.
 char* CopyText(std::string_view text, char* buffer, int size) {
+  assert(size >= 1);
   const std::size_t nLength = std::min(text.size(), static_cast<std::size_t>(size) - 1);
   std::memcpy(buffer, text.data(), nLength);
   buffer[nLength] = '\0';

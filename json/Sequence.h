@@ -18,6 +18,7 @@
 #ifndef QXRECORDSET_JSON_SEQUENCE_H
 #define QXRECORDSET_JSON_SEQUENCE_H
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -62,18 +63,24 @@ class Sequence {
   bool empty() const noexcept { return nSize == 0; }
 
   // Element `i`. REQUIRES: i < size().
-  T& operator[](size_type i) { return Own()[i]; }
-  const T& operator[](size_type i) const noexcept { return Look()[i]; }
+  T& operator[](size_type i) {
+    assert(i < nSize);
+    return Own()[i];
+  }
+  const T& operator[](size_type i) const noexcept {
+    assert(i < nSize);
+    return Look()[i];
+  }
 
   // The same with a check: std::out_of_range for an index that is too large.
   T& at(size_type i) { return Own()[Checked(i)]; }
   const T& at(size_type i) const { return Look()[Checked(i)]; }
 
   // First and last element. REQUIRES: not empty.
-  T& front() { return Own()[0]; }
-  const T& front() const noexcept { return Look()[0]; }
-  T& back() { return Own()[nSize - 1]; }
-  const T& back() const noexcept { return Look()[nSize - 1]; }
+  T& front() { return (*this)[0]; }
+  const T& front() const noexcept { return (*this)[0]; }
+  T& back() { return (*this)[nSize - size_type{1}]; }
+  const T& back() const noexcept { return (*this)[nSize - size_type{1}]; }
 
   // The elements as one array; null when nothing was ever stored.
   T* data() { return Own(); }

@@ -18,6 +18,7 @@
 #ifndef QXRECORDSET_JSON_STORAGE_H
 #define QXRECORDSET_JSON_STORAGE_H
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <new>
@@ -66,6 +67,7 @@ class Storage {
 
   // The elements or member values. REQUIRES: the container is of ours, or a subclass.
   static ArrayValue& ElementsOf(CompositeValue& composite) noexcept {
+    assert(composite.eKind != Kind::kForeign);
     return composite.eKind == Kind::kArray ? static_cast<ArrayValue&>(composite)
                                            : static_cast<ObjectValue&>(composite).avValues;
   }

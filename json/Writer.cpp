@@ -8,6 +8,7 @@
 // the string is cut to the text, so String() has nothing left to do.
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <new>
 #include <utility>
@@ -225,7 +226,10 @@ Serialize& Serialize::WriteText(const char* pText, std::size_t nLength, bool bNa
   return *this;
 }
 
-Serialize& Serialize::N(const char* name) { return WritePlain<true>(name, std::strlen(name)); }
+Serialize& Serialize::N(const char* name) {
+  assert(name != nullptr);
+  return WritePlain<true>(name, std::strlen(name));
+}
 
 Serialize& Serialize::N(std::string_view name) {
   return WritePlain<true>(name.data(), name.size());
@@ -285,6 +289,9 @@ Serialize& Serialize::JS_N(const char* json, int length) {
   return WriteJson({json, static_cast<std::size_t>(std::max(length, 0))});
 }
 
-void Serialize::AppendString(const char* text) { WriteJson(text); }
+void Serialize::AppendString(const char* text) {
+  assert(text != nullptr);
+  WriteJson(text);
+}
 
 }  // namespace JSON

@@ -29,6 +29,7 @@
 #ifndef QXRECORDSET_MEMORY_BUMPBLOCKS_H
 #define QXRECORDSET_MEMORY_BUMPBLOCKS_H
 
+#include <cassert>
 #include <cstddef>
 
 #include "memory/Poison.h"
@@ -85,7 +86,10 @@ class BumpBlocks {
   void Reset() noexcept;
 
   // Whether nothing was taken since the last Reset(). REQUIRES: the owner holds a piece.
-  bool IsReset() const noexcept { return pNext_ == pOwn_; }
+  bool IsReset() const noexcept {
+    assert(pOwn_ != nullptr);
+    return pNext_ == pOwn_;
+  }
 
   // Bytes in all blocks in use, without the owner's.
   std::size_t Footprint() const { return nFootprint_; }

@@ -6,10 +6,12 @@
 #include "params/CParamsX.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <functional>
 #include <utility>
 
 #include "text/Bytes.h"
@@ -147,6 +149,8 @@ void CParamsRS::addResult(long code) {
 // Appends one segment: the separator when one is due, the length field, its ';' and the text.
 // REQUIRES: `text` does not lie in paramText.
 void CParamsRS::addSegment(std::string_view text) {
+  assert(std::less<>()(text.data(), paramText.data()) ||
+         !std::less<>()(text.data(), paramText.data() + paramText.size()));
   const JSON::DecimalText<std::size_t> decimal(text.size());
   const std::string_view digits = decimal.View();
   const std::size_t nPadding = kLengthFieldWidth - std::min(digits.size(), kLengthFieldWidth);

@@ -6,6 +6,7 @@
 #define QXRECORDSET_RECORDSET_ACCESS_H
 
 #include <algorithm>
+#include <cassert>
 #include <cstdint>
 #include <limits>
 #include <string_view>
@@ -63,6 +64,7 @@ class Access {
   // REQUIRES: there is such a column.
   static void Set(CQXRecordSet& set, long lIndex, long lRow, std::string_view text,
                   CQXRecordSet::QX_TYPE eType) {
+    assert(HasColumn(set, lIndex));
     set.pTable->SetCell(lRow, static_cast<std::uint32_t>(lIndex), text.data(), text.size(), eType);
     set.lRowsCount = std::max(set.lRowsCount, lRow);
     set.bModified = true;

@@ -2,6 +2,7 @@
 //
 // Record sets in through the Arrow C data interface.
 
+#include <cassert>
 #include <climits>
 #include <cstdint>
 #include <cstring>
@@ -154,6 +155,7 @@ const char* Refusal(const ArrowSchema& schema) {
 // REQUIRES: the schema was not refused. A struct may have an offset, which its children share, and
 // nulls, which make nulls of theirs.
 void Import(CQXRecordSet& set, long lRow, const ArrowSchema& schema, const ArrowArray& array) {
+  assert(Refusal(schema) == nullptr);
   const void* const pValid = array.n_buffers > 0 ? array.buffers[0] : nullptr;
   std::vector<Column> vColumns;
   for (int64_t i = 0; i < schema.n_children; ++i) {

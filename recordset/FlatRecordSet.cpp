@@ -3,6 +3,7 @@
 // The flat interface of record sets: cells, columns and text.
 
 #include <algorithm>
+#include <cassert>
 #include <climits>
 #include <cstring>
 #include <memory>
@@ -281,6 +282,7 @@ namespace {
 // REQUIRES: there is such a column.
 template <typename F>
 void ForColumn(RS_HANDLE handle, long lIndex, long lRow, long lRows, signed char* pTypes, F f) {
+  assert(Access::HasColumn(handle->set, lIndex));
   const recordset::Rows& rows = Access::TableOf(handle->set)->rows;
   const auto nColumn = static_cast<std::uint32_t>(lIndex);
   for (long i = 0; i < lRows; ++i) {

@@ -37,6 +37,7 @@
 #define QXRECORDSET_TEXT_GRAMMAR_H
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -69,6 +70,7 @@ class TextEnd {
 
   // The same. REQUIRES: white space at p.
   Char* SkipGap(Char* p) const {
+    assert(IsSpace(Peek(p)));
     ++p;
     return IsSpace(Peek(p)) ? SkipSpaceRun(p, pEnd) : p;
   }
@@ -269,6 +271,7 @@ QXRECORDSET_HOT typename Text::Char* ReadElements(Text& text, typename Text::Cha
 // An object. REQUIRES: '{' at p.
 template <typename Text, typename Sink>
 QXRECORDSET_HOT typename Text::Char* ReadObject(Text& text, typename Text::Char* p, Sink& sink) {
+  assert(*p == '{');
   const Nesting<Text> nesting(text);
   if (nesting.TooDeep()) return text.Fail(p, Fault::kDepth);
   if (text.AtEnd(p + 1)) return text.Fail(p + 1, Fault::kInObject);
@@ -279,6 +282,7 @@ QXRECORDSET_HOT typename Text::Char* ReadObject(Text& text, typename Text::Char*
 // An array. REQUIRES: '[' at p.
 template <typename Text, typename Sink>
 QXRECORDSET_HOT typename Text::Char* ReadArray(Text& text, typename Text::Char* p, Sink& sink) {
+  assert(*p == '[');
   const Nesting<Text> nesting(text);
   if (nesting.TooDeep()) return text.Fail(p, Fault::kDepth);
   if (text.AtEnd(p + 1)) return text.Fail(p + 1, Fault::kInArray);

@@ -104,6 +104,7 @@ template <typename Char>
 // p.
 template <typename Char>
 QXRECORDSET_HOT Char* ScanNumber(Char* p, Char* pEnd, bool& bReal) {
+  assert(IsRealByte(*p));
   bReal = false;
   ++p;
   while (pEnd - p > Block16::kBytes) {

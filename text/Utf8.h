@@ -5,6 +5,7 @@
 #ifndef QXRECORDSET_TEXT_UTF8_H
 #define QXRECORDSET_TEXT_UTF8_H
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 
@@ -20,6 +21,7 @@ inline std::size_t Utf8Length(std::uint32_t nCode) {
 // Writes a code point and returns the address behind it. REQUIRES: nCode < 2^21, and room for
 // Utf8Length(nCode) bytes.
 inline char* WriteUtf8(std::uint32_t nCode, char* p) {
+  assert(nCode < 0x200000);
   constexpr unsigned char kLeadMark[] = {0, 0, 0xC0, 0xE0, 0xF0};  // by length
   const std::size_t nBytes = Utf8Length(nCode);
   for (std::size_t i = nBytes - 1; i > 0; --i) {

@@ -8,6 +8,7 @@
 #include "text/WriteReal.h"
 
 #include <cfloat>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <iterator>
@@ -56,7 +57,7 @@ QXRECORDSET_HOT int ExponentOf(double value) {
   return nLeast + (value >= kBounds[nLeast + 1 - kLeast] ? 1 : 0);
 }
 
-// REQUIRES: value is positive.
+// The value rounded to six digits; none for what is left to printf, negative values among it.
 QXRECORDSET_HOT Decimal SixDigits(double value) {
   if (FLT_EVAL_METHOD != 0 || !(value >= 1e-16 && value < 1e27)) return {0, 0};
   const int nExponent = ExponentOf(value);
@@ -137,7 +138,8 @@ char* WriteFixed(const Digits& digits, int nExponent, std::string_view radix, ch
 char* WriteReal(double value, char* out) {
   constexpr std::size_t kLongestRadix = 4;
   constexpr int kLeastFixed = -4;
-  const bool bNegative = value < 0;
+  const bool bNegative = std::signbit(value);
+  if (value == 0) return Copy(bNegative ? "-0" : "0", out);
   const Decimal decimal = SixDigits(bNegative ? -value : value);
   if (decimal.nDigits == 0 || !RoundsToNearest()) return nullptr;
   const std::string_view radix = Radix();

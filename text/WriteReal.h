@@ -14,9 +14,10 @@ namespace JSON {
 constexpr std::size_t kMostReal = 24;
 
 // Writes what printf's "%g" gives for the value, without a NUL, and returns the end of the text; or
-// null for a value that is left to printf: one halfway between two results, one below 10^-16 or
-// above 10^27, infinities and not-a-number, and all of them in other rounding modes than to
-// nearest. REQUIRES: room for kMostReal bytes; what is not text is overwritten.
+// null for a value that is left to printf: one halfway between two results, one beside 0 that is
+// nearer to it than 10^-16, one above 10^27, infinities and not-a-number, and all of them in other
+// rounding modes than to nearest. REQUIRES: room for kMostReal bytes; what is not text is
+// overwritten.
 char* WriteReal(double value, char* out);
 
 }  // namespace JSON
