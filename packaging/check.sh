@@ -3,7 +3,8 @@
 #
 # Each folder is the build of a package preset. lintian finds no error; dpkg accepts the packages of
 # all architectures beside each other in one scratch system; programs in C++ and C are built against
-# what lies there, in the ways the README names, and run; gdb shows what they hold; the tool runs.
+# what lies there, in the ways the README names, and run; so is one in Python, with the package and with
+# a wheel; gdb shows what programs hold; the tool runs.
 #
 # Needs no root: the scratch system is a folder with a package database of its own.
 set -euo pipefail
@@ -49,7 +50,9 @@ for build in "$@"; do
     flags=-m32
     multiarch=i386-linux-gnu
   fi
-  for way in find_package pkg_config; do
+  ways=(refused find_package pkg_config)
+  [[ $flags ]] || ways+=(wheel) # for the Python of this machine
+  for way in "${ways[@]}"; do
     mkdir -p "$scratch/$multiarch"
     env CMAKE=cmake SOURCE="$source" SCRATCH="$scratch/$multiarch" PREFIX="$root/usr" \
       MULTIARCH=$multiarch TOOLCHAIN="$toolchain" CC=cc CXX=c++ CFLAGS=$flags CXXFLAGS=$flags \
@@ -91,10 +94,12 @@ done
 env SOURCE="$source" INSTALLED="$root/usr" LIBDIR=lib/x86_64-linux-gnu TOOLCHAIN= PYTHON_LOADS= \
   QXRS="env LD_LIBRARY_PATH=$root/usr/lib/x86_64-linux-gnu $root/usr/bin/qxrs" \
   CC="$(command -v cc)" CXX="$(command -v c++)" CFLAGS= CXXFLAGS= ONLY=commands \
-  python3 -B tests/docs/docs_test.py README.md docs/guide.md
+  python3 -B tests/docs/docs_test.py README.md docs/guide.md docs/scale.md
 
-env PYTHONPATH="$root/usr/lib/python3/dist-packages" LD_LIBRARY_PATH="$root/usr/lib/x86_64-linux-gnu" \
-  /usr/bin/python3 -B tests/python/qxrecordset_test.py
+for program in tests/python/qxrecordset_test.py tests/consumer/project/consumer.py; do
+  env PYTHONPATH="$root/usr/lib/python3/dist-packages" \
+    LD_LIBRARY_PATH="$root/usr/lib/x86_64-linux-gnu" /usr/bin/python3 -B $program
+done
 echo "python3-qxrecordset: tested"
 
 if [[ -x $root/usr/bin/qxrs ]]; then

@@ -217,6 +217,7 @@ int RS_ImportRows(RS_HANDLE handle, long row, const struct ArrowSchema* schema,
 }
 
 int RS_ImportStream(RS_HANDLE handle, struct ArrowArrayStream* stream) {
+  if (stream->release == nullptr) return Fail(handle, "the stream is released", 0);
   ArrowSchema schema{};
   int nDone = 0;
   if (stream->get_schema(stream, &schema) != 0) {

@@ -99,8 +99,10 @@ class QXRECORDSET_EXPORT CQXRows {
   // The names of the columns by index: item 0 is that of index 1.
   const std::vector<std::string_view>& Names() const { return vNames_; }
 
-  // Row `number`, which may be any. REQUIRES: this object outlives it.
-  CQXRow operator[](long number) const { return {*this, number}; }
+  // Row `number`, which may be any. It refers to this object, so that of a temporary one does not
+  // compile: const CQXRows rows = set.Rows() first.
+  CQXRow operator[](long number) const& { return {*this, number}; }
+  CQXRow operator[](long number) const&& = delete;
 
   Iterator begin() const { return Iterator({*this, 1}); }
   Iterator end() const { return Iterator({*this, lCount_ + 1}); }

@@ -293,7 +293,7 @@ QXRECORDSET_EXPORT int RS_ImportRows(RS_HANDLE handle, long row, const struct Ar
 
 /* Adds all rows of a stream behind those that are there, and releases the stream, whatever the
  * result. 1; or 0 as above, or when the stream fails: RS_Error() is then what it says. Batches that
- * were read before are there. */
+ * were read before are there. 0 also for a stream that is released already. */
 QXRECORDSET_EXPORT int RS_ImportStream(RS_HANDLE handle, struct ArrowArrayStream* stream);
 
 #ifdef __cplusplus

@@ -12,8 +12,10 @@ packages_of() {
   case $1 in
     build) echo g++ cmake ninja-build make pkg-config binutils ;;
     # The 32-bit half of the compiler, GoogleTest as library and as source, what runs the tool, and
-    # what judges the writer's text and shows what the pretty printers do.
-    tests) echo g++-multilib libgtest-dev googletest python3 python3-pandas nlohmann-json3-dev gdb ;;
+    # what judges the writer's text and shows what the pretty printers do, what makes a wheel, and
+    # what the pages show.
+    tests) echo g++-multilib libgtest-dev googletest python3 python3-pandas nlohmann-json3-dev gdb \
+      python3-pip python3-setuptools python3-wheel parallel ;;
     tools) echo libcli11-dev libsqlite3-dev libarchive-dev unixodbc-dev libsqliteodbc odbcinst groff-base ;;
     fmt) echo git clang-format-14 ;;
     tidy) echo clang-tidy-14 ;;

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # One way of using the library from outside, or the installation they start from:
 #
-#   consumer.sh install|headers|find_package|pkg_config|add_subdirectory
+#   consumer.sh install|headers|refused|find_package|pkg_config|add_subdirectory|wheel
 #
 # The environment says with what (see CMakeLists.txt): CMAKE, SOURCE, BUILD, SCRATCH, TOOLCHAIN, CC,
 # CXX, CFLAGS, CXXFLAGS, and PREFIX and MULTIARCH where unpacked packages are used instead of an
@@ -11,18 +11,18 @@ set -euo pipefail
 prefix=${PREFIX:-$SCRATCH/installed}
 project=$SOURCE/tests/consumer/project
 
-# What both programs print when all they read back is right.
+# What all programs print when all they read back is right.
 expected='Ada was born in 1815'
 
-# run PROGRAM: it succeeds and says what it should.
+# run COMMAND...: it succeeds and says what it should.
 run() {
-  local said
-  said=$("$1")
-  if [[ $said != "$expected" ]]; then
-    echo "$1 said '$said' instead of '$expected'" >&2
+  local said status=0
+  said=$("$@") || status=$?
+  if [[ $status != 0 || $said != "$expected" ]]; then
+    echo "$*: status $status, said '$said' instead of '$expected'" >&2
     exit 1
   fi
-  echo "$1: $said"
+  echo "$*: $said"
 }
 
 # Configures, builds and runs the consumers' own CMake project; further arguments go to CMake.
@@ -42,6 +42,31 @@ build_project() {
 use_install() {
   rm -rf "$prefix"
   "$CMAKE" --install "$BUILD" --prefix "$prefix"
+}
+
+# Statements that would store something else than they say do not compile against the installed
+# headers; `constant` is a record set, too.
+use_refused() {
+  local compile=("$CXX" -std=c++17 -I"$prefix/include/qxrecordset" -fsyntax-only "$project/consumer.cpp")
+  local statement said
+  while read -r statement; do
+    # shellcheck disable=SC2086  # the flags are words
+    if said=$("${compile[@]}" $CXXFLAGS "-DREFUSED=$statement" 2>&1) || [[ $said != *deleted* ]]; then
+      echo "'$statement' is not refused: $said" >&2
+      exit 1
+    fi
+  done << 'STATEMENTS'
+refusing.SetValue("c", 1.5)
+refusing.SetValue("c", 'x')
+refusing.SetValue("c", L"wide")
+refusing.SetValue("c", static_cast<const unsigned char*>(nullptr))
+refusing.SetValue("c", &constant)
+CBeforeAfterRecord().SetFieldValues("c", "before", "after")
+for (const CQXCell& cell : constant.Rows()[1]) static_cast<void>(cell)
+STATEMENTS
+  # shellcheck disable=SC2086
+  "${compile[@]}" $CXXFLAGS '-DREFUSED=refusing.SetValue("c", constant.Rows().Count())'
+  echo "what must not compile does not"
 }
 
 # Every installed header compiles on its own, and exactly the public ones are installed.
@@ -110,6 +135,28 @@ use_pkg_config() {
   for program in cpp_shared cpp_static c_shared c_static; do
     run "$out/$program"
   done
+}
+
+# The wheel of the Python package, made and installed by Debian's tools without a network, in an
+# environment of its own beside Debian's pandas.
+use_wheel() {
+  local out=$SCRATCH/wheel
+  rm -rf "$out"
+  mkdir "$out"
+  cp -r "$SOURCE/python" "$out/source" # the build writes into it
+  cd "$out"
+  /usr/bin/python3 -B -m pip wheel --quiet --no-index --no-build-isolation --no-deps --no-cache-dir \
+    --wheel-dir . ./source
+  /usr/bin/python3 -m venv --without-pip --system-site-packages venv
+  venv/bin/python -B -m pip install --quiet --no-index --no-deps --no-cache-dir ./*.whl
+  local libdir
+  libdir=$(dirname "$(find "$prefix/lib/${MULTIARCH:-}" -name libQXRecordSet.so.1)")
+  export LD_LIBRARY_PATH=$libdir
+  run venv/bin/python -B "$project/consumer.py"
+  venv/bin/python -c 'import importlib.metadata, qxrecordset
+assert importlib.metadata.version("qxrecordset") == qxrecordset.__version__
+assert "/venv/" in qxrecordset.__file__, qxrecordset.__file__'
+  venv/bin/python -B "$SOURCE/tests/python/qxrecordset_test.py"
 }
 
 "use_$1"
