@@ -28,7 +28,7 @@
 namespace JSON {
 
 class Arena;
-struct Refusal;
+enum class Fault : unsigned char;
 
 // The deepest nesting that a parse accepts, the outermost container counted: a document that opens
 // one more fails there. It bounds the stack that a hostile document can make a parse use.
@@ -86,7 +86,7 @@ class QXRECORDSET_EXPORT Message : public JSONValue {
   // Where and why the last Parse() gave false; its szReason is null when it gave true, and before
   // the first one. A copy of a message has no error. Line and column are those of the text as it
   // was; they are 0 for a text that was parsed in place, or that was the message's own, and is
-  // rewritten now. A parse that succeeds costs nothing more for it.
+  // rewritten now. A parse that succeeds only forgets what the last one told.
   const ParseError& Error() const noexcept { return error; }
 
   // The value at a path of names and ordinals joined by '.', such as "rows.3.name", or None(). Each
@@ -112,11 +112,13 @@ class QXRECORDSET_EXPORT Message : public JSONValue {
   QXRECORDSET_NO_EXPORT void ReleaseRoot() noexcept;
   QXRECORDSET_NO_EXPORT CompositeValue& MakeRoot(Type type, std::uint32_t nReserve);
   QXRECORDSET_NO_EXPORT char* CopyText(const char* text, std::size_t nText);
-  QXRECORDSET_NO_EXPORT bool ParseText(const char* text, int length, Refusal& refusal);
-  QXRECORDSET_NO_EXPORT void NoteError(std::string_view text, const Refusal& refusal,
+  QXRECORDSET_NO_EXPORT bool ParseText(const char* text, int length);
+  QXRECORDSET_NO_EXPORT void NoteError(std::string_view text, std::size_t nStop, Fault fault,
                                        bool bOriginal) noexcept;
+  QXRECORDSET_NO_EXPORT void NoteTreeError(Fault fault) noexcept;
+  QXRECORDSET_NO_EXPORT void LocateError(std::string_view text) noexcept;
   template <typename Container>
-  QXRECORDSET_NO_EXPORT bool ReadTree(Refusal& refusal);
+  QXRECORDSET_NO_EXPORT bool ReadTree();
   QXRECORDSET_NO_EXPORT void CopyRoot(const Message& source);
   QXRECORDSET_NO_EXPORT void RefuseText(char* pBuffer, char* pBufferEnd, char* pStop) noexcept;
 

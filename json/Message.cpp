@@ -12,12 +12,12 @@
 
 #include "json/Arena.h"
 #include "json/CutNumber.h"
-#include "json/Refusal.h"
 #include "json/Storage.h"
 #include "json/TreeCopy.h"
 #include "json/TreeReader.h"
 #include "json/TreeRelease.h"
 #include "memory/KeptBlocks.h"
+#include "text/Fault.h"
 
 namespace JSON {
 
@@ -46,6 +46,10 @@ int ParseInto(ParseContext& context, ObjectValue& object) {
 }
 int ParseInto(ParseContext& context, ArrayValue& array) {
   return Parser::ParseArray(context, array);
+}
+
+std::size_t LengthOf(const char* text, int length) {
+  return length > 0 ? static_cast<std::size_t>(length) : std::strlen(text);
 }
 
 // The value at a path that is not empty, or null; `lookup` finds one segment of it.
@@ -128,14 +132,15 @@ char* Message::CopyText(const char* text, std::size_t nText) {
   return strText.data();
 }
 
-bool Message::ParseText(const char* text, int length, Refusal& refusal) {
+// Part of Parse(), its only caller: a call would cost an empty document more than its error does.
+[[gnu::always_inline]] inline bool Message::ParseText(const char* text, int length) {
   if (text == nullptr || length == 0) {
-    refusal.fault = Fault::kNoText;
+    NoteError({}, 0, Fault::kNoText, true);
     return false;
   }
-  const std::size_t nText = length > 0 ? static_cast<std::size_t>(length) : std::strlen(text);
+  const std::size_t nText = LengthOf(text, length);
   if (nText > INT_MAX) {
-    refusal.fault = Fault::kTooLong;
+    NoteError({}, 0, Fault::kTooLong, true);
     return false;  // lengths in the tree are ints
   }
   // In place the text may be rewritten.
@@ -144,7 +149,7 @@ bool Message::ParseText(const char* text, int length, Refusal& refusal) {
   const bool bEmpty = nText == 0 || *pBuffer == '\0';
   char* const pFirst = bEmpty ? pBuffer : Text<char>(pBufferEnd, kMaxNesting).SkipSpace(pBuffer);
   if (bEmpty || pFirst == pBufferEnd || (*pFirst != '{' && *pFirst != '[')) {
-    refusal = {static_cast<std::size_t>(pFirst - pBuffer), Fault::kDocument};
+    NoteError({pBuffer, nText}, static_cast<std::size_t>(pFirst - pBuffer), Fault::kDocument, true);
     RefuseText(pBuffer, pBufferEnd, pFirst);
     return false;
   }
@@ -152,7 +157,7 @@ bool Message::ParseText(const char* text, int length, Refusal& refusal) {
   pEnd = pBufferEnd;
   pCursor = pFirst;
   try {
-    return *pFirst == '{' ? ReadTree<ObjectValue>(refusal) : ReadTree<ArrayValue>(refusal);
+    return *pFirst == '{' ? ReadTree<ObjectValue>() : ReadTree<ArrayValue>();
   } catch (...) {
     // An object that was not read to its end may lack its names, so nothing of the tree is kept.
     ReleaseRoot();
@@ -161,10 +166,21 @@ bool Message::ParseText(const char* text, int length, Refusal& refusal) {
   }
 }
 
+bool Message::Parse(const char* text, int length) {
+  // Looked at before: a text that is the message's own is rewritten, or released.
+  const bool bOwnText =
+      reinterpret_cast<std::uintptr_t>(text) - reinterpret_cast<std::uintptr_t>(strText.data()) <=
+      strText.size();
+  if (error.szReason != nullptr) error = ParseError();
+  if (ParseText(text, length)) return true;
+  if (error.nLine == 0 && !bInPlace && !bOwnText) LocateError({text, LengthOf(text, length)});
+  return false;
+}
+
 // Reads the container at the cursor as the root. A container that a host made the root stays the
 // root, and is filled as a host's container.
 template <typename Container>
-bool Message::ReadTree(Refusal& refusal) {
+bool Message::ReadTree() {
   constexpr Type eWanted = std::is_same_v<Container, ObjectValue> ? jtObject : jtArray;
   if (pComposite != nullptr && eType == eWanted && !Storage::InPool(*pComposite)) {
     if (auto* const pHostRoot = dynamic_cast<Container*>(pComposite)) {
@@ -172,7 +188,7 @@ bool Message::ReadTree(Refusal& refusal) {
       ParseContext context{pStart, pEnd, pCursor};
       const bool bRead = ParseInto(context, *pHostRoot) != jtInvalid;
       pCursor = context.pCursor;
-      refusal.nStop = static_cast<std::size_t>(pCursor - pStart);
+      if (!bRead) NoteTreeError(Fault::kUnknown);
       return bRead;
     }
   }
@@ -182,7 +198,7 @@ bool Message::ReadTree(Refusal& refusal) {
   char* const pNext = reader.ReadInto(pCursor, root, place);
   pCursor = pNext != nullptr ? pNext : reader.StoppedAt();
   if (pNext != nullptr) return true;
-  refusal = {static_cast<std::size_t>(pCursor - pStart), reader.Source().eFault};
+  NoteTreeError(reader.Source().eFault);
   if (bInPlace) OwnCutNumber(root, pEnd);
   return false;
 }
