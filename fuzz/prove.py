@@ -67,6 +67,12 @@ FAULTS = [
     ("a number beyond all integers is converted", ["flat"], "text/ReadDecimal.h",
      "if (value >= static_cast<double>(Limits::max())) return",
      "if (value > 2 * static_cast<double>(Limits::max())) return"),
+    ("a real by path has 32 bits", ["flat"], "json/FlatInterface.cpp",
+     "return value.AsReal();", "return value.AsDouble();"),
+    ("rows behind the last text of a column have none", ["flat"], "recordset/ArrowExport.cpp",
+     "  begin(range.lRows);\n", ""),
+    ("a batch begins where the one before began", ["flat"], "recordset/ArrowExport.cpp",
+     "  holder.lNext += lRows;\n", "  holder.lNext += lRows > 2 ? 2 : lRows;\n"),
     ("a comma asks for its bracket where there is none", ["pretty"], "json/PrettyPrint.cpp",
      "if (vIsArray.empty() || !vIsArray.back()) BreakLine", "if (!vIsArray.back()) BreakLine"),
 ]
