@@ -48,10 +48,10 @@ unsigned long long UnsignedOf(const JSONValue& value) {
   return static_cast<unsigned long long>(n);
 }
 
-// An integer's digits end where others would make a real of them.
+// An integer's digits end where others would make a real of them, or find a word.
 double RealOf(const std::string& text) {
-  const std::size_t nDigits =
-      text.find_first_not_of("0123456789", text.find_first_of("0123456789"));
+  const std::size_t nSign = text[0] == '-' || text[0] == '+' ? 1 : 0;
+  const std::size_t nDigits = text.find_first_not_of("0123456789", nSign);
   return std::strtod(text.substr(0, nDigits).c_str(), nullptr);
 }
 

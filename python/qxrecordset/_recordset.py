@@ -6,6 +6,7 @@ from __future__ import annotations
 import ctypes
 import functools
 import json
+import operator
 from collections.abc import Iterable, Mapping
 from dataclasses import dataclass
 from typing import TYPE_CHECKING, Any, Callable, Dict, List, Optional, Tuple, Union
@@ -20,6 +21,9 @@ if TYPE_CHECKING:
 
 # Rows that are made at a time: what their columns are made of stays in the processor's cache.
 _BATCH = 1500
+
+# Row numbers that the library's `long` has.
+_ROWS = 1 << (8 * ctypes.sizeof(ctypes.c_long) - 1)
 
 Value = Union[None, bool, int, str, "RecordSet"]
 
@@ -60,7 +64,8 @@ class RecordSet:
     """A table: rows by number from 1, columns by name, and cells that are None, bool, int, str or a
     RecordSet.
 
-    A record set is used by one thread at a time. Exhausted memory raises MemoryError."""
+    A record set is used by one thread at a time. Exhausted memory raises MemoryError. copy.copy,
+    copy.deepcopy and pickle work; a pickle holds what rows() gives."""
 
     losses: Losses
     """What the last text lost that was loaded."""
@@ -74,6 +79,15 @@ class RecordSet:
     def __del__(self) -> None:
         if getattr(self, "_handle", None) is not None:
             library.Free(self._handle)
+
+    def __copy__(self) -> "RecordSet":
+        return self.copy()
+
+    def __deepcopy__(self, memo: Any) -> "RecordSet":
+        return self.copy()
+
+    def __reduce__(self) -> Any:
+        return _restored, (type(self), self.column_names, self.rows())
 
     @property
     def _as_parameter_(self) -> Optional[int]:
@@ -94,7 +108,7 @@ class RecordSet:
     def from_rows(cls, rows: Iterable[Mapping[str, Value]]) -> "RecordSet":
         """A record set of mappings. A value of another kind than a cell's raises TypeError, an int
         beyond the library's `long`, or a text with a NUL in it, ValueError. Rows behind the last one
-        that has a value are lost."""
+        that has a value are lost. A name that is no str becomes what json.dumps makes of it."""
         listed = [row if isinstance(row, dict) else dict(row) for row in rows]
         made = cls()
         try:
@@ -105,7 +119,13 @@ class RecordSet:
                 for name, value in row.items():
                     made[number, name] = value
             return made
-        made.load(text.encode("utf-8", "surrogateescape"))
+        data = text.encode("utf-8", "surrogateescape")
+        try:
+            made.load(data)
+        except ParseError as error:
+            if data.startswith((b"NaN", b"Infinity", b"-Infinity"), error.offset):
+                raise TypeError("there are no cells for not-a-number and infinity") from None
+            raise
         lost = made.losses
         if lost.cells:
             where = f"row {lost.first_row}, column {lost.first_column!r}"
@@ -117,7 +137,8 @@ class RecordSet:
 
     def load(self, text: Union[str, bytes]) -> None:
         """Adds the rows of a JSON text to those that are there; see from_json."""
-        data = text.encode("utf-8", "surrogateescape") if isinstance(text, str) else bytes(text)
+        data = text.encode("utf-8", "surrogateescape") if isinstance(text, str) \
+            else text if isinstance(text, bytes) else bytes(memoryview(text))
         result = LoadResult(size=ctypes.sizeof(LoadResult))
         if not library.Load(self._handle, data, len(data), ctypes.byref(result)):
             if result.reason is None:
@@ -129,7 +150,8 @@ class RecordSet:
                              result.arrays, result.cut, result.limited)
 
     def to_json(self) -> str:
-        """The compact JSON text; "" of a record set that nothing was ever put in."""
+        """The compact JSON text; "" of a record set that nothing was ever put in. There are no arrays
+        inside a cell's object: of a nested record set of several rows only {"rows":null} is written."""
         length = ctypes.c_size_t()
         text = _checked(library.Text(self._handle, ctypes.byref(length)))
         return decoded(ctypes.string_at(text, length.value))
@@ -152,9 +174,7 @@ class RecordSet:
 
     def __getitem__(self, place: Tuple[int, str]) -> Value:
         """The cell in (row, name). KeyError when there is none."""
-        row, name = place
-        column = library.ColumnIndex(self._handle, encoded(name))
-        kind = library.GetIndexType(self._handle, column, row) if column > 0 else NONE
+        row, column, kind = self._find(place)
         if kind == NONE:
             raise KeyError(place)
         length = ctypes.c_size_t()
@@ -163,7 +183,9 @@ class RecordSet:
 
     def __setitem__(self, place: Tuple[int, str], value: Value) -> None:
         """Writes a cell; a new name becomes a column. A mapping becomes a nested record set."""
-        row, name = place
+        row, name = operator.index(place[0]), place[1]
+        if not -_ROWS <= row < _ROWS:
+            raise ValueError("the row number is out of range")
         setter, argument = _setter(value)
         column = library.AddColumn(self._handle, encoded(name))
         if column < 0 or not setter(self._handle, column, row, *argument):
@@ -171,9 +193,15 @@ class RecordSet:
 
     def __contains__(self, place: object) -> bool:
         """Whether there is a cell in (row, name)."""
-        row, name = place  # type: ignore[misc]
+        return self._find(place)[2] != NONE  # type: ignore[arg-type]
+
+    def _find(self, place: Tuple[int, str]) -> Tuple[int, int, int]:
+        """The row, the column's index and the type of a cell."""
+        row, name = operator.index(place[0]), place[1]
         column = library.ColumnIndex(self._handle, encoded(name))
-        return column > 0 and library.GetIndexType(self._handle, column, row) != NONE
+        if column < 0 or not -_ROWS <= row < _ROWS:
+            return row, column, NONE
+        return row, column, library.GetIndexType(self._handle, column, row)
 
     def __len__(self) -> int:
         """The number of rows."""
@@ -249,13 +277,20 @@ class RecordSet:
     def from_pandas(cls, frame: "pandas.DataFrame", reals: str = "refuse") -> "RecordSet":
         """A record set of a DataFrame, without its index. What pandas takes for missing becomes null.
         Whole numbers are integers, whatever their column is; others raise TypeError, or become text
-        with reals="text"."""
+        with reals="text", and so do whole ones that are too large. Values of categories are taken;
+        dates, times and whatever else is no cell's value raise TypeError: make them text before, by
+        astype(str). Two columns of the same name raise ValueError."""
         if reals not in ("refuse", "text"):
             raise ValueError("reals is 'refuse' or 'text'")
+        import numpy
 
         def cell(value: Any) -> Any:
+            if isinstance(value, numpy.generic):
+                value = value.item()
             if isinstance(value, float):
-                return int(value) if value.is_integer() else repr(value) if reals == "text" else value
+                if value.is_integer() and -_ROWS <= value < _ROWS:
+                    return int(value)
+                return repr(value) if reals == "text" else value
             return value
 
         columns = []
@@ -264,8 +299,9 @@ class RecordSet:
             values = column.astype(object).where(column.notna(), None).tolist()
             columns.append([cell(value) for value in values] if column.dtype.kind in "fO" else values)
         names = [str(name) for name in frame.columns]
-        made = cls.from_rows(dict(zip(names, row)) for row in zip(*columns))
-        return made
+        if len(set(names)) != len(names):
+            raise ValueError("two columns have the same name")
+        return cls.from_rows(dict(zip(names, row)) for row in zip(*columns))
 
     # ---- Arrow ----
 
@@ -302,6 +338,15 @@ def _value(kind: int, text: str) -> Value:
     if kind == NULL:
         return None
     return RecordSet.from_json(text) if kind == RECORDSET and text else text
+
+
+def _restored(kind: Any, names: List[str], rows: List[Dict[str, Value]]) -> RecordSet:
+    """What a pickle holds."""
+    made = kind()
+    for name in names:
+        library.AddColumn(made._handle, encoded(name))
+    made.merge(RecordSet.from_rows(rows))
+    return made
 
 
 class _NestedRecordSet(Exception):

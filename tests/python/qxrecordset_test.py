@@ -5,11 +5,14 @@
 # environment names (QXRECORDSET_LIBRARY), from python/ (PYTHONPATH).
 """The package qxrecordset."""
 
+import copy
 import gc
 import json
+import pickle
 import random
 import unittest
 
+import numpy
 import pandas
 
 from qxrecordset import Column, ParseError, RecordSet
@@ -83,6 +86,28 @@ class Rows(unittest.TestCase):
         self.assertEqual(RecordSet().to_json(), "")
         self.assertEqual(made.columns(), {})
 
+    def test_row_numbers_are_no_others_when_they_are_too_large(self):
+        # They were cut to 64 bits: this one read and wrote row 1.
+        made = RecordSet.from_rows([{"a": 1}])
+        far = (1 << 64) + 1
+        self.assertNotIn((far, "a"), made)
+        with self.assertRaises(KeyError):
+            made[far, "a"]
+        with self.assertRaises(ValueError):
+            made[far, "a"] = 2
+        made[numpy.int64(-1 << 63), "a"] = 3
+        self.assertEqual((made[-1 << 63, "a"], made.rows()), (3, [{"a": 1}]))
+
+    def test_copies_and_pickles_are_independent(self):
+        # A shallow copy shared the handle, which was freed twice.
+        made = RecordSet.from_rows([{"b": 1, "a": None}, {"b": "x"}])
+        made[1, "s"] = RecordSet.from_rows([{"m": 1}, {"m": 2}])
+        for copied in [copy.copy(made), copy.deepcopy([made])[0], pickle.loads(pickle.dumps(made))]:
+            self.assertEqual(copied, made)
+            self.assertEqual(copied.column_names, made.column_names)
+            copied[1, "b"] = 2
+            self.assertEqual(made[1, "b"], 1)
+
     def test_a_column_is_a_picture_of_its_time(self):
         made = RecordSet.from_rows([{"n": 1, "t": "a"}, {"n": 2, "t": "b"}])
         numbers, texts = made.columns().values()
@@ -128,7 +153,7 @@ class Refusals(unittest.TestCase):
         self.assertEqual(made.losses.cells, 0)
 
     def test_values_that_no_cell_holds(self):
-        for value, kind in [(1.5, TypeError), ([1], TypeError), (object(), TypeError), (b"x", TypeError),
+        for value, kind in [(1.5, TypeError), (float("nan"), TypeError), ([1], TypeError), (object(), TypeError), (b"x", TypeError),
                             ("a\0b", ValueError), (1 << 64, ValueError)]:
             with self.assertRaises(kind, msg=repr(value)):
                 RecordSet.from_rows([{"a": 1}, {"a": value}])
@@ -156,11 +181,27 @@ class Pandas(unittest.TestCase):
         self.assertEqual(RecordSet.from_pandas(back), made)
         self.assertEqual(RecordSet().to_pandas().shape, (0, 0))
 
+    def test_values_of_every_kind(self):
+        cases = [(pandas.Categorical(["a", None, "a"]), ["a", None, "a"]),
+                 (pandas.Categorical([5, 7, 5]), [5, 7, 5]),
+                 (pandas.Series([numpy.int64(1), numpy.bool_(True), numpy.float64(2)], dtype=object), [1, True, 2]),
+                 (pandas.to_datetime(["2020-01-01", None]).astype(str), ["2020-01-01", "NaT"]),
+                 (pandas.array([None, "x"], dtype="string"), [None, "x"]),
+                 ([pandas.NA, None, pandas.NaT], [None] * 3)]
+        for values, wanted in cases:
+            made = RecordSet.from_pandas(pandas.DataFrame({"c": values}))
+            self.assertEqual(repr(made.columns()["c"].tolist()), repr(wanted))
+        for values in [pandas.to_datetime(["2020-01-01"]), [1j], [b"x"], [float("inf")], [1e300]]:
+            with self.assertRaises(TypeError):
+                RecordSet.from_pandas(pandas.DataFrame({"c": values}))
+        with self.assertRaises(ValueError):  # the second was taken, and the first lost
+            RecordSet.from_pandas(pandas.DataFrame([[1, 2]], columns=["c", "c"]))
+
     def test_reals_are_refused_or_text(self):
-        frame = pandas.DataFrame({"r": [1.5, 2.0]})
+        frame = pandas.DataFrame({"r": [1.5, 2.0, 1e300]})
         with self.assertRaises(TypeError):
             RecordSet.from_pandas(frame)
-        self.assertEqual(RecordSet.from_pandas(frame, reals="text").rows(), [{"r": "1.5"}, {"r": 2}])
+        self.assertEqual(RecordSet.from_pandas(frame, reals="text").columns()["r"], ["1.5", 2, "1e+300"])
 
 
 class Arrow(unittest.TestCase):
@@ -169,6 +210,16 @@ class Arrow(unittest.TestCase):
         made[1, "s"] = {"k": 1}
         made[2, "s"] = None
         self.assertEqual(RecordSet.from_arrow(made).rows(), made.rows())
+
+    def test_a_stream_is_taken_once(self):
+        class Given:
+            capsule = RecordSet.from_rows([{"a": 1}]).__arrow_c_stream__()
+
+            def __arrow_c_stream__(self):
+                return self.capsule
+        self.assertEqual(len(RecordSet.from_arrow(Given())), 1)
+        with self.assertRaises(TypeError):  # called through a null pointer
+            RecordSet.from_arrow(Given())
 
     def test_a_capsule_that_nobody_takes_releases_its_stream(self):
         from qxrecordset import _arrow
