@@ -318,7 +318,7 @@ const char* RS_GetColumnAsStrings(RS_HANDLE handle, long index, long row, long r
     joined.Clear();
     ForColumn(handle, index, row, rows, types,
               [&](long /*i*/, const Cell* pCell) { joined.Add(pCell); });
-    *length = joined.Size();
+    if (length != nullptr) *length = joined.Size();
     return rows != 0 ? joined.Data() : "";
   });
 }

@@ -17,22 +17,22 @@
  *     releasing, but Arrow structures, which carry their own release. Only RS_Free() takes NULL.
  *
  *  2. Text. All text is 8-bit, UTF-8 by convention, and ends at its first NUL. Lengths are in
- * bytes, without the NUL.
+ *     bytes, without the NUL.
  *
  *  3. Cells. Rows are numbers from 1, columns are names, or indices from 1 in the order in which
- * they were added; the second is faster in loops. What a cell is, how rows are counted and what the
- *     text looks like is said in recordset/QXRecordSet.h and docs/record-set-text.md.
+ *     they were added; the second is faster in loops. What a cell is, how rows are counted and what
+ *     the text looks like is said in recordset/QXRecordSet.h and docs/record-set-text.md.
  *
  *  4. Reading makes nothing: a cell that does not exist reads as NULL, 0 or RS_NONE, and so does
- * one of an unknown column or a NULL name.
+ *     one of an unknown column or a NULL name.
  *
  *  5. Failures are told by the result alone: 0, -1 or NULL where a function says that it may fail.
  *     RS_Error() then says why. Exhausted memory is a failure like any other; the record set is
- * then as each function of the class leaves it. No C++ exception leaves these functions.
+ *     then as each function of the class leaves it. No C++ exception leaves these functions.
  *
  *  6. Texts handed out belong to the record set. That of a cell stays until the cell is written or
  *     the record set is cleared or freed; every other one until the next call of the same function,
- *     or of one that clears or frees.
+ *     or of one that clears or frees. Each may be an argument of the next call.
  *
  *  7. Threads. A handle is used by one thread at a time. Different handles are independent.
  */
@@ -113,7 +113,8 @@ QXRECORDSET_EXPORT int RS_Load(RS_HANDLE handle, const char* text, size_t length
                                struct RS_LoadResult* result);
 
 /* The record set as compact JSON text, and its length in what is not NULL; NULL when memory is
- * exhausted. It is built anew at each call. */
+ * exhausted. It is built anew when something has changed. A nested record set of several rows loses
+ * them there: a cell's object has no arrays. */
 QXRECORDSET_EXPORT const char* RS_Text(RS_HANDLE handle, size_t* length);
 
 /* ---- Rows and columns ----------------------------------------------------------------------- */
@@ -198,9 +199,9 @@ QXRECORDSET_EXPORT int RS_GetColumnAsLong64(RS_HANDLE handle, long index, long r
                                             long long* values, signed char* types);
 
 /* As texts, one behind the other with a NUL behind each; a cell that does not exist gives an empty
- * one. `length` counts all NULs. NULL also when memory is exhausted. The result lives until the
- * next call, or until the record set is freed. For languages that make their strings fastest from
- * one split. */
+ * one. Their length, all NULs counted, is written to `length` unless it is NULL. NULL also when
+ * memory is exhausted. The result lives until the next call, or until the record set is freed. For
+ * languages that make their strings fastest from one split. */
 QXRECORDSET_EXPORT const char* RS_GetColumnAsStrings(RS_HANDLE handle, long index, long row,
                                                      long rows, signed char* types, size_t* length);
 

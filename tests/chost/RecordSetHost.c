@@ -143,6 +143,7 @@ static void CheckColumns(void) {
   texts = RS_GetColumnAsStrings(set, 1, 3, 2, types + 1, &length);
   CHECK(texts != NULL && length == 4 && memcmp(texts, "x7\0\0", 4) == 0);
   CHECK(types[0] == 99 && types[1] == RS_TEXT && types[2] == RS_NULL && types[3] == RS_NULL);
+  CHECK(SameText(RS_GetColumnAsStrings(set, 1, 3, 1, NULL, NULL), "x7"));
   CHECK(RS_GetColumnAsStrings(set, 9, 1, 1, NULL, &length) == NULL);
   RS_Free(set);
 }
