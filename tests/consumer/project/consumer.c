@@ -32,7 +32,8 @@ static int ReadDocument(JSON_HANDLE document, RS_HANDLE people) {
 /* Text in, with its losses and its faults; cells by index; a nested record set. */
 static int FillRecordSet(RS_HANDLE people) {
   struct RS_LoadResult result;
-  const char* text = "{\"rows\":[{\"name\":\"Ada\",\"born\":1815},{\"name\":\"Grace\",\"share\":0.5}]}";
+  const char* text =
+      "{\"rows\":[{\"name\":\"Ada\",\"born\":1815},{\"name\":\"Grace\",\"share\":0.5}]}";
   RS_HANDLE nested;
   result.size = sizeof result;
   if (!RS_Load(people, text, strlen(text), &result) || result.lossy_cells != 1 ||
