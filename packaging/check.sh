@@ -56,9 +56,9 @@ for build in "$@"; do
     mkdir -p "$scratch/$multiarch"
     env CMAKE=cmake SOURCE="$source" SCRATCH="$scratch/$multiarch" PREFIX="$root/usr" \
       MULTIARCH=$multiarch TOOLCHAIN="$toolchain" CC=cc CXX=c++ CFLAGS=$flags CXXFLAGS=$flags \
-      tests/consumer/consumer.sh $way > "$scratch/consumer.log" 2>&1 \
+      tests/consumer/consumer.sh "$way" > "$scratch/consumer.log" 2>&1 \
       || { cat "$scratch/consumer.log"; exit 1; }
-    echo "$multiarch, $way: $(grep -c 'was born in' "$scratch/consumer.log") programs"
+    echo "$multiarch, $way: fine, $(grep -c "was born in" "$scratch/consumer.log") programs run"
   done
 
   # gdb finds the pretty printers and the debugging symbols. It looks for the printers by the path of

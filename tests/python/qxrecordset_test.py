@@ -100,7 +100,7 @@ class Rows(unittest.TestCase):
 
     def test_copies_and_pickles_are_independent(self):
         # A shallow copy shared the handle, which was freed twice.
-        made = RecordSet.from_rows([{"b": 1, "a": None}, {"b": "x"}])
+        made = RecordSet.from_rows([{"b": 1}, {"a": None, "b": "x"}])
         made[1, "s"] = RecordSet.from_rows([{"m": 1}, {"m": 2}])
         for copied in [copy.copy(made), copy.deepcopy([made])[0], pickle.loads(pickle.dumps(made))]:
             self.assertEqual(copied, made)
