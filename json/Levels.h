@@ -25,11 +25,12 @@ class Levels {  // NOLINT(cppcoreguidelines-pro-type-member-init): records are w
     return nCount_ <= kNear ? aNear_[nCount_ - 1] : vFar_.back();
   }
 
+  // The record of a caller that inlines this stays in registers.
   void Push(const Level& level) {
     if (nCount_ < kNear) {
       aNear_[nCount_] = level;
     } else {
-      vFar_.push_back(level);
+      PushFar(level);
     }
     ++nCount_;
   }
@@ -41,6 +42,8 @@ class Levels {  // NOLINT(cppcoreguidelines-pro-type-member-init): records are w
 
  private:
   static constexpr std::size_t kNear = 16;
+
+  [[gnu::noinline]] void PushFar(Level level) { vFar_.push_back(level); }
 
   std::size_t nCount_ = 0;
   Level aNear_[kNear];  // the outermost levels

@@ -63,6 +63,26 @@ TEST(Ownership, ACloneThatIsNullLeavesNoContainer) {
   });
 }
 
+// The writer kept a pointer to the end of its text, which the list moves away.
+struct Unwritable : Support::HostList {
+  bool Serialize(std::string& output) const override {
+    output.append(100000, 'x');
+    throw std::bad_alloc();
+  }
+};
+
+TEST(Ownership, AHostsContainerThatThrowsLeavesTheTextBeforeIt) {
+  Play([] {
+    Message message;
+    message.Set(0, 1);
+    message.Set(1, 2);
+    ArrayIn(message).vValues[1].pComposite = new Unwritable;
+    std::string strText;
+    EXPECT_THROW(message.Serialize(strText), std::bad_alloc);
+    EXPECT_EQ(strText, "[1,");
+  });
+}
+
 TEST(Ownership, ChainsOfAHostsContainersAreReleasedWithoutRecursion) {
   Play([] {
     auto pOuter = std::make_unique<Support::HostArray>();
