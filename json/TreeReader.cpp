@@ -182,11 +182,19 @@ char* TreeReader::ReadNoValue(char* p, ArrayValue& parent) {
   return text_.Fail(p, Fault::kValue);
 }
 
+QXRECORDSET_HOT char* TreeReader::ReadEmptyArray(char* p, ArrayValue& parent) {
+  UnsafeJSONValue& element = Storage::Append(parent, pArena_, jtInvalid, nullptr, 0, 0, nullptr);
+  element.pComposite = Storage::Make<ArrayValue>(pArena_, pArena_ != nullptr ? 0 : kHeapReserve);
+  element.pComposite->eType = element.eType = jtArray;
+  return p + 2;
+}
+
 // The element is appended before its container is filled, so that the container has an owner when
 // memory runs out. Nothing else is appended to the parent meanwhile, so the element stays in place.
 template <typename Container>
 char* TreeReader::ReadContainer(char* p, ArrayValue& parent, Place& place) {
   constexpr bool bObject = std::is_same_v<Container, ObjectValue>;
+  if (!bObject && text_.Peek(p + 1) == ']' && text_.nMayOpen > 0) return ReadEmptyArray(p, parent);
   UnsafeJSONValue& element = Storage::Append(parent, pArena_, jtInvalid, nullptr, 0, 0, nullptr);
   const std::uint32_t nSeen = std::min(bObject ? place.nMembers : place.nElements, kMostExpected);
   Container* const pContainer =

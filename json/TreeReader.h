@@ -58,6 +58,7 @@ class TreeReader {
   Text<char>& Source() { return text_; }
 
  private:
+  char* ReadEmptyArray(char* p, ArrayValue& parent);
   template <typename Container>
   char* ReadContainer(char* p, ArrayValue& parent, Place& place);
 

@@ -76,24 +76,20 @@ class TextEnd {
   }
 
   // The same where a member or an element is due, for which white space may be a line break and
-  // blanks. The members of one container have the same indentation, so the number of blanks is
-  // compared with that of the line before instead of counted: the next step does not depend on the
-  // result of a count, which makes the parse of an indented document take a quarter to a third less
-  // time. REQUIRES: a byte at p.
+  // blanks, or tabs. The members of one container have the same indentation, so the number of
+  // blanks is compared with that of the line before instead of counted: the next step does not
+  // depend on the result of a count, which makes the parse of an indented document take a quarter
+  // to a third less time. REQUIRES: a byte at p.
   QXRECORDSET_HOT Char* SkipIndent(Char* p, std::uint32_t& nBlanks) const {
-    constexpr std::uint32_t kBlock = Block16::kBytes;
     if (*p != '\n') return SkipSpace(p);
     Char* const pLine = p + 1;
     if (static_cast<std::uintptr_t>(pEnd - pLine) > kReach + nBlanks) {
-      const std::uint32_t nFront = Block16::Load(pLine).Equals(' ');
-      const std::uint32_t nBack = Block16::Load(pLine + kBlock).Equals(' ');
-      const std::uint32_t nExpected = (std::uint32_t{1} << nBlanks) - 1;
-      if (((nFront | nBack << kBlock) & nExpected) == nExpected && pLine[nBlanks] > ' ') {
-        return pLine + nBlanks;
-      }
+      const bool bBlanks =
+          Usually(*pLine != '\t') ? AreAll<' '>(pLine, nBlanks) : AreTabs(pLine, nBlanks);
+      if (bBlanks && pLine[nBlanks] > ' ') return pLine + nBlanks;
     }
     Char* const pItem = SkipSpaceRun(pLine, pEnd);
-    nBlanks = static_cast<std::uint32_t>(pItem - pLine) % (2 * kBlock);
+    nBlanks = static_cast<std::uint32_t>(pItem - pLine) % kReach;
     return pItem;
   }
 
@@ -121,6 +117,18 @@ class TextEnd {
 
  private:
   static constexpr std::uintptr_t kReach = std::uintptr_t{2} * Block16::kBytes;
+
+  // Whether so many bytes at p are all c. REQUIRES: kReach bytes at p, and fewer are asked for.
+  template <char c>
+  QXRECORDSET_HOT static bool AreAll(const Char* p, std::uint32_t nBytes) {
+    const std::uint32_t nFront = Block16::Load(p).Equals(c);
+    const std::uint32_t nBack = Block16::Load(p + Block16::kBytes).Equals(c);
+    const std::uint32_t nExpected = (std::uint32_t{1} << nBytes) - 1;
+    return ((nFront | nBack << Block16::kBytes) & nExpected) == nExpected;
+  }
+  [[gnu::noinline]] static bool AreTabs(const Char* p, std::uint32_t nBytes) {
+    return AreAll<'\t'>(p, nBytes);
+  }
 
   // A number, because a short text may begin less than kReach bytes behind the first address.
   static std::uintptr_t LimitOf(const Char* pEnd) {
@@ -275,7 +283,7 @@ QXRECORDSET_HOT typename Text::Char* ReadObject(Text& text, typename Text::Char*
   const Nesting<Text> nesting(text);
   if (nesting.TooDeep()) return text.Fail(p, Fault::kDepth);
   if (text.AtEnd(p + 1)) return text.Fail(p + 1, Fault::kInObject);
-  p = text.SkipSpace(p + 1);
+  p = text.SkipIndent(p + 1, sink.Indent());
   return text.Peek(p) == '}' ? p + 1 : ReadMembers(text, p, sink);
 }
 
@@ -286,7 +294,7 @@ QXRECORDSET_HOT typename Text::Char* ReadArray(Text& text, typename Text::Char* 
   const Nesting<Text> nesting(text);
   if (nesting.TooDeep()) return text.Fail(p, Fault::kDepth);
   if (text.AtEnd(p + 1)) return text.Fail(p + 1, Fault::kInArray);
-  p = text.SkipSpace(p + 1);
+  p = text.SkipIndent(p + 1, sink.Indent());
   if (text.AtEnd(p)) return p;
   return *p == ']' ? p + 1 : ReadElements(text, p, sink);
 }

@@ -47,7 +47,11 @@ inline Char* FindInBlocks(Char* p, Char* pEnd, Find find) {
 }
 
 // The first byte at or behind p that is no white space, or the end. Most runs of white space
-// are a line break and many blanks, so blocks of blanks are skipped.
+// are a line break and many blanks, or tabs, so blocks of them are skipped.
+template <typename Char>
+[[gnu::noinline]] Char* SkipTabs(Char* p, Char* pEnd) {
+  return FindInBlocks(p, pEnd, [](Block16 block) { return ~block.Equals('\t') & 0xFFFFu; });
+}
 template <typename Char>
 Char* SkipSpaceRun(Char* p, Char* pEnd) {
   while (pEnd - p >= Block16::kBytes) {
@@ -58,7 +62,7 @@ Char* SkipSpaceRun(Char* p, Char* pEnd) {
     }
     p += LowestBit(other);
     if (!IsSpace(*p)) return p;
-    ++p;
+    p = *p == '\t' ? SkipTabs(p, pEnd) : p + 1;
   }
   while (p != pEnd && IsSpace(*p)) {
     ++p;
@@ -105,19 +109,21 @@ template <typename Char>
 template <typename Char>
 QXRECORDSET_HOT Char* ScanNumber(Char* p, Char* pEnd, bool& bReal) {
   assert(IsRealByte(*p));
-  bReal = false;
+  bool bSeen = false;
   ++p;
   while (pEnd - p > Block16::kBytes) {
-    const std::uint32_t other = Block16::Load(p).NonDigits();
-    if (other == 0) {
-      p += Block16::kBytes;
-      continue;
+    for (std::uint32_t other = Block16::Load(p).NonDigits(); other != 0; other &= other - 1) {
+      Char* const pOther = p + LowestBit(other);
+      const NumberByte kind = kNumberBytes[*pOther];
+      if (kind == NumberByte::kNone) {
+        bReal = bSeen;
+        return pOther;
+      }
+      bSeen |= kind == NumberByte::kReal;
     }
-    p += LowestBit(other);
-    if (!IsRealByte(*p)) return p;
-    bReal = bReal || kNumberBytes[*p] == NumberByte::kReal;
-    ++p;
+    p += Block16::kBytes;
   }
+  bReal = bSeen;
   return ScanLastNumber(p, pEnd, bReal);
 }
 
