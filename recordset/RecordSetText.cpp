@@ -51,7 +51,7 @@ const std::string& CQXRecordSet::GetString() {
   } else {
     writer.Raw("{\"rows\":[");
     for (long i = 0; i < lRowsCount; ++i) {
-      if (i != 0) writer.Raw(",");
+      if (i != 0) writer.Byte(',');
       writer.Row(i + 1);
     }
     writer.Raw("]}");

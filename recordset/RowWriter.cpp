@@ -36,7 +36,13 @@ QXRECORDSET_HOT char* CopyBlocks(char* to, const char* from, std::size_t n) {
   return to + n;
 }
 
-// The same, false if a byte among them has to be escaped.
+// The text of a cell that is shorter than a block.
+QXRECORDSET_HOT char* CopyBlock(char* to, const Cell& cell) {
+  Block16::Load(cell.pText).Store(to);
+  return to + cell.Length();
+}
+
+// Copies blocks, too; false if a byte among them has to be escaped.
 QXRECORDSET_HOT bool CopyPlainBlocks(char* to, const char* from, std::size_t n) {
   for (; n >= Block16::kBytes; to += Block16::kBytes, from += Block16::kBytes) {
     const Block16 block = Block16::Load(from);
@@ -79,22 +85,18 @@ void RowWriter::Raw(std::string_view text) {
   pNext_ = p + text.size();
 }
 
-// Makes sure of the room; the result is the end of the text.
-char* RowWriter::Reserve(std::size_t nBytes) {
-  if (static_cast<std::size_t>(pLimit_ - pNext_) < nBytes) {
-    const std::size_t nText = At(pNext_);
-    JSON::MakeRoom(strText_, nText, nBytes);
-    pNext_ = strText_.data() + nText;
-    pLimit_ = strText_.data() + strText_.size();
-  }
-  return pNext_;
+void RowWriter::MakeRoom(std::size_t nBytes) {
+  const std::size_t nText = At(pNext_);
+  JSON::MakeRoom(strText_, nText, nBytes);
+  pNext_ = strText_.data() + nText;
+  pLimit_ = strText_.data() + strText_.size();
 }
 
 // ---- Rows ---------------------------------------------------------------------------------------
 
 // A comma is written behind every member; the last one becomes the closing brace.
 void RowWriter::Row(long lRow) {
-  Raw("{");
+  Byte('{');
   const recordset::Row* const pRow = table_.rows.FindRow(lRow);
   if (pRow != nullptr) {
     if (pRow->bHasFar || pRow->nSpan < vColumns_.size() / kSparseFactor) {
@@ -104,7 +106,7 @@ void RowWriter::Row(long lRow) {
     }
   }
   if (pNext_[-1] == ',') --pNext_;  // the opening brace at least stands there
-  Raw("}");
+  Byte('}');
 }
 
 void RowWriter::DenseRow(const recordset::Row& row) {
@@ -185,7 +187,7 @@ QXRECORDSET_HOT char* RowWriter::Value(char* p, const Cell& cell) {
   }
   *p++ = '"';
   if (cell.IsPlain()) {
-    p = CopyBlocks(p, cell.pText, cell.Length());
+    p = CopyBlock(p, cell);
   } else if (CopyPlainBlocks(p, cell.pText, cell.Length())) {
     p += cell.Length();
   } else {
@@ -204,12 +206,11 @@ char* RowWriter::Escaped(char* p, std::string_view text, std::size_t nBehind) {
 
 // Digits that are written as the library writes integers are copied, others are converted.
 QXRECORDSET_HOT char* RowWriter::Integer(char* p, const Cell& cell) {
-  if (cell.IsPlain()) return CopyBlocks(p, cell.pText, cell.Length());
+  if (cell.IsPlain()) return CopyBlock(p, cell);
   if (cell.Length() == 0 || JSON::CanonicalLength(cell.pText) != cell.Length()) {
     return JSON::WriteDecimal(JSON::ReadDecimal<long>({cell.pText, cell.Length()}), p);
   }
-  Block16::Load(cell.pText).Store(p);
-  return p + cell.Length();
+  return CopyBlock(p, cell);
 }
 
 // What is no object after all is left out.
@@ -218,7 +219,7 @@ void RowWriter::Object(const Column& column, std::string_view text) {
   if (object.empty()) return;
   pNext_ = Name(Reserve(column.name.Length() + kSpare), column, 0);
   Raw(object);
-  Raw(",");
+  Byte(',');
 }
 
 }  // namespace recordset

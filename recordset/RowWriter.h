@@ -27,6 +27,10 @@ class RowWriter {
 
   // Writes text as it stands.
   void Raw(std::string_view text);
+  void Byte(char c) {
+    *Reserve(1) = c;
+    ++pNext_;
+  }
 
   // Writes a row: an object of all its cells, by the byte-wise order of their names.
   void Row(long lRow);
@@ -49,7 +53,12 @@ class RowWriter {
   char* Escaped(char* p, std::string_view text, std::size_t nBehind);
   char* Integer(char* p, const Cell& cell);
 
-  char* Reserve(std::size_t nBytes);
+  // Makes sure of the room; the result is the end of the text.
+  char* Reserve(std::size_t nBytes) {
+    if (static_cast<std::size_t>(pLimit_ - pNext_) < nBytes) MakeRoom(nBytes);
+    return pNext_;
+  }
+  void MakeRoom(std::size_t nBytes);
   std::size_t At(const char* p) const { return static_cast<std::size_t>(p - strText_.data()); }
 
   Table& table_;

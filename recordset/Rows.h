@@ -41,7 +41,8 @@ struct Cell {
   std::size_t Length() const { return nLengthAndPlain / 2; }
 
   // Whether the text is written as it stands: the digits of an integer as the library writes them,
-  // or a text in which nothing has to be escaped. False also where that is not known.
+  // or a text in which nothing has to be escaped; shorter than a block. False also where that is
+  // not known.
   bool IsPlain() const { return nLengthAndPlain % 2 != 0; }
 
   static std::uint32_t Pack(std::size_t nLength, bool bPlain) {
