@@ -19,6 +19,7 @@
 #include "json/Storage.h"
 #include "text/Block.h"
 #include "text/Escape.h"
+#include "text/IntegerText.h"
 #include "text/ShortBytes.h"
 #include "text/TextRoom.h"
 
@@ -250,12 +251,14 @@ class TreeWriter {
     return Quoted(p, StringText(value, bAsParsed));
   }
 
-  // No byte of a number needs an escape. One that is shorter than two blocks was not cut off.
+  // No byte of a number needs an escape. One that is shorter than two blocks was not cut off; of
+  // one that was handed out the text says how long it is.
   QXRECORDSET_HOT char* Number(char* p, const JSONValue& value, bool bAsParsed) {
-    const auto nText = static_cast<std::uint32_t>(value.nLength);
-    if (!bAsParsed || nText >= BlocksOfText::kBytes - 1 || !blocks_.BeginAt(value.pText)) {
-      return OtherNumber(p, value, bAsParsed);
-    }
+    if (!blocks_.BeginAt(value.pText)) return OtherNumber(p, value, bAsParsed);
+    const auto nText =
+        bAsParsed ? static_cast<std::uint32_t>(value.nLength) : CanonicalLength(value.pText);
+    const bool bWhole = bAsParsed || (nText != 0 && !IsRealByte(value.pText[nText]));
+    if (nText >= BlocksOfText::kBytes - 1 || !bWhole) return OtherNumber(p, value, bAsParsed);
     Block16::Load(value.pText).Store(p);
     Block16::Load(value.pText + Block16::kBytes).Store(p + Block16::kBytes);
     return p + nText;
