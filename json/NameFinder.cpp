@@ -19,11 +19,15 @@ namespace {
 
 using NameMap = ObjectValue::NameMap;
 
-// The first in document order of the names from pName on. Most names hold no NUL, and names of the
-// same length are then equal when their bytes are.
-int LookThrough(const NameMap* pName, const NameMap* pEnd, const char* name, int nLength) noexcept {
+// Most names hold no NUL, and names of the same length are then equal when their bytes are.
+bool IsPlain(const char* name, int nLength) noexcept {
+  return nLength == 0 || std::memchr(name, '\0', static_cast<std::size_t>(nLength)) == nullptr;
+}
+
+// The first in document order of the names from pName on.
+int LookThrough(const NameMap* pName, const NameMap* pEnd, const char* name, int nLength,
+                bool bPlain) noexcept {
   const auto nBytes = static_cast<std::size_t>(nLength);
-  const bool bPlain = nBytes == 0 || std::memchr(name, '\0', nBytes) == nullptr;
   const NameMap* pFound = nullptr;
   for (; pName != pEnd; ++pName) {
     if (pName->nLength != nLength) continue;
@@ -48,7 +52,7 @@ bool NameFinder::HasFewNew(const ObjectValue& object) noexcept {
 }
 
 int NameFinder::Find(const ObjectValue& object, const char* name, int nLength) {
-  if (HasFewNew(object)) return FindGrown(object, name, nLength);
+  if (HasFewNew(object)) return FindGrown(object, name, nLength, IsPlain(name, nLength));
   const Sequence<NameMap>& names = object.vNameMap;
   try {
     NameFinder& finder = Current(object);
@@ -60,14 +64,14 @@ int NameFinder::Find(const ObjectValue& object, const char* name, int nLength) {
     return -1;
   } catch (const std::bad_alloc&) {
     const NameMap* const pNames = Items::Data(names);
-    return LookThrough(pNames, pNames + Items::Count(names), name, nLength);
+    return LookThrough(pNames, pNames + Items::Count(names), name, nLength, IsPlain(name, nLength));
   }
 }
 
 int NameFinder::FindOrMiss(const ObjectValue& object, const char* name, int nLength) {
   const bool bFew = Items::Count(object.vNameMap) <= kFewNames;
   if (bFew && HasFewNew(object)) {
-    const int nFound = FindGrown(object, name, nLength);
+    const int nFound = FindGrown(object, name, nLength, true);
     if (nFound >= 0) object.Sort();
     return nFound;
   }
@@ -75,12 +79,13 @@ int NameFinder::FindOrMiss(const ObjectValue& object, const char* name, int nLen
                                 : Find(object, name, nLength);
 }
 
-int NameFinder::FindGrown(const ObjectValue& object, const char* name, int nLength) noexcept {
+int NameFinder::FindGrown(const ObjectValue& object, const char* name, int nLength,
+                          bool bPlain) noexcept {
   const NameMap* const pNames = Items::Data(object.vNameMap);
   const NameMap* const pEnd = pNames + Items::Count(object.vNameMap);
   const NameMap* const pNew = pNames + object.bSorted.nOrdered;
   const NameMap* const pFound = FindSorted(pNames, pNew, name, nLength);
-  return pFound != nullptr ? pFound->nOrdinal : LookThrough(pNew, pEnd, name, nLength);
+  return pFound != nullptr ? pFound->nOrdinal : LookThrough(pNew, pEnd, name, nLength, bPlain);
 }
 
 void NameFinder::NoteAppended(ObjectValue& object) noexcept {

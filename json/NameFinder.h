@@ -43,8 +43,8 @@ class NameFinder {
   // no memory for a table, they are looked through.
   static int Find(const ObjectValue& object, const char* name, int nLength);
 
-  // The same for a name that is appended when it is not there. Only a few names are sorted, and
-  // only if it is there.
+  // The same for a name without a NUL that is appended when it is not there. Only a few names are
+  // sorted, and only if it is there.
   static int FindOrMiss(const ObjectValue& object, const char* name, int nLength);
 
   // An update has appended the name that FindOrMiss() did not find.
@@ -76,7 +76,8 @@ class NameFinder {
 
   static bool Is(const ObjectValue& object, std::uint32_t nState) noexcept;
   static bool HasFewNew(const ObjectValue& object) noexcept;
-  static int FindGrown(const ObjectValue& object, const char* name, int nLength) noexcept;
+  static int FindGrown(const ObjectValue& object, const char* name, int nLength,
+                       bool bPlain) noexcept;
   static NameFinder& Current(const ObjectValue& object);
   static void Drop(const ObjectValue& object) noexcept;
 

@@ -70,16 +70,24 @@ std::size_t CommonBytes(const NameMap* pNames, std::size_t nCount) {
   return nCommon;
 }
 
+// Whether one of the word's bytes is a NUL. A byte borrows from the next one only if it is.
+bool HasNul(std::uint64_t nWord) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101;
+  return ((nWord - kOnes) & ~nWord & (kOnes << 7)) != 0;
+}
+
 // Up to eight bytes of a name from nCommon on, the first one the highest, without those behind a
 // NUL. Of a name's last bytes a whole word is read, which begins among the common ones.
 std::uint64_t BytesBehind(const NameMap& name, std::size_t nCommon) {
   const std::size_t nBytes = std::min(Length(name) - nCommon, kKeyBytes);
   if (nBytes == 0) return 0;
   const char* const p = name.pName + nCommon;
-  if (std::memchr(p, '\0', nBytes) == nullptr && nCommon + nBytes >= kKeyBytes) {
+  if (nCommon + nBytes >= kKeyBytes) {
     const auto nWord = ReadWord<std::uint64_t>(p + nBytes - kKeyBytes);
     const bool bSwap = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
-    return (bSwap ? __builtin_bswap64(nWord) : nWord) << 8 * (kKeyBytes - nBytes);
+    if (!HasNul(nWord)) {
+      return (bSwap ? __builtin_bswap64(nWord) : nWord) << 8 * (kKeyBytes - nBytes);
+    }
   }
   std::uint64_t n = 0;
   for (std::size_t i = 0; i < nBytes && p[i] != '\0'; ++i) {
