@@ -102,7 +102,7 @@ void AddTables(Suite& suite) {
 }
 
 void AddSmallTables(Suite& suite) {
-  for (const std::size_t nRows : {1, 2, 10, 50}) {
+  for (const std::size_t nRows : {1, 2, 10, 100}) {
     const Input& input = RowsInput(nRows);
     recordset::AddQxCycle(suite, "small", input);
 #ifdef QXRECORDSET_BENCH_SIMDJSON
@@ -137,6 +137,9 @@ void AddUpdate(Suite& suite, const std::vector<const Input*>& vDocuments) {
   std::vector<const Input*> vCopied = vDocuments;
   vCopied.push_back(&table);
   update::AddQx(suite, table, vCopied);
+#ifdef QXRECORDSET_BENCH_SIMDJSON
+  update::AddSimdjson(suite, vCopied);
+#endif
   update::AddRapidJson(suite, table, vCopied);
   update::AddNlohmann(suite, table, vCopied);
   update::AddStandard(suite);

@@ -1,6 +1,6 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Changing and copying an nlohmann::json document.
+// Changing, copying and writing an nlohmann::json document.
 
 #include "bench/common/NlohmannTree.h"
 #include "bench/update/Update.h"
@@ -64,10 +64,23 @@ class CopyJob {
   json document;
 };
 
+class DumpJob {
+ public:
+  explicit DumpJob(const Input& input) : document(json::parse(input.Text())) {}
+
+  template <typename Sink>
+  void Run(Sink& sink) {
+    sink.Output(document.dump());
+  }
+
+ private:
+  json document;
+};
+
 }  // namespace
 
 void AddNlohmann(Suite& suite, const Input& table, const std::vector<const Input*>& vCopied) {
-  AddJobs<EditJob, BuildJob, CopyJob>(suite, table, vCopied, kNlohmann);
+  AddJobs<EditJob, BuildJob, CopyJob, DumpJob>(suite, table, vCopied, kNlohmann);
 }
 
 }  // namespace bench::update

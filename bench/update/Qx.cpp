@@ -1,6 +1,6 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Changing and copying a JSON::Message.
+// Changing, copying and writing a JSON::Message.
 
 #include "bench/common/QxTree.h"
 #include "bench/update/Update.h"
@@ -73,10 +73,27 @@ class CopyJob {
   JSON::Message message;
 };
 
+class DumpJob {
+ public:
+  explicit DumpJob(const Input& input) {
+    message.Parse(input.Text().data(), static_cast<int>(input.Text().size()));
+  }
+
+  template <typename Sink>
+  void Run(Sink& sink) {
+    std::string strOutput;
+    message.Serialize(strOutput);
+    sink.Output(strOutput);
+  }
+
+ private:
+  JSON::Message message;
+};
+
 }  // namespace
 
 void AddQx(Suite& suite, const Input& table, const std::vector<const Input*>& vCopied) {
-  AddJobs<EditJob, BuildJob, CopyJob>(suite, table, vCopied, kQx);
+  AddJobs<EditJob, BuildJob, CopyJob, DumpJob>(suite, table, vCopied, kQx);
 }
 
 }  // namespace bench::update

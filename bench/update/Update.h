@@ -1,11 +1,13 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Changing and copying documents. simdjson's DOM cannot be changed or copied and takes no part. The
-// standard library builds: a std::map of names and values, written by a few lines of code.
+// Changing, copying and writing documents. simdjson's DOM cannot be changed or copied, so it only
+// writes. The standard library builds: a std::map of names and values, written by a few lines of
+// code.
 //
 //   edit    parse a table, replace one text and add one boolean in every row, write
 //   build   make an object of integers and texts, member by member, from nothing; write
 //   copy    an independent copy of a parsed document, releasing it included
+//   dump    a parsed document as compact text, releasing the text included
 
 #ifndef QXRECORDSET_BENCH_UPDATE_UPDATE_H
 #define QXRECORDSET_BENCH_UPDATE_UPDATE_H
@@ -38,6 +40,7 @@ constexpr const char* kBuildInputs[] = {"members-10", "members-1k", "members-10k
 void AddQx(Suite& suite, const Input& table, const std::vector<const Input*>& vCopied);
 void AddRapidJson(Suite& suite, const Input& table, const std::vector<const Input*>& vCopied);
 void AddNlohmann(Suite& suite, const Input& table, const std::vector<const Input*>& vCopied);
+void AddSimdjson(Suite& suite, const std::vector<const Input*>& vCopied);
 void AddStandard(Suite& suite);
 
 template <typename BuildJob>
@@ -48,15 +51,23 @@ void AddBuildJobs(Suite& suite, const char* szLibrary) {
   }
 }
 
+// A job on each of the documents.
+template <typename Job>
+void AddForEach(Suite& suite, const char* szWork, const std::vector<const Input*>& vInputs,
+                const char* szLibrary) {
+  for (const Input* pInput : vInputs) {
+    suite.Add<Job>({szWork, pInput->Name(), szLibrary, "fresh"}, *pInput);
+  }
+}
+
 // The three files add the same entries, with jobs of their own.
-template <typename EditJob, typename BuildJob, typename CopyJob>
+template <typename EditJob, typename BuildJob, typename CopyJob, typename DumpJob>
 void AddJobs(Suite& suite, const Input& table, const std::vector<const Input*>& vCopied,
              const char* szLibrary) {
   suite.Add<EditJob>({"edit", table.Name(), szLibrary, "fresh"}, table);
   AddBuildJobs<BuildJob>(suite, szLibrary);
-  for (const Input* pInput : vCopied) {
-    suite.Add<CopyJob>({"copy", pInput->Name(), szLibrary, "fresh"}, *pInput);
-  }
+  AddForEach<CopyJob>(suite, "copy", vCopied, szLibrary);
+  AddForEach<DumpJob>(suite, "dump", vCopied, szLibrary);
 }
 
 }  // namespace bench::update
