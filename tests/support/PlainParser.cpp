@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <tuple>
 #include <utility>
 
 #include "tests/support/PlainEscape.h"
@@ -58,29 +57,14 @@ class Reader {
     while (Peek() != '\0') {
       Value name;
       if (Byte() != '"' || String(name) < 0) return -1;
-      object.vIndex.push_back(static_cast<int>(object.vNames.size()));
       object.vNames.push_back(*name.text);
       if (Peek() != ':') return -1;
       ++nCursor;
       if (Element(object) < 0 || !IsIn(Peek(), ",}")) return -1;
       if (strBuffer[nCursor++] == '}') break;
     }
-    Sort(object);
-    return JSON::jtObject;
-  }
-
-  // By length and then by bytes up to a NUL; equal names keep their order.
-  static void Sort(Value& object) {
-    std::stable_sort(object.vIndex.begin(), object.vIndex.end(), [&](int i, int k) {
-      const std::string& a = object.vNames[static_cast<std::size_t>(i)];
-      const std::string& b = object.vNames[static_cast<std::size_t>(k)];
-      if (a.size() != b.size()) return a.size() < b.size();
-      return std::strncmp(a.data(), b.data(), a.size()) < 0;
-    });
     object.bSorted = true;
-    int nIndex = 0;
-    for (const int nOrdinal : object.vIndex)
-      object.vValues[static_cast<std::size_t>(nOrdinal)].nNameIndex = nIndex++;
+    return JSON::jtObject;
   }
 
   int Array(Value& array) {
@@ -168,13 +152,9 @@ class Reader {
     if (nEnd - nRead < 4) return false;
     const unsigned long n = std::strtoul(strBuffer.substr(nRead, 4).c_str(), nullptr, 16);
     nRead += 4;
-    if (n <= 0x7F) {
-      Write(nWrite, n);
-      return true;
-    }
     if (n > 0x7FF) Write(nWrite, 0xE0 | ((n >> 12) & 0x0F));
-    Write(nWrite, n > 0x7FF ? 0x80 | ((n >> 6) & 0x3F) : 0xC0 | (n >> 6));
-    Write(nWrite, 0x80 | (n & 0x3F));
+    if (n > 0x7F) Write(nWrite, n > 0x7FF ? 0x80 | ((n >> 6) & 0x3F) : 0xC0 | (n >> 6));
+    Write(nWrite, n > 0x7F ? 0x80 | (n & 0x3F) : n);
     return true;
   }
 
@@ -193,69 +173,71 @@ class Reader {
   int nDepth = 0;  // containers open
 };
 
-// A value of the library, with what a parse has left there when its buffer is given.
-Value Taken(const JSON::JSONValue& got, const char* pStart) {
-  Value value;
-  value.eType = got.eType;
-  value.nNameIndex = got.nNameIndex;
-  if (got.pText != nullptr) {
-    value.text = std::string(got.pText, static_cast<std::size_t>(got.nLength));
-    if (pStart != nullptr) value.nAt = static_cast<std::size_t>(got.pText - pStart);
-    if (got.bOwnsText) value.nAt = std::string::npos;
-  }
-  if (got.pComposite == nullptr) return value;
-  value.bContainer = true;
-  value.eContainerType = got.pComposite->eType;
-  if (const auto* pObject = dynamic_cast<const JSON::ObjectValue*>(got.pComposite)) {
-    value.bObject = true;
-    value.bSorted = pObject->bSorted;
-    // Read as a constant, the index stays where it is, be it shared with other objects.
-    const auto& vNameMap = std::as_const(pObject->vNameMap);
-    value.vNames.resize(vNameMap.size());
-    for (const JSON::ObjectValue::NameMap& entry : vNameMap) {
-      value.vIndex.push_back(entry.nOrdinal);
-      value.vNames.at(static_cast<std::size_t>(entry.nOrdinal)) = {
-          entry.pName, static_cast<std::size_t>(entry.nLength)};
-    }
-  }
-  for (int i = 0; i < got.Size(); ++i)
-    value.vValues.push_back(Taken(*got.GetByOrdinal(i), pStart));
-  return value;
-}
-
 // All the text that readers find.
 std::string Whole(const Value& value) { return value.text.value_or("") + value.strRest; }
 
-std::string Described(const Value& value) {
-  return "type " + std::to_string(value.eType) + ", text " +
-         Printable(value.text.value_or("none")) + (value.bObject ? ", object of " : ", size ") +
-         std::to_string(value.vValues.size());
+using Entry = JSON::ObjectValue::NameMap;
+
+// The order of names: by length, then by bytes up to a NUL; equal names keep their own.
+bool IsBefore(const Entry& a, const Entry& b) {
+  if (a.nLength != b.nLength) return a.nLength < b.nLength;
+  const int nOrder = std::strncmp(a.pName, b.pName, static_cast<std::size_t>(a.nLength));
+  return nOrder != 0 ? nOrder < 0 : a.nOrdinal < b.nOrdinal;
 }
 
-std::string TreeDifference(const Value& want, const Value& got, bool bParsed) {
-  const auto Held = [](const Value& value) {
-    return std::tie(value.eType, value.bContainer, value.bObject);
-  };
-  const auto Left = [](const Value& value) {
-    return std::tie(value.eContainerType, value.bSorted, value.vIndex, value.nNameIndex,
-                    value.vNames);
-  };
+// What of the names is wrong, or of the index that a parse left. Read as a constant, the index
+// stays where it is, be it shared with other objects.
+std::string NamesDifference(const Value& want, const JSON::ObjectValue& got, bool bParsed) {
+  const auto& index = std::as_const(got.vNameMap);
+  std::vector<std::string> vNames(index.size());
+  for (std::size_t i = 0; i < index.size(); ++i) {
+    const Entry& entry = index[i];
+    const auto nOrdinal = static_cast<std::size_t>(entry.nOrdinal);
+    vNames.at(nOrdinal) = {entry.pName, static_cast<std::size_t>(entry.nLength)};
+    if (!bParsed) continue;
+    const bool bPlaced =
+        want.bSorted ? (i == 0 || IsBefore(index[i - 1], entry)) &&
+                           got.GetByOrdinal(entry.nOrdinal)->nNameIndex == static_cast<int>(i)
+                     : nOrdinal == i;
+    if (!bPlaced) return ": the index of names";
+  }
+  if (bParsed && static_cast<bool>(got.bSorted) != want.bSorted)
+    return ": whether names are sorted";
+  if (vNames.size() < want.vValues.size()) return ": too few names";
+  const auto pEnd = vNames.begin() + static_cast<std::ptrdiff_t>(want.vValues.size());
+  const bool bSame =
+      bParsed ? vNames == want.vNames : std::equal(vNames.begin(), pEnd, want.vNames.begin());
+  return bSame ? "" : ": names";
+}
+
+// `pStart` is the buffer of a tree that was parsed and not changed since.
+std::string TreeDifference(const Value& want, const JSON::JSONValue& got, const char* pStart) {
+  const bool bHasText = got.pText != nullptr;
+  const std::string strText(bHasText ? got.pText : "",
+                            bHasText ? static_cast<std::size_t>(got.nLength) : 0);
+  const bool bParsed = pStart != nullptr;
   // A private copy of a text has all that readers find, up to a NUL. Nobody reads a container's.
   const bool bCounted = want.strRest.empty();
-  const bool bCopied = got.text.value_or("") == Whole(want).c_str() && (!bParsed || !bCounted);
-  const bool bText = want.text == got.text || bCopied || (want.bContainer && !bParsed);
-  if (!bText || Held(want) != Held(got) || want.vValues.size() != got.vValues.size()) {
-    return ": " + Described(got) + " instead of " + Described(want);
+  const bool bCopied = strText == Whole(want).c_str() && (!bParsed || !bCounted);
+  const bool bSameText = want.text == (bHasText ? std::optional(strText) : std::nullopt);
+  if (want.eType != got.eType || (!bSameText && !bCopied && (!want.bContainer || bParsed))) {
+    return ": type " + std::to_string(got.eType) + ", text " + Printable(strText) +
+           " instead of type " + std::to_string(want.eType) + ", text " + Printable(Whole(want));
   }
-  if (bParsed && (Left(want) != Left(got) || (bCounted && want.nAt != got.nAt))) {
-    return ": place, container type or name index";
+  if (bParsed && bCounted && bHasText && got.pText != pStart + want.nAt) return ": its place";
+  if (want.bContainer != (got.pComposite != nullptr)) return ": a container";
+  if (!want.bContainer) return "";
+  if (static_cast<int>(want.vValues.size()) != got.Size()) return ": its size";
+  const auto* const pObject = dynamic_cast<const JSON::ObjectValue*>(got.pComposite);
+  if (want.bObject != (pObject != nullptr)) return ": its kind";
+  if (bParsed && want.eContainerType != got.pComposite->eType) return ": its own type";
+  std::string strDifference = want.bObject ? NamesDifference(want, *pObject, bParsed) : "";
+  for (int i = 0; i < got.Size() && strDifference.empty(); ++i) {
+    strDifference =
+        TreeDifference(want.vValues[static_cast<std::size_t>(i)], *got.GetByOrdinal(i), pStart);
+    if (!strDifference.empty()) strDifference.insert(0, '/' + std::to_string(i));
   }
-  for (std::size_t i = 0; i < want.vValues.size(); ++i) {
-    if (want.bObject && want.vNames.at(i) != got.vNames.at(i)) return ": name of another member";
-    const std::string strDifference = TreeDifference(want.vValues[i], got.vValues[i], bParsed);
-    if (!strDifference.empty()) return '/' + std::to_string(i) + strDifference;
-  }
-  return "";
+  return strDifference;
 }
 
 // Whether `key` is found by its length, with more text behind it, and by its NUL where it has no
@@ -399,13 +381,12 @@ std::string Difference(const Document& expected, const JSON::Message& message) {
   if (nCursor != expected.nCursor) return "cursor " + std::to_string(nCursor);
   const auto nEnd = static_cast<std::size_t>(message.pEnd - message.pStart);
   if (nEnd != expected.strBuffer.size()) return "end " + std::to_string(nEnd);
-  const std::string strDifference =
-      TreeDifference(expected.root, Taken(message, message.pStart), true);
+  const std::string strDifference = TreeDifference(expected.root, message, message.pStart);
   return strDifference.empty() ? UseDifference(expected.root, message) : strDifference;
 }
 
 std::string Difference(const Value& expected, const JSON::JSONValue& value) {
-  const std::string strDifference = TreeDifference(expected, Taken(value, nullptr), false);
+  const std::string strDifference = TreeDifference(expected, value, nullptr);
   return strDifference.empty() ? UseDifference(expected, value) : strDifference;
 }
 

@@ -31,16 +31,10 @@ struct Value {
   // text cuts off, or the text of a value whose maker gave no length.
   std::string strRest;
 
-  // Where the container lies, as far as a host may know: in a message's pool, on the heap, there
-  // as an object of a host's own class, or anywhere.
-  enum class Home { kPool, kHeap, kHost, kAnywhere } home = Home::kPool;
-
   // What else a parse leaves.
   std::size_t nAt = 0;                   // where the text begins in the buffer, in bytes
   int eContainerType = JSON::jtInvalid;  // the eType of the container itself
   bool bSorted = false;                  // the name index is sorted
-  std::vector<int> vIndex;               // the ordinals of the names in the index
-  int nNameIndex = 0;                    // where in that of its object the value's name stands
 };
 
 struct Document {

@@ -1,8 +1,6 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The model of a record set, the arrangements of its cells, and the steps.
-
-#include "tests/support/lives/CellLife.h"
+// The life of a record set, beside a model that is nothing but nested maps.
 
 #include <algorithm>
 #include <climits>
@@ -11,10 +9,10 @@
 #include <iterator>
 #include <map>
 #include <utility>
-#include <vector>
 
 #include "json/JSONSerialize.h"
 #include "recordset/QXRecordSet.h"
+#include "tests/support/lives/Life.h"
 
 namespace {
 
@@ -22,22 +20,20 @@ using CountedMemory::Aside;
 
 struct Item {
   std::string strValue;
-  std::string strWritten = "null";   // in the JSON text; "" for a member that is left out
+  int eType = CQXRecordSet::QX_NULL;
   const char* pHandedOut = nullptr;  // where the record set said the text is, if it was asked
 };
 
 // Texts that look like objects, and what they are written as; "" for one that is left out.
-struct ObjectText {
+constexpr struct {
   const char* szText;
   const char* szWritten;
-};
-const ObjectText kObjects[] = {
-    {R"({"k":[1,2],"m":1.5,"n":null,"s":"v\n","f":false,"i":-0,"s":""})",
-     R"({"k":null,"m":null,"n":null,"s":"v\n","f":false,"i":0,"s":""})"},
-    {R"(  {"o":{"i":007,"t":true,"k":{}}} )", R"({"o":{"i":7,"t":true,"k":{}}})"},
-    {"{ \n \"a\" : 1 } {oops}", R"({"a":1})"},
-    {"{oops}", ""},
-    {"{}", "{}"}};
+} kObjects[] = {{R"({"k":[1,2],"m":1.5,"n":null,"s":"v\n","f":false,"i":-0,"s":""})",
+                 R"({"k":null,"m":null,"n":null,"s":"v\n","f":false,"i":0,"s":""})"},
+                {R"(  {"o":{"i":007,"t":true,"k":{}}} )", R"({"o":{"i":7,"t":true,"k":{}}})"},
+                {"{ \n \"a\" : 1 } {oops}", R"({"a":1})"},
+                {"{oops}", ""},
+                {"{}", "{}"}};
 
 // Texts that do not, or mean something as a number or a boolean.
 const char* const kTexts[] = {"",    "0",   "1",    "01",   "x",   "true",      "-",  "007",
@@ -52,15 +48,17 @@ std::string Quoted(const std::string& text) {
   return '"' + strEscaped + '"';
 }
 
-std::string WrittenOf(int eType, const std::string& text) {
-  for (const ObjectText& object : kObjects) {
+// In the text of the record set; "" for a member that is left out.
+std::string WrittenOf(const Item& item) {
+  const std::string& text = item.strValue;
+  for (const auto& object : kObjects) {
     if (text == object.szText) return object.szWritten;
   }
   if (text.compare(0, 9, "{\"rows\":[") == 0) return R"({"rows":null})";
   if (text.compare(0, 2, "{\"") == 0) return text;  // a record set's
-  if (eType == CQXRecordSet::QX_NULL) return "null";
-  if (eType == CQXRecordSet::QX_BOOL) return text == "1" ? "true" : "false";
-  if (eType != CQXRecordSet::QX_LONG) return Quoted(text);
+  if (item.eType == CQXRecordSet::QX_NULL) return "null";
+  if (item.eType == CQXRecordSet::QX_BOOL) return text == "1" ? "true" : "false";
+  if (item.eType != CQXRecordSet::QX_LONG) return Quoted(text);
   return std::to_string(std::strtol(text.c_str(), nullptr, 10));
 }
 
@@ -72,11 +70,17 @@ std::string NameOf(std::uint32_t n) {
   return name;
 }
 
-class Model {
- public:
+struct Model {
+  long lRowsCount = 0;
+  bool bModified = false;
+  std::string strBuilt;  // the text last built
+  std::map<std::string, long> mapColumns;
+  std::map<long, std::map<std::string, Item>> mapRows;
+
   void Set(const std::string& name, long row, int eType, const std::string& text) {
     const Aside aside;
-    mapRows[row][AddColumn(name)] = {text, WrittenOf(eType, text), nullptr};
+    AddColumn(name);
+    mapRows[row][name] = {text, eType};
     lRowsCount = std::max(lRowsCount, row);
     bModified = true;
   }
@@ -89,29 +93,27 @@ class Model {
   // The cell that a read finds or makes; null for an unknown column.
   Item* Get(const std::string& name, long row) {
     const Aside aside;
-    const auto column = mapColumns.find(name);
-    return column != mapColumns.end() ? &mapRows[row][column->second] : nullptr;
+    return mapColumns.count(name) != 0 ? &mapRows[row][name] : nullptr;
+  }
+
+  std::string RowText(long row) const {
+    std::string strText;
+    const auto cells = mapRows.find(row);
+    if (cells == mapRows.end() || row > lRowsCount) return "{}";
+    for (const auto& [name, item] : cells->second) {
+      const std::string strWritten = WrittenOf(item);
+      if (!strWritten.empty()) strText += ',' + Quoted(name) + ':' + strWritten;
+    }
+    return '{' + (strText.empty() ? strText : strText.substr(1)) + '}';
   }
 
   std::string Text() const {
     if (!bModified) return "";
     if (lRowsCount < 2) return RowText(1);
     std::string strText = "{\"rows\":[" + RowText(1);
-    for (long row = 2; row <= lRowsCount; ++row) {
+    for (long row = 2; row <= lRowsCount; ++row)
       strText += ',' + RowText(row);
-    }
     return strText + "]}";
-  }
-
-  // Bytes, with the text last built.
-  std::size_t Need() const {
-    std::size_t n = 20000 + 400 * mapColumns.size() + 2 * strBuilt.size();
-    for (const auto& [row, cells] : mapRows) {
-      n += 400 + 20 * mapColumns.size();
-      for (const auto& [index, item] : cells)
-        n += 100 + 2 * item.strValue.size();
-    }
-    return n;
   }
 
   std::string Dump() const {
@@ -122,33 +124,13 @@ class Model {
       for (const auto& [name, index] : mapColumns) {
         strDump += "\tField (" + name + "):";
         if (cells != mapRows.end()) {
-          const auto cell = cells->second.find(index);
+          const auto cell = cells->second.find(name);
           strDump += ' ' + (cell != cells->second.end() ? cell->second.strValue : "");
         }
         strDump += '\n';
       }
     }
     return strDump;
-  }
-
-  long lRowsCount = 0;
-  bool bModified = false;
-  std::string strBuilt;  // the text last built
-  std::map<std::string, long> mapColumns;
-  std::map<long, std::map<long, Item>> mapRows;
-
- private:
-  std::string RowText(long row) const {
-    std::string strText;
-    const auto cells = mapRows.find(row);
-    if (cells == mapRows.end() || row > lRowsCount) return "{}";
-    for (const auto& [name, index] : mapColumns) {
-      const auto cell = cells->second.find(index);
-      if (cell == cells->second.end()) continue;
-      const std::string& strWritten = cell->second.strWritten;
-      if (!strWritten.empty()) strText += ',' + Quoted(name) + ':' + strWritten;
-    }
-    return '{' + (strText.empty() ? strText : strText.substr(1)) + '}';
   }
 };
 
@@ -186,24 +168,46 @@ class RecordSetLife : public Support::Life {
     Expect(set_.GetColumnCount() == lColumns, "GetColumnCount");
     Expect(record_.GetChangeCount() == lColumns && record_.IsChanged() == (lColumns > 0),
            "GetChangeCount");
-    for (const long lBeyond : {lColumns, LONG_MAX, -1L, LONG_MIN}) {
+    for (const long lBeyond : {lColumns, LONG_MAX, -1L, LONG_MIN})
       Expect(*set_.GetColumnName(lBeyond) == '\0', "the name at no position");
-    }
     long position = 0;
-    std::map<long, const char*> mapNames;
     for (const auto& [name, index] : model_.mapColumns) {
       Expect(set_.GetColumnName(position++) == name, "GetColumnName");
       Expect(set_.GetColumnIndex(name.c_str()) == index, "GetColumnIndex");
-      mapNames[index] = name.c_str();
     }
+    std::size_t nListed = 0;
     for (auto& [row, cells] : model_.mapRows) {
-      for (auto& [index, item] : cells)
-        CheckText(set_.GetValueAsString(mapNames[index], row), &item);
+      if (row >= 1 && row <= model_.lRowsCount) nListed += cells.size();
+      for (auto& [name, item] : cells) {
+        CheckConst(name, row, &item);
+        CheckText(set_.GetValueAsString(name.c_str(), row), &item);
+      }
     }
+    for (const CQXRow& row : std::as_const(set_).Rows()) {
+      long lBefore = 0;
+      for (const CQXCell& cell : row) {
+        Expect(std::exchange(lBefore, cell.lColumn) < cell.lColumn, "the order of cells");
+        const Item* const pItem = model_.Get(std::string(cell.name), row.Number());
+        Expect(pItem != nullptr && pItem->strValue == cell.text && pItem->eType == cell.eType &&
+                   set_.GetColumnIndex(cell.name) == cell.lColumn,
+               "what is listed");
+        --nListed;
+      }
+    }
+    Expect(nListed == 0, "every cell is listed once");
     return strFault;
   }
 
-  std::size_t Need() const override { return model_.Need(); }
+  // With the text last built.
+  std::size_t Need() const override {
+    std::size_t n = 20000 + 400 * model_.mapColumns.size() + 2 * model_.strBuilt.size();
+    for (const auto& [row, cells] : model_.mapRows) {
+      n += 400 + 20 * model_.mapColumns.size();
+      for (const auto& [index, item] : cells)
+        n += 100 + 2 * item.strValue.size();
+    }
+    return n;
+  }
 
  private:
   void TakeOne() override {
@@ -216,62 +220,87 @@ class RecordSetLife : public Support::Life {
         {"load a text of any size", &RecordSetLife::LoadSized, 4},
         {"write a text of any size", &RecordSetLife::WriteSized, 4},
         {"field of a record", &RecordSetLife::Field, 40},
-        {"copy", &RecordSetLife::Copy, 1},
-        {"move", &RecordSetLife::Move, 1},
-        {"assign", &RecordSetLife::Assign, 1},
+        {"to another one and back", &RecordSetLife::Exchange, 3},
         {"assign itself", &RecordSetLife::AssignItself, 1},
         {"clear", &RecordSetLife::ClearAndCopy, 1},
         {"compare everything", &RecordSetLife::CheckNow, 8},
     };
-    TakeOneOf("record set", *this, kSteps);
+    (this->*Choose("record set", kSteps).take)();
   }
 
   void CheckNow() { CheckAll(); }
   void ReadCell() { Read(); }
 
-  // Rows of one column, in place of everything.
-  void LoadSized() {
-    const long lRows = static_cast<long>(world.Size() / 2);
-    std::string strText = "{\"rows\":[";
-    Clear();
-    for (long i = 1; i <= lRows; ++i) {
-      const std::string text = std::to_string(i * 7919);
-      strText += (i > 1 ? ",{\"c1\":\"" : "{\"c1\":\"") + text + "\"}";
-      model_.Set("c1", i, CQXRecordSet::QX_TEXT, text);
+  // ---- Comparisons ------------------------------------------------------------------------------
+
+  void CheckString() {
+    Expect(set_.GetStringRef() == model_.strBuilt, "GetStringRef");
+    {
+      const Aside aside;
+      model_.strBuilt = model_.Text();
     }
-    Expect(set_.SetString(strText + "]}"), "SetString");
-    model_.bModified = true;
+    Expect(set_.GetString() == model_.strBuilt, "GetString");
   }
 
-  void WriteSized() {
-    const std::string text(world.Size() * 10, 'w');
-    set_.SetValue("c1", text);
-    model_.Set("c1", 1, CQXRecordSet::QX_TEXT, text);
+  // Null pointers and unknown names change nothing.
+  void CheckNulls() {
+    set_.SetValue("none", static_cast<const char*>(nullptr));
+    set_.SetValue("none", static_cast<CQXRecordSet*>(nullptr));
+    set_.SetValue(nullptr, "none");
+    Expect(set_.AddColumn(nullptr) == -1 && set_.GetColumnIndex(nullptr) == -1, "null as a name");
+    Expect(set_.GetColumnIndex("none") == -1, "GetColumnIndex of no column");
+    Expect(*set_.GetValueAsString(nullptr) == '\0', "the text of a null name");
   }
 
-  void Field() {
-    std::string before = "before";
-    std::string after = Text();
-    const long lAfter = static_cast<long>(random.Below(1000));
-    const char* const name = NextName();
-    if (random.OneIn(2)) {
-      record_.SetFieldValues(name, before, after);
-      model_.Set(strName_, 1, CQXRecordSet::QX_TEXT, after);
-    } else {
-      record_.SetFieldValues(name, 0L, lAfter);
-      model_.Set(strName_, 1, CQXRecordSet::QX_LONG, after = std::to_string(lAfter));
-    }
-    std::string got;
-    record_.GetFieldValues(name, before, got);
-    Expect(got == after && before == "before", "GetFieldValues");
+  void CheckText(const char* text, Item* pItem) {
+    if (pItem == nullptr) return Expect(*text == '\0', "the text of an unknown column");
+    Expect(text == pItem->strValue, "GetValueAsString");
+    const bool bStays = pItem->pHandedOut == nullptr || text == pItem->pHandedOut;
+    Expect(bStays, "a text stays where it is");
+    pItem->pHandedOut = text;
   }
 
-  void Clear() {
-    const Aside aside;
-    set_.Clear();
-    model_ = Model();
-    bRenewed = true;
+  // What reads a constant makes no cell.
+  void CheckConst(const std::string& name, long row, const Item* pItem) {
+    const CQXRecordSet& read = set_;
+    Expect(read.HasCell(name, row) == (pItem != nullptr), "HasCell");
+    Expect(read.GetType(name, row) == (pItem != nullptr ? pItem->eType : CQXRecordSet::QX_NULL),
+           "GetType");
+    Expect(read.GetView(name, row) == (pItem != nullptr ? pItem->strValue : ""), "GetView");
   }
+
+  void ExpectCleared(CQXRecordSet& set) {
+    Expect(set.GetRowsCount() == 0 && set.GetColumnCount() == 0, "counts when cleared");
+    Expect(set.GetStringRef().empty() && set.GetString().empty(), "the text when cleared");
+    Expect(set.Dump().empty(), "Dump when cleared");
+  }
+
+  // ---- Names, rows and texts --------------------------------------------------------------------
+
+  long NextRow() {
+    if (!profile_.vRows.empty()) return random.Of(profile_.vRows);
+    if (random.OneIn(profile_.nColumns)) lRow_ += profile_.lStep;
+    return random.OneIn(10) ? profile_.lFirstRow : lRow_;
+  }
+
+  const std::string& Name() { return strName_ = NameOf(random.Below(profile_.nColumns)); }
+
+  const char* NextName() {
+    if (!profile_.bColumnsInOrder || random.OneIn(8)) return Name().c_str();
+    nColumn_ = (nColumn_ + 1) % profile_.nColumns;
+    strName_ = NameOf(nColumn_);
+    return strName_.c_str();
+  }
+
+  std::string Text() {
+    if (random.OneIn(3)) return random.Of(kTexts);
+    std::string text(random.OneIn(30) ? random.Below(700) : random.Below(24), 'a');
+    for (char& c : text)
+      c = "abc\"\\\n\x01\xC3 zyx"[random.Below(12)];
+    return text;
+  }
+
+  // ---- Cells ------------------------------------------------------------------------------------
 
   // A value of some type under a name; see kWays.
   struct Written {
@@ -317,18 +346,12 @@ class RecordSetLife : public Support::Life {
   }
 
   void Write() {
-    using Way = void (RecordSetLife::*)(Written&);
-    constexpr Way kOfAnyType = &RecordSetLife::WriteOfAnyType;
-    static constexpr Way kWays[] = {&RecordSetLife::WriteInt,
-                                    &RecordSetLife::WriteLong,
-                                    &RecordSetLife::WriteBool,
-                                    &RecordSetLife::WriteUpToNul,
-                                    &RecordSetLife::WriteObject,
-                                    &RecordSetLife::WriteNested,
-                                    kOfAnyType,
-                                    kOfAnyType,
-                                    kOfAnyType,
-                                    kOfAnyType};
+    using Self = RecordSetLife;
+    constexpr auto kOfAnyType = &Self::WriteOfAnyType;
+    static constexpr void (Self::*kWays[])(Written&) = {
+        &Self::WriteInt,    &Self::WriteLong,   &Self::WriteBool, &Self::WriteUpToNul,
+        &Self::WriteObject, &Self::WriteNested, kOfAnyType,       kOfAnyType,
+        kOfAnyType,         kOfAnyType};
     // A text of the record set itself, or the end of one, is as good as any.
     const bool bOwnText = random.OneIn(20);
     const char* pText = bOwnText ? Read() : "";
@@ -338,6 +361,29 @@ class RecordSetLife : public Support::Life {
     if (!bOwnText) written.pGiven = written.text.c_str();
     (this->*(bOwnText ? kOfAnyType : random.Of(kWays)))(written);
     model_.Set(strName_, row, written.eType, written.text);
+  }
+
+  void WriteSized() {
+    const std::string text(world.Size() * 10, 'w');
+    set_.SetValue("c1", text);
+    model_.Set("c1", 1, CQXRecordSet::QX_TEXT, text);
+  }
+
+  void Field() {
+    std::string before = "before";
+    std::string after = Text();
+    const long lAfter = static_cast<long>(random.Below(1000));
+    const char* const name = NextName();
+    if (random.OneIn(2)) {
+      record_.SetFieldValues(name, before, after);
+      model_.Set(strName_, 1, CQXRecordSet::QX_TEXT, after);
+    } else {
+      record_.SetFieldValues(name, 0L, lAfter);
+      model_.Set(strName_, 1, CQXRecordSet::QX_LONG, after = std::to_string(lAfter));
+    }
+    std::string got;
+    record_.GetFieldValues(name, before, got);
+    Expect(got == after && before == "before", "GetFieldValues");
   }
 
   void AddColumn() {
@@ -357,6 +403,9 @@ class RecordSetLife : public Support::Life {
   void ReadOtherwise() {
     const long row = NextRow();
     const char* const name = NextName();
+    const auto cells = model_.mapRows.find(row);
+    const bool bThere = cells != model_.mapRows.end() && cells->second.count(name) != 0;
+    CheckConst(name, row, bThere ? &cells->second[name] : nullptr);
     const Item* const pItem = model_.Get(strName_, row);
     const std::string text = pItem != nullptr ? pItem->strValue : "";
     const long lExpected = std::strtol(text.c_str(), nullptr, 10);
@@ -368,6 +417,8 @@ class RecordSetLife : public Support::Life {
     Expect(set_.GetValueAsRecordSet(name, row).GetString() == CQXRecordSet(text).GetString(),
            "GetValueAsRecordSet");
   }
+
+  // ---- All of it --------------------------------------------------------------------------------
 
   // Loads rows of texts, which also tells where the last one lies, or what cannot be loaded.
   void Load() {
@@ -388,39 +439,25 @@ class RecordSetLife : public Support::Life {
     Expect(set_.SetUTF8String("{\"rows\":[" + strText + "]}"), "SetUTF8String");
   }
 
-  // ---- Copies, moves and assignments of the whole record set ------------------------------------
+  // Rows of one column, in place of everything.
+  void LoadSized() {
+    const long lRows = static_cast<long>(world.Size() / 2);
+    std::string strText = "{\"rows\":[";
+    Clear();
+    for (long i = 1; i <= lRows; ++i) {
+      const std::string text = std::to_string(i * 7919);
+      strText += (i > 1 ? ",{\"c1\":\"" : "{\"c1\":\"") + text + "\"}";
+      model_.Set("c1", i, CQXRecordSet::QX_TEXT, text);
+    }
+    Expect(set_.SetString(strText + "]}"), "SetString");
+    model_.bModified = true;
+  }
 
-  // Only a new one takes over the state and the last text.
-  void Copy() {
-    CQXRecordSet copy(set_);
-    Expect(copy.GetStringRef() == model_.strBuilt, "GetStringRef of a copy");
-    Expect(CQXRecordSet(copy).GetString() == model_.Text(), "GetString of a copy");
-    ForgetAddresses();
-    set_ = std::move(copy);
-    ExpectCleared(copy);  // NOLINT: moved-from
-    Rewritten();
-  }
-  void Move() {
-    CQXRecordSet moved(std::move(set_));
-    ExpectCleared(set_);  // NOLINT: moved-from
-    Expect(moved.GetStringRef() == model_.strBuilt, "GetStringRef of what was moved");
-    set_ = std::move(moved);
-    Rewritten();
-  }
-  void Assign() {
-    CQXRecordSet assigned("{\"gone\":1}");
-    assigned.GetString();
-    assigned = set_;
-    Expect(assigned.GetStringRef().empty(), "GetStringRef of what was assigned");
-    ForgetAddresses();
-    set_ = std::move(assigned);
-    Rewritten();
-  }
-  void AssignItself() {
-    if (random.OneIn(2)) set_ = *&set_;
-    if (random.OneIn(2)) set_ = std::move(*&set_);
-    set_ = *&set_;
-    Rewritten();
+  void Clear() {
+    const Aside aside;
+    set_.Clear();
+    model_ = Model();
+    bRenewed = true;
   }
   void ClearAndCopy() {
     Clear();
@@ -431,74 +468,40 @@ class RecordSetLife : public Support::Life {
     Expect(copy.GetString() == "{}", "what was assigned counts as written");
     CheckAll();
   }
+
+  // A construction takes over the state and the last text, an assignment does not.
+  void Exchange() {
+    CQXRecordSet other("{\"gone\":1}");
+    other.GetString();
+    const std::uint32_t nWay = random.Below(3);
+    if (nWay == 2) {
+      other = set_;
+    } else {
+      CQXRecordSet made(nWay == 0 ? CQXRecordSet(set_) : std::move(set_));
+      if (nWay != 0) ExpectCleared(set_);  // NOLINT: moved-from
+      Expect(made.GetStringRef() == model_.strBuilt, "GetStringRef of what was constructed");
+      Expect(CQXRecordSet(made).GetString() == model_.Text(), "GetString of a copy");
+      other = std::move(made);
+      ExpectCleared(made);  // NOLINT: moved-from
+    }
+    Expect(other.GetStringRef().empty(), "GetStringRef of what was assigned");
+    for (auto& [row, cells] : model_.mapRows) {
+      for (auto& [name, item] : cells)
+        item.pHandedOut = nWay == 1 ? item.pHandedOut : nullptr;
+    }
+    set_ = std::move(other);
+    Rewritten();
+  }
+  void AssignItself() {
+    if (random.OneIn(2)) set_ = *&set_;
+    if (random.OneIn(2)) set_ = std::move(*&set_);
+    set_ = *&set_;
+    Rewritten();
+  }
   void Rewritten() {
     model_.bModified = true;
     model_.strBuilt.clear();
     CheckAll();
-  }
-
-  void ExpectCleared(CQXRecordSet& set) {
-    Expect(set.GetRowsCount() == 0 && set.GetColumnCount() == 0, "counts when cleared");
-    Expect(set.GetStringRef().empty() && set.GetString().empty(), "the text when cleared");
-    Expect(set.Dump().empty(), "Dump when cleared");
-  }
-
-  // Null pointers and unknown names change nothing.
-  void CheckNulls() {
-    set_.SetValue("none", static_cast<const char*>(nullptr));
-    set_.SetValue("none", static_cast<CQXRecordSet*>(nullptr));
-    set_.SetValue(nullptr, "none");
-    Expect(set_.AddColumn(nullptr) == -1 && set_.GetColumnIndex(nullptr) == -1, "null as a name");
-    Expect(set_.GetColumnIndex("none") == -1, "GetColumnIndex of no column");
-    Expect(*set_.GetValueAsString(nullptr) == '\0', "the text of a null name");
-  }
-
-  void CheckString() {
-    Expect(set_.GetStringRef() == model_.strBuilt, "GetStringRef");
-    {
-      const Aside aside;
-      model_.strBuilt = model_.Text();
-    }
-    Expect(set_.GetString() == model_.strBuilt, "GetString");
-  }
-
-  void CheckText(const char* text, Item* pItem) {
-    if (pItem == nullptr) return Expect(*text == '\0', "the text of an unknown column");
-    Expect(text == pItem->strValue, "GetValueAsString");
-    const bool bStays = pItem->pHandedOut == nullptr || text == pItem->pHandedOut;
-    Expect(bStays, "a text stays where it is");
-    pItem->pHandedOut = text;
-  }
-
-  void ForgetAddresses() {
-    for (auto& [row, cells] : model_.mapRows) {
-      for (auto& [index, item] : cells)
-        item.pHandedOut = nullptr;
-    }
-  }
-
-  long NextRow() {
-    if (!profile_.vRows.empty()) return random.Of(profile_.vRows);
-    if (random.OneIn(profile_.nColumns)) lRow_ += profile_.lStep;
-    return random.OneIn(10) ? profile_.lFirstRow : lRow_;
-  }
-
-  const std::string& Name() { return strName_ = NameOf(random.Below(profile_.nColumns)); }
-
-  const char* NextName() {
-    if (!profile_.bColumnsInOrder || random.OneIn(8)) return Name().c_str();
-    nColumn_ = (nColumn_ + 1) % profile_.nColumns;
-    strName_ = NameOf(nColumn_);
-    return strName_.c_str();
-  }
-
-  std::string Text() {
-    if (random.OneIn(3)) return random.Of(kTexts);
-    std::string text(random.OneIn(30) ? random.Below(700) : random.Below(24), 'a');
-    for (char& c : text) {
-      c = "abc\"\\\n\x01\xC3 zyx"[random.Below(12)];
-    }
-    return text;
   }
 
   const Profile& profile_;

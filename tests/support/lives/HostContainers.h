@@ -19,41 +19,37 @@ struct HostCounts {
 
 // An ObjectValue or ArrayValue that counts.
 template <typename Base>
-class Counting : public Base {
+class Counting : public Base, public HostCounts {
  public:
   using Base::Base;
+  Counting* Clone(std::ptrdiff_t nDelta) const override {
+    auto* const pClone = new Counting;
+    this->CopyTo(*pClone, nDelta);
+    return pClone;
+  }
   void Clear() override {
-    ++counts.nCleared;
+    ++nCleared;
     Base::Clear();
   }
   void AddValue(JSON::JSONValue& value) override {
-    ++counts.nValues;
+    ++nValues;
     Base::AddValue(value);
   }
-  HostCounts counts;
 };
 
-class HostArray : public Counting<JSON::ArrayValue> {
- public:
-  using Counting::Counting;
-  HostArray* Clone(std::ptrdiff_t nDelta) const override {
-    auto* const pClone = new HostArray;
-    CopyTo(*pClone, nDelta);
-    return pClone;
-  }
-};
+using HostArray = Counting<JSON::ArrayValue>;
 
 class HostObject : public Counting<JSON::ObjectValue> {
  public:
   using Counting::Counting;
-  void AddName(JSON::JSONValue& name) override {
-    ++counts.nNames;
-    Counting::AddName(name);
-  }
   HostObject* Clone(std::ptrdiff_t nDelta) const override {
     auto* const pClone = new HostObject;
     CopyTo(*pClone, nDelta);
     return pClone;
+  }
+  void AddName(JSON::JSONValue& name) override {
+    ++nNames;
+    Counting::AddName(name);
   }
 };
 

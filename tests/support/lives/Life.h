@@ -10,6 +10,7 @@
 #include <array>
 #include <cstddef>
 #include <list>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -98,12 +99,6 @@ class Life {
     return *pStep;
   }
 
-  // Takes a step of the table.
-  template <typename Self, std::size_t nSteps>
-  void TakeOneOf(const char* szLife, Self& self, const Named<Self> (&steps)[nSteps]) {
-    (self.*Choose(szLife, steps).take)();
-  }
-
   void Expect(bool bHolds, const std::string& what) {
     if (!bHolds && strFault.empty()) strFault = what;
   }
@@ -117,6 +112,15 @@ class Life {
   Random& random;
   std::string strFault;  // what went wrong in this step
 };
+
+// A message that copies its text or parses in place, or a container that a host makes by hand.
+enum class TreeKind { kCopying, kInPlace, kObject, kArray, kHostObject, kHostArray };
+std::unique_ptr<Life> MakeTreeLife(World& common, TreeKind kind);
+
+// Profiles of row numbers and columns drive the cells of a record set through every way of storing
+// them: dense rows, rows written backwards, rows far off, columns far apart.
+constexpr std::size_t kRecordSetProfiles = 8;
+std::unique_ptr<Life> MakeRecordSetLife(World& common, std::size_t nProfile);
 
 }  // namespace Support
 

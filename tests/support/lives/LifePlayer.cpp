@@ -7,10 +7,7 @@
 #include <functional>
 #include <utility>
 
-#include "tests/support/lives/CellLife.h"
-#include "tests/support/lives/ChainLife.h"
 #include "tests/support/lives/ParamsLife.h"
-#include "tests/support/lives/TreeLife.h"
 #include "tests/support/lives/WriterLife.h"
 
 namespace Support {
@@ -50,7 +47,6 @@ LifePlayer::LifePlayer(std::size_t nProfile, const Random& choices, const std::s
     addTrees({Kind::kCopying, Kind::kCopying, Kind::kInPlace, Kind::kInPlace, Kind::kObject,
               Kind::kArray, Kind::kHostObject, Kind::kHostArray});
     addRecordSet(world.random.Below(kRecordSetProfiles), true);
-    vSlots.push_back({[this] { return MakeChainLife(world); }});
     vSlots.push_back({[this] { return std::make_unique<WriterLife>(world); }});
     vSlots.push_back({[this] { return std::make_unique<ParamsLife>(world); }});
   } else if (nProfile == 2) {

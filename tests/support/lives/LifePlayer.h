@@ -21,7 +21,7 @@ class LifePlayer {
  public:
   // Profile 0 is everything at once, with large sizes; 1 the same with sizes up to some blocks; 2
   // two messages with small ones; from 3 on there is one record set of each arrangement.
-  static constexpr std::size_t kProfiles = 3 + 8;
+  static constexpr std::size_t kProfiles = 3 + kRecordSetProfiles;
 
   // The title is printed with the last steps.
   LifePlayer(std::size_t nProfile, const Random& choices, const std::string& strTitle = "");

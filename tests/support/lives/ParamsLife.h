@@ -18,7 +18,7 @@ namespace Support {
 
 class ParamsLife : public Life {
  public:
-  explicit ParamsLife(World& common) : Life(common) { params.addHeader(content.strHeader = "H"); }
+  explicit ParamsLife(World& common) : Life(common) { Clear(); }
 
   std::string CheckAll() override {
     ExpectNone(Plain::Difference(content, params), "");
@@ -48,38 +48,41 @@ class ParamsLife : public Life {
         {"clear", &ParamsLife::Clear, 1},
         {"compare all", &ParamsLife::Compare, 2},
     };
-    TakeOneOf("parameters", *this, kSteps);
+    (this->*Choose("parameters", kSteps).take)();
     if (content.vTexts.size() > kMostTexts) Clear();
   }
 
   void AddHeader() {
-    Model([&] { content.strHeader = 'H' + Bytes("Hx 0\n", world.Size()); });
+    {
+      const CountedMemory::Aside aside;
+      content.strHeader = 'H' + Bytes("Hx 0\n");
+    }
     params.addHeader(content.strHeader);
+  }
+  const std::string& Add(const std::string& strText) {
+    const CountedMemory::Aside aside;
+    return content.vTexts.emplace_back(strText);
   }
   void AddNumber() {
     static constexpr long kEnds[] = {0, -1, LONG_MAX, LONG_MIN};
     const long lValue = random.OneIn(4) ? random.Of(kEnds) : random.Below(0x10000) * 40000L;
-    Model([&] { content.vTexts.push_back(std::to_string(lValue)); });
+    Add(std::to_string(lValue));
     params.addParam(lValue);
   }
   void AddResult() {
     const auto nCode = static_cast<unsigned>(random.Below(0x10000) * 0x10001U);
     char szCode[16];
     std::snprintf(szCode, sizeof szCode, "0x%08X", nCode);
-    Model([&] { content.vTexts.emplace_back(szCode); });
+    Add(szCode);
     params.addResult(static_cast<long>(nCode));
   }
-  void AddText() {
-    Model([&] { content.vTexts.push_back(Bytes(";0x \xFF-9a", world.Size())); });
-    params.addParam(content.vTexts.back());
-  }
+  void AddText() { params.addParam(Add(Bytes(";0x \xFF-9a"))); }
   void Append() {
-    if (content.vTexts.empty() || content.vTexts.size() > kMostTexts / 2) return;
+    const std::size_t nTexts = content.vTexts.size();
+    if (nTexts == 0 || nTexts > kMostTexts / 2) return;
     params.append(params.paramList().substr(content.strHeader.size() + 1));
-    Model([&] {
-      const auto vTexts = content.vTexts;
-      content.vTexts.insert(content.vTexts.end(), vTexts.begin(), vTexts.end());
-    });
+    for (std::size_t i = 0; i < nTexts; ++i)
+      Add(std::string(content.vTexts[i]));
   }
   void Assign() {
     if (random.OneIn(4)) params.addHeader("");  // changes nothing
@@ -95,22 +98,16 @@ class ParamsLife : public Life {
   void Clear() {
     params.clear();
     if (random.OneIn(2)) params = CParamsRS(static_cast<long>(world.Size()));
-    Model([&] { content = Plain::Params(); });
+    content = Plain::Params();
     params.addHeader(content.strHeader = "H");
     bRenewed = true;
   }
   void Compare() { CheckAll(); }
 
-  template <typename Change>
-  static void Model(Change change) {
-    const CountedMemory::Aside aside;
-    change();
-  }
-
-  std::string Bytes(std::string_view bytes, std::size_t nLength) {
-    std::string strText;
-    while (strText.size() < nLength)
-      strText += bytes[random.Below(bytes.size())];
+  std::string Bytes(std::string_view bytes) {
+    std::string strText(world.Size(), ' ');
+    for (char& c : strText)
+      c = bytes[random.Below(bytes.size())];
     return strText;
   }
 

@@ -31,7 +31,7 @@ class WriterLife : public Life {
   // Closes what is open. Then there is a text, unless a call came out of order.
   std::string CheckAll() override {
     while (plain.Depth() != 0)
-      Take(plain.Allowed('}') ? kCloseObject : plain.Allowed(']') ? kCloseArray : kNull);
+      Take(Calls()[plain.Allowed('}') ? 0 : plain.Allowed(']') ? 1 : 2]);
     Expect(pWriter->String().empty() == (plain.Failed() || nTopLevel == 0), "the text is there");
     return strFault;
   }
@@ -46,10 +46,12 @@ class WriterLife : public Life {
  private:
   using Writer = JSON::Serialize;
 
-  // What a call is given, and what of it gets into the text.
+  // What a call may be given.
   struct Argument {
     std::uint64_t nBits = 0;
     std::string strText;
+    const char* szRaw;
+
     std::string_view View() const { return strText; }
     double Real() const {
       double d = 0;
@@ -57,73 +59,57 @@ class WriterLife : public Life {
       return std::isfinite(d) ? d : 0.5;
     }
   };
+  using A = const Argument&;
 
-  // A call: what the plain writer calls it, its argument, and what is called. To the plain writer
-  // all numbers and raw texts are raw texts.
+  // A call: what the plain writer calls it, what of the argument gets into the text, and what is
+  // called. To the plain writer all numbers and raw texts are raw texts.
   struct Call {
     char cPlain;
     const char* szName;
-    void (WriterLife::*prepare)(Argument& argument);
-    void (*apply)(Writer& writer, const Argument& argument);
+    std::string (*text)(A);
+    void (*apply)(Writer& writer, A);
   };
-  static constexpr std::size_t kCloseObject = 0;
-  static constexpr std::size_t kCloseArray = 1;
-  static constexpr std::size_t kNull = 2;
-  static const Call* Calls(std::size_t& nCount) {
-    using A = const Argument&;
-    constexpr auto none = &WriterLife::GiveNothing;
-    constexpr auto text = &WriterLife::GiveText;
-    constexpr auto raw = &WriterLife::GiveRawText;
-    static const Call kCalls[] = {
-        {'}', "OC", none, [](Writer& w, A) { w.OC(); }},
-        {']', "AC", none, [](Writer& w, A) { w.AC(); }},
-        {'~', "V of null", none, [](Writer& w, A) { w.V(nullptr); }},
-        {'{', "OO", none, [](Writer& w, A) { w.OO(); }},
-        {'[', "AO", none, [](Writer& w, A) { w.AO(); }},
-        {'N', "N", text, [](Writer& w, A a) { w.N(a.strText.c_str()); }},
-        {'N', "N of a view", text, [](Writer& w, A a) { w.N(a.View()); }},
-        {'V', "V of a text", text, [](Writer& w, A a) { w.V(a.strText.c_str()); }},
-        {'V', "V of a view", text, [](Writer& w, A a) { w.V(a.View()); }},
-        {'J', "JS", raw, [](Writer& w, A a) { w.JS(a.strText.c_str()); }},
-        {'J', "JS_N", raw,
+
+  static std::string NoText(A /*none*/) { return ""; }
+  static std::string AnyText(A a) { return a.strText; }
+  static std::string RawText(A a) { return a.szRaw; }
+  static std::string RealText(A a) {
+    char szText[32];
+    std::snprintf(szText, sizeof szText, "%g", a.Real());
+    return szText;
+  }
+  template <typename Integer>
+  static Call IntegerCall(const char* szName) {
+    return {'J', szName, [](A a) { return std::to_string(static_cast<Integer>(a.nBits)); },
+            [](Writer& w, A a) { w.V(static_cast<Integer>(a.nBits)); }};
+  }
+
+  static constexpr std::size_t kCalls = 18;
+  static const Call* Calls() {
+    static const Call kCallsOfAll[kCalls] = {
+        {'}', "OC", NoText, [](Writer& w, A) { w.OC(); }},
+        {']', "AC", NoText, [](Writer& w, A) { w.AC(); }},
+        {'~', "V of null", NoText, [](Writer& w, A) { w.V(nullptr); }},
+        {'{', "OO", NoText, [](Writer& w, A) { w.OO(); }},
+        {'[', "AO", NoText, [](Writer& w, A) { w.AO(); }},
+        {'N', "N", AnyText, [](Writer& w, A a) { w.N(a.strText.c_str()); }},
+        {'N', "N of a view", AnyText, [](Writer& w, A a) { w.N(a.View()); }},
+        {'V', "V of a text", AnyText, [](Writer& w, A a) { w.V(a.strText.c_str()); }},
+        {'V', "V of a view", AnyText, [](Writer& w, A a) { w.V(a.View()); }},
+        {'J', "JS", RawText, [](Writer& w, A a) { w.JS(a.szRaw); }},
+        {'J', "JS_N", RawText,
          [](Writer& w, A a) {
-           w.JS_N((a.strText + "rest").c_str(), static_cast<int>(a.strText.size()));
+           w.JS_N((std::string(a.szRaw) + "rest").c_str(), static_cast<int>(std::strlen(a.szRaw)));
          }},
-        {'A', "AppendString", raw, [](Writer& w, A a) { w.AppendString(a.strText.c_str()); }},
+        {'A', "AppendString", RawText, [](Writer& w, A a) { w.AppendString(a.szRaw); }},
         IntegerCall<int>("V of int"),
         IntegerCall<long>("V of long"),
         IntegerCall<long long>("V of long long"),
         IntegerCall<unsigned long>("V of unsigned long"),
         IntegerCall<unsigned long long>("V of unsigned long long"),
-        {'J', "V of double", &WriterLife::GiveReal, [](Writer& w, A a) { w.V(a.Real()); }},
+        {'J', "V of double", RealText, [](Writer& w, A a) { w.V(a.Real()); }},
     };
-    nCount = std::size(kCalls);
-    return kCalls;
-  }
-
-  template <typename Integer>
-  static Call IntegerCall(const char* szName) {
-    return {'J', szName, &WriterLife::GiveInteger<Integer>,
-            [](Writer& w, const Argument& a) { w.V(static_cast<Integer>(a.nBits)); }};
-  }
-  template <typename Integer>
-  void GiveInteger(Argument& argument) {
-    argument.strText = std::to_string(static_cast<Integer>(argument.nBits));
-  }
-  void GiveReal(Argument& argument) {
-    char szText[32];
-    std::snprintf(szText, sizeof szText, "%g", argument.Real());
-    argument.strText = szText;
-  }
-  void GiveNothing(Argument& /*none*/) {}
-  void GiveRawText(Argument& argument) {
-    static const char* const kTexts[] = {"null", "[1,{\"a\":[]}]", "{}", "-1.5e3", "\"\\u0041\""};
-    argument.strText = random.Of(kTexts);
-  }
-  void GiveText(Argument& argument) {
-    argument.strText.resize(random.OneIn(20) ? world.Size() : random.Below(20));
-    for (char& c : argument.strText)
-      c = static_cast<char>(random.Below(256));
+    return kCallsOfAll;
   }
 
   // The next call that is in order, from a random one on; now and then that one, whatever comes. A
@@ -131,23 +117,22 @@ class WriterLife : public Life {
   void TakeOne() override {
     if (random.OneIn(64)) Assign();
     if (plain.Failed()) Renew();
-    std::size_t nCalls = 0;
-    const Call* const pCalls = Calls(nCalls);
-    std::size_t n = random.Below(nCalls);
-    while (!random.OneIn(256) && !plain.Allowed(pCalls[n].cPlain) && !plain.Failed())
-      n = (n + 1) % nCalls;
-    Take(n);
+    std::size_t n = random.Below(kCalls);
+    while (!random.OneIn(256) && !plain.Allowed(Calls()[n].cPlain) && !plain.Failed())
+      n = (n + 1) % kCalls;
+    Take(Calls()[n]);
   }
 
-  void Take(std::size_t n) {
-    std::size_t nCalls = 0;
-    const Call& call = Calls(nCalls)[n];
+  void Take(const Call& call) {
+    static const char* const kRaw[] = {"null", "[1,{\"a\":[]}]", "{}", "-1.5e3", "\"\\u0041\""};
     world.diary.Note("writer", nNumber, call.szName);
     if (plain.Depth() == 0 && (call.cPlain == '{' || call.cPlain == '[')) ++nTopLevel;
-    Argument argument;
+    Argument argument{0, "", random.Of(kRaw)};
     for (std::uint32_t nWords = random.Below(5); nWords > 0; --nWords)
       argument.nBits = argument.nBits << 16 | random.Below(0x10000);
-    (this->*call.prepare)(argument);
+    argument.strText.resize(random.OneIn(20) ? world.Size() : random.Below(20));
+    for (char& c : argument.strText)
+      c = static_cast<char>(random.Below(256));
     if (random.OneIn(8)) {
       *pWriter = JSON::Serialize(*pWriter);  // no room to spare
       for (long nBefore = 0; !Succeeds(call, argument, nBefore); ++nBefore) {
@@ -156,12 +141,12 @@ class WriterLife : public Life {
       call.apply(*pWriter, argument);
     }
     const CountedMemory::Aside aside;
-    plain.Apply({call.cPlain, argument.strText});
+    plain.Apply({call.cPlain, call.text(argument)});
     Expect(pWriter->String() == plain.String(), "the text of the plain writer");
   }
 
   // The call, with memory for nBefore allocations. A failure leaves no trace.
-  bool Succeeds(const Call& call, const Argument& argument, long nBefore) {
+  bool Succeeds(const Call& call, A argument, long nBefore) {
     CountedMemory::FailAfter(nBefore);
     try {
       call.apply(*pWriter, argument);
