@@ -6,7 +6,7 @@
 #include <exception>
 
 #include "fuzz/common/Fuzz.h"
-#include "tests/support/lives/ParamsLife.h"
+#include "tests/support/PlainParams.h"
 
 namespace {
 
@@ -32,11 +32,12 @@ void ReadText(const std::string& text) {
 }
 
 void Build(std::string_view input) {
-  Support::World world{Support::Random(input), 60};
-  Support::ParamsLife life(world);
-  while (!world.random.UsedUp())
-    Fuzz::ExpectNone(life.Step());
-  Fuzz::ExpectNone(life.CheckAll());
+  Support::Random random(input);
+  Plain::Built built;
+  while (!random.UsedUp()) {
+    built.Step(random);
+    Fuzz::ExpectNone(built.Difference());
+  }
 }
 
 }  // namespace

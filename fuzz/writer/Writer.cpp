@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "fuzz/common/Fuzz.h"
-#include "tests/support/lives/WriterLife.h"
+#include "tests/support/PlainWriter.h"
 
 namespace {
 
@@ -22,11 +22,18 @@ std::string WithoutUtf8(std::string strText) {
 }  // namespace
 
 void Fuzz::Run(std::string_view input) {
-  Support::World world{Support::Random(input), 300};
-  Support::WriterLife life(world);
-  while (!world.random.UsedUp())
-    ExpectNone(life.Step());
-  ExpectNone(life.CheckAll());
-  const std::string strText = life.OneText();
-  Expect(strText.empty() || nlohmann::json::accept(WithoutUtf8(strText)), "the text is valid JSON");
+  Support::Random random(input);
+  JSON::Serialize writer(static_cast<int>(random.Below(3)) * 64);
+  Plain::Writer model;
+  int nTopLevel = 0;  // containers opened outside of all others
+  while (!random.UsedUp() || model.Depth() != 0) {
+    const Plain::Call call =
+        random.UsedUp() ? Plain::Closing(model) : Plain::SomeCall(random, model);
+    if (model.Depth() == 0 && (call.cCall == '{' || call.cCall == '[')) ++nTopLevel;
+    Plain::Apply(writer, call);
+    model.Apply(call);
+    ExpectEqual(writer.String(), model.String(), "the text of the plain writer");
+  }
+  Expect(model.Failed() || nTopLevel != 1 || nlohmann::json::accept(WithoutUtf8(writer.String())),
+         "the text is valid JSON");
 }

@@ -6,13 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <stdexcept>
 #include <string>
 #include <utility>
-#include <vector>
 
-#include "tests/support/Random.h"
 #include "tests/support/Values.h"
 
 namespace {
@@ -58,49 +55,6 @@ TEST(JsonArray, LooksUpNullsAndBoundsByRule) {
   EXPECT_EQ(array.OrdinalOf("", -1), 3);
 }
 
-// Names of 0 to 19 bytes from few letters and NULs: many are equal, many only up to a NUL, and many
-// in their first 16 bytes, some behind what all have in common. The index is brought up to date now
-// and then, and asked each time.
-void ExpectNamesFound(Support::Random& random, std::size_t nNames) {
-  constexpr std::size_t kFew = 100;  // more are sorted by their bytes, when many are new
-  static const std::string kCommon[] = {"", "common", {"c\0", 2}};
-  const std::string& strCommon = random.Of(kCommon);
-  std::vector<std::string> vNames(nNames);
-  ObjectValue object(0);
-  const auto expectFound = [&](const std::string& name) {
-    const auto first = std::find_if(vNames.begin(), vNames.end(), [&](const std::string& other) {
-      return other.size() == name.size() &&
-             std::strncmp(other.data(), name.data(), name.size()) == 0;
-    });
-    ASSERT_EQ(object.OrdinalOf(name.data(), static_cast<int>(name.size())), first - vNames.begin());
-  };
-  for (std::string& name : vNames) {
-    name.assign(random.Below(20), 'a');
-    for (int i = 0; i < 4 && !name.empty(); ++i)
-      name[random.Below(name.size())] = "\xE4z"[random.Below(3)];
-    name.insert(0, strCommon);
-    UnsafeJSONValue value = ValueOf(name);
-    object.AddName(value);
-    object.AddValue(value);
-    if (!random.OneIn(nNames > kFew ? 1000 : 3)) continue;
-    object.Sort();
-    const auto& index = std::as_const(object.vNameMap);
-    ASSERT_TRUE(std::is_sorted(index.begin(), index.end(), ObjectValue::NameMap::Less));
-    ASSERT_NO_FATAL_FAILURE(expectFound(name));
-  }
-  object.Sort();
-  for (std::size_t i = 0; i < vNames.size(); ++i) {
-    ASSERT_NO_FATAL_FAILURE(expectFound(vNames[i]));
-    ASSERT_EQ(object.NameAt(static_cast<int>(i)), vNames[i].data());
-  }
-}
-
-TEST(JsonNameOrder, FindsTheFirstOfEachNameAmongMany) {
-  Support::Random random(1);
-  for (int i = 0; i < 300; ++i)
-    ASSERT_NO_FATAL_FAILURE(ExpectNamesFound(random, i < 8 ? 1500 : 24 + random.Below(40)));
-}
-
 // Rows that repeat the names of the row before them refer to one index, until one of them changes.
 TEST(JsonShapes, ShareTheNamesOfRowsThatRepeatThem) {
   static const struct {
@@ -142,7 +96,6 @@ TEST(JsonSequence, TakesOneOfItsOwnElementsOnceMore) {
   for (int i = 0; i < 30; ++i)
     array.AddValue(*array.GetByOrdinal(i));
   EXPECT_EQ(array.vValues.at(31).pText, array.vValues.at(1).pText);
-  EXPECT_EQ(array.vValues.rbegin()->pText, array.vValues.at(31).pText);
   EXPECT_THROW(array.vValues.at(32), std::out_of_range);
 }
 

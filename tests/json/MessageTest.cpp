@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "json/Items.h"
+#include "tests/support/CountedMemory.h"
 #include "tests/support/Values.h"
 
 namespace {
@@ -115,6 +116,55 @@ TEST(JsonMessage, CopiesShareNamesAsTheirSourceDoes) {
               R"({"id0":"changed","in":{"x":[2],"a0":"yyyyyyyyyyyyyyyy","new":1}})");
     EXPECT_EQ(Written(copy[199]), strRow);
     EXPECT_EQ(Written(source), strText);
+  }
+}
+
+// Whatever a message was used for, again and again for a little more, takes what the last two
+// contents take, and two small texts later nothing of it is kept.
+TEST(JsonMessage, TakesNoMoreMemoryTheLongerItIsUsed) {
+  const struct {
+    const char* szName;
+    void (*use)(Message& message, int n);
+    std::size_t nBytes;  // that each `n` may take
+  } kUses[] = {
+      {"updates far behind the end",
+       [](Message& m, int n) {
+         m.Parse("[]");
+         m.Set(n, 1);
+       },
+       sizeof(JSON::UnsafeJSONValue)},
+      {"copies",
+       [](Message& m, int n) {
+         Message source;
+         source.Set(n, 1);
+         source.CopyTo(m);
+       },
+       sizeof(JSON::UnsafeJSONValue)},
+      {"texts", [](Message& m, int n) { m.Parse(("[]" + std::string(n * 40U, ' ')).c_str()); }, 40},
+      {"members that come and go",
+       [](Message& m, int n) {
+         m.Parse("{}");
+         for (int i = 0; i < n / 10; ++i)
+           m.Set(("s" + std::to_string(i % 40)).c_str(), "a text of more than sixteen bytes");
+         m.pComposite->Clear();
+       },
+       1},
+  };
+  for (const auto& test : kUses) {
+    SCOPED_TRACE(test.szName);
+    Message message;
+    const auto idle = [&message] {
+      message.Parse("[]");
+      message.Parse("[]");
+      return CountedMemory::Live();
+    };
+    const std::size_t nBefore = idle();
+    constexpr int kSize = 50000;
+    for (int i = 0; i < 12; ++i) {
+      test.use(message, kSize + i);
+      EXPECT_LE(CountedMemory::Live(), nBefore + 8 * kSize * test.nBytes + 65536);
+    }
+    EXPECT_LE(idle(), nBefore + 65536);
   }
 }
 

@@ -21,7 +21,7 @@ using JSON::ObjectValue;
 using JSON::UnsafeJSONValue;
 
 // An object that is built, and whose names are changed, in all ways that a host has; and what its
-// names are, by ordinal. Some are equal, and some only up to a NUL.
+// names are, by ordinal. Many are equal, or only up to a NUL, or in their first 16 bytes.
 class Growing {
  public:
   explicit Growing(std::uint64_t nSeed) : random(nSeed) {}
@@ -37,19 +37,27 @@ class Growing {
     vNames.push_back("new" + std::to_string(vNames.size()));
     object.UpdateByName(vNames.back().c_str(), "2", JSON::jtInteger);
   }
+  void Add() {
+    texts.push_back(Name());
+    UnsafeJSONValue name = Support::ValueOf(texts.back());
+    object.AddName(name);
+    object.AddValue(name);
+    vNames.push_back(texts.back());
+  }
+  // Lookups come only after one of the three.
   void AddByHand() {
-    for (std::uint32_t n = random.OneIn(4) ? 20 : 1; n > 0; --n) {
-      texts.push_back(Name());
-      UnsafeJSONValue name = Support::ValueOf(texts.back());
-      object.AddName(name);
-      object.AddValue(name);
-      vNames.push_back(texts.back());
-    }
-    // Lookups come only after one of these.
+    for (std::uint32_t n = random.OneIn(4) ? 20 : 1; n > 0; --n)
+      Add();
     const std::uint32_t nHow = random.Below(3);
     if (nHow == 0) object.bSorted = false;
     if (nHow == 1) object.Sort();
     if (nHow == 2) SetNew();
+  }
+  // More than a few are sorted by their bytes, when many are new.
+  void AddMany() {
+    for (std::uint32_t n = random.Below(1500); n > 0; --n)
+      Add();
+    object.Sort();
   }
   void Sort() { object.Sort(); }
   void LoseOrder() { object.bSorted = false; }
@@ -83,7 +91,7 @@ class Growing {
     for (std::size_t i = 0; i < vNames.size(); ++i) {
       const char* const pName = object.NameAt(static_cast<int>(i));
       for (std::string& text : texts) {
-        if (pName != text.data() || random.OneIn(2)) continue;
+        if (pName != text.data() || text.empty() || random.OneIn(2)) continue;
         if (random.OneIn(2)) object.bSorted = false;
         if (random.OneIn(2)) SetNew();
         object.OrdinalOf("n1", -1);
@@ -97,16 +105,15 @@ class Growing {
 
   void Check() {
     for (int i = 0; i < 8; ++i) {
-      std::string name = i < 3 ? NameOfLate() : Name();
-      if (name.find('\0') != std::string::npos) name.back() = 'z';
+      std::string name = i < 3 && !vNames.empty() ? LateName() : Name();
+      if (name.find('\0') != std::string::npos && random.OneIn(2)) name.back() = 'z';
       ASSERT_EQ(object.OrdinalOf(name.data(), static_cast<int>(name.size())), First(name));
       ASSERT_TRUE(object.bSorted || vNames.size() > kFew) << "few names are in order for a lookup";
     }
     ASSERT_EQ(static_cast<std::size_t>(object.Size()), vNames.size());
     if (!object.bSorted && !random.OneIn(9)) return;
     for (std::size_t i = 0; i < vNames.size(); ++i)
-      ASSERT_EQ(
-          std::strncmp(object.NameAt(static_cast<int>(i)), vNames[i].data(), vNames[i].size()), 0);
+      ASSERT_TRUE(Equal(object.NameAt(static_cast<int>(i)), vNames[i]));
     const auto& names = std::as_const(object.vNameMap);
     ASSERT_TRUE(std::is_sorted(names.begin(), names.end(), ObjectValue::NameMap::Less));
   }
@@ -117,19 +124,21 @@ class Growing {
   static constexpr std::size_t kFew = 12;  // names that a lookup sorts
 
   std::string Name() {
-    std::string name =
-        (random.OneIn(2) ? "n" : "a_long_beginning_") + std::to_string(random.Below(60));
+    static const std::string kBegins[] = {"", "n", "a_long_beginning_", {"c\0", 2}};
+    std::string name = random.Of(kBegins) + std::to_string(random.Below(60));
+    if (random.OneIn(4)) name[random.Below(name.size())] = "\xE4z"[random.Below(3)];
     if (random.OneIn(6)) name.append(1 + random.Below(2), '\0').append(random.OneIn(2) ? "x" : "y");
     return name;
   }
-  std::string NameOfLate() {
-    if (vNames.empty()) return Name();
+  std::string LateName() {
     return vNames[vNames.size() - 1 - random.Below(std::min(vNames.size(), kFew))];
+  }
+  static bool Equal(const char* pName, const std::string& name) {
+    return std::strncmp(pName, name.data(), name.size()) == 0;
   }
   int First(const std::string& name) const {
     const auto it = std::find_if(vNames.begin(), vNames.end(), [&](const std::string& other) {
-      return other.size() == name.size() &&
-             std::strncmp(other.data(), name.data(), name.size()) == 0;
+      return other.size() == name.size() && Equal(other.data(), name);
     });
     return it != vNames.end() ? static_cast<int>(it - vNames.begin()) : -1;
   }
@@ -142,9 +151,9 @@ class Growing {
 TEST(NameFinder, FindsNamesWhileTheyAreAddedAndChanged) {
   using Step = void (Growing::*)();
   static constexpr Step kMostly[] = {&Growing::Set, &Growing::Set, &Growing::AddByHand};
-  static constexpr Step kNowAndThen[] = {&Growing::Sort,   &Growing::LoseOrder, &Growing::Rename,
-                                         &Growing::Rename, &Growing::Overwrite, &Growing::Clear,
-                                         &Growing::Refill};
+  static constexpr Step kNowAndThen[] = {&Growing::Sort,      &Growing::LoseOrder, &Growing::Rename,
+                                         &Growing::Rename,    &Growing::Clear,     &Growing::Refill,
+                                         &Growing::Overwrite, &Growing::AddMany};
   for (std::uint64_t nSeed = 1; nSeed <= 60; ++nSeed) {
     SCOPED_TRACE("seed " + std::to_string(nSeed));
     Growing growing(nSeed);

@@ -64,14 +64,12 @@ void ExpectLikeSnprintf(char* (*toStr)(Number, char*, int), const char* szFormat
       ASSERT_EQ(pText[nSize - 1], '\0') << szText;
     }
   }
-  for (const int nSize : {0, -1, INT_MIN}) {
-    EXPECT_EQ(toStr(vValues.back(), buffer.Place("?"), nSize), nullptr);
-    EXPECT_EQ(buffer.view(), "?");
-  }
+  for (const int nSize : {0, -1, INT_MIN})
+    EXPECT_TRUE(toStr(vValues.back(), buffer.Place("?"), nSize) == nullptr && buffer.view() == "?");
 }
 
 template <typename Integer>
-void ExpectLikeSnprintf(char* (*toStr)(Integer, char*, int), const char* szFormat, int nHoldsAll) {
+void ExpectAll(char* (*toStr)(Integer, char*, int), const char* szFormat, int nHoldsAll) {
   std::vector<Integer> vValues;
   for (const std::uint64_t n : Magnitudes())
     vValues.push_back(static_cast<Integer>(n));
@@ -79,11 +77,11 @@ void ExpectLikeSnprintf(char* (*toStr)(Integer, char*, int), const char* szForma
 }
 
 TEST(Numbers, IntegersEqualSnprintf) {
-  ExpectLikeSnprintf<int>(IntToStr, "%d", 12);
-  ExpectLikeSnprintf<long>(LongToStr, "%ld", sizeof(long) == 8 ? 21 : 12);
-  ExpectLikeSnprintf<unsigned long>(UnsignedLongToStr, "%lu", sizeof(long) == 8 ? 21 : 11);
-  ExpectLikeSnprintf<long long>(Long64ToStr, "%lld", 21);
-  ExpectLikeSnprintf<unsigned long long>(UnsignedLong64ToStr, "%llu", 21);
+  ExpectAll<int>(IntToStr, "%d", 12);
+  ExpectAll<long>(LongToStr, "%ld", sizeof(long) == 8 ? 21 : 12);
+  ExpectAll<unsigned long>(UnsignedLongToStr, "%lu", sizeof(long) == 8 ? 21 : 11);
+  ExpectAll<long long>(Long64ToStr, "%lld", 21);
+  ExpectAll<unsigned long long>(UnsignedLong64ToStr, "%llu", 21);
 }
 
 double WithBits(std::uint64_t n) {

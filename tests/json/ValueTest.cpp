@@ -54,6 +54,7 @@ TEST(JsonValue, ReadsNumbersAsTheCLibraryDoes) {
         UnsafeJSONValue value = ValueOf(buffer.view(), JSON::jtInteger);
         value.nLength = nLength;
         ExpectReads(value, dInteger, dInteger != 0);
+        EXPECT_EQ(value.AsLong64(), nInteger);
         EXPECT_EQ(Written(value), strText.substr(0, strText.find_first_not_of("+-0123456789")));
         value.eType = JSON::jtDouble;
         ExpectReads(value, dReal, dReal != 0);
@@ -81,21 +82,52 @@ TEST(JsonValue, ReadsTheOtherTypesByWhatTheySay) {
   for (const auto& c : cases) {
     UnsafeJSONValue value = ValueOf(c.text, c.type);
     ExpectReads(value, c.nExpected, c.bExpected);
+    EXPECT_EQ(value.AsLong64(), c.nExpected);
     value.nLength = 0;  // as a host leaves it
     ExpectReads(value, c.nExpected, c.bExpected);
   }
 }
 
+TEST(JsonValue, ReadsIntegersOfSixtyFourBitsAndRealsWithoutLimit) {
+  const struct {
+    JSON::Type eType;
+    std::string text;
+    long long nLong64;
+    double real;
+  } kCases[] = {
+      {JSON::jtInteger, "-0", 0, -0.0},
+      {JSON::jtInteger, "+12", 12, 12.0},
+      {JSON::jtInteger, "0x10", 0, 0.0},  // as a failed text may leave it
+      {JSON::jtInteger, "-9007199254740993", -9007199254740993LL, -9007199254740992.0},
+      {JSON::jtInteger, "9223372036854775808", LLONG_MAX, 9223372036854775808.0},
+      {JSON::jtInteger, "-9223372036854775809", LLONG_MIN, -9223372036854775808.0},
+      {JSON::jtInteger, "-" + std::string(400, '9'), LLONG_MIN, -HUGE_VAL},
+      {JSON::jtDouble, "-2.99", -2, -2.99},
+      {JSON::jtDouble, "9223372036854775808e0", LLONG_MAX, 9223372036854775808.0},
+      {JSON::jtDouble, "-9.3e18", LLONG_MIN, -9.3e18},
+      {JSON::jtDouble, "1e999", LLONG_MAX, HUGE_VAL},
+      {JSON::jtBoolean, "true", 1, 1.0},
+      {JSON::jtString, "12", 0, 0.0},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.text);
+    const std::string strText = c.text + ']';
+    const UnsafeJSONValue value = ValueOf(strText.c_str(), c.eType);
+    EXPECT_EQ(value.AsLong64(), c.nLong64);
+    EXPECT_EQ(value.AsReal(), c.real);
+    EXPECT_EQ(std::signbit(value.AsReal()), std::signbit(c.real));
+  }
+  EXPECT_EQ(ValueOf("nan", JSON::jtDouble).AsLong64(), 0);
+  EXPECT_EQ(JSONValue(JSON::jtInteger).AsReal(), 0.0);  // without text
+}
+
 TEST(JsonValue, AnswersLookupsInScalarsWithTheEmptyValues) {
   UnsafeJSONValue scalar = ValueOf("text");
   EXPECT_EQ(scalar.Size(), 0);
-  EXPECT_EQ(&scalar["text"], &JSONValue::NonConstNone());
-  EXPECT_EQ(&scalar[0], &JSONValue::NonConstNone());
-  EXPECT_EQ(&std::as_const(scalar)["text"], &JSONValue::None());
-  EXPECT_EQ(&std::as_const(scalar)[0], &JSONValue::None());
-}
-
-TEST(JsonValue, KeepsTheEmptyValuesEmpty) {
+  EXPECT_TRUE(&scalar["text"] == &JSONValue::NonConstNone());
+  EXPECT_TRUE(&scalar[0] == &JSONValue::NonConstNone());
+  EXPECT_TRUE(&std::as_const(scalar)["text"] == &JSONValue::None());
+  EXPECT_TRUE(&std::as_const(scalar)[0] == &JSONValue::None());
   JSONValue& none = JSONValue::NonConstNone();
   none.InternalUpdateValue("x");
   EXPECT_EQ(&none.Set("a", 1), &JSONValue::None());

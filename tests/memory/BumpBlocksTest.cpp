@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstring>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -53,23 +55,34 @@ TEST(BumpBlocks, GiveEachPieceItsOwnBytes) {
 TEST(BumpBlocks, KeepTheirBlocksForOneTime) {
   const std::size_t nBefore = CountedMemory::Live();
   BumpBlocks blocks(nullptr, 0);
-  const auto fill = [&blocks](std::size_t nPieces) {
-    for (std::size_t i = 0; i < nPieces; ++i) {
+  const auto used = [&](std::size_t nPieces) {
+    blocks.Reset();
+    EXPECT_EQ(blocks.Footprint(), 0u);
+    for (std::size_t i = 0; i < nPieces; ++i)
       blocks.Allocate(1000);
-    }
+    return CountedMemory::Live() - nBefore;
   };
-  fill(1000);
-  const std::size_t nFull = CountedMemory::Live() - nBefore;
+  const std::size_t nFull = used(1000);
+  EXPECT_EQ(used(1000), nFull) << "the same blocks again";
+  used(1);
+  EXPECT_LT(used(1), nFull / 2) << "what one time did not need is gone the next";
+  used(1000);
   blocks.Reset();
-  EXPECT_EQ(blocks.Footprint(), 0u);
-  fill(1000);
-  EXPECT_EQ(CountedMemory::Live() - nBefore, nFull) << "the same blocks again";
-  blocks.Reset();
-  fill(1);
-  blocks.Reset();
-  fill(1);
-  EXPECT_LT(CountedMemory::Live() - nBefore, nFull / 2)
-      << "what one time did not need is gone the next";
+  constexpr std::size_t kLarge = (std::size_t{1} << 21) - 4096;  // no kept block will do
+  blocks.Allocate(kLarge);
+  EXPECT_LT(CountedMemory::Live() - nBefore, kLarge + nFull / 2) << "the others have gone";
+}
+
+// Where there is no room for what a block usually has, there may be for what is needed.
+TEST(BumpBlocks, AskForLessWhenMemoryRunsOut) {
+  BumpBlocks blocks(nullptr, 0);
+  for (int i = 0; i < 1000; ++i)
+    blocks.Allocate(1000);
+  CountedMemory::FailAbove(20000);
+  for (int i = 0; i < 100; ++i)
+    EXPECT_NE(blocks.Allocate(10000), nullptr);
+  EXPECT_TRUE(CountedMemory::StopFailing());
+  EXPECT_THROW(blocks.Allocate(SIZE_MAX - 8), std::bad_alloc);
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 // a new object with the first allocation failing, then with the second, and so on until it
 // succeeds. After each failure the object is as its header says, the operation can be done again
 // with the result of a first success, and in the end nothing is left allocated. (The
-// streaming writer runs out of memory in its life; see tests/lives.)
+// streaming writer's test lets memory run out, too.)
 //
 // What it found when it was new: a parse out of memory kept objects with members but without their
 // names, so that the next name set there led to another member's value; a message that could not be
@@ -15,7 +15,7 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstdint>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <new>
@@ -26,6 +26,7 @@
 #include "json/JSON.h"
 #include "params/CParamsX.h"
 #include "recordset/QXRecordSet.h"
+#include "recordset/RS.h"
 #include "recordset/Rows.h"
 #include "tests/support/CountedMemory.h"
 #include "tests/support/PlainLoad.h"
@@ -61,21 +62,21 @@ void ExpectSurvived(const std::vector<Operation<Object>>& operations, Make make,
     const std::unique_ptr<Object> pDone = make();
     operation.run(*pDone);
     const std::string strAfter = picture(*pDone);
-    bool bDone = false;
     bool bFailed = true;
-    for (int nBefore = 0; !bDone || bFailed; ++nBefore) {
+    for (int nBefore = 0; bFailed; ++nBefore) {
       SCOPED_TRACE("allocation " + std::to_string(nBefore));
       const std::size_t nLive = CountedMemory::Live();
       {
         const std::unique_ptr<Object> pObject = make();
+        bool bDone = true;
+        CountedMemory::FailAfter(nBefore);
         try {
-          bDone = false;
-          CountedMemory::FailAfter(nBefore);
           operation.run(*pObject);
-          bDone = true;
         } catch (const std::bad_alloc&) {
+          bDone = false;
         }
         bFailed = CountedMemory::StopFailing();
+        EXPECT_TRUE(bDone || bFailed);
         const std::string strLeft = picture(*pObject);
         if (operation.left != Left::kOther) {
           EXPECT_TRUE(strLeft == (bDone ? strAfter : strBefore) ||
@@ -143,21 +144,6 @@ const std::string kOther = Text("a mark that is longer than the one before, and 
 const std::string kBroken = kOther.substr(0, kOther.size() - 1) + ',' + kOther.substr(1, 900);
 const std::string kLong(5000, 'l');
 
-// As a host does it, with containers of its own.
-void ParseByHand(Message& message) {
-  std::string strText = kOther;
-  JSON::ParseContext context = Support::Context(strText.data(), strText.size());
-  JSON::ArrayValue array(2);
-  JSON::Parser::ParseJSONValue(context, array);
-  context.pCursor = context.pStart + 8;  // the rows, no longer as they were
-  JSON::Parser::ParseArray(context, array);
-  JSON::ObjectValue object(3);
-  Support::ObjectIn(message).CopyTo(object, 0);
-  JSON::UnsafeJSONValue name = Support::ValueOf("n");
-  object.AddName(name);
-  object.AddValue(name);
-}
-
 void ParseInPlace(Message& message) {
   std::string strText = kOther;
   message.bInPlace = true;
@@ -183,36 +169,28 @@ JSON_HANDLE HandleOf(Message& message) { return reinterpret_cast<JSON_HANDLE>(&m
 
 // The hash table of 31 names has to grow for another one, the names and values do not.
 TEST(ExhaustedMemory, FindsNamesWithoutATableOfAll) {
-  constexpr int kFirst = 30;
-  constexpr int kUntil = 37;
-  constexpr int kLast = 80;
-  std::vector<std::string> vNames;
-  for (int i = 0; i < kLast; ++i)
-    vNames.push_back("name" + std::to_string(i));
   JSON::ObjectValue object;
-  const auto set = [&](int i) {
-    object.UpdateByName(vNames[static_cast<std::size_t>(i)].c_str(), "1", JSON::jtInteger);
+  const auto nameOf = [](int i) { return "name" + std::to_string(i); };
+  const auto set = [&](int nFirst, int nEnd) {
+    for (int i = nFirst; i < nEnd; ++i)
+      object.UpdateByName(nameOf(i).c_str(), "1", JSON::jtInteger);
   };
-  const auto find = [&](int i) {
-    return object.OrdinalOf(vNames[static_cast<std::size_t>(i)].c_str(), -1);
+  const auto expect = [&](int nCount) {
+    for (int i = 0; i <= nCount; ++i)
+      EXPECT_EQ(object.OrdinalOf(nameOf(i).c_str(), -1), i < nCount ? i : -1);
   };
-  for (int i = 0; i < kFirst; ++i)
-    set(i);
+  set(0, 30);
   EXPECT_EQ(object.OrdinalOf("nothing", -1), -1);  // the place of none of those that follow
-  JSON::UnsafeJSONValue name = Support::ValueOf(vNames[kFirst]);
+  const std::string strByHand = nameOf(30);
+  JSON::UnsafeJSONValue name = Support::ValueOf(strByHand);
   object.AddName(name);
   object.AddValue(name);
   CountedMemory::FailAbove(900);
-  for (int i = kFirst; i < kUntil; ++i)
-    set(i);
-  for (int i = 0; i <= kUntil; ++i)
-    EXPECT_EQ(find(i), i < kUntil ? i : -1);
+  set(30, 37);
+  expect(37);
   EXPECT_TRUE(CountedMemory::StopFailing());
-  for (int i = 0; i < kLast; ++i)
-    set(i);
-  EXPECT_EQ(object.Size(), kLast);
-  for (int i = 0; i < kLast; ++i)
-    EXPECT_EQ(find(i), i);
+  set(0, 80);
+  expect(80);
 }
 
 TEST(ExhaustedMemory, LeavesDocumentsWhole) {
@@ -224,7 +202,6 @@ TEST(ExhaustedMemory, LeavesDocumentsWhole) {
       {"parse what is refused", [](Message& m) { m.Parse((kLong + kOther).c_str()); },
        Left::kOrEmpty},
       {"parse in place", ParseInPlace, Left::kOther},
-      {"parse by hand", ParseByHand},
       {"parse by a handle", [](Message& m) { JSON_ParseMessage(HandleOf(m), kOther.c_str()); },
        Left::kOrEmpty},
       {"assign", [&](Message& m) { m = other; }, Left::kOrEmpty},
@@ -235,14 +212,12 @@ TEST(ExhaustedMemory, LeavesDocumentsWhole) {
       {"set a name beside shared ones", [](Message& m) { m["rows"][2].Set("d", kLong.c_str()); }},
       {"set behind the end", [](Message& m) { m["texts"].Set(100, 2.5); }},
       {"set in a scalar", [](Message& m) { m["rows"][1]["a"].Set("n", "v"); }},
-      {"set an ordinal in a scalar", [](Message& m) { m["many"]["mark"].Set(9, 7UL); }},
       {"set to its own text", [](Message& m) { m["many"].Set("mark", m["rows"][0]["new"].pText); }},
       {"rename", [](Message& m) { Support::ObjectIn(m["rows"][1]).vNameMap[0].UpdateName("0"); }},
       {"replace a text", [](Message& m) { m["many"]["mark"].InternalUpdateValue(kLong.c_str()); }},
       {"set a new name among many", [](Message& m) { m["many"].Set("another", 1); }},
       {"look up among many names", [](Message& m) { m.Path("many.zzz.0"); }},
       {"look up by text", [](Message& m) { m["built"].pComposite->OrdinalOf("x", -1); }},
-      {"look up by a handle", [](Message& m) { JSON_GetPathAsInt(HandleOf(m), "many.zzz"); }},
       {"write", Write},
       {"make a handle", [](Message&) { JSON_FreeMessage(JSON_AllocMessage()); }},
       {"escape into a buffer", EscapeIntoABuffer},
@@ -352,6 +327,80 @@ TEST(ExhaustedMemory, LeavesRecordsWhole) {
     return pRecord;
   };
   ExpectSurvived(operations, make, Plain::Picture);
+}
+
+// ---- The flat interface of record sets ----------------------------------------------------------
+
+struct FlatSet {
+  ~FlatSet() { RS_Free(set); }
+  RS_HANDLE set = RS_Alloc();
+};
+
+// A function fails by its value, without an exception, and its record set knows why. (A stream
+// tells its own failures, and an object that cannot be made has none.)
+Operation<FlatSet> Call(const char* szName, const std::function<bool(RS_HANDLE)>& call) {
+  return {szName, [call](FlatSet& flat) {
+            if (call(flat.set)) return;
+            const char* const szWhy = RS_Error(flat.set);
+            EXPECT_TRUE(*szWhy == '\0' || std::strcmp(szWhy, "memory is exhausted") == 0);
+            throw std::bad_alloc();
+          }};
+}
+
+bool Freed(RS_HANDLE made) {
+  RS_Free(made);
+  return made != nullptr;
+}
+
+bool Exported(RS_HANDLE set) {
+  ArrowSchema schema;
+  ArrowArray array;
+  if (RS_ExportRows(set, 1, 2, &schema, &array) == 0) return false;
+  schema.release(&schema);
+  array.release(&array);
+  return true;
+}
+
+bool Streamed(RS_HANDLE set) {
+  ArrowArrayStream stream;
+  if (RS_ExportStream(set, 1, &stream) == 0) return false;
+  const FlatSet other;
+  if (other.set != nullptr) return RS_ImportStream(other.set, &stream) == 1;
+  stream.release(&stream);
+  return false;
+}
+
+TEST(ExhaustedMemory, IsAnErrorValueOfTheFlatInterface) {
+  static const std::string strRows =
+      R"({"rows":[{"a":1,"b":")" + kLong + R"(","c":{"d":[1,{"e":2.5}]}},{"f":true}]})";
+  const auto make = [] {
+    auto pFlat = std::make_unique<FlatSet>();
+    RS_Load(pFlat->set, strRows.data(), strRows.size(), nullptr);
+    return pFlat;
+  };
+  const auto load = [](RS_HANDLE set) {
+    RS_LoadResult result{};
+    result.size = sizeof result;
+    const bool bLoaded = RS_Load(set, strRows.data(), strRows.size(), &result) == 1;
+    EXPECT_TRUE(result.reason == nullptr && result.lossy_cells == (bLoaded ? 1U : 0U));
+    return bLoaded;
+  };
+  const std::vector<Operation<FlatSet>> operations = {
+      Call("make", [](RS_HANDLE) { return Freed(RS_Alloc()); }),
+      Call("copy", [](RS_HANDLE set) { return Freed(RS_Copy(set)); }),
+      Call("load", load),
+      Call("text", [](RS_HANDLE set) { return RS_Text(set, nullptr) != nullptr; }),
+      Call("set text",
+           [](RS_HANDLE set) { return RS_SetIndexAsString(set, 2, 2, kLong.c_str()) == 1; }),
+      Call("nest", [](RS_HANDLE set) { return RS_SetIndexAsRecordSet(set, 1, 3, set) == 1; }),
+      Call("take out", [](RS_HANDLE set) { return Freed(RS_GetNameAsRecordSet(set, "c", 1)); }),
+      Call("export", Exported),
+      Call("stream", Streamed),
+  };
+  const auto picture = [](const FlatSet& flat) {
+    return std::to_string(RS_RowsCount(flat.set)) + RS_Text(flat.set, nullptr);
+  };
+  ExpectSurvived(operations, make, picture);
 }
 
 // ---- Growth -------------------------------------------------------------------------------------

@@ -1,7 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // Parameter strings: what the reader takes from well-formed and from broken texts, and what the
-// builder does at the edges. Whole sequences of building calls are the business of tests/lives.
+// builder does, at random and at the edges.
 
 #include <gtest/gtest.h>
 
@@ -153,6 +153,17 @@ TEST(ResultCode, IsMinusOneOrZeroWhereThereIsNone) {
   // Texts that only the static reader accepts.
   EXPECT_EQ(CParamsRS::getHRESULT("no separator"), -1);
   EXPECT_EQ(CParamsRS::getHRESULT("10"), 0);
+}
+
+TEST(ParameterBuilder, ReadsBackWhatWentIn) {
+  for (unsigned nSeed = 0; nSeed < 200; ++nSeed) {
+    Support::Random random(nSeed);
+    Plain::Built built;
+    for (int i = 0; i < 60; ++i) {
+      built.Step(random);
+      ASSERT_EQ(random.OneIn(2) ? built.Difference() : "", "") << nSeed << ' ' << i;
+    }
+  }
 }
 
 TEST(ParameterBuilder, AppendsReadyMadeSegments) {

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -30,25 +32,19 @@ std::optional<std::string> Encode(const std::wstring& text) {
 // The Unicode standard's table of well-formed byte sequences: a lead byte allows a range of second
 // bytes; all further bytes lie between 80 and BF.
 bool IsOneWellFormedSequence(const std::string& text) {
-  const struct {
-    int nLeadFirst, nLeadLast, nSecondFirst, nSecondLast;
-    std::size_t nBytes;
-  } rows[] = {
+  // The lead byte's range, that of the second byte, and how many there are.
+  static const unsigned char kRows[][5] = {
       {0x01, 0x7F, 0, 0, 1},       {0xC2, 0xDF, 0x80, 0xBF, 2}, {0xE0, 0xE0, 0xA0, 0xBF, 3},
       {0xE1, 0xEC, 0x80, 0xBF, 3}, {0xED, 0xED, 0x80, 0x9F, 3}, {0xEE, 0xEF, 0x80, 0xBF, 3},
       {0xF0, 0xF0, 0x90, 0xBF, 4}, {0xF1, 0xF3, 0x80, 0xBF, 4}, {0xF4, 0xF4, 0x80, 0x8F, 4}};
   const auto in = [&](std::size_t i, int nFirst, int nLast) {
-    const int nByte = static_cast<unsigned char>(text[i]);
+    const int nByte = i < text.size() ? static_cast<unsigned char>(text[i]) : nFirst;
     return nByte >= nFirst && nByte <= nLast;
   };
-  for (const auto& row : rows) {
-    if (in(0, row.nLeadFirst, row.nLeadLast)) {
-      return text.size() == row.nBytes &&
-             (row.nBytes < 2 || in(1, row.nSecondFirst, row.nSecondLast)) &&
-             (row.nBytes < 3 || in(2, 0x80, 0xBF)) && (row.nBytes < 4 || in(3, 0x80, 0xBF));
-    }
-  }
-  return false;
+  return std::any_of(std::begin(kRows), std::end(kRows), [&](const auto& row) {
+    return text.size() == row[4] && in(0, row[0], row[1]) && in(1, row[2], row[3]) &&
+           in(2, 0x80, 0xBF) && in(3, 0x80, 0xBF);
+  });
 }
 
 TEST(DefaultPortability, AcceptsExactlyTheWellFormedSequences) {

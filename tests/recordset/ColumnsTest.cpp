@@ -19,31 +19,22 @@
 namespace {
 
 using recordset::Column;
-using recordset::ColumnOrder;
-using recordset::Columns;
-using recordset::TextStore;
 using Names = std::vector<std::string>;
 
-Names Numbered(int nCount, const std::string& strPrefix) {
+Names Numbered(int nCount, const std::string& strPrefix, bool bShuffled) {
   Names names;
-  for (int i = 0; i < nCount; ++i) {
+  for (int i = 0; i < nCount; ++i)
     names.push_back(strPrefix + std::to_string(1000 + i));
-  }
-  return names;
-}
-
-Names Shuffled(Names names) {
   Support::Random random(1);
-  for (std::size_t i = names.size(); i > 1; --i) {
+  for (std::size_t i = names.size(); i > 1 && bShuffled; --i)
     std::swap(names[i - 1], names[random.Below(i)]);
-  }
   return names;
 }
 
 struct Fixture {
-  TextStore texts;
-  Columns columns{texts};
-  ColumnOrder order;
+  recordset::TextStore texts;
+  recordset::Columns columns{texts};
+  recordset::ColumnOrder order;
 
   void Reset() {
     texts.Reset();
@@ -54,39 +45,34 @@ struct Fixture {
 
 // Each list crosses the number from which on names are hashed (16), and those where the table
 // grows.
-const struct {
-  const char* szName;
-  Names names;
-} kLists[] = {
-    {"ascending", Numbered(200, "n")},
-    {"mixed", Shuffled(Numbered(200, "n"))},
-    {"of more than a block", Shuffled(Numbered(200, "a name that is longer than sixteen bytes "))},
-    {"with high bytes, escapes, and empty", {"\xFF", "b\"", "", "a\x01", "A", "\x80", "a", "b"}},
+const Names kLists[] = {
+    Numbered(200, "n", false),
+    Numbered(200, "n", true),
+    Numbered(200, "a name that is longer than sixteen bytes ", true),
+    {"\xFF", "b\"", "", "a\x01", "A", "\x80", "a", "b"},
 };
 
 TEST(Columns, FindEveryNameAndNoOther) {
-  for (const auto& [szName, names] : kLists) {
-    SCOPED_TRACE(szName);
+  for (const Names& names : kLists) {
+    SCOPED_TRACE(names[0]);
     Fixture fixture;
-    Columns& columns = fixture.columns;
-    Names sorted;
-    for (int nTime = 0; nTime < 2; ++nTime, fixture.Reset(), sorted.clear()) {
+    recordset::Columns& columns = fixture.columns;
+    for (int nTime = 0; nTime < 2; ++nTime, fixture.Reset()) {
+      Names sorted;
       for (std::size_t i = 0; i < names.size(); ++i) {
-        ASSERT_EQ(columns.Find(names[i]), nullptr);
-        const Column& column = columns.FindOrAdd(names[i]);
-        ASSERT_EQ(column.Index(), i + 1);
-        ASSERT_EQ(column.Name(), names[i]);
-        ASSERT_EQ(column.name.Text()[names[i].size()], '\0');
-        ASSERT_EQ(column.bPlainName, names[i].find_first_of("\"\x01") == std::string::npos);
+        const std::string& name = names[i];
+        ASSERT_EQ(columns.Find(name), nullptr);
+        const Column& column = columns.FindOrAdd(name);
+        ASSERT_TRUE(column.Index() == i + 1 && columns.Count() == i + 1);
+        ASSERT_EQ(std::string(column.name.Text(), name.size() + 1), name + '\0');
+        ASSERT_EQ(column.bPlainName, name.find_first_of("\"\x01") == std::string::npos);
         ASSERT_EQ(&columns.FindOrAdd(names[i / 2]), columns.Find(names[i / 2]));
-        ASSERT_EQ(columns.Count(), i + 1);
-        sorted.push_back(names[i]);
+        sorted.push_back(name);
         if (i % 7 != 0 && i % 50 > 5) continue;  // one by one, and several at a time
         std::sort(sorted.begin(), sorted.end());
         Names listed;
-        for (const Column* const pColumn : fixture.order.Of(columns)) {
+        for (const Column* const pColumn : fixture.order.Of(columns))
           listed.emplace_back(pColumn->Name());
-        }
         ASSERT_EQ(listed, sorted);
       }
       const Column* pColumn = columns.First();
@@ -103,16 +89,16 @@ TEST(Columns, FindEveryNameAndNoOther) {
 // and not when its name is long.
 TEST(Columns, ComeAgainInTheSameOrder) {
   Fixture fixture;
-  Columns& columns = fixture.columns;
+  recordset::Columns& columns = fixture.columns;
   const auto again = [&columns](std::string text) {
     text.append(16, ' ');
     return columns.AddAgain(text.data(), text.data() + text.size());
   };
-  const Names names = Numbered(40, "n");
-  for (const std::string& name : names) {
+  Names names = Numbered(40, "n", false);
+  names.emplace_back("fifteen bytes..");
+  for (const std::string& name : names)
     columns.FindOrAdd(name);
-  }
-  columns.FindOrAdd("fifteen bytes..");
+  names.pop_back();
   EXPECT_EQ(again("n1000\":"), nullptr) << "it is there";
   for (int nTime = 0; nTime < 2; ++nTime) {
     fixture.Reset();
@@ -120,12 +106,10 @@ TEST(Columns, ComeAgainInTheSameOrder) {
     for (const std::string& name : names) {
       EXPECT_EQ(again(name + "\" :"), nullptr) << "no colon behind the quote";
       const Column* const pColumn = again(name + "\":");
-      ASSERT_NE(pColumn, nullptr) << name;
-      EXPECT_EQ(pColumn->Name(), name);
+      ASSERT_TRUE(pColumn != nullptr && pColumn->Name() == name) << name;
       EXPECT_EQ(columns.Find(name), pColumn);
     }
     EXPECT_EQ(again("fifteen bytes..\":"), nullptr);
-    EXPECT_EQ(columns.Count(), names.size());
   }
   fixture.Reset();
   EXPECT_NE(again("n1000\":"), nullptr);
@@ -138,11 +122,10 @@ TEST(ExpectedColumn, IsTheOneThatFollowedTheLastTime) {
   Fixture fixture;
   recordset::ExpectedColumn<Column::kHost> host;
   recordset::ExpectedColumn<Column::kText> text;
-  const Names names = Numbered(30, "n");
-  const Names asked = Shuffled(names);
-  for (const std::string& name : names) {
+  const Names names = Numbered(30, "n", false);
+  const Names asked = Numbered(30, "n", true);
+  for (const std::string& name : names)
     text.Learn(fixture.columns.FindOrAdd(name));
-  }
   for (int nRound = 0; nRound < 3; ++nRound) {
     for (std::size_t i = 0; i < names.size(); ++i) {
       const Column* const pColumn = text.Accept(std::string_view(names[i]));
@@ -154,7 +137,6 @@ TEST(ExpectedColumn, IsTheOneThatFollowedTheLastTime) {
     }
   }
   host.Forget();
-  EXPECT_EQ(host.Get(), nullptr);
   EXPECT_EQ(host.Accept(asked[0].c_str()), nullptr);
 }
 

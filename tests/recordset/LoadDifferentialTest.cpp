@@ -24,6 +24,16 @@ void ExpectAgreement(CQXRecordSet& loaded, CQXRecordSet& walked, const std::stri
 }
 
 TEST(RecordSetLoad, AgreesWithTheTree) {
+  using Support::Kind;
+  static constexpr Kind kKinds[] = {Kind::kRows, Kind::kPrettyRows, Kind::kMixed};
+  static const char* const kNoRows[] = {"5,", "null,", "[{\"a\":1},\"b\"],", "\"x\",", "{},"};
+  static const char* const kNames[] = {"rows",
+                                       "rows",
+                                       "before\":[1], \"rows",
+                                       "r\\u006fws",
+                                       "rows\":5,\"rows",
+                                       "rows\\u0000\":1,\"b\":2,\"rows"};
+  static const char* const kEndings[] = {"}", "}", ",\"behind\":{}}", ",\"rows\":5}"};
   CQXRecordSet loaded;
   CQXRecordSet walked;
   for (int i = 0; i < 60000; i += Support::kStride) {
@@ -33,23 +43,12 @@ TEST(RecordSetLoad, AgreesWithTheTree) {
       loaded.Clear();
       walked.Clear();
     }
-    static constexpr Support::Kind kKinds[] = {Support::Kind::kRows, Support::Kind::kPrettyRows,
-                                               Support::Kind::kMixed};
-    std::string text = author.Document(random.OneIn(30) ? Support::Kind::kDeep : random.Of(kKinds));
+    std::string text = author.Document(random.OneIn(30) ? Kind::kDeep : random.Of(kKinds));
     if (text[0] == '[' && !random.OneIn(20)) {
-      if (random.OneIn(6)) {
-        static const char* const kNoRows[] = {"5,", "null,", "[{\"a\":1},\"b\"],", "\"x\",", "{},"};
-        const std::size_t nSecond = text.find("},{");
+      const std::size_t nSecond = text.find("},{");
+      if (random.OneIn(6))
         text.insert(nSecond == std::string::npos ? 1 : nSecond + 2, random.Of(kNoRows));
-      }
-      static const std::string kNames[] = {"rows",
-                                           "rows",
-                                           "before\":[1], \"rows",
-                                           "r\\u006fws",
-                                           "rows\":5,\"rows",
-                                           "rows\\u0000\":1,\"b\":2,\"rows"};
-      static const char* const kEndings[] = {"}", "}", ",\"behind\":{}}", ",\"rows\":5}"};
-      text = "{\"" + random.Of(kNames) + "\":" + text + random.Of(kEndings);
+      text = std::string("{\"") + random.Of(kNames) + "\":" + text + random.Of(kEndings);
     }
     for (std::uint32_t n = random.OneIn(3) ? random.Below(4) : 0; n != 0; --n)
       author.Damage(text);

@@ -17,8 +17,6 @@
 
 namespace {
 
-// ---- Refusals -----------------------------------------------------------------------------------
-
 struct Refused {
   std::string_view text;
   std::size_t nOffset;
@@ -37,15 +35,10 @@ const Refused kRefused[] = {
     {"\0{}"sv, 0, "a NUL byte ends the text here"},
     {"{", 1, "the text ends inside an object"},
     {"{\"a\":1", 6, "the text ends inside an object"},
-    {"{\"a\":7", 6, "the text ends inside an object"},
     {"{\"a\":-12.5e", 11, "the text ends inside an object"},
-    {"{\"a\": ", 6, "the text ends inside an object"},
-    {"{\"a\":[1", 7, "the text ends inside an array"},
     {"{\"a\":[1, ", 9, "the text ends inside an array"},
-    {"{\"a\":[1,7", 9, "the text ends inside an array"},
     {"{\"a\":[", 6, "the text ends inside an array"},
     {"{\"a\":\"x\"1", 8, "expected ',' or '}'"},
-    {"{\"a\":1 2", 7, "expected ',' or '}'"},
     {"{\"a\":true1", 9, "expected ',' or '}'"},
     {"{\"a\":[1 2]}", 8, "expected ',' or ']'"},
     {"{\"a\":[1}", 7, "expected ',' or ']'"},
@@ -123,60 +116,58 @@ TEST(ParseError, IsToldOfAMessagesOwnTextToo) {
   EXPECT_EQ(message.Error().nLine, 0U);
 }
 
-// ---- Losses -------------------------------------------------------------------------------------
+// The values of a row or object that lose something; `set` has loaded the text.
+struct PlainLosses {
+  CQXRecordSet& set;
+  LoadResult result{};
 
-bool IsLimited(const std::string& digits) {
-  if (digits.empty()) return false;
-  errno = 0;
-  std::strtol(digits.c_str(), nullptr, 10);
-  return errno == ERANGE;
-}
+  std::size_t Values() const {
+    return result.nReals + result.nArrays + result.nCut + result.nLimited;
+  }
 
-std::string TextOf(const JSON::JSONValue& value) {
-  return {value.pText != nullptr ? value.pText : "", static_cast<std::size_t>(value.nLength)};
-}
+  void CountValue(const JSON::JSONValue& value) {
+    const std::string strText(value.pText != nullptr ? value.pText : "",
+                              static_cast<std::size_t>(value.nLength));
+    errno = 0;
+    const bool bInteger = value.eType == JSON::jtInteger && !strText.empty();
+    if (bInteger) static_cast<void>(std::strtol(strText.c_str(), nullptr, 10));
+    result.nLimited += bInteger && errno == ERANGE;
+    result.nReals += value.eType == JSON::jtDouble;
+    result.nArrays += value.eType == JSON::jtArray;
+    result.nCut += value.eType == JSON::jtString && strText.find('\0') != std::string::npos;
+    for (int i = 0; value.eType == JSON::jtObject && i < value.Size(); ++i)
+      CountValue(value[i]);
+  }
 
-void CountValue(LoadResult& result, const JSON::JSONValue& value) {
-  const std::string strText = TextOf(value);
-  result.nReals += value.eType == JSON::jtDouble;
-  result.nArrays += value.eType == JSON::jtArray;
-  result.nCut += value.eType == JSON::jtString && strText.find('\0') != std::string::npos;
-  result.nLimited += value.eType == JSON::jtInteger && IsLimited(strText);
-  for (int i = 0; value.eType == JSON::jtObject && i < value.Size(); ++i)
-    CountValue(result, value[i]);
-}
-
-std::size_t Values(const LoadResult& result) {
-  return result.nReals + result.nArrays + result.nCut + result.nLimited;
-}
-
-void CountRow(LoadResult& result, CQXRecordSet& set, const JSON::JSONValue& row, long lRow) {
-  for (int i = 0; row.eType == JSON::jtObject && i < row.Size(); ++i) {
-    const std::size_t nBefore = Values(result);
-    CountValue(result, row[i]);
-    if (Values(result) == nBefore) continue;
-    if (result.nLossyCells++ == 0) {
+  void CountRow(const JSON::JSONValue& row, long lRow) {
+    for (int i = 0; row.eType == JSON::jtObject && i < row.Size(); ++i) {
+      const std::size_t nBefore = Values();
+      CountValue(row[i]);
+      if (Values() == nBefore || result.nLossyCells++ != 0) continue;
       result.lFirstRow = lRow;
       result.lFirstColumn = set.GetColumnIndex(row.pComposite->NameAt(i));
     }
   }
-}
 
-// What is lost, by a walk over the tree; `set` has loaded the text.
-LoadResult PlainLosses(CQXRecordSet& set, const std::string& text) {
-  LoadResult result;
-  JSON::Message message;
-  result.bLoaded =
-      message.Parse(text.data(), static_cast<int>(text.size())) && message.eType == JSON::jtObject;
-  if (!result.bLoaded) return result;
-  const JSON::JSONValue& rows = message["rows"];
-  if (rows.eType != JSON::jtArray) {
-    CountRow(result, set, message, 1);
-    return result;
+  void Count(const std::string& text) {
+    JSON::Message message;
+    result.bLoaded = message.Parse(text.data(), static_cast<int>(text.size())) &&
+                     message.eType == JSON::jtObject;
+    if (!result.bLoaded) return;
+    const JSON::JSONValue& rows = message["rows"];
+    if (rows.eType != JSON::jtArray) return CountRow(message, 1);
+    for (int i = 0; i < rows.Size() && rows[i].eType != JSON::jtNull; ++i)
+      CountRow(rows[i], i + 1L);
   }
-  for (int i = 0; i < rows.Size() && rows[i].eType != JSON::jtNull; ++i)
-    CountRow(result, set, rows[i], i + 1L);
-  return result;
+};
+
+std::string Counts(const LoadResult& result) {
+  std::string strCounts = result.bLoaded ? "loaded" : "refused";
+  for (const std::size_t n : {result.nLossyCells, static_cast<std::size_t>(result.lFirstRow),
+                              static_cast<std::size_t>(result.lFirstColumn), result.nReals,
+                              result.nArrays, result.nCut, result.nLimited})
+    strCounts += ' ' + std::to_string(n);
+  return strCounts;
 }
 
 TEST(LoadResult, AgreesWithSetStringAndCountsWhatThePlainWalkCounts) {
@@ -196,21 +187,14 @@ TEST(LoadResult, AgreesWithSetStringAndCountsWhatThePlainWalkCounts) {
     const LoadResult result = loaded.Load(text);
     plain.SetString(text);
     ASSERT_EQ(Plain::Picture(loaded), Plain::Picture(plain)) << text;
-    const LoadResult wanted = PlainLosses(plain, text);
-    ASSERT_EQ(result.bLoaded, wanted.bLoaded) << text;
+    PlainLosses wanted{plain};
+    wanted.Count(text);
+    ASSERT_EQ(Counts(result), Counts(wanted.result)) << text;
     ASSERT_EQ(result.bLoaded, result.error.szReason == nullptr);
-    ASSERT_EQ(result.nLossyCells, wanted.nLossyCells) << text;
-    ASSERT_EQ(result.lFirstRow, wanted.lFirstRow) << text;
-    ASSERT_EQ(result.lFirstColumn, wanted.lFirstColumn) << text;
-    ASSERT_EQ(result.nReals, wanted.nReals) << text;
-    ASSERT_EQ(result.nArrays, wanted.nArrays) << text;
-    ASSERT_EQ(result.nCut, wanted.nCut) << text;
-    ASSERT_EQ(result.nLimited, wanted.nLimited) << text;
     nLossy += result.nLossyCells;
     nRefused += result.bLoaded ? 0 : 1;
   }
-  EXPECT_GT(nLossy, 100U);
-  EXPECT_GT(nRefused, 100U);
+  EXPECT_TRUE(nLossy > 100 && nRefused > 100) << nLossy << ' ' << nRefused;
 }
 
 }  // namespace

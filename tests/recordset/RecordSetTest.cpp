@@ -1,7 +1,8 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // What the random tests beside it (LoadDifferentialTest.cpp) and tests/lives do not reach: numbers
-// at the bounds of a long, wide text, the before/after record, and the walk over a parsed object.
+// at the bounds of a long, wide text, the before/after record, memory, and the walk over a parsed
+// object.
 
 #include "recordset/QXRecordSet.h"
 
@@ -9,12 +10,14 @@
 
 #include <climits>
 #include <functional>
+#include <memory>
 #include <string>
 #include <type_traits>
 #include <utility>
 
 #include "json/JSONMessage.h"
 #include "json/JSONSerialize.h"
+#include "tests/support/CountedMemory.h"
 
 namespace {
 
@@ -25,10 +28,9 @@ static_assert(std::has_virtual_destructor_v<CQXRecordSet>);
 TEST(RecordSet, HoldsNumbersWithinTheBoundsOfLong) {
   const std::string strMax = std::to_string(LONG_MAX);
   const std::string strMin = std::to_string(LONG_MIN);
+  const std::string strBounds = "{\"a\":" + strMax + ",\"b\":" + strMin + ",\"c\":" + strMin + "}";
   for (const std::string& beyond : {strMax + '0', std::string(strMax.size(), '9')}) {
     const std::string text = "{\"a\":" + beyond + ",\"b\":-" + beyond + ",\"c\":" + strMin + "}";
-    const std::string strBounds =
-        "{\"a\":" + strMax + ",\"b\":" + strMin + ",\"c\":" + strMin + "}";
     CQXRecordSet set(text);
     EXPECT_EQ(set.GetString(), strBounds);
     set.SetValue("a", beyond.c_str(), 1, CQXRecordSet::QX_LONG);
@@ -38,17 +40,20 @@ TEST(RecordSet, HoldsNumbersWithinTheBoundsOfLong) {
   }
 }
 
-TEST(RecordSet, LoadsItsOwnText) {
-  CQXRecordSet set(R"({"rows":[{"a":"some text"},{"a":"another, long enough to lie outside"}]})");
-  const std::string strText = set.GetString();
-  set.SetString(set.GetStringRef());
-  EXPECT_EQ(set.GetString(), strText);
+TEST(RecordSet, ForgetsItsColumnsWhenItIsCleared) {
+  CQXRecordSet set;
+  set.SetValue("a", 1);
+  set.SetValue("b", 2);
+  set.Clear();
+  EXPECT_EQ(set.AddColumn(""), 1);
+  EXPECT_TRUE(set.GetColumnCount() == 1 && set.GetColumnIndex("a") == -1);
 }
 
 // A text that is asked for again is not built again unless it has changed.
 TEST(RecordSet, TextFollowsEachChange) {
   CQXRecordSet set(R"({"rows":[{"a":1,"b":"x"},{"a":2}]})");
   const std::function<void()> kChanges[] = {
+      [&] { set.SetString(set.GetStringRef()); },
       [&] { set.SetValue("a", 3L, 1); },
       [&] { set.GetValueAsString("b", 2); },  // makes a null cell
       [&] { set.GetValueAsString("b", 1000); },
@@ -82,7 +87,6 @@ TEST(WideText, GoesThereAndBackAndEndsAtANul) {
 
 TEST(BeforeAfterRecord, ConvertsAndCountsWhatItTookOver) {
   CBeforeAfterRecord record;
-  EXPECT_FALSE(record.IsChanged());
   std::string strBefore = "old";
   std::string strAfter = "12 \"text\"";
   record.SetFieldValues("t", strBefore, strAfter);
@@ -91,8 +95,7 @@ TEST(BeforeAfterRecord, ConvertsAndCountsWhatItTookOver) {
   EXPECT_EQ(record.GetString(), R"({"b":true,"l":1,"t":"12 \"text\""})");
   CBeforeAfterRecord other;
   other = static_cast<const CQXRecordSet&>(record);
-  EXPECT_TRUE(other.IsChanged() && other.IsChanged("no column"));
-  EXPECT_EQ(other.GetChangeCount(), 3);
+  EXPECT_TRUE(other.IsChanged() && other.IsChanged("no column") && other.GetChangeCount() == 3);
   long lBefore = 77;
   long lAfter = 78;
   bool bBefore = true;
@@ -100,8 +103,32 @@ TEST(BeforeAfterRecord, ConvertsAndCountsWhatItTookOver) {
   other.GetFieldValues("t", lBefore, lAfter);
   other.GetFieldValues("l", bBefore, bAfter);
   other.GetFieldValuesUTF8("none", strBefore, strAfter);
-  EXPECT_EQ(lAfter, 12);
-  EXPECT_TRUE(bAfter && bBefore && lBefore == 77 && strBefore == "old" && strAfter.empty());
+  EXPECT_TRUE(bAfter && bBefore && lBefore == 77 && lAfter == 12);
+  EXPECT_TRUE(strBefore == "old" && strAfter.empty());
+}
+
+// Nine texts of 7 bytes and an integer of 6 in each row: a cell and its share of the row, the NUL
+// behind a text, and little that lies unused.
+TEST(RecordSetMemory, IsSmallBesideTheTexts) {
+  constexpr double kBytesPerCell = sizeof(void*) == 8 ? 21.5 : 16;
+  for (const int nRows : {1000, 3000, 20000}) {
+    SCOPED_TRACE(std::to_string(nRows) + " rows");
+    std::string text = "{\"rows\":[";
+    for (long i = 1; i <= nRows; ++i) {
+      const std::string n = std::to_string(100000 + i);
+      text += (i > 1 ? ",{\"j\":" : "{\"j\":") + n;
+      for (const char c : std::string("abcdefghi"))
+        text.append(",\"").append(1, c).append("\":\"").append(n).append(1, c).append("\"");
+      text += '}';
+    }
+    text += "]}";
+    const std::size_t nBefore = CountedMemory::Live();
+    auto pSet = std::make_unique<CQXRecordSet>(text);
+    const auto nUsed = static_cast<int>(CountedMemory::Live() - nBefore);
+    EXPECT_LE((nUsed - nRows * (9 * 7 + 6)) / (10.0 * nRows), kBytesPerCell);
+    pSet.reset();
+    EXPECT_EQ(CountedMemory::Live(), nBefore);
+  }
 }
 
 // ---- The walk over a parsed object -------------------------------------------------------------
@@ -115,8 +142,7 @@ TEST(WalkObject, WritesBracesOnlyWhenItIsOutermost) {
   JSON::Serialize inner(0);
   inner.OO().N("first").V(0);
   json_walk_obj(inner, message.GetByName("a", -1), 1);
-  inner.OC();
-  EXPECT_EQ(inner.String(), R"({"first":0,"b":1})");
+  EXPECT_EQ(inner.OC().String(), R"({"first":0,"b":1})");
 }
 
 TEST(WalkObject, GoesAsDeepAsTheTreeAndTakesUpdatedValues) {
@@ -134,8 +160,8 @@ TEST(WalkObject, GoesAsDeepAsTheTreeAndTakesUpdatedValues) {
   pValue->InternalUpdateByName("i", "12:", JSON::jtInteger);
   JSON::Serialize writer(0);
   json_walk_obj(writer, &message, 0);
-  strExpected += "{\"s\":null,\"b\":true,\"i\":12" + std::string(kDeep + 1, '}');
-  EXPECT_EQ(writer.String(), strExpected);
+  EXPECT_EQ(writer.String(),
+            strExpected + "{\"s\":null,\"b\":true,\"i\":12" + std::string(kDeep + 1, '}'));
 }
 
 }  // namespace

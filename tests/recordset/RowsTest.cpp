@@ -19,9 +19,7 @@ namespace {
 
 using recordset::Cell;
 using recordset::Rows;
-
 using Numbers = std::vector<long>;
-using Places = std::vector<std::pair<long, std::uint32_t>>;
 
 Numbers Range(long lFirst, long lLast, long lStep = 1) {
   Numbers numbers;
@@ -30,83 +28,70 @@ Numbers Range(long lFirst, long lLast, long lStep = 1) {
   return numbers;
 }
 
-Places ByRows(const Numbers& rows, const Numbers& columns) {
-  Places places;
-  for (const long lRow : rows) {
-    for (const long lColumn : columns)
-      places.emplace_back(lRow, static_cast<std::uint32_t>(lColumn));
-  }
-  return places;
-}
-
-// Column by column: the rows by turns.
-Places ByColumns(const Numbers& rows, const Numbers& columns) {
-  Places places;
-  for (const auto& [column, row] : ByRows(columns, rows))
-    places.emplace_back(static_cast<long>(row), static_cast<std::uint32_t>(column));
-  return places;
-}
-
-Places Diagonal(const Numbers& numbers) {
-  Places places;
-  for (const long l : numbers)
-    places.emplace_back(l, static_cast<std::uint32_t>(l));
-  return places;
-}
-
-Places operator+(Places a, const Places& b) {
-  a.insert(a.end(), b.begin(), b.end());
-  return a;
-}
-
-constexpr long kLastColumn = Rows::kLastColumn;
+constexpr long kLast = Rows::kLastColumn;
+constexpr long kFar = 1000003;
 
 // Ways of filling a table, and the most bytes a cell may cost there, whatever holds it. A cell has
 // 16 bytes (12 on 32 bits), and a row's entry as many again (8).
 const struct Filling {
   const char* szName;
   std::size_t nBytesPerCell;
-  Places places;
+  Numbers rows;
+  Numbers columns;
+  enum { kByRows, kByColumns, kDiagonal } order = kByRows;
 } kFillings[] = {
-    {"row by row", 20, ByRows(Range(1, 3000), Range(1, 10))},
-    {"column by column", 40, ByColumns(Range(1, 1000), Range(1, 30))},
-    {"backwards", 20, ByRows(Range(3000, 1, -1), Range(10, 1, -1))},
-    {"one cell at the end after a full row", 96,
-     ByRows({1}, Range(1, 10000)) + ByRows(Range(2, 10000), {10000})},
-    {"a new column in every row", 104, Diagonal(Range(1, 10000))},
-    {"every hundredth column", 88, ByRows(Range(1, 5), Range(100, 200000, 100))},
-    {"every eighth column in two rows by turns", 96, ByColumns({1, 2}, Range(8, 40000, 8))},
-    {"columns that double", 100, ByRows(Range(1, 300), {1, 2, 4, 8, 16, 32, 64, 128, 1 << 29})},
-    {"rows far apart", 32, ByRows(Range(-200 * 1000003, 200 * 1000003, 1000003), Range(1, 10))},
-    {"rows at some distance", 32, ByRows(Range(1, 100001, 500), Range(1, 10))},
-    {"the ends of the ranges", 250,
-     ByRows({LONG_MIN, LONG_MIN + 1, -1, 0, 1, 64, 65, LONG_MAX - 1, LONG_MAX},
-            {1, 8, 9, 17, kLastColumn - 1, kLastColumn})},
+    {"row by row", 20, Range(1, 3000), Range(1, 10)},
+    {"column by column", 40, Range(1, 1000), Range(1, 30), Filling::kByColumns},
+    {"backwards", 20, Range(3000, 1, -1), Range(10, 1, -1)},
+    {"far to the right and alone", 96, Range(1, 10000), {10000}},
+    {"a new column in every row", 104, Range(1, 10000), {0}, Filling::kDiagonal},
+    {"every hundredth column", 88, Range(1, 5), Range(100, 200000, 100)},
+    {"every eighth column by turns", 96, {1, 2}, Range(8, 40000, 8), Filling::kByColumns},
+    {"columns that double", 100, Range(1, 300), {1, 2, 4, 8, 16, 32, 64, 128, 1 << 29}},
+    {"rows far apart", 32, Range(-200 * kFar, 200 * kFar, kFar), Range(1, 10)},
+    {"rows at some distance", 32, Range(1, 100001, 500), Range(1, 10)},
+    {"the ends of the ranges",
+     250,
+     {LONG_MIN, LONG_MIN + 1, -1, 0, 1, 64, 65, LONG_MAX - 1, LONG_MAX},
+     {1, 8, 9, 17, kLast - 1, kLast}},
 };
+
+std::vector<std::pair<long, std::uint32_t>> PlacesOf(const Filling& filling) {
+  std::vector<std::pair<long, std::uint32_t>> places;
+  const bool bByColumns = filling.order == Filling::kByColumns;
+  for (const long lOuter : bByColumns ? filling.columns : filling.rows) {
+    for (const long lInner : bByColumns ? filling.rows : filling.columns) {
+      const long lRow = bByColumns ? lInner : lOuter;
+      const long lColumn = filling.order == Filling::kByRows ? lInner : lOuter;
+      places.emplace_back(lRow, static_cast<std::uint32_t>(lColumn));
+    }
+  }
+  return places;
+}
 
 // Every cell has its number, in the order of creation, for a type.
 TEST(Rows, CostMemoryForCellsAndNotForGaps) {
   for (const Filling& filling : kFillings) {
     SCOPED_TRACE(filling.szName);
+    const auto places = PlacesOf(filling);
     const std::size_t nBefore = CountedMemory::Live();
     Rows rows;
     int nCells = 0;
-    for (const auto& [row, column] : filling.places) {
+    for (const auto& [row, column] : places) {
       Cell& cell = rows.EnsureCell(row, column);
       ASSERT_FALSE(cell.Exists());
       cell = {"", 0, nCells++};
     }
-    EXPECT_LE((CountedMemory::Live() - nBefore) / filling.places.size(), filling.nBytesPerCell);
+    EXPECT_LE((CountedMemory::Live() - nBefore) / places.size(), filling.nBytesPerCell);
     nCells = 0;
-    for (const auto& [row, column] : filling.places) {
+    for (const auto& [row, column] : places) {
       const Cell* const pCell = rows.FindCell(row, column);
       ASSERT_TRUE(pCell != nullptr && pCell == &rows.EnsureCell(row, column));
       ASSERT_EQ(pCell->eType, nCells++);
     }
     EXPECT_EQ(rows.FindCell(17, 12345), nullptr);
     rows.Reset();
-    EXPECT_EQ(rows.FindRow(1), nullptr);
-    EXPECT_FALSE(rows.EnsureCell(LONG_MAX, 5).Exists());
+    EXPECT_TRUE(rows.FindRow(1) == nullptr && !rows.EnsureCell(LONG_MAX, 5).Exists());
   }
 }
 

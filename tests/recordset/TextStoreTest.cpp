@@ -67,31 +67,27 @@ TEST(TextStore, KeepsEveryTextWhereItIs) {
 }
 
 TEST(TextStore, UsesReleasedPiecesForTextsOfTheirSize) {
+  TextStore store;
+  const auto stored = [&](std::size_t nLength) {
+    return store.Store(Text(nLength, 'a').data(), nLength);
+  };
   for (const std::size_t nLength : {2, 30, 255}) {
     SCOPED_TRACE(nLength);
-    TextStore store;
-    const char* const pFirst = store.Store(Text(nLength, 'a').data(), nLength);
-    const char* const pSecond = store.Store(Text(nLength, 'b').data(), nLength);
+    const char* const pFirst = stored(nLength);
+    const char* const pSecond = stored(nLength);
     store.Release(pFirst, nLength);
-    EXPECT_NE(store.Store(Text(nLength + 20, 'c').data(), nLength + 20), pFirst);
-    EXPECT_EQ(store.Store(Text(nLength, 'd').data(), nLength), pFirst);
+    EXPECT_NE(stored(nLength + 20), pFirst);
+    EXPECT_EQ(stored(nLength), pFirst);
     EXPECT_EQ(store.Replace(pSecond, nLength, Text(nLength, 'e').data(), nLength), pSecond);
     for (const std::size_t nOther : {nLength + 6, nLength + 70}) {
-      const char* const pOther = store.Store(Text(nLength, 'f').data(), nLength);
+      const char* const pOther = stored(nLength);
       EXPECT_NE(store.Replace(pOther, nLength, Text(nOther, 'g').data(), nOther), pOther) << nOther;
     }
   }
-  TextStore one;
-  TextStore other;
-  for (const char* const szConstant : {"", "0", "1"}) {
-    EXPECT_EQ(one.Store(szConstant, std::string_view(szConstant).size()),
-              other.Store(szConstant, std::string_view(szConstant).size()));
-  }
-}
-
-TEST(TextStore, RefusesATextWhoseLengthHasMoreThan32Bits) {
-  TextStore store;
-  EXPECT_THROW(store.Allocate(TextStore::kLongest + 1), std::bad_alloc);
+  for (const std::string strConstant : {"", "0", "1"})
+    EXPECT_EQ(store.Store(strConstant.data(), strConstant.size()),
+              TextStore().Store(strConstant.data(), strConstant.size()));
+  EXPECT_THROW(store.Allocate(TextStore::kLongest + 1), std::bad_alloc) << "more than 32 bits";
 }
 
 }  // namespace

@@ -14,7 +14,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <string>
 
@@ -61,25 +60,11 @@ class DecimalPoint {
   // The C library reads a category's texts from a file: a mark, the number of items, where each of
   // them lies, and the items. Here these are the point, no separator of thousands and no grouping,
   // the first two as wide characters, and the character set.
-  static std::string File(const std::string& strPoint) {
-    constexpr std::uint32_t kMark = 0x20031115;
-    const std::string strItems[] = {strPoint + '\0',      std::string(1, '\0'),
-                                    std::string(1, '\0'), std::string(".\0\0\0", 4),
-                                    std::string(4, '\0'), std::string("UTF-8\0", 6)};
-    std::string strHead;
-    const auto add = [&](std::size_t n) {
-      const auto nWord = static_cast<std::uint32_t>(n);
-      strHead.append(reinterpret_cast<const char*>(&nWord), sizeof nWord);
-    };
-    add(kMark ^ LC_NUMERIC);
-    add(std::size(strItems));
-    std::string strBody;
-    for (const std::string& strItem : strItems) {
-      strBody.resize((strBody.size() + 3) / 4 * 4);
-      add((2 + std::size(strItems)) * 4 + strBody.size());
-      strBody += strItem;
-    }
-    return strHead + strBody;
+  static std::string File(std::string strPoint) {
+    constexpr std::uint32_t kWords[] = {0x20031115 ^ LC_NUMERIC, 6, 32, 40, 40, 44, 40, 48};
+    strPoint.resize(12);
+    return std::string(reinterpret_cast<const char*>(kWords), sizeof kWords) + strPoint +
+           std::string(".\0\0\0UTF-8\0", 10);
   }
 
   static bool Set(const std::string& strPoint) {
@@ -87,9 +72,8 @@ class DecimalPoint {
     if (mkdtemp(szFolder) == nullptr) return false;
     // A name of its own for each point: the C library keeps what it has read.
     std::string strName = "point";
-    for (const char c : strPoint) {
+    for (const char c : strPoint)
       strName += std::to_string(static_cast<unsigned char>(c));
-    }
     const std::filesystem::path folder(szFolder);
     std::filesystem::create_directory(folder / strName);
     std::ofstream(folder / strName / "LC_NUMERIC", std::ios::binary) << File(strPoint);

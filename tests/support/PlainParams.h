@@ -1,17 +1,22 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The reading of parameter strings once more, step by step, and the comparison of CParamsRS with
-// it.
+// The reading of parameter strings once more, step by step, the comparison of CParamsRS with it,
+// and its building by random calls.
 
 #ifndef QXRECORDSET_TESTS_SUPPORT_PLAINPARAMS_H
 #define QXRECORDSET_TESTS_SUPPORT_PLAINPARAMS_H
 
+#include <climits>
 #include <cstddef>
+#include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "params/CParamsX.h"
+#include "tests/support/Random.h"
 
 namespace Plain {
 
@@ -57,6 +62,58 @@ inline std::string Difference(const Params& expected, const CParamsRS& params) {
   }
   return "";
 }
+
+// A parameter string that is built call by call, and what it has to hold.
+struct Built {
+  CParamsRS params;
+  Params content{};
+
+  void Step(Support::Random& random) {
+    std::string text(random.OneIn(9) ? random.Below(1300) : random.Below(12), ' ');
+    for (char& c : text)
+      c = ";0x \xFF-9a"[random.Below(8)];
+    static constexpr long kEnds[] = {0, -1, LONG_MAX, LONG_MIN};
+    const long lValue = random.OneIn(4) ? random.Of(kEnds) : random.Below(0x10000) * 40000L;
+    const auto nCode = static_cast<unsigned>(random.Below(0x10000) * 0x10001U);
+    const auto add = [this](const std::string& strText) { content.vTexts.push_back(strText); };
+    const std::function<void()> kSteps[] = {
+        [&] { params.addHeader(content.strHeader = 'H' + text.substr(0, text.find(';'))); },
+        [&] { params.addParam(text), add(text); },
+        [&] { params.addParam(lValue), add(std::to_string(lValue)); },
+        [&] {
+          char szCode[16];
+          std::snprintf(szCode, sizeof szCode, "0x%08X", nCode);
+          params.addResult(static_cast<long>(nCode)), add(szCode);
+        },
+        [&] {
+          if (content.vTexts.empty() || content.vTexts.size() > 30) return;
+          const std::size_t nHeader = content.strHeader.size();
+          params.append(params.paramList().substr(nHeader != 0 ? nHeader + 1 : 0));
+          for (std::size_t i = 0, nTexts = content.vTexts.size(); i < nTexts; ++i)
+            add(std::string(content.vTexts[i]));
+        },
+        [&] {
+          CParamsRS other(lValue % 100);
+          other.addHeader("another header");
+          other.addResult(1);
+          other = params;
+          params = std::move(other);
+        },
+        [&] { random.OneIn(4) ? (params.clear(), content = Params()) : content; },
+    };
+    random.Of(kSteps)();
+  }
+
+  std::string Difference() const {
+    const CParamsRS received(params.paramListRef());
+    const std::string strDifference = Plain::Difference(content, params);
+    const bool bAgree =
+        received.getHRESULT() == CParamsRS::getHRESULT(params.paramListRef()) ||
+        (!content.vTexts.empty() && content.vTexts[0].find('\0') != std::string::npos);
+    if (!strDifference.empty()) return strDifference;
+    return bAgree ? Plain::Difference(content, received) : "both readers of the result code";
+  }
+};
 
 }  // namespace Plain
 

@@ -48,13 +48,11 @@ void ExpectAllEscape(const std::string& strText) {
   ASSERT_EQ(writer.String(), "{\"" + strExpected + "\":\"" + strExpected + "\"}");
 
   // A copy may be thrown away, but it must keep to its place.
-  target.Place(strText);
+  target.Place(std::string(text.size(), '?'));
   const bool bPlain = strExpected == strText;
   ASSERT_EQ(JSON::IsPlain(text), bPlain);
   ASSERT_EQ(JSON::CopyPlain(text, target.data()), bPlain);
-  if (bPlain) {
-    ASSERT_EQ(target.view(), strText);
-  }
+  ASSERT_TRUE(!bPlain || target.view() == strText);
 
   const std::string_view beforeNul = JSON::UpToNul(text);
   target.Place(std::string(JSON::EscapedRoom(beforeNul.size()), '?'));

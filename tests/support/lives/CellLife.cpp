@@ -198,17 +198,6 @@ class RecordSetLife : public Support::Life {
     return strFault;
   }
 
-  // With the text last built.
-  std::size_t Need() const override {
-    std::size_t n = 20000 + 400 * model_.mapColumns.size() + 2 * model_.strBuilt.size();
-    for (const auto& [row, cells] : model_.mapRows) {
-      n += 400 + 20 * model_.mapColumns.size();
-      for (const auto& [index, item] : cells)
-        n += 100 + 2 * item.strValue.size();
-    }
-    return n;
-  }
-
  private:
   void TakeOne() override {
     static const Named<RecordSetLife> kSteps[] = {
@@ -457,7 +446,6 @@ class RecordSetLife : public Support::Life {
     const Aside aside;
     set_.Clear();
     model_ = Model();
-    bRenewed = true;
   }
   void ClearAndCopy() {
     Clear();

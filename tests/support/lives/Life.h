@@ -9,10 +9,11 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdio>
+#include <cstdlib>
 #include <list>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -28,8 +29,20 @@ class TreeLife;
 class Diary {
  public:
   explicit Diary(std::string strAbout) : strTitle(std::move(strAbout)) {}
-  void Note(const char* szLife, int nLife, const char* szStep);
-  std::string Text() const;
+
+  void Note(const char* szLife, int nLife, const char* szStep) {
+    static const bool bTrace = std::getenv("QXRECORDSET_LIVES_TRACE") != nullptr;
+    const CountedMemory::Aside aside;
+    std::string& strLine = vLines[nNotes++ % vLines.size()];
+    strLine = std::string("  ") + szLife + ' ' + std::to_string(nLife) + ": " + szStep + '\n';
+    if (bTrace) std::fprintf(stderr, "%s:%s", strTitle.c_str(), strLine.c_str());
+  }
+  std::string Text() const {
+    std::string strText = "step " + std::to_string(nNotes) + " of " + strTitle + '\n';
+    for (std::size_t i = 0; i < vLines.size(); ++i)
+      strText += vLines[(nNotes + i) % vLines.size()];
+    return strText;
+  }
 
  private:
   std::string strTitle;
@@ -45,10 +58,22 @@ struct World {
   std::vector<TreeLife*> vTrees{};
 
   // A number of elements. It jumps: none, one, a few, a block's worth, many blocks' worth.
-  std::size_t Size();
+  std::size_t Size() {
+    const std::uint32_t n = random.Below(1000);
+    const std::size_t nSize = n < 150   ? 0
+                              : n < 300 ? 1
+                              : n < 800 ? 2 + random.Below(9)
+                              : n < 950 ? 700 + random.Below(600)
+                              : n < 990 ? 9000 + random.Below(3000)
+                                        : 100000;
+    return nSize <= nMost ? nSize : random.Below(nMost);
+  }
 
   // A copy of `text` that lives as long as the world.
-  char* Keep(const std::string& text);
+  char* Keep(const std::string& text) {
+    const CountedMemory::Aside aside;
+    return vTexts.emplace_back(text).data();
+  }
 };
 
 class Life {
@@ -61,7 +86,6 @@ class Life {
   // Takes a step and compares what it was about with the model. The first difference, or "".
   std::string Step() {
     strFault.clear();
-    bRenewed = false;
     TakeOne();
     return strFault;
   }
@@ -69,11 +93,7 @@ class Life {
   // Compares everything.
   virtual std::string CheckAll() = 0;
 
-  // Bytes that the object's content may take, as a rough upper bound.
-  virtual std::size_t Need() const = 0;
-
   int nNumber = 0;
-  bool bRenewed = false;  // a step has put new content in the place of all there was
 
  protected:
   template <typename Self>

@@ -51,14 +51,6 @@ bool InPool(const Value& value) {
   return value.pComposite != nullptr && JSON::Storage::InPool(*value.pComposite);
 }
 
-// No container in the tree lies in a message's pool.
-bool AllOnHeap(const Value& value) {
-  bool bAll = !InPool(value);
-  for (int i = 0; i < value.Size(); ++i)
-    bAll = bAll && AllOnHeap(*value.GetByOrdinal(i));
-  return bAll;
-}
-
 bool Within(const char* p, const char* pStart, const char* pEnd) {
   return std::less_equal<>()(pStart, p) && std::less_equal<>()(p, pEnd);
 }
@@ -132,7 +124,6 @@ class TreeLife : public Life {
   }
 
   std::string CheckAll() override { return Plain::Difference(model, Root()); }
-  std::size_t Need() const override { return NeedOf(model); }
 
  private:
   enum class Where { kMessage, kAnywhere, kElement, kContainer, kNamed };
@@ -341,18 +332,6 @@ class TreeLife : public Life {
     spot.pValue->eType = static_cast<JSON::Type>(spot.pNode->eType);
   }
 
-  // A text that nobody releases, without its length.
-  void FieldTextAlone(Spot& spot) {
-    static const std::pair<const char*, JSON::Type> kAlone[] = {
-        {"12", JSON::jtInteger},   {"99999999999", JSON::jtInteger}, {"-3.5e1", JSON::jtDouble},
-        {"true", JSON::jtBoolean}, {"a text alone", JSON::jtString}, {"1.", JSON::jtDouble}};
-    if (spot.pNode->bContainer) return;
-    const auto& [szText, eType] = random.Of(kAlone);
-    SetText(spot, szText, 0, false);
-    spot.pNode->eType = spot.pValue->eType = eType;
-    GiveText(*spot.pNode, "", szText);
-  }
-
   // A container from the heap, for a value without one, or in place of another one from the heap.
   void FieldContainer(Spot& spot) {
     if (InPool(*spot.pValue)) return;
@@ -372,7 +351,6 @@ class TreeLife : public Life {
       *pMessage = JSON::Message(pMessage->bInPlace);
       const Aside aside;
       model = Node();
-      bRenewed = true;
     }
     spot = Whole();
     FieldContainer(spot);
@@ -388,17 +366,6 @@ class TreeLife : public Life {
     name = std::string(pNew);
     entry.UpdateName(pNew);
     object.bSorted = false;
-  }
-
-  void SwapElements(Spot& spot) {
-    if (spot.Size() == 0 || spot.Values() == nullptr) return;
-    auto& values = *spot.Values();
-    const std::size_t i = random.Below(values.size());
-    const std::size_t k = random.Below(values.size());
-    std::swap(values[i], values[k]);
-    if (i != k) std::swap(spot.pNode->vValues[i], spot.pNode->vValues[k]);
-    if (spot.Object() != nullptr) spot.Object()->bSorted = false;
-    spot.Container().MakeMap();
   }
 
   // ---- Parses -----------------------------------------------------------------------------------
@@ -429,7 +396,6 @@ class TreeLife : public Life {
              "a host's root is emptied and filled through what it overrides");
     }
     const Aside aside;
-    bRenewed = true;
     model = std::move(document.root);
   }
 
@@ -495,40 +461,9 @@ class TreeLife : public Life {
     AppendModel(spot, name, document.root.vValues.at(0));
   }
 
-  // An element's text is parsed; one of its own is released.
-  void ParseScalar(Spot& spot) {
-    static const struct {
-      const char* szText;
-      int (*parse)(JSON::ParseContext&, JSON::UnsafeJSONValue&);
-      JSON::Type eType;
-      const char* szValue;
-    } kScalars[] = {
-        {"\"a\\u0041\" ", Parser::ParseString, JSON::jtString, "aA"},
-        {"1.5e1]", Parser::ParseNumber, JSON::jtDouble, "1.5e1"},
-        {"false", Parser::ParseBoolean, JSON::jtBoolean, "false"},
-        {"null ", Parser::ParseNull, JSON::jtNull, "null"},
-    };
-    if (spot.pNode->bContainer) return;
-    const auto& scalar = random.Of(kScalars);
-    JSON::ParseContext context = KeptContext(scalar.szText);
-    auto& value = static_cast<JSON::UnsafeJSONValue&>(*spot.pValue);
-    Expect(scalar.parse(context, value) == scalar.eType, "result of parsing a scalar");
-    GiveText(*spot.pNode, scalar.szValue);
-    spot.pNode->eType = scalar.eType;
-  }
-
   void TurnInPlace(Spot& /*none*/) { pMessage->bInPlace = !pMessage->bInPlace; }
 
   // ---- Copies and moves -------------------------------------------------------------------------
-
-  // Whether something in `value` refers to the text that the message holds itself.
-  bool RefersToOwnText(const Value& value) const {
-    if (pMessage == nullptr) return false;
-    const std::string& strOwn = pMessage->strText;
-    return AnyBorrowed(value, [&](const char* p, bool) {
-      return Within(p, strOwn.data(), strOwn.data() + strOwn.size());
-    });
-  }
 
   bool IsForeign(const char* pText) const {
     return !Within(pText, pMessage->pStart, pMessage->pEnd);
@@ -552,7 +487,6 @@ class TreeLife : public Life {
     const std::size_t nWay = random.Below(std::size(kWays));
     kWays[nWay]();
     if (&other == this && nWay < 2) return;  // nothing happens
-    bRenewed = true;
     model = CopyOf(other.model);
   }
 
@@ -580,23 +514,6 @@ class TreeLife : public Life {
     copy.eType = clone.eType;
     GiveText(copy, Text());
     Append(spot, clone, copy);
-  }
-
-  // Appends copies of the elements, or of the members to an empty object.
-  void CopyContainer(Spot& to) {
-    TreeLife& other = *random.Of(world.vTrees);
-    Spot from{nullptr, nullptr};
-    if (&other == this || !other.Find(Where::kContainer, from)) return;
-    if (from.pNode->bObject != to.pNode->bObject || other.RefersToOwnText(*from.pValue)) return;
-    if (from.Values() == nullptr || to.Values() == nullptr) return;
-    if (to.pNode->bObject) {
-      if (to.Size() > 0) return;
-      Clear(to);  // of names without value
-      from.Object()->CopyTo(*to.Object(), 0);
-    } else {
-      from.Array()->CopyTo(*to.Array(), 0);
-    }
-    AppendCopies(to, *from.pNode);
   }
 
   static void AppendCopies(const Spot& to, const Node& from) {
@@ -661,26 +578,6 @@ class TreeLife : public Life {
     ExpectNone(donor.strFault, "a donor: ");
   }
 
-  // A container that lies on the heap goes from one tree to another.
-  void AddMoved(Spot& to) {
-    TreeLife& other = *random.Of(world.vTrees);
-    Spot from{nullptr, nullptr};
-    if (&other == this || !other.Find(Where::kElement, from)) return;
-    if (!AllOnHeap(*from.pValue) || other.RefersToOwnText(*from.pValue)) return;
-    JSON::UnsafeJSONValue scratch(*from.pValue);
-    const Node moved = CopyOf(*from.pNode);
-    from.pValue->pComposite = nullptr;
-    from.pValue->bOwnsText = false;
-    SetText(from, nullptr, 0, false);
-    GiveText(*from.pNode, Text());
-    Empty(*from.pNode);
-    from.pNode->bContainer = from.pNode->bObject = false;
-    RefreshAbove(from);
-    Append(to, scratch, moved);
-    other.Compare();
-    ExpectNone(other.strFault, "a donor: ");
-  }
-
   std::unique_ptr<JSON::Message> pMessage;  // or
   JSON::UnsafeJSONValue handle;             // what refers to a container made by hand
   Node model;
@@ -693,25 +590,20 @@ const TreeLife::Step TreeLife::kSteps[] = {
     {"clear a container", Where::kContainer, &TreeLife::Clear, 4},
     {"replace a text", Where::kElement, &TreeLife::ReplaceText, 4},
     {"give a text", Where::kElement, &TreeLife::FieldText, 4},
-    {"point at a text", Where::kElement, &TreeLife::FieldTextAlone, 3},
     {"give a container", Where::kElement, &TreeLife::FieldContainer, 3},
     {"give a root", Where::kAnywhere, &TreeLife::RootContainer, 2},
     {"rename", Where::kContainer, &TreeLife::Rename, 3},
-    {"swap elements", Where::kContainer, &TreeLife::SwapElements, 2},
     {"parse a document", Where::kMessage, &TreeLife::ParseDocument, 4},
     {"parse a tiny text", Where::kMessage, &TreeLife::ParseTiny, 4},
     {"parse a text of any size", Where::kMessage, &TreeLife::ParseSized, 3},
     {"parse more into a container", Where::kNamed, &TreeLife::ParseMore, 3},
     {"parse an element", Where::kNamed, &TreeLife::ParseElement, 3},
-    {"parse a scalar", Where::kElement, &TreeLife::ParseScalar, 3},
     {"turn in-place parsing on or off", Where::kMessage, &TreeLife::TurnInPlace, 1},
     {"append a clone", Where::kNamed, &TreeLife::AppendClone, 4},
     {"copy a message", Where::kMessage, &TreeLife::CopyMessage, 5},
     {"clone to another buffer", Where::kMessage, &TreeLife::CloneElsewhere, 2},
-    {"copy a container", Where::kContainer, &TreeLife::CopyContainer, 3},
     {"add by hand", Where::kNamed, &TreeLife::AddByHand, 4},
     {"add from a parsed document", Where::kNamed, &TreeLife::AddParsed, 4},
-    {"move from another tree", Where::kNamed, &TreeLife::AddMoved, 4},
 };
 
 void TreeLife::TakeOne() {

@@ -76,17 +76,6 @@ inline std::size_t Count(const Node& node) {
   return n;
 }
 
-// Bytes that they may take, all in all.
-inline std::size_t NeedOf(const Node& node) {
-  std::size_t n = 100 + 2 * (node.text.value_or("").size() + node.strRest.size());
-  if (node.bContainer) n += 300;
-  for (const std::string& name : node.vNames)
-    n += 100 + 2 * name.size();
-  for (const Node& value : node.vValues)
-    n += NeedOf(value);
-  return n;
-}
-
 // A document of about `nSize` values of one form, or levels.
 inline std::string SizedText(Random& random, std::size_t nSize) {
   static constexpr std::string_view kForms[] = {"[#", "[\"t#\"", R"([{"a":#,"b":"x"})", "{\"k#\":#",
