@@ -74,6 +74,9 @@ TEST(JsonMessage, CopiesHaveABufferOfTheirOwn) {
       EXPECT_EQ(pCopy->Path("b.0").pText, pCopy->pStart + 7);
     }
   }
+  Message none;
+  none.eType = JSON::jtNull;
+  EXPECT_EQ(Message(none).eType, JSON::jtNull);
 }
 
 // How many indexes of names the rows of a table and the objects in them have.

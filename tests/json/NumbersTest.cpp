@@ -56,7 +56,7 @@ void ExpectLikeSnprintf(char* (*toStr)(Number, char*, int), const char* szFormat
   for (const Number value : vValues) {
     char szText[40];
     const int nLength = std::snprintf(szText, sizeof szText, szFormat, value);
-    for (const int nSize : {1, nLength, nLength + 1, nHoldsAll, 40}) {
+    for (const int nSize : {1, nLength, nLength + 1, nHoldsAll - 1, nHoldsAll, 40}) {
       const auto nBytes = static_cast<std::size_t>(nSize);
       char* const pText = buffer.Place(std::string(nBytes, '?'));
       ASSERT_EQ(toStr(value, pText, nSize), pText + std::min(nLength, nSize - 1)) << szText;

@@ -219,7 +219,6 @@ TEST(ExhaustedMemory, LeavesDocumentsWhole) {
       {"look up among many names", [](Message& m) { m.Path("many.zzz.0"); }},
       {"look up by text", [](Message& m) { m["built"].pComposite->OrdinalOf("x", -1); }},
       {"write", Write},
-      {"make a handle", [](Message&) { JSON_FreeMessage(JSON_AllocMessage()); }},
       {"escape into a buffer", EscapeIntoABuffer},
   };
   ExpectSurvived(operations, MakeDocument, PictureOf);

@@ -152,6 +152,8 @@ TEST(Ownership, IndexesFromElsewhereLeadNowhere) {
       EXPECT_EQ(message.pComposite->NameAt(2), nullptr);
       EXPECT_EQ(Written(message), R"({"a":1,"b":2,"":7})");
     }
+    ObjectIn(message).vNameMap[0].nLength = 0;  // of a name that a host may have changed
+    EXPECT_EQ(Written(message), R"({"a":1,"b":2,"":7})");
     ObjectIn(message).vNameMap[0].nOrdinal = -3;
     ObjectIn(message).Sort();
     EXPECT_EQ(message.pComposite->NameAt(2), name.pText);

@@ -84,7 +84,10 @@ TEST(LoadResult, SaysWhereAndWhyATextIsRefused) {
     JSON::Message message;
     EXPECT_FALSE(message.Parse(refused.text.data(), nLength));
     ExpectPlace(message.Error(), refused);
-    EXPECT_EQ(JSON::Message(message).Error().szReason, nullptr);
+    JSON::Message target;
+    target.Parse("x");
+    message.CopyTo(target);
+    EXPECT_EQ(target.Error().szReason, nullptr);
 
     // In place, the lines are gone with the text.
     std::string strText(refused.text);

@@ -68,6 +68,15 @@ struct Built {
   CParamsRS params;
   Params content{};
 
+  Built() { Clear(); }
+
+  // Without a header the first length field would pass for one.
+  void Clear() {
+    params.clear();
+    content = Params();
+    params.addHeader(content.strHeader = "H");
+  }
+
   void Step(Support::Random& random) {
     std::string text(random.OneIn(9) ? random.Below(1300) : random.Below(12), ' ');
     for (char& c : text)
@@ -87,8 +96,7 @@ struct Built {
         },
         [&] {
           if (content.vTexts.empty() || content.vTexts.size() > 30) return;
-          const std::size_t nHeader = content.strHeader.size();
-          params.append(params.paramList().substr(nHeader != 0 ? nHeader + 1 : 0));
+          params.append(params.paramList().substr(content.strHeader.size() + 1));
           for (std::size_t i = 0, nTexts = content.vTexts.size(); i < nTexts; ++i)
             add(std::string(content.vTexts[i]));
         },
@@ -99,7 +107,9 @@ struct Built {
           other = params;
           params = std::move(other);
         },
-        [&] { random.OneIn(4) ? (params.clear(), content = Params()) : content; },
+        [&] {
+          if (random.OneIn(4)) Clear();
+        },
     };
     random.Of(kSteps)();
   }

@@ -166,8 +166,6 @@ class RecordSetLife : public Support::Life {
     const long lColumns = static_cast<long>(model_.mapColumns.size());
     Expect(set_.GetRowsCount() == model_.lRowsCount, "GetRowsCount");
     Expect(set_.GetColumnCount() == lColumns, "GetColumnCount");
-    Expect(record_.GetChangeCount() == lColumns && record_.IsChanged() == (lColumns > 0),
-           "GetChangeCount");
     for (const long lBeyond : {lColumns, LONG_MAX, -1L, LONG_MIN})
       Expect(*set_.GetColumnName(lBeyond) == '\0', "the name at no position");
     long position = 0;
@@ -206,9 +204,6 @@ class RecordSetLife : public Support::Life {
         {"read a cell otherwise", &RecordSetLife::ReadOtherwise, 160},
         {"add a column", &RecordSetLife::AddColumn, 160},
         {"load a text", &RecordSetLife::Load, 156},
-        {"load a text of any size", &RecordSetLife::LoadSized, 4},
-        {"write a text of any size", &RecordSetLife::WriteSized, 4},
-        {"field of a record", &RecordSetLife::Field, 40},
         {"to another one and back", &RecordSetLife::Exchange, 3},
         {"assign itself", &RecordSetLife::AssignItself, 1},
         {"clear", &RecordSetLife::ClearAndCopy, 1},
@@ -283,7 +278,7 @@ class RecordSetLife : public Support::Life {
 
   std::string Text() {
     if (random.OneIn(3)) return random.Of(kTexts);
-    std::string text(random.OneIn(30) ? random.Below(700) : random.Below(24), 'a');
+    std::string text(random.OneIn(30) ? world.Size() : random.Below(24), 'a');
     for (char& c : text)
       c = "abc\"\\\n\x01\xC3 zyx"[random.Below(12)];
     return text;
@@ -352,29 +347,6 @@ class RecordSetLife : public Support::Life {
     model_.Set(strName_, row, written.eType, written.text);
   }
 
-  void WriteSized() {
-    const std::string text(world.Size() * 10, 'w');
-    set_.SetValue("c1", text);
-    model_.Set("c1", 1, CQXRecordSet::QX_TEXT, text);
-  }
-
-  void Field() {
-    std::string before = "before";
-    std::string after = Text();
-    const long lAfter = static_cast<long>(random.Below(1000));
-    const char* const name = NextName();
-    if (random.OneIn(2)) {
-      record_.SetFieldValues(name, before, after);
-      model_.Set(strName_, 1, CQXRecordSet::QX_TEXT, after);
-    } else {
-      record_.SetFieldValues(name, 0L, lAfter);
-      model_.Set(strName_, 1, CQXRecordSet::QX_LONG, after = std::to_string(lAfter));
-    }
-    std::string got;
-    record_.GetFieldValues(name, before, got);
-    Expect(got == after && before == "before", "GetFieldValues");
-  }
-
   void AddColumn() {
     const char* const name = random.OneIn(8) ? Read() : Name().c_str();
     const long lExpected = model_.AddColumn(name);
@@ -426,20 +398,6 @@ class RecordSetLife : public Support::Life {
       strText += '}';
     }
     Expect(set_.SetUTF8String("{\"rows\":[" + strText + "]}"), "SetUTF8String");
-  }
-
-  // Rows of one column, in place of everything.
-  void LoadSized() {
-    const long lRows = static_cast<long>(world.Size() / 2);
-    std::string strText = "{\"rows\":[";
-    Clear();
-    for (long i = 1; i <= lRows; ++i) {
-      const std::string text = std::to_string(i * 7919);
-      strText += (i > 1 ? ",{\"c1\":\"" : "{\"c1\":\"") + text + "\"}";
-      model_.Set("c1", i, CQXRecordSet::QX_TEXT, text);
-    }
-    Expect(set_.SetString(strText + "]}"), "SetString");
-    model_.bModified = true;
   }
 
   void Clear() {
@@ -494,8 +452,7 @@ class RecordSetLife : public Support::Life {
 
   const Profile& profile_;
   Model model_;
-  CBeforeAfterRecord record_;
-  CQXRecordSet& set_ = record_;
+  CQXRecordSet set_;
   long lRow_;
   std::uint32_t nColumn_ = 0;
   std::string strName_;
