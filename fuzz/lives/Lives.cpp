@@ -2,7 +2,7 @@
 //
 // Whole lives of objects. Input: a byte that picks a profile without the largest sizes, then the
 // choices of a LifePlayer. After each step the object must be what its model in standard containers
-// is; memory follows the contents, and in the end all of it is back.
+// is, and in the end all memory is back.
 
 #include "tests/support/lives/LifePlayer.h"
 

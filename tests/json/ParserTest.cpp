@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "tests/support/Author.h"
+#include "tests/support/CountedMemory.h"
 #include "tests/support/GuardedBuffer.h"
 #include "tests/support/SideBySide.h"
 #include "tests/support/Values.h"
@@ -188,12 +189,17 @@ TEST(JsonParser, OffersItsStepsToHosts) {
     GuardedBuffer text(test.text);
     JSON::ParseContext context = Support::Context(text.data(), text.view().size());
     JSON::UnsafeJSONValue value;
+    const std::size_t nLive = CountedMemory::Live();
+    value.InternalUpdateValue("owned");  // until there is a new text
     EXPECT_EQ(test.step(context, value), test.nResult);
     EXPECT_EQ(value.eType, test.nResult);
     EXPECT_EQ(context.pCursor - context.pStart, test.nCursor);
-    const char* pText = value.pText != nullptr ? value.pText : "";
-    EXPECT_EQ(std::string_view(pText, static_cast<std::size_t>(value.nLength)), test.value);
-    EXPECT_TRUE(test.nResult != 5 || pText[value.nLength] == '\0');
+    const std::string_view got(value.pText, static_cast<std::size_t>(value.nLength));
+    EXPECT_EQ(got, test.nResult > 0 ? test.value : "owned");
+    EXPECT_TRUE(test.nResult != 5 || value.pText[value.nLength] == '\0');
+    EXPECT_EQ(value.bOwnsText, test.nResult < 0);
+    if (value.bOwnsText) delete[] value.pText;
+    EXPECT_EQ(CountedMemory::Live(), nLive);
   }
 }
 

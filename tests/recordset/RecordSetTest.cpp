@@ -131,6 +131,28 @@ TEST(RecordSetMemory, IsSmallBesideTheTexts) {
   }
 }
 
+TEST(RecordSetMemory, DoesNotGrowWithUse) {
+  using Set = CQXRecordSet;
+  static const std::pair<const char*, void (*)(Set & set, int n)> kUses[] = {
+      {"texts that change",
+       [](Set& set, int n) { set.SetValue("a", std::string(n % 300U, 'x'), n % 50); }},
+      {"the text of all", [](Set& set, int n) { set.SetValue("b", n), set.GetString(); }},
+      {"loads",
+       [](Set& set, int) { set.Clear(), set.SetString(R"({"rows":[{"a":1},{"b":"x"}]})"); }},
+      {"other columns", [](Set& set, int n) { set.Clear(), set.SetValue(std::to_string(n), n); }},
+      {"assignments", [](Set& set, int) { set = Set(set); }},
+  };
+  for (const auto& [szName, use] : kUses) {
+    Set set(R"({"rows":[{"a":1},{"a":"some text"}]})");
+    std::size_t nFirst = 0;
+    for (int i = 0; i < 6000; ++i) {
+      use(set, i);
+      if (i == 1000) nFirst = CountedMemory::Live();
+    }
+    EXPECT_LE(CountedMemory::Live(), nFirst + 16384) << szName;
+  }
+}
+
 // ---- The walk over a parsed object -------------------------------------------------------------
 
 TEST(WalkObject, WritesBracesOnlyWhenItIsOutermost) {
