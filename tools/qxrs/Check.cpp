@@ -8,12 +8,9 @@
 #include <iostream>
 
 #include "tools/qxrs/Command.h"
-#include "tools/qxrs/Losses.h"
-#include "tools/qxrs/rows/JsonWalk.h"
 #include "tools/qxrs/support/DisplayText.h"
 #include "tools/qxrs/support/Document.h"
 #include "tools/qxrs/support/Errors.h"
-#include "tools/qxrs/support/TextPosition.h"
 
 namespace qxrs {
 
@@ -69,24 +66,20 @@ bool Check(const std::string& strPath, const Options& options) {
   Input input(strPath, progress);
   const std::string strText = input.ReadAll();
   JSON::Message message;
-  const auto refusal = Parse(message, strText);
-  if (!refusal) {
-    if (!options.bQuiet) {
-      std::cout << input.Name() << ": accepted: " << Acceptance(message, strText) << '\n';
-    }
-    Warnings warnings(options.bStrict);
-    CountLosses(strText, warnings);
-    std::cout.flush();
-    warnings.Report();
-    return true;
+  try {
+    ParseOrThrow(message, strText, input.Name());
+  } catch (const InputError& error) {
+    std::cerr << "qxrs: " << MakeDisplayText(error.what()).strText << '\n'
+              << Caret(strText, message.Error().nOffset, UseColor(options.eColor, STDERR_FILENO));
+    return false;
   }
-  TextPosition position;
-  position.Advance(std::string_view(strText).substr(0, refusal->nOffset));
-  std::cerr << "qxrs: "
-            << MakeDisplayText(Complaint(input.Name(), position, refusal->strReason)).strText
-            << '\n'
-            << Caret(strText, refusal->nOffset, UseColor(options.eColor, STDERR_FILENO));
-  return false;
+  Warnings warnings(options.bStrict);
+  if (!options.bQuiet) {
+    std::cout << input.Name() << ": accepted: " << Acceptance(message, strText) << std::endl;
+  }
+  if (message.eType == JSON::jtObject) LoadRecordSet(strText, input.Name(), &warnings);
+  warnings.Report();
+  return true;
 }
 
 int Run(const Options& options) {
@@ -102,23 +95,20 @@ int Run(const Options& options) {
 }  // namespace
 
 void AddCheck(CLI::App& app, Action& action) {
-  const auto pOptions = std::make_shared<Options>();
-  CLI::App* pCommand = AddCommand(
-      app,
+  const auto [command, options] = AddCommand(
+      app, action,
       {"check", "Tell whether the library accepts JSON text; show where and why not.",
        "  qxrs check planets.json\n"
        "  qxrs from-csv planets.csv | qxrs check --quiet && echo fine",
        "Lines and columns count from 1, columns in bytes. The library accepts more than\n"
        "strict JSON: docs/json-accepted.md lists it. Warnings tell what a record set that loads\n"
        "the text does not keep.",
-       "0 accepted, 1 refused or a file that fails, 2 wrong usage"});
-  pCommand->add_option("FILE", pOptions->vInputs, "the JSON texts; - is standard input")
-      ->type_name("")
-      ->default_str("-");
-  pCommand->add_flag("-q,--quiet", pOptions->bQuiet, "say nothing about a text that is accepted");
-  AddStrictOption(*pCommand, pOptions->bStrict);
-  AddColorOption(*pCommand, pOptions->eColor);
-  SetAction<Options>(*pCommand, action, pOptions, Run);
+       "0 accepted, 1 refused or a file that fails, 2 wrong usage"},
+      Run);
+  AddValue(command, "FILE", options.vInputs, "", "the JSON texts; - is standard input");
+  command.add_flag("-q,--quiet", options.bQuiet, "say nothing about a text that is accepted");
+  AddStrict(command, options.bStrict);
+  AddColor(command, options.eColor);
 }
 
 }  // namespace qxrs

@@ -35,18 +35,61 @@ struct CommandText {
 // How --help is laid out, for `app` and the subcommands that are added later.
 void SetHelpStyle(CLI::App& app);
 
-// For CLI::Option::check: what is wrong with a text that has to be a number above 0.
-std::string CheckCount(const std::string& strText);
+// Adds a subcommand without options and without an action.
+CLI::App& AddCommand(CLI::App& app, const CommandText& text);
 
-// Adds a subcommand without options.
-CLI::App* AddCommand(CLI::App& app, const CommandText& text);
-
-// Makes `pRun` with these options the action when `command` is on the command line.
+// A subcommand, and what its options set; both live as long as the one it was added to.
 template <typename Options>
-void SetAction(CLI::App& command, Action& action, std::shared_ptr<const Options> pOptions,
-               int (*pRun)(const Options&)) {
+struct Command {
+  CLI::App& command;
+  Options& options;
+};
+
+// Adds a subcommand whose action is `pRun` with its options.
+template <typename Options>
+Command<Options> AddCommand(CLI::App& app, Action& action, const CommandText& text,
+                            int (*pRun)(const Options&)) {
+  const auto pOptions = std::make_shared<Options>();
+  CLI::App& command = AddCommand(app, text);
   command.callback([=, &action] { action = [=] { return pRun(*pOptions); }; });
+  return {command, *pOptions};
 }
+
+// ---- Single options -----------------------------------------------------------------------------
+
+// An option with a value, or an argument, of which help and manual show no type.
+template <typename Value>
+CLI::Option* AddValue(CLI::App& command, const char* szNames, Value& value, const char* szType,
+                      const std::string& strWhat) {
+  return command.add_option(szNames, value, strWhat)->type_name(szType);
+}
+
+// An option without a value, which makes `value` what `chosen` is.
+template <typename Value>
+CLI::Option* AddChoice(CLI::App& command, const char* szNames, Value& value, Value chosen,
+                       const std::string& strWhat) {
+  return command.add_flag_callback(
+      szNames, [&value, chosen] { value = chosen; }, strWhat);
+}
+
+// An option whose value is a number above 0.
+void AddCount(CLI::App& command, const char* szNames, unsigned& nCount, const char* szType,
+              const char* szWhat);
+
+// Names of columns, separated by commas, for an option that may be given several times.
+CLI::Option* AddNames(CLI::App& command, const char* szOption, std::vector<std::string>& vNames,
+                      const std::string& strWhat);
+
+// An argument that has to be there.
+void AddRequired(CLI::App& command, const char* szName, std::string& strText, const char* szWhat);
+
+void AddInput(CLI::App& command, std::string& strInput, const char* szWhat);
+void AddOutput(CLI::App& command, std::string& strOutput);
+void AddProgress(CLI::App& command, When& eProgress);
+void AddColor(CLI::App& command, When& eColor);
+void AddStrict(CLI::App& command, bool& bStrict);
+
+// ---- What commands have in common ---------------------------------------------------------------
 
 // Where a command for one document reads and writes.
 struct FileOptions {
@@ -55,22 +98,11 @@ struct FileOptions {
   When eProgress = When::Auto;
 };
 
-void AddInputOption(CLI::App& command, std::string& strInput, const char* szWhat);
-void AddRequired(CLI::App& command, const char* szName, std::string& strText, const char* szWhat);
-void AddOutputOption(CLI::App& command, std::string& strOutput);
-void AddProgressOptions(CLI::App& command, When& eProgress);
-void AddFileOptions(CLI::App& command, FileOptions& options, const char* szWhat);  // all of these
-void AddColorOption(CLI::App& command, When& eColor);
-void AddStrictOption(CLI::App& command, bool& bStrict);
-
-// Names of columns, separated by commas, for an option that may be given several times.
-CLI::Option* AddNamesOption(CLI::App& command, const std::string& strOption,
-                            const std::string& strWhat, std::vector<std::string>& vNames);
+void AddFileOptions(CLI::App& command, FileOptions& options, const char* szWhat);
 
 // How rows are read or written: what concerns one format when that is fixed, else all of it, the
 // option that names the format included.
 void AddReadOptions(CLI::App& command, ReadOptions& options, std::optional<Format> eFixed);
-void AddWriteOptions(CLI::App& command, WriteOptions& options, std::optional<Format> eFixed);
 
 // Both, and what else the commands that pass rows on have in common, but for the files.
 void AddRowOptions(CLI::App& command, RowOptions& options, std::optional<Format> eReads,
@@ -90,7 +122,9 @@ struct Files {
 
 void AddConversions(CLI::App& app, Action& action);
 void AddTable(CLI::App& app, Action& action);
-void AddParts(CLI::App& app, Action& action);  // head, tail and sort
+void AddHead(CLI::App& app, Action& action);
+void AddTail(CLI::App& app, Action& action);
+void AddSort(CLI::App& app, Action& action);
 void AddSql(CLI::App& app, Action& action);
 void AddStats(CLI::App& app, Action& action);
 void AddDiff(CLI::App& app, Action& action);

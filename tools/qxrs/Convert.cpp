@@ -88,15 +88,13 @@ const Conversion kConversions[] = {
 };
 
 void AddConversion(CLI::App& app, Action& action, const Conversion& conversion) {
-  const auto pOptions = std::make_shared<RowOptions>();
-  CLI::App* pCommand = AddCommand(app, conversion.text);
-  AddInputOption(*pCommand, pOptions->read.strInput, conversion.szInput);
+  const auto [command, rows] = AddCommand<RowOptions>(app, action, conversion.text, Convert);
+  AddInput(command, rows.read.strInput, conversion.szInput);
   // What is read from a file of another format is told by the file's name.
-  if (conversion.eTo == Format::RecordSet) pOptions->read.eFrom = conversion.eFrom;
-  pOptions->write.eTo = conversion.eTo;
-  AddRowOptions(*pCommand, *pOptions, conversion.eFrom, conversion.eTo);
-  AddOutputOption(*pCommand, pOptions->write.strOutput);
-  SetAction<RowOptions>(*pCommand, action, pOptions, Convert);
+  if (conversion.eTo == Format::RecordSet) rows.read.eFrom = conversion.eFrom;
+  rows.write.eTo = conversion.eTo;
+  AddRowOptions(command, rows, conversion.eFrom, conversion.eTo);
+  AddOutput(command, rows.write.strOutput);
 }
 
 // ---- Databases ----------------------------------------------------------------------------------
@@ -106,7 +104,7 @@ int RunFromSql(const RowOptions& options) {
   if (all.read.strQuery == "-") {
     Progress progress(When::Never);
     all.read.strQuery = Input("-", progress).ReadAll();
-    if (all.read.strQuery.find_first_not_of(kWhiteSpace) == std::string::npos) {
+    if (all.read.strQuery.find_first_not_of(" \t\n\r") == std::string::npos) {
       throw InputError("the SQL text holds no statement");
     }
   }
@@ -114,44 +112,41 @@ int RunFromSql(const RowOptions& options) {
 }
 
 void AddFromSql(CLI::App& app, Action& action) {
-  const auto pOptions = std::make_shared<RowOptions>();
-  CLI::App* pCommand = AddCommand(
-      app, {"from-sql", "Make record set text from a query of a database.",
-            "  qxrs from-sql world.db \"SELECT name, capital FROM c WHERE eu\"\n"
-            "  qxrs from-sql odbc:DSN=shop < report.sql | qxrs table",
-            "A database is an SQLite file or odbc: and a connection string. Columns declared\n"
-            "BOOLEAN give booleans; blobs are refused, select hex() of them. Keys and types that\n"
-            "rows cannot tell stand in a member \"columns\" beside the rows. Rows stream."});
-  AddRequired(*pCommand, "DATABASE", pOptions->read.strInput, "the database");
-  pOptions->read.eFrom = Format::Sql;
-  pOptions->read.strQuery = "-";
-  pCommand
-      ->add_option("SQL", pOptions->read.strQuery,
-                   "one statement that gives rows; - is standard input")
-      ->type_name("")
-      ->capture_default_str();
-  pOptions->write.eTo = Format::RecordSet;
-  AddRowOptions(*pCommand, *pOptions, Format::Sql, Format::RecordSet);
-  AddOutputOption(*pCommand, pOptions->write.strOutput);
-  SetAction<RowOptions>(*pCommand, action, pOptions, RunFromSql);
+  const auto [command, rows] = AddCommand(
+      app, action,
+      {"from-sql", "Make record set text from a query of a database.",
+       "  qxrs from-sql world.db \"SELECT name, capital FROM c WHERE eu\"\n"
+       "  qxrs from-sql odbc:DSN=shop < report.sql | qxrs table",
+       "A database is an SQLite file or odbc: and a connection string. Columns declared\n"
+       "BOOLEAN give booleans; blobs are refused, select hex() of them. Keys and types that\n"
+       "rows cannot tell stand in a member \"columns\" beside the rows. Rows stream."},
+      RunFromSql);
+  AddRequired(command, "DATABASE", rows.read.strInput, "the database");
+  rows.read.eFrom = Format::Sql;
+  rows.read.strQuery = "-";
+  AddValue(command, "SQL", rows.read.strQuery, "",
+           "one statement that gives rows; - is standard input");
+  rows.write.eTo = Format::RecordSet;
+  AddRowOptions(command, rows, Format::Sql, Format::RecordSet);
+  AddOutput(command, rows.write.strOutput);
 }
 
 void AddToSql(CLI::App& app, Action& action) {
-  const auto pOptions = std::make_shared<RowOptions>();
-  CLI::App* pCommand = AddCommand(
-      app, {"to-sql", "Write rows into a table of a database.",
-            "  qxrs to-sql --infer world.db countries countries.csv\n"
-            "  qxrs to-sql --append world.db countries more.json",
-            "A database is an SQLite file, made when it is missing, or odbc: and a connection\n"
-            "string. The table is there whole or not at all. Columns are declared as the rows'\n"
-            "source tells them, else INTEGER, REAL, BOOLEAN or TEXT by all their cells. Arrays\n"
-            "and objects are stored as JSON text, missing cells as NULL."});
-  AddRequired(*pCommand, "DATABASE", pOptions->write.sql.strPath, "the database");
-  AddRequired(*pCommand, "TABLE", pOptions->write.sql.strTable, "the table's name");
-  AddInputOption(*pCommand, pOptions->read.strInput, "the rows");
-  pOptions->write.eTo = Format::Sql;
-  AddRowOptions(*pCommand, *pOptions, Format::RecordSet, Format::Sql);
-  SetAction<RowOptions>(*pCommand, action, pOptions, Convert);
+  const auto [command, rows] = AddCommand<RowOptions>(
+      app, action,
+      {"to-sql", "Write rows into a table of a database.",
+       "  qxrs to-sql --infer world.db countries countries.csv\n"
+       "  qxrs to-sql --append world.db countries more.json",
+       "A database is an SQLite file, made when it is missing, or odbc: and a connection\n"
+       "string. The table is there whole or not at all. Columns are declared as the rows'\n"
+       "source tells them, else INTEGER, REAL, BOOLEAN or TEXT by all their cells. Arrays\n"
+       "and objects are stored as JSON text, missing cells as NULL."},
+      Convert);
+  AddRequired(command, "DATABASE", rows.write.sql.strPath, "the database");
+  AddRequired(command, "TABLE", rows.write.sql.strTable, "the table's name");
+  AddInput(command, rows.read.strInput, "the rows");
+  rows.write.eTo = Format::Sql;
+  AddRowOptions(command, rows, Format::RecordSet, Format::Sql);
 }
 
 // ---- Any format to any other --------------------------------------------------------------------
@@ -178,24 +173,22 @@ int RunConvert(const RowOptions& options) {
 }
 
 void AddConvert(CLI::App& app, Action& action) {
-  const auto pOptions = std::make_shared<RowOptions>();
-  CLI::App* pCommand = AddCommand(
-      app, {"convert", "Convert rows from any format to any other.",
-            "  qxrs convert --infer planets.csv planets.json\n"
-            "  qxrs convert world.db countries.csv.gz --table countries",
-            "Files name their formats by their ends: .rs, .json, .jsonl, .csv, .tsv, .db and\n"
-            ".sqlite, then .gz or .zst. Columns keep their order, values what they say; what the\n"
-            "output cannot hold is counted in a warning. Memory does not grow with the rows."});
-  AddRequired(*pCommand, "INPUT", pOptions->read.strInput,
+  const auto [command, rows] = AddCommand(
+      app, action,
+      {"convert", "Convert rows from any format to any other.",
+       "  qxrs convert --infer planets.csv planets.json\n"
+       "  qxrs convert world.db countries.csv.gz --table countries",
+       "Files name their formats by their ends: .rs, .json, .jsonl, .csv, .tsv, .db and\n"
+       ".sqlite, then .gz or .zst. Columns keep their order, values what they say; what the\n"
+       "output cannot hold is counted in a warning. Memory does not grow with the rows."},
+      RunConvert);
+  AddRequired(command, "INPUT", rows.read.strInput,
               "the file, the database, or - for standard input");
-  AddRequired(*pCommand, "OUTPUT", pOptions->write.strOutput,
+  AddRequired(command, "OUTPUT", rows.write.strOutput,
               "the file, the database, or - for standard output");
-  AddRowOptions(*pCommand, *pOptions, std::nullopt, std::nullopt);
-  pCommand
-      ->add_option("--to-table", pOptions->write.sql.strTable,
-                   "the table that is written; the default is the input's name")
-      ->type_name("TABLE");
-  SetAction<RowOptions>(*pCommand, action, pOptions, RunConvert);
+  AddRowOptions(command, rows, std::nullopt, std::nullopt);
+  AddValue(command, "--to-table", rows.write.sql.strTable, "TABLE",
+           "the table that is written; the default is the input's name");
 }
 
 }  // namespace

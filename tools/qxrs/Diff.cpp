@@ -2,9 +2,6 @@
 //
 // qxrs diff: two tables, cell by cell.
 
-#include <algorithm>
-#include <utility>
-
 #include "tools/qxrs/Command.h"
 #include "tools/qxrs/rows/Sort.h"
 #include "tools/qxrs/support/DisplayText.h"
@@ -43,10 +40,7 @@ struct Side {
   std::string strName;  // of the table, for messages
 
   const Cell* Find(const std::string& strColumn) const {
-    const std::size_t nColumn = pColumns->Find(strColumn);
-    const auto it = std::find_if(row.begin(), row.end(),
-                                 [&](const Cell& cell) { return cell.nColumn == nColumn; });
-    return it == row.end() ? nullptr : &*it;
+    return qxrs::Find(row, pColumns->Find(strColumn));
   }
 };
 
@@ -172,28 +166,26 @@ int Run(const Options& options) {
 }  // namespace
 
 void AddDiff(CLI::App& app, Action& action) {
-  const auto pOptions = std::make_shared<Options>();
-  CLI::App* pCommand = AddCommand(
-      app,
+  const auto [command, options] = AddCommand(
+      app, action,
       {"diff", "Compare two tables cell by cell.",
        "  qxrs diff --key id old.rs new.rs\n"
        "  qxrs from-sql world.db \"SELECT * FROM c\" | qxrs diff -q old.rs -",
        "Rows are compared by their number, or by a key. Cells are equal when they have the same\n"
        "kind and the same text: the number 1, the text \"1\" and true differ, and so do 1.0 and\n"
        "1.00, null and no cell. The order of columns does not matter.",
-       "0 equal, 1 different, 2 bad input or wrong usage"});
-  RowOptions& rows = pOptions->rows;
-  AddRequired(*pCommand, "A", rows.read.strInput, "one table; - is standard input");
-  AddRequired(*pCommand, "B", pOptions->strOther, "the other one");
-  AddNamesOption(*pCommand, "-k,--key", "the columns by which rows belong together",
-                 pOptions->vKey);
-  pCommand->add_flag("-q,--quiet", pOptions->bQuiet, "write nothing; the exit status tells");
-  AddReadOptions(*pCommand, rows.read, std::nullopt);
-  AddColorOption(*pCommand, rows.write.eColor);
-  AddOutputOption(*pCommand, rows.write.strOutput);
-  AddStrictOption(*pCommand, rows.bStrict);
-  AddProgressOptions(*pCommand, rows.eProgress);
-  SetAction<Options>(*pCommand, action, pOptions, Run);
+       "0 equal, 1 different, 2 bad input or wrong usage"},
+      Run);
+  RowOptions& rows = options.rows;
+  AddRequired(command, "A", rows.read.strInput, "one table; - is standard input");
+  AddRequired(command, "B", options.strOther, "the other one");
+  AddNames(command, "-k,--key", options.vKey, "the columns by which rows belong together");
+  command.add_flag("-q,--quiet", options.bQuiet, "write nothing; the exit status tells");
+  AddReadOptions(command, rows.read, std::nullopt);
+  AddColor(command, rows.write.eColor);
+  AddOutput(command, rows.write.strOutput);
+  AddStrict(command, rows.bStrict);
+  AddProgress(command, rows.eProgress);
 }
 
 }  // namespace qxrs

@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "tools/qxrs/TableLayout.h"
-#include "tools/qxrs/rows/Odbc.h"
 #include "tools/qxrs/rows/Select.h"
 #include "tools/qxrs/rows/Spool.h"
 #include "tools/qxrs/support/Errors.h"
@@ -39,12 +38,9 @@ std::optional<Format> Find(const FormatName (&aNames)[nNames], const std::string
   return it == std::end(aNames) ? std::nullopt : std::optional(it->second);
 }
 
-// The name of a table that is read or written, when none is given: the only one there is, or the
-// file's name without its folder and its ending.
+// The table of a database that is read when none is named: the only one there is.
 std::string OnlyTable(Database& database, const std::string& strPath) {
-  const std::vector<std::string> vTables = database.Names(
-      "SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE 'sqlite^_%' ESCAPE "
-      "'^'");
+  const std::vector<std::string> vTables = database.Tables();
   if (vTables.size() == 1) return vTables.front();
   std::string strNames;
   for (const std::string& strTable : vTables) {
@@ -54,36 +50,29 @@ std::string OnlyTable(Database& database, const std::string& strPath) {
                    " tables; name one with --table" + strNames);
 }
 
-std::unique_ptr<RowSource> OpenDatabase(const ReadOptions& options, Progress& progress) {
-  if (IsOdbc(options.strInput)) {
-    return OpenOdbcRows(options.strInput, options.strQuery, options.strTable, progress);
-  }
-  auto pDatabase = std::make_shared<Database>(options.strInput, Database::Mode::Read);
-  const std::string strQuery =
-      !options.strQuery.empty()
-          ? options.strQuery
-          : "SELECT * FROM " + QuotedName(!options.strTable.empty()
-                                              ? options.strTable
-                                              : OnlyTable(*pDatabase, options.strInput));
-  return std::make_unique<SqlSource>(std::move(pDatabase), options.strInput, strQuery, progress);
+std::unique_ptr<RowSource> OpenTables(const ReadOptions& options, Progress& progress) {
+  const auto pDatabase = OpenDatabase(options.strInput, DatabaseMode::Read);
+  if (!options.strQuery.empty()) return OpenQuery(pDatabase, options.strQuery, progress);
+  const std::string strTable =
+      options.strTable.empty() ? OnlyTable(*pDatabase, options.strInput) : options.strTable;
+  return OpenQuery(pDatabase, "SELECT * FROM " + pDatabase->Quoted(strTable), progress);
+}
+
+JsonForm FormOf(Format eFormat) {
+  return eFormat == Format::Jsonl  ? JsonForm::Lines
+         : eFormat == Format::Json ? JsonForm::Array
+                                   : JsonForm::RecordSet;
 }
 
 std::unique_ptr<RowSource> OpenText(Format eFormat, const ReadOptions& options, Input& input,
                                     Warnings& warnings) {
-  switch (eFormat) {
-    case Format::Csv:
-    case Format::Tsv: {
-      CsvReading csv = options.csv;
-      csv.eDialect = eFormat == Format::Tsv ? Dialect::Tsv : Dialect::Csv;
-      return std::make_unique<CsvSource>(input, std::move(csv));
-    }
-    case Format::Table:
-      throw UsageError("a table for people cannot be read");
-    default:
-      return std::make_unique<JsonSource>(
-          input, eFormat == Format::Jsonl ? JsonSource::Form::Lines : JsonSource::Form::Document,
-          warnings);
+  if (eFormat == Format::Table) throw UsageError("a table for people cannot be read");
+  if (eFormat != Format::Csv && eFormat != Format::Tsv) {
+    return OpenJsonRows(input, FormOf(eFormat), warnings);
   }
+  CsvReading csv = options.csv;
+  csv.eDialect = eFormat == Format::Tsv ? Dialect::Tsv : Dialect::Csv;
+  return OpenCsvRows(input, std::move(csv));
 }
 
 }  // namespace
@@ -102,24 +91,22 @@ std::optional<Format> FormatOfFile(const std::string& strPath) {
   return eFormat ? eFormat : Find(kOtherEndings, strEnding);
 }
 
-OpenedRows OpenRows(const ReadOptions& options, Progress& progress, Warnings& warnings,
-                    unsigned long long nLimit) {
+OpenedRows OpenRows(const ReadOptions& options, Progress& progress, Warnings& warnings) {
   const Format eFormat =
       options.eFrom ? *options.eFrom : FormatOfFile(options.strInput).value_or(Format::Json);
   OpenedRows opened;
   if (eFormat == Format::Sql) {
-    opened.pRows = OpenDatabase(options, progress);
+    opened.pRows = OpenTables(options, progress);
     opened.strName = options.strInput;
   } else {
     opened.pInput = std::make_unique<Input>(options.strInput, progress);
     opened.strName = opened.pInput->Name();
     opened.pRows = OpenText(eFormat, options, *opened.pInput, warnings);
   }
-  if (const auto strReason = RepeatedName(options.vColumns)) throw UsageError(*strReason);
   if (!options.vColumns.empty()) {
-    opened.pRows = std::make_unique<SelectedColumns>(std::move(opened.pRows), options.vColumns);
+    opened.pRows = SelectColumns(std::move(opened.pRows), options.vColumns);
   }
-  if (nLimit != 0) opened.pRows = std::make_unique<FirstRows>(std::move(opened.pRows), nLimit);
+  if (options.nMost != 0) opened.pRows = FirstRows(std::move(opened.pRows), options.nMost);
   if (options.bInfer) {
     opened.pRows = std::make_unique<SpooledRows>(*opened.pRows, SpooledRows::Kinds::Inferred);
   }
@@ -130,46 +117,36 @@ namespace {
 
 std::unique_ptr<RowSink> OpenSink(Format eFormat, const WriteOptions& options, Output& output,
                                   Warnings& warnings) {
-  CsvWriting csv = options.csv;
-  switch (eFormat) {
-    case Format::Tsv:
-      csv.eDialect = Dialect::Tsv;
-      csv.chDelimiter = options.bOwnDelimiter ? csv.chDelimiter : '\t';
-      return std::make_unique<CsvSink>(output, std::move(csv), warnings);
-    case Format::Csv:
-      return std::make_unique<CsvSink>(output, std::move(csv), warnings);
-    default:
-      break;
+  if (eFormat != Format::Csv && eFormat != Format::Tsv) {
+    return OpenJsonSink(output, FormOf(eFormat), options.eTexts, warnings);
   }
-  const JsonSink::Form eForm = eFormat == Format::Jsonl  ? JsonSink::Form::Lines
-                               : eFormat == Format::Json ? JsonSink::Form::Array
-                                                         : JsonSink::Form::RecordSet;
-  return std::make_unique<JsonSink>(output, eForm, options.eTexts, warnings);
+  CsvWriting csv = options.csv;
+  csv.eDialect = eFormat == Format::Tsv ? Dialect::Tsv : Dialect::Csv;
+  if (eFormat == Format::Tsv && !options.bOwnDelimiter) csv.chDelimiter = '\t';
+  return OpenCsvSink(output, std::move(csv), warnings);
 }
 
-std::size_t LineWidth(const WriteOptions& options, const Output& output) {
-  if (options.nWidth != 0) return options.nWidth;
-  return output.IsTerminal() ? static_cast<std::size_t>(TerminalWidth(output.File()))
-                             : TableLayout::kAnyWidth;
-}
-
-void WriteTable(RowSource& rows, const WriteOptions& options, Output& output) {
-  SpooledRows spooled(rows, SpooledRows::Kinds::AsTheyAre);
-  TableLayout(spooled, LineWidth(options, output))
-      .Write(output, UseColor(options.eColor, output.File()));
+void WriteText(RowSource& rows, Format eFormat, const WriteOptions& options, Progress& progress,
+               Warnings& warnings) {
+  Output output(options.strOutput, progress);
+  if (eFormat == Format::Table) {
+    const unsigned nTerminal = output.IsTerminal() ? TerminalWidth(output.File()) : 0;
+    WriteTable(rows, options.nWidth != 0 ? options.nWidth : nTerminal,
+               UseColor(options.eColor, output.File()), output);
+  } else {
+    Copy(rows, *OpenSink(eFormat, options, output, warnings), options.bUnbuffered);
+  }
+  output.Commit();
 }
 
 void WriteDatabase(RowSource& rows, const WriteOptions& options, Warnings& warnings) {
   SqlTarget target = options.sql;
-  target.strPath = target.strPath.empty() ? options.strOutput : target.strPath;
-  target.strTable = target.strTable.empty() ? "rows" : target.strTable;
-  if (IsOdbc(target.strPath)) {
-    const auto pSink = OpenOdbcSink(target);
-    Copy(rows, *pSink, options.bUnbuffered);
-  } else {
-    SqlSink sink(target, warnings);
-    Copy(rows, sink, options.bUnbuffered);
-  }
+  if (target.strPath.empty()) target.strPath = options.strOutput;
+  if (target.strTable.empty()) target.strTable = "rows";
+  const bool bAppend = target.eExisting == SqlTarget::Existing::Append;
+  const auto pDatabase =
+      OpenDatabase(target.strPath, bAppend ? DatabaseMode::Append : DatabaseMode::Write);
+  Copy(rows, *OpenTable(pDatabase, target, warnings), options.bUnbuffered);
 }
 
 }  // namespace
@@ -181,25 +158,21 @@ void WriteRows(RowSource& rows, const WriteOptions& options, Progress& progress,
   if (eFormat == Format::Sql) {
     WriteDatabase(rows, options, warnings);
   } else {
-    Output output(options.strOutput, progress);
-    if (eFormat == Format::Table) {
-      WriteTable(rows, options, output);
-    } else {
-      const auto pSink = OpenSink(eFormat, options, output, warnings);
-      Copy(rows, *pSink, options.bUnbuffered);
-    }
-    output.Commit();
+    WriteText(rows, eFormat, options, progress, warnings);
   }
   progress.Stop();
   warnings.Report();
 }
 
-int Convert(const RowOptions& options) {
+int Convert(const RowOptions& options) { return Convert(options, {}); }
+
+int Convert(const RowOptions& options, const Pick& pick) {
   Progress progress(options.eProgress, options.read.eFrom == Format::Sql ? Progress::Unit::Rows
                                                                          : Progress::Unit::Bytes);
   Warnings warnings(options.bStrict);
   const OpenedRows rows = OpenRows(options.read, progress, warnings);
-  WriteRows(*rows.pRows, options.write, progress, warnings);
+  const auto pPicked = pick ? pick(*rows.pRows) : nullptr;
+  WriteRows(pPicked ? *pPicked : *rows.pRows, options.write, progress, warnings);
   return kExitDone;
 }
 

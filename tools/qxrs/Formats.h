@@ -14,7 +14,7 @@
 #include "tools/qxrs/rows/Csv.h"
 #include "tools/qxrs/rows/Json.h"
 #include "tools/qxrs/rows/Rows.h"
-#include "tools/qxrs/rows/Sqlite.h"
+#include "tools/qxrs/rows/Sql.h"
 #include "tools/qxrs/support/Input.h"
 #include "tools/qxrs/support/Output.h"
 #include "tools/qxrs/support/Progress.h"
@@ -40,6 +40,7 @@ struct ReadOptions {
   std::vector<std::string> vColumns;  // only these, in this order; empty: all
   std::string strQuery;               // of a database; empty: the table
   std::string strTable;               // empty: the only one
+  unsigned nMost = 0;                 // rows; 0: all
 };
 
 struct WriteOptions {
@@ -47,7 +48,7 @@ struct WriteOptions {
   std::optional<Format> eTo;  // none: by the file's name, else a record set
   CsvWriting csv;
   bool bOwnDelimiter = false;  // the delimiter was given
-  JsonSink::Texts eTexts = JsonSink::Texts::None;
+  HostTexts eTexts = HostTexts::None;
   SqlTarget sql;
   unsigned nWidth = 0;  // of a table; 0: that of the terminal
   When eColor = When::Auto;
@@ -67,16 +68,14 @@ struct OpenedRows {
   std::unique_ptr<Input> pInput;  // null: a database
   std::unique_ptr<RowSource> pRows;
   std::string strName;  // for messages
-
-  RowSource* operator->() const { return pRows.get(); }
 };
 
-// Opens the input. `nLimit` is how many rows are read, when it is not 0.
-OpenedRows OpenRows(const ReadOptions& options, Progress& progress, Warnings& warnings,
-                    unsigned long long nLimit = 0);
+OpenedRows OpenRows(const ReadOptions& options, Progress& progress, Warnings& warnings);
 
-// Reads what the options say, and writes it.
+// Reads what the options say, and writes it, or what `pick` makes of the rows.
+using Pick = std::function<std::unique_ptr<RowSource>(RowSource&)>;
 int Convert(const RowOptions& options);
+int Convert(const RowOptions& options, const Pick& pick);
 
 // Writes rows as the options say, and reports the losses.
 void WriteRows(RowSource& rows, const WriteOptions& options, Progress& progress,

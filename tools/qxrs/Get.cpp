@@ -39,21 +39,17 @@ std::vector<std::string> Segments(const std::string& strPath) {
   return vSegments;
 }
 
-class Finder {
- public:
-  Finder(std::vector<std::string> vPath, std::string strFileName)
-      : vSegments(std::move(vPath)), strName(std::move(strFileName)) {}
+// Looks for values in a document, and names the place where there is none.
+struct Finder {
+  const std::vector<std::string> vSegments;
+  const std::string strName;
 
   // Calls `found` with each value that the path leads to from `value`.
   template <typename Found>
   void Find(const JSON::JSONValue& value, std::size_t nSegment, Found found) const {
-    if (nSegment == vSegments.size()) {
-      found(value);
-      return;
-    }
+    if (nSegment == vSegments.size()) return found(value);
     const std::string& strSegment = vSegments[nSegment];
-    const bool bContainer = value.eType == JSON::jtObject || value.eType == JSON::jtArray;
-    if (strSegment == "*" && bContainer) {
+    if (strSegment == "*" && (value.eType == JSON::jtObject || value.eType == JSON::jtArray)) {
       for (int i = 0; i < value.Size(); ++i) {
         Find(*value.GetByOrdinal(i), nSegment + 1, found);
       }
@@ -67,7 +63,6 @@ class Finder {
     Find(*pNext, nSegment + 1, found);
   }
 
- private:
   const JSON::JSONValue* Element(const JSON::JSONValue& array, std::size_t nSegment) const {
     const auto nOrdinal = ToInt64(vSegments[nSegment]);
     if (!nOrdinal || *nOrdinal < 0) Refuse(nSegment, "an array has no names but ordinals from 0");
@@ -81,15 +76,10 @@ class Finder {
     }
     throw InputError(strName + ": " + szReason + " at '" + strPlace + "'");
   }
-
-  const std::vector<std::string> vSegments;
-  const std::string strName;
 };
 
 std::string ResultText(const JSON::JSONValue& value, bool bJson) {
-  if (value.eType == JSON::jtString && !bJson) {
-    return {value.pText, static_cast<std::size_t>(value.nLength)};
-  }
+  if (value.eType == JSON::jtString && !bJson) return std::string(TextOf(value));
   std::string strText;
   value.Serialize(strText);
   return strText;
@@ -99,7 +89,7 @@ int Run(const Options& options) {
   Files files(options.files);
   JSON::Message message;
   ParseOrThrow(message, files.input.ReadAll(), files.input.Name());
-  const Finder finder(Segments(options.strPath), files.input.Name());
+  const Finder finder{Segments(options.strPath), files.input.Name()};
   finder.Find(message, 0, [&](const JSON::JSONValue& value) {
     const std::string strText = ResultText(value, options.bJson);
     files.output.Write(files.output.IsTerminal() ? PrintableLines(strText) : strText);
@@ -112,19 +102,18 @@ int Run(const Options& options) {
 }  // namespace
 
 void AddGet(CLI::App& app, Action& action) {
-  const auto pOptions = std::make_shared<Options>();
-  CLI::App* pCommand = AddCommand(
-      app, {"get", "Write values of a JSON document.",
-            "  qxrs get rows.2.name planets.rs\n"
-            "  qxrs get '/rows/*/name' < planets.rs",
-            "A path is a JSON pointer, /rows/2/name, in which ~1 is a slash and ~0 a tilde, or\n"
-            "names joined by dots. Elements of arrays have ordinals from 0; * is every element or\n"
-            "member, each on a line of its own; . is the whole document."});
-  AddRequired(*pCommand, "PATH", pOptions->strPath, "where the value is");
-  pCommand->add_flag("-j,--json", pOptions->bJson,
-                     "write a text in quotes and escaped, not as it is");
-  AddFileOptions(*pCommand, pOptions->files, "the JSON text");
-  SetAction<Options>(*pCommand, action, pOptions, Run);
+  const auto [command, options] = AddCommand(
+      app, action,
+      {"get", "Write values of a JSON document.",
+       "  qxrs get rows.2.name planets.rs\n"
+       "  qxrs get '/rows/*/name' < planets.rs",
+       "A path is a JSON pointer, /rows/2/name, in which ~1 is a slash and ~0 a tilde, or\n"
+       "names joined by dots. Elements of arrays have ordinals from 0; * is every element or\n"
+       "member, each on a line of its own; . is the whole document."},
+      Run);
+  AddRequired(command, "PATH", options.strPath, "where the value is");
+  command.add_flag("-j,--json", options.bJson, "write a text in quotes and escaped, not as it is");
+  AddFileOptions(command, options.files, "the JSON text");
 }
 
 }  // namespace qxrs

@@ -14,7 +14,6 @@
 #include "tools/qxrs/Command.h"
 #include "tools/qxrs/support/DisplayText.h"
 #include "tools/qxrs/support/Errors.h"
-#include "tools/qxrs/support/TextPosition.h"
 
 namespace qxrs {
 
@@ -120,7 +119,7 @@ std::size_t MalformedAt(const CParamsRS& params) {
   }
   TextPosition position;
   position.Advance(strText.substr(0, nOffset));
-  throw InputError(Complaint(strName, position, strReason));
+  throw Complaint(strName, position, strReason);
 }
 
 // A line feed at the end of a file is no part of a parameter string; mostly the library passes over
@@ -180,55 +179,50 @@ int Read(const ReadOptions& options) {
 }
 
 void AddBuild(CLI::App& params, Action& action) {
-  const auto pOptions = std::make_shared<BuildOptions>();
-  CLI::App* pCommand = AddCommand(
-      params, {"build", "Build a parameter string.",
-               "  qxrs params build --header CMD --result 0 abc 42\n"
-               "  qxrs params build --header CMD --lines names.txt -o params.txt",
-               "The parameters are the result code, the TEXTs, then the lines. A line feed is\n"
-               "written behind the text; readers pass over it."});
-  pCommand->add_option("TEXT", pOptions->vTexts, "parameters")->type_name("");
-  pCommand->add_option("--header", pOptions->strHeader, "put TEXT in front")->type_name("TEXT");
-  pCommand
-      ->add_option("--result", pOptions->nResult,
-                   "make the result code CODE, of 32 bits, parameter 0")
-      ->type_name("CODE");
-  pCommand
-      ->add_option("--lines", pOptions->strLines,
-                   "add each line of FILE as a parameter; - is standard input")
-      ->type_name("FILE");
-  AddOutputOption(*pCommand, pOptions->files.strOutput);
-  SetAction<BuildOptions>(*pCommand, action, pOptions, Build);
+  const auto [command, options] =
+      AddCommand(params, action,
+                 {"build", "Build a parameter string.",
+                  "  qxrs params build --header CMD --result 0 abc 42\n"
+                  "  qxrs params build --header CMD --lines names.txt -o params.txt",
+                  "The parameters are the result code, the TEXTs, then the lines. A line feed is\n"
+                  "written behind the text; readers pass over it."},
+                 Build);
+  AddValue(command, "TEXT", options.vTexts, "", "parameters");
+  AddValue(command, "--header", options.strHeader, "TEXT", "put TEXT in front");
+  AddValue(command, "--result", options.nResult, "CODE",
+           "make the result code CODE, of 32 bits, parameter 0");
+  AddValue(command, "--lines", options.strLines, "FILE",
+           "add each line of FILE as a parameter; - is standard input");
+  AddOutput(command, options.files.strOutput);
 }
 
 void AddRead(CLI::App& params, Action& action) {
-  const auto pOptions = std::make_shared<ReadOptions>();
-  CLI::App* pCommand = AddCommand(
-      params, {"read", "Read a parameter string.",
-               "  qxrs params read params.txt\n"
-               "  qxrs params build --header CMD abc | qxrs params read --at 0",
-               "Without an option the header and all parameters are listed, one on each line."});
-  AddFileOptions(*pCommand, pOptions->files, "the parameter string");
+  const auto [command, options] =
+      AddCommand(params, action,
+                 {"read", "Read a parameter string.",
+                  "  qxrs params read params.txt\n"
+                  "  qxrs params build --header CMD abc | qxrs params read --at 0",
+                  "Without an option the header and all parameters are listed, one on each line."},
+                 Read);
+  AddFileOptions(command, options.files, "the parameter string");
   auto* pAt =
-      pCommand->add_option("--at", pOptions->nIndex, "write parameter INDEX, from 0, as it is")
-          ->type_name("INDEX")
+      AddValue(command, "--at", options.nIndex, "INDEX", "write parameter INDEX, from 0, as it is")
           ->check(CheckIndex);
-  auto* pHeader = pCommand->add_flag("--header", pOptions->bHeader, "write the header");
-  auto* pResult = pCommand->add_flag("--result", pOptions->bResult, "write the result code");
+  auto* pHeader = command.add_flag("--header", options.bHeader, "write the header");
+  auto* pResult = command.add_flag("--result", options.bResult, "write the result code");
   pAt->excludes(pHeader)->excludes(pResult);
   pHeader->excludes(pResult);
-  SetAction<ReadOptions>(*pCommand, action, pOptions, Read);
 }
 
 }  // namespace
 
 void AddParams(CLI::App& app, Action& action) {
-  CLI::App* pParams = AddCommand(app, {"params", "Build and read parameter strings.",
-                                       "  qxrs params build --header CMD --result 0 abc 42\n"
-                                       "  qxrs params read params.txt"});
-  pParams->require_subcommand(1);
-  AddBuild(*pParams, action);
-  AddRead(*pParams, action);
+  CLI::App& params = AddCommand(app, {"params", "Build and read parameter strings.",
+                                      "  qxrs params build --header CMD --result 0 abc 42\n"
+                                      "  qxrs params read params.txt"});
+  params.require_subcommand(1);
+  AddBuild(params, action);
+  AddRead(params, action);
 }
 
 }  // namespace qxrs

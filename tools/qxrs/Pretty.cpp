@@ -4,7 +4,7 @@
 
 #include "json/JSON.h"
 #include "tools/qxrs/Command.h"
-#include "tools/qxrs/rows/JsonWalk.h"
+#include "tools/qxrs/rows/Json.h"
 #include "tools/qxrs/support/Document.h"
 #include "tools/qxrs/support/Errors.h"
 
@@ -29,25 +29,12 @@ std::string HostText(const std::string& strText, const std::string& strName) {
 int Run(const Options& options) {
   Files files(options.files);
   const std::string strText = files.input.ReadAll();
+  const std::string& strName = files.input.Name();
   JSON::Message message;
-  ParseOrThrow(message, strText, files.input.Name());
-  std::string strPretty;
-  if (options.bHost) {
-    strPretty = HostText(strText, files.input.Name());
-  } else {
-    JsonWalk walk(strText.data() + strText.size());
-    walk.WriteTo(strPretty,
-                 options.bCompact ? JsonWalk::Style::Compact : JsonWalk::Style::Indented);
-    const char* const pBegin = strText.data() + strText.find_first_not_of(kWhiteSpace);
-    const char* const pEnd = walk.Read(pBegin);
-    if (!pEnd ||
-        strText.find_first_not_of(kWhiteSpace, static_cast<std::size_t>(pEnd - strText.data())) !=
-            std::string::npos) {
-      throw InputError(files.input.Name() + ": " +
-                       (pEnd ? "text behind the document" : walk.Reason()));
-    }
-  }
-  files.output.Write(strPretty + "\n");
+  ParseOrThrow(message, strText, strName);
+  files.output.Write(options.bHost ? HostText(strText, strName)
+                                   : StrictJson(strText, !options.bCompact, strName));
+  files.output.Write("\n");
   files.output.Commit();
   return kExitDone;
 }
@@ -55,21 +42,21 @@ int Run(const Options& options) {
 }  // namespace
 
 void AddPretty(CLI::App& app, Action& action) {
-  const auto pOptions = std::make_shared<Options>();
-  CLI::App* pCommand = AddCommand(
-      app, {"pretty", "Write JSON text in indented lines.",
-            "  qxrs pretty planets.rs\n"
-            "  qxrs from-csv planets.csv | qxrs pretty | less",
-            "The result is strict JSON, whatever leniency of the parser the text uses."});
+  const auto [command, options] =
+      AddCommand(app, action,
+                 {"pretty", "Write JSON text in indented lines.",
+                  "  qxrs pretty planets.rs\n"
+                  "  qxrs from-csv planets.csv | qxrs pretty | less",
+                  "The result is strict JSON, whatever leniency of the parser the text uses."},
+                 Run);
   CLI::Option* pCompact =
-      pCommand->add_flag("--compact", pOptions->bCompact, "on one line, without white space");
-  pCommand
-      ->add_flag("--host", pOptions->bHost,
-                 "by the library's printer, as a host's log has it: it knows no strings, so that "
-                 "brackets and commas inside texts break the line, too")
+      command.add_flag("--compact", options.bCompact, "on one line, without white space");
+  command
+      .add_flag("--host", options.bHost,
+                "by the library's printer, as a host's log has it: it knows no strings, so that "
+                "brackets and commas inside texts break the line, too")
       ->excludes(pCompact);
-  AddFileOptions(*pCommand, pOptions->files, "the JSON text");
-  SetAction<Options>(*pCommand, action, pOptions, Run);
+  AddFileOptions(command, options.files, "the JSON text");
 }
 
 }  // namespace qxrs

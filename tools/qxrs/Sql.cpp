@@ -26,41 +26,38 @@ void LoadInput(const std::string& strInput, const ReadOptions& howToRead,
   const OpenedRows rows = OpenRows(read, progress, warnings);
   SqlTarget target;
   target.strTable = strInput.substr(0, nEquals);
-  SqlSink sink(pDatabase, target, warnings);
-  Copy(*rows.pRows, sink, false);
+  Copy(*rows.pRows, *OpenTable(pDatabase, target, warnings), false);
 }
 
 int Run(const Options& options) {
   Progress progress(options.rows.eProgress);
   Warnings warnings(options.rows.bStrict);
-  const auto pDatabase = std::make_shared<Database>("", Database::Mode::Scratch);
+  const std::shared_ptr<Database> pDatabase = OpenDatabase("", DatabaseMode::Scratch);
   for (const std::string& strInput : options.vInputs) {
     LoadInput(strInput, options.rows.read, pDatabase, progress, warnings);
   }
-  SqlSource answer(pDatabase, "SQL", options.rows.read.strQuery, progress);
-  WriteRows(answer, options.rows.write, progress, warnings);
+  const auto pAnswer = OpenQuery(pDatabase, options.rows.read.strQuery, progress);
+  WriteRows(*pAnswer, options.rows.write, progress, warnings);
   return kExitDone;
 }
 
 }  // namespace
 
 void AddSql(CLI::App& app, Action& action) {
-  const auto pOptions = std::make_shared<Options>();
-  CLI::App* pCommand = AddCommand(
-      app, {"sql", "Ask a question in SQL about files of any format.",
-            "  qxrs sql \"SELECT eu, count(*) AS n FROM c GROUP BY 1\" c=countries.csv\n"
-            "  qxrs sql -i \"SELECT * FROM a JOIN b USING (id)\" a=a.json b=b.csv",
-            "Each input is a table in a database that lies in memory and, when it grows, in a\n"
-            "temporary file. The dialect is SQLite's. Arrays and objects are JSON text, which\n"
-            "its JSON functions take apart."});
-  RowOptions& rows = pOptions->rows;
-  AddRequired(*pCommand, "SQL", rows.read.strQuery, "one statement that gives rows");
-  pCommand->add_option("NAME=FILE", pOptions->vInputs, "a table's name and its rows")
-      ->type_name("");
-  AddRowOptions(*pCommand, rows, Format::Csv, std::nullopt);
-  pCommand->remove_option(pCommand->get_option("--columns"));  // the question names them
-  AddOutputOption(*pCommand, rows.write.strOutput);
-  SetAction<Options>(*pCommand, action, pOptions, Run);
+  const auto [command, options] = AddCommand(
+      app, action,
+      {"sql", "Ask a question in SQL about files of any format.",
+       "  qxrs sql \"SELECT eu, count(*) AS n FROM c GROUP BY 1\" c=countries.csv\n"
+       "  qxrs sql -i \"SELECT * FROM a JOIN b USING (id)\" a=a.json b=b.csv",
+       "Each input is a table in a database that lies in memory and, when it grows, in a\n"
+       "temporary file. The dialect is SQLite's. Arrays and objects are JSON text, which\n"
+       "its JSON functions take apart."},
+      Run);
+  AddRequired(command, "SQL", options.rows.read.strQuery, "one statement that gives rows");
+  AddValue(command, "NAME=FILE", options.vInputs, "", "a table's name and its rows");
+  AddRowOptions(command, options.rows, Format::Csv, std::nullopt);
+  command.remove_option(command.get_option("--columns"));  // the question names them
+  AddOutput(command, options.rows.write.strOutput);
 }
 
 }  // namespace qxrs

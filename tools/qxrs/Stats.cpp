@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <deque>
 #include <functional>
 #include <set>
 
@@ -26,13 +27,13 @@ class DistinctCount {
     if (setSmallest.size() > kKept) setSmallest.erase(std::prev(setSmallest.end()));
   }
 
-  // The number, or about the number as a text, in JSON.
+  // The number, or about the number with a mark in front.
   std::string Text() const {
     if (setSmallest.size() < kKept) return std::to_string(setSmallest.size());
     constexpr double kAllHashes = 18446744073709551616.0;
     const double fDistinct =
         (kKept - 1) / (static_cast<double>(*setSmallest.rbegin()) / kAllHashes);
-    return "\"~" + std::to_string(static_cast<unsigned long long>(fDistinct)) + '"';
+    return "~" + std::to_string(static_cast<unsigned long long>(fDistinct));
   }
 
  private:
@@ -71,8 +72,8 @@ struct ColumnStats {
     }
   }
 
+  // REQUIRES: there are numbers.
   std::string Mean() const {
-    if (nNumbers == 0) return "null";
     constexpr int kDigits = 6;
     char szText[32];
     const auto fMean = static_cast<double>(fSum / static_cast<long double>(nNumbers));
@@ -121,66 +122,86 @@ const char* KindName(const ColumnStats& stats) {
   }
 }
 
-std::string JsonText(const std::string& strText) {
-  std::string strJson;
-  AppendJsonText(strText, false, strJson);
-  return strJson;
-}
-
-// The figures of a column as a row.
-std::string RowText(const std::string& strName, const ColumnStats& stats,
-                    unsigned long long nRows) {
-  const auto Extreme = [&](const std::string& strText) {
-    return stats.nNumbers != 0 ? strText : stats.eKind ? JsonText(strText) : "null";
-  };
-  return R"({"column":)" + JsonText(strName) + R"(,"kind":")" + KindName(stats) +
-         R"(","missing":)" + std::to_string(nRows - stats.nCells) +
-         ",\"null\":" + std::to_string(stats.nNulls) + ",\"distinct\":" + stats.distinct.Text() +
-         ",\"min\":" + Extreme(stats.strMin) + ",\"max\":" + Extreme(stats.strMax) +
-         ",\"mean\":" + stats.Mean() + ",\"longest\":" + std::to_string(stats.nLongest) + "}";
-}
-
-int Run(const RowOptions& options) {
-  Progress progress(options.eProgress);
-  Warnings warnings(options.bStrict);
-  const OpenedRows opened = OpenRows(options.read, progress, warnings);
-  std::vector<ColumnStats> vStats;
-  std::string strBuffer;
-  unsigned long long nRows = 0;
-  for (Row row; opened.pRows->Next(row); ++nRows) {
-    vStats.resize(opened.pRows->GetColumns().Count());
-    for (const Cell& cell : row) {
-      vStats[cell.nColumn].Count(cell, strBuffer);
+// The figures of all columns, as rows.
+class Figures : public RowSource {
+ public:
+  explicit Figures(RowSource& rows) {
+    std::string strBuffer;
+    for (Row row; rows.Next(row); ++nRows) {
+      vStats.resize(rows.GetColumns().Count());
+      for (const Cell& cell : row) {
+        vStats[cell.nColumn].Count(cell, strBuffer);
+      }
+    }
+    described = rows.GetColumns();
+    vStats.resize(described.Count());
+    for (const char* szName :
+         {"column", "kind", "missing", "null", "distinct", "min", "max", "mean", "longest"}) {
+      columns.FindOrAdd(szName);
     }
   }
-  const Columns& columns = opened.pRows->GetColumns();
-  vStats.resize(columns.Count());
-  std::string strJson = "[";
-  for (std::size_t i = 0; i < columns.Count(); ++i) {
-    strJson += (i == 0 ? "" : ",") + RowText(columns[i].strName, vStats[i], nRows);
+
+  const Columns& GetColumns() const override { return columns; }
+  bool AllColumnsKnown() const override { return true; }
+
+  bool Next(Row& row) override {
+    if (nNext == vStats.size()) return false;
+    const ColumnStats& stats = vStats[nNext];
+    row.clear();
+    vTexts.clear();
+    Add(row, Kind::Text, described[nNext++].strName);
+    Add(row, Kind::Text, KindName(stats));
+    AddNumber(row, std::to_string(nRows - stats.nCells));
+    AddNumber(row, std::to_string(stats.nNulls));
+    AddNumber(row, stats.distinct.Text());
+    AddExtreme(row, stats, stats.strMin);
+    AddExtreme(row, stats, stats.strMax);
+    stats.nNumbers == 0 ? Add(row, Kind::Null, "") : AddNumber(row, stats.Mean());
+    AddNumber(row, std::to_string(stats.nLongest));
+    return true;
   }
-  Input figures(strJson + "]", "the figures", progress);
-  JsonSource rows(figures, JsonSource::Form::Document, warnings);
-  WriteRows(rows, options.write, progress, warnings);
-  return kExitDone;
+
+ private:
+  void Add(Row& row, Kind eKind, std::string strText) {
+    const auto nColumn = static_cast<std::uint32_t>(row.size());
+    row.push_back({vTexts.emplace_back(std::move(strText)), nColumn, eKind});
+  }
+
+  void AddNumber(Row& row, const std::string& strText) { Add(row, NumberKind(strText), strText); }
+
+  void AddExtreme(Row& row, const ColumnStats& stats, const std::string& strText) {
+    const Kind eKind = stats.nNumbers != 0 ? NumberKind(strText) : Kind::Text;
+    Add(row, stats.eKind ? eKind : Kind::Null, strText);
+  }
+
+  Columns columns;
+  Columns described;
+  std::vector<ColumnStats> vStats;  // of those
+  std::deque<std::string> vTexts;   // of the current row
+  std::size_t nNext = 0;
+  unsigned long long nRows = 0;
+};
+
+int Run(const RowOptions& options) {
+  return Convert(options, [](RowSource& rows) { return std::make_unique<Figures>(rows); });
 }
 
 }  // namespace
 
 void AddStats(CLI::App& app, Action& action) {
-  const auto pOptions = std::make_shared<RowOptions>();
-  pOptions->write.eTo = Format::Table;
-  CLI::App* pCommand = AddCommand(
-      app, {"stats", "Show kinds, extremes, means and numbers of values by column.",
-            "  qxrs stats planets.rs\n"
-            "  qxrs stats --infer countries.csv --to json",
-            "Columns of numbers have a minimum, a maximum and a mean by value, others by text.\n"
-            "Numbers of different values beyond 8,000 are estimates to about one per cent, marked\n"
-            "with ~. Lengths are bytes. Rows stream: memory does not grow with the input."});
-  AddInputOption(*pCommand, pOptions->read.strInput, "the rows");
-  AddRowOptions(*pCommand, *pOptions, std::nullopt, std::nullopt);
-  AddOutputOption(*pCommand, pOptions->write.strOutput);
-  SetAction<RowOptions>(*pCommand, action, pOptions, Run);
+  const auto [command, rows] = AddCommand(
+      app, action,
+      {"stats", "Show kinds, extremes, means and numbers of values by column.",
+       "  qxrs stats planets.rs\n"
+       "  qxrs stats --infer countries.csv --to json",
+       "Columns of numbers have a minimum, a maximum and a mean by value, others by text.\n"
+       "Numbers of different values beyond 8,000 are estimates to about one per cent, marked\n"
+       "with ~. Lengths are bytes. Rows stream: memory does not grow with the input."},
+      Run);
+  rows.write.eTo = Format::Table;
+  AddInput(command, rows.read.strInput, "the rows");
+  AddRowOptions(command, rows, std::nullopt, std::nullopt);
+  AddOutput(command, rows.write.strOutput);
 }
 
 }  // namespace qxrs

@@ -6,7 +6,9 @@
 
 #include <algorithm>
 
+#include "tools/qxrs/rows/Spool.h"
 #include "tools/qxrs/rows/Values.h"
+#include "tools/qxrs/support/DisplayText.h"
 #include "tools/qxrs/support/Terminal.h"
 
 namespace qxrs {
@@ -27,119 +29,140 @@ std::string WithoutBlanksAtEnd(std::string strLine) {
   return strLine;
 }
 
+class TableLayout {
+ public:
+  // Measures the rows.
+  TableLayout(SpooledRows& rowsToShow, std::size_t nMaxWidth)
+      : rows(rowsToShow), nWidth(nMaxWidth) {
+    for (const Column& column : rows.GetColumns()) {
+      DisplayText head = MakeDisplayText(column.strName);
+      const std::size_t nHeadWidth = head.nWidth;
+      const bool bNumbers = column.eKind == Kind::Integer || column.eKind == Kind::Real;
+      vColumns.push_back({std::move(head), nHeadWidth, bNumbers || !column.eKind});
+    }
+    rows.Rewind();
+    for (Row row; rows.Next(row);) {
+      for (const Cell& cell : row) {
+        ShownColumn& column = vColumns[cell.nColumn];
+        column.nWidth = std::max(column.nWidth, Shown(cell).nWidth);
+      }
+    }
+  }
+
+  // Writes the table. Only once.
+  void Write(Output& output, bool bColor) {
+    if (vColumns.empty()) {
+      output.Write(rows.Count() == 0 ? "(no rows)\n" : "(no columns)\n");
+      return;
+    }
+    const std::size_t nShown = FittingColumns();
+    const std::size_t nHidden = vColumns.size() - nShown;
+    vColumns.erase(vColumns.begin() + static_cast<std::ptrdiff_t>(nShown), vColumns.end());
+    Shrink(kLeastForText, false);
+    Shrink(kLeast, true);
+
+    std::vector<DisplayText> vHeads;
+    std::vector<DisplayText> vRules;
+    for (const ShownColumn& column : vColumns) {
+      vHeads.push_back(column.head);
+      vRules.push_back({std::string(column.nWidth, '-'), column.nWidth});
+    }
+    output.Write(Styled(Line(vHeads), Style::Bold, bColor) + "\n");
+    output.Write(Line(vRules) + "\n");
+    rows.Rewind();
+    std::vector<DisplayText> vTexts;
+    for (Row row; rows.Next(row);) {
+      vTexts.assign(vColumns.size(), {});
+      for (const Cell& cell : row) {
+        if (cell.nColumn < vTexts.size()) vTexts[cell.nColumn] = Shown(cell);
+      }
+      output.Write(Line(vTexts) + "\n");
+    }
+    if (nHidden != 0) {
+      output.Write("... " + std::to_string(nHidden) + " more column" +
+                   (nHidden == 1 ? "\n" : "s\n"));
+    }
+  }
+
+ private:
+  struct ShownColumn {
+    DisplayText head;
+    std::size_t nWidth;  // of the widest, then as written
+    bool bNumbers;       // nothing but numbers and nulls
+  };
+
+  DisplayText Shown(const Cell& cell) { return MakeDisplayText(ShownText(cell, strBuffer)); }
+
+  // How many columns fit into a line, at least one.
+  std::size_t FittingColumns() const {
+    std::size_t nTotal = 0;
+    for (std::size_t i = 0; i < vColumns.size(); ++i) {
+      nTotal += (i == 0 ? 0 : kGap) + std::min(vColumns[i].nWidth, kLeastShown);
+      if (nTotal > nWidth) return std::max<std::size_t>(i, 1);
+    }
+    return vColumns.size();
+  }
+
+  std::size_t Total() const {
+    std::size_t nTotal = kGap * (vColumns.size() - 1);
+    for (const ShownColumn& column : vColumns) {
+      nTotal += column.nWidth;
+    }
+    return nTotal;
+  }
+
+  // Cuts the widest columns down to one width, a few of them to one more, so that the lines just
+  // fit; none to less than `nLeast`.
+  void Shrink(std::size_t nLeast, bool bNumbersToo) {
+    const std::size_t nTotal = Total();
+    if (nTotal <= nWidth) return;
+    const auto Cut = [&](const ShownColumn& column, std::size_t nLevel) {
+      const bool bMay = column.nWidth > nLevel && (bNumbersToo || !column.bNumbers);
+      return bMay ? column.nWidth - nLevel : 0;
+    };
+    const auto TotalAt = [&](std::size_t nLevel) {
+      std::size_t nCut = 0;
+      for (const ShownColumn& column : vColumns) {
+        nCut += Cut(column, nLevel);
+      }
+      return nTotal - nCut;
+    };
+    std::size_t nLevel = nLeast;
+    for (std::size_t nTooWide = nTotal; nTooWide - nLevel > 1;) {
+      const std::size_t nMiddle = nLevel + (nTooWide - nLevel) / 2;
+      (TotalAt(nMiddle) <= nWidth ? nLevel : nTooWide) = nMiddle;
+    }
+    std::size_t nSpare = nWidth - std::min(TotalAt(nLevel), nWidth);
+    for (auto it = vColumns.rbegin(); it != vColumns.rend(); ++it) {
+      const std::size_t nCut = Cut(*it, nLevel);
+      const std::size_t nBack = nCut > 0 && nSpare > 0 ? 1 : 0;
+      it->nWidth -= nCut - nBack;
+      nSpare -= nBack;
+    }
+  }
+
+  std::string Line(const std::vector<DisplayText>& vTexts) const {
+    std::string strLine;
+    for (std::size_t i = 0; i < vColumns.size(); ++i) {
+      const DisplayText text = Shortened(vTexts[i], vColumns[i].nWidth);
+      const std::string strBlanks(vColumns[i].nWidth - text.nWidth, ' ');
+      strLine += i == 0 ? "" : std::string(kGap, ' ');
+      strLine += vColumns[i].bNumbers ? strBlanks + text.strText : text.strText + strBlanks;
+    }
+    return WithoutBlanksAtEnd(std::move(strLine));
+  }
+
+  SpooledRows& rows;
+  const std::size_t nWidth;
+  std::vector<ShownColumn> vColumns;
+  std::string strBuffer;
+};
+
 }  // namespace
 
-TableLayout::TableLayout(SpooledRows& rowsToShow, std::size_t nMaxWidth)
-    : rows(rowsToShow), nWidth(nMaxWidth) {
-  for (const Column& column : rows.GetColumns()) {
-    DisplayText head = MakeDisplayText(column.strName);
-    const std::size_t nHeadWidth = head.nWidth;
-    const bool bNumbers = column.eKind == Kind::Integer || column.eKind == Kind::Real;
-    vColumns.push_back({std::move(head), nHeadWidth, bNumbers || !column.eKind});
-  }
-  rows.Rewind();
-  for (Row row; rows.Next(row);) {
-    for (const Cell& cell : row) {
-      ShownColumn& column = vColumns[cell.nColumn];
-      column.nWidth = std::max(column.nWidth, Shown(cell).nWidth);
-    }
-  }
-}
-
-DisplayText TableLayout::Shown(const Cell& cell) {
-  return MakeDisplayText(ShownText(cell, strBuffer));
-}
-
-void TableLayout::Write(Output& output, bool bColor) {
-  if (vColumns.empty()) {
-    output.Write(rows.Count() == 0 ? "(no rows)\n" : "(no columns)\n");
-    return;
-  }
-  const std::size_t nShown = FittingColumns();
-  const std::size_t nHidden = vColumns.size() - nShown;
-  vColumns.erase(vColumns.begin() + static_cast<std::ptrdiff_t>(nShown), vColumns.end());
-  Shrink(kLeastForText, false);
-  Shrink(kLeast, true);
-
-  std::vector<DisplayText> vHeads;
-  std::vector<DisplayText> vRules;
-  for (const ShownColumn& column : vColumns) {
-    vHeads.push_back(column.head);
-    vRules.push_back({std::string(column.nWidth, '-'), column.nWidth});
-  }
-  output.Write(Styled(Line(vHeads), Style::Bold, bColor) + "\n");
-  output.Write(Line(vRules) + "\n");
-  rows.Rewind();
-  std::vector<DisplayText> vTexts;
-  for (Row row; rows.Next(row);) {
-    vTexts.assign(vColumns.size(), {});
-    for (const Cell& cell : row) {
-      if (cell.nColumn < vTexts.size()) vTexts[cell.nColumn] = Shown(cell);
-    }
-    output.Write(Line(vTexts) + "\n");
-  }
-  if (nHidden != 0) {
-    output.Write("... " + std::to_string(nHidden) + " more column" + (nHidden == 1 ? "\n" : "s\n"));
-  }
-}
-
-// How many columns fit into a line, at least one.
-std::size_t TableLayout::FittingColumns() const {
-  std::size_t nTotal = 0;
-  for (std::size_t i = 0; i < vColumns.size(); ++i) {
-    nTotal += (i == 0 ? 0 : kGap) + std::min(vColumns[i].nWidth, kLeastShown);
-    if (nTotal > nWidth) return std::max<std::size_t>(i, 1);
-  }
-  return vColumns.size();
-}
-
-std::size_t TableLayout::Total() const {
-  std::size_t nTotal = kGap * (vColumns.size() - 1);
-  for (const ShownColumn& column : vColumns) {
-    nTotal += column.nWidth;
-  }
-  return nTotal;
-}
-
-// Cuts the widest columns down to one width, a few of them to one more, so that the lines just fit;
-// none to less than `nLeast`.
-void TableLayout::Shrink(std::size_t nLeast, bool bNumbersToo) {
-  const std::size_t nTotal = Total();
-  if (nTotal <= nWidth) return;
-  const auto Cut = [&](const ShownColumn& column, std::size_t nLevel) {
-    const bool bMay = column.nWidth > nLevel && (bNumbersToo || !column.bNumbers);
-    return bMay ? column.nWidth - nLevel : 0;
-  };
-  const auto TotalAt = [&](std::size_t nLevel) {
-    std::size_t nCut = 0;
-    for (const ShownColumn& column : vColumns) {
-      nCut += Cut(column, nLevel);
-    }
-    return nTotal - nCut;
-  };
-  std::size_t nLevel = nLeast;
-  for (std::size_t nTooWide = nTotal; nTooWide - nLevel > 1;) {
-    const std::size_t nMiddle = nLevel + (nTooWide - nLevel) / 2;
-    (TotalAt(nMiddle) <= nWidth ? nLevel : nTooWide) = nMiddle;
-  }
-  std::size_t nSpare = nWidth - std::min(TotalAt(nLevel), nWidth);
-  for (auto it = vColumns.rbegin(); it != vColumns.rend(); ++it) {
-    const std::size_t nCut = Cut(*it, nLevel);
-    const std::size_t nBack = nCut > 0 && nSpare > 0 ? 1 : 0;
-    it->nWidth -= nCut - nBack;
-    nSpare -= nBack;
-  }
-}
-
-std::string TableLayout::Line(const std::vector<DisplayText>& vTexts) const {
-  std::string strLine;
-  for (std::size_t i = 0; i < vColumns.size(); ++i) {
-    const DisplayText text = Shortened(vTexts[i], vColumns[i].nWidth);
-    const std::string strBlanks(vColumns[i].nWidth - text.nWidth, ' ');
-    strLine += i == 0 ? "" : std::string(kGap, ' ');
-    strLine += vColumns[i].bNumbers ? strBlanks + text.strText : text.strText + strBlanks;
-  }
-  return WithoutBlanksAtEnd(std::move(strLine));
+void WriteTable(RowSource& source, std::size_t nWidth, bool bColor, Output& output) {
+  SpooledRows rows(source, SpooledRows::Kinds::AsTheyAre);
+  TableLayout(rows, nWidth == 0 ? static_cast<std::size_t>(-1) : nWidth).Write(output, bColor);
 }
 
 }  // namespace qxrs

@@ -25,21 +25,9 @@ constexpr const char* kFooter =
     "  qxrs convert world.db countries.csv --table countries\n\n"
     "Exit status: 0 done, 1 bad input or a file that fails, 2 wrong usage";
 
-void AddCommands(CLI::App& app, Action& action) {
-  AddConversions(app, action);
-  AddTable(app, action);
-  AddParts(app, action);
-  AddSql(app, action);
-  AddDiff(app, action);
-  AddStats(app, action);
-  AddCheck(app, action);
-  AddNormalize(app, action);
-  AddDump(app, action);
-  AddPretty(app, action);
-  AddGet(app, action);
-  AddParams(app, action);
-  AddDescriptions(app, action);
-}
+constexpr void (*kCommands[])(CLI::App&, Action&) = {
+    AddConversions, AddTable,     AddHead, AddTail,   AddSort, AddSql,    AddDiff,        AddStats,
+    AddCheck,       AddNormalize, AddDump, AddPretty, AddGet,  AddParams, AddDescriptions};
 
 // What a file or a database is called may move the cursor of a terminal.
 int Complain(const std::string& strMessage, int nStatus) {
@@ -114,7 +102,9 @@ int Main(int nArguments, char** pszArguments) {
   app.require_subcommand(1);
   app.footer(kFooter);
   Action action;
-  AddCommands(app, action);
+  for (const auto pAdd : kCommands) {
+    pAdd(app, action);
+  }
   try {
     app.parse(nArguments, pszArguments);
   } catch (const CLI::Success& request) {

@@ -8,16 +8,15 @@
 #ifndef QXRECORDSET_TOOLS_ROWS_CSV_H
 #define QXRECORDSET_TOOLS_ROWS_CSV_H
 
-#include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "tools/qxrs/rows/Rows.h"
+#include "tools/qxrs/support/Input.h"
 #include "tools/qxrs/support/Output.h"
 #include "tools/qxrs/support/Warnings.h"
-#include "tools/qxrs/support/Window.h"
 
 namespace qxrs {
 
@@ -30,35 +29,8 @@ struct CsvReading {
   std::vector<std::string> vNames;     // of the columns; empty: the first line tells them
 };
 
-class CsvSource : public RowSource {
- public:
-  // Reads the first line.
-  CsvSource(Input& input, CsvReading howToRead);
-
-  const Columns& GetColumns() const override { return columns; }
-  bool AllColumnsKnown() const override { return true; }
-  bool Next(Row& row) override;
-
- private:
-  // Finds the bytes that end or interrupt a field, sixteen at a time.
-  class Stops;
-  enum class End { Field, Record, TextTooShort };
-
-  bool NextRecord(Row& row);
-  bool ReadRecord(Row& row);
-  End ReadField(Stops& stops, Cell& cell, const char*& p);
-  End ReadQuoted(Stops& stops, Cell& cell, const char*& p);
-  End PassEnd(const char*& p) const;
-  char GuessDelimiter();
-  void TakeNames(const Row& row);
-
-  Window window;
-  CsvReading how;
-  Columns columns;
-  const char* pRecord = nullptr;        // the beginning of the record that was read last
-  bool bLast = false;                   // the window reaches the end of the input
-  std::vector<std::uint32_t> vRewrite;  // cells of the record with escapes or doubled quotes
-};
+// Reads the first line.
+std::unique_ptr<RowSource> OpenCsvRows(Input& input, CsvReading how);
 
 struct CsvWriting {
   Dialect eDialect = Dialect::Csv;
@@ -69,31 +41,7 @@ struct CsvWriting {
   bool bQuoteAll = false;  // every field stands in quotes, but for nulls
 };
 
-class CsvSink : public RowSink {
- public:
-  CsvSink(Output& outputText, CsvWriting howToWrite, Warnings& lossesSeen);
-
-  Needs GetNeeds() const override { return Needs::Columns; }
-  void Begin(const Columns& columns, bool bAllColumns) override;
-  void Write(const Row& row) override;
-  void End() override {}
-  void Flush() override { output.Flush(); }
-
- private:
-  void WriteField(const Cell* pCell);
-  void WriteText(std::string_view strText);
-  bool IsPlain(std::string_view strText) const;
-
-  Output& output;
-  const CsvWriting how;
-  Warnings& warnings;
-  const Columns* pColumns = nullptr;
-  const std::string strLineEnd;
-  std::size_t nColumns = 0;
-  std::vector<const Cell*> vPlaces;  // the cells of a row in the order of the columns
-  std::string strBuffer;
-  unsigned long long nRow = 0;
-};
+std::unique_ptr<RowSink> OpenCsvSink(Output& output, CsvWriting how, Warnings& warnings);
 
 }  // namespace qxrs
 

@@ -3,11 +3,15 @@
 // Reading rows of JSON: each by the library's grammar, in a window that moves over the input. A row
 // that the window's end cuts is read again when more of it is there.
 
+#include <deque>
 #include <utility>
+#include <vector>
 
 #include "json/JSONMessage.h"
+#include "text/ExpectedName.h"
 #include "tools/qxrs/rows/Json.h"
 #include "tools/qxrs/rows/Values.h"
+#include "tools/qxrs/support/Document.h"
 #include "tools/qxrs/support/Errors.h"
 
 namespace qxrs {
@@ -18,13 +22,247 @@ constexpr const char* kBeside = "a member beside the rows was left out";
 constexpr const char* kRepeated = "a name occurs more than once in a row; its last value counts";
 constexpr const char* kNoNumber = "a number that JSON does not know became a text";
 constexpr const char* kNotUtf8 = "bytes that are not UTF-8 became U+FFFD";
-constexpr std::string_view kRows = "\"rows\"";
-constexpr std::string_view kColumns = "\"columns\"";
 
-}  // namespace
+class JsonSource : public RowSource {
+ public:
+  JsonSource(Input& input, JsonForm eForm, Warnings& lossesSeen)
+      : window(input), warnings(lossesSeen) {
+    window.Start();
+    if (eForm == JsonForm::Lines) return;
+    const char c = PeekToken();
+    if (c == '{') {
+      FindRows();
+    } else if (c == '[') {
+      Take();
+      eState = State::Elements;
+    } else {
+      Refuse(AtEnd() ? "the text is empty; a record set without rows is {}"
+                     : "expected '{' or '['; the formats have names, see --from");
+    }
+  }
+
+  const Columns& GetColumns() const override { return columns; }
+  bool AllColumnsKnown() const override { return bColumnsTold; }
+
+  bool Next(Row& row) override {
+    if (eState == State::Elements && !FindElement()) EndRows();
+    const char c = PeekToken();
+    if (AtEnd() || eState == State::End) {
+      if (!AtEnd()) Refuse("text behind the document; --from jsonl reads a row on each line");
+      return false;
+    }
+    ++nRow;
+    if (c != '{') {
+      Refuse(eState == State::Lines ? "expected an object"
+                                    : "row " + std::to_string(nRow) + " is no object");
+    }
+    ReadRow(row);
+    if (eState == State::Single) eState = State::End;
+    return true;
+  }
+
+ private:
+  class RowReader;
+
+  // What is read next: objects up to the end, elements of an array, the only row, or nothing.
+  enum class State { Lines, Elements, Single, End };
+
+  // Where an object stands: it is a row, or holds the members in front of or behind the rows.
+  enum class Place { Row, Front, Behind };
+
+  struct Loss {
+    const char* szReason;
+    std::size_t nColumn;
+  };
+
+  [[noreturn]] void Refuse(const std::string& strReason) {
+    window.Refuse(window.Begin(), strReason);
+  }
+  bool AtEnd() { return window.Begin() == window.End(); }
+  void Take() { window.UseUpTo(window.Begin() + 1); }
+
+  // The next byte that is no white space; a NUL at the end.
+  char PeekToken() {
+    while (true) {
+      char* p = window.Begin();
+      while (JSON::IsSpace(*p)) {
+        ++p;
+      }
+      window.UseUpTo(p);
+      if (p != window.End() || !window.Fill()) return *window.Begin();
+    }
+  }
+
+  // Reads more of a text of which only a part could be read, or refuses it.
+  void FillOrRefuse(const JsonText& text) {
+    const auto nStop = text.pStop - window.Begin();
+    const bool bMayGoOn =
+        text.eFault == JSON::Fault::kString || window.End() - text.pStop < JSON::kLongestLiteral;
+    if (bMayGoOn && window.Fill()) return;
+    JSON::Message message;
+    if (message.Parse(window.Begin(), static_cast<int>(window.Text().size()))) {
+      // The parser accepts some texts that end within, a NUL among their ends.
+      const char* const pStop = window.Begin() + nStop;
+      window.Refuse(pStop,
+                    pStop == window.End() ? EndsWithin(text) : "a NUL byte ends the text here");
+    }
+    window.Refuse(window.Begin() + message.Error().nOffset, message.Error().szReason);
+  }
+
+  // ---- In front of the rows, and behind them ----
+
+  // Passes over what stands in front of the rows of an object. An object without an array of rows
+  // is a row itself; an empty one is none.
+  void FindRows() {
+    ePlace = Place::Front;
+    Row others;
+    const char* pEnd = nullptr;
+    while (!pEnd && !pRows) {
+      JsonText text(window.End(), JSON::kMaxNesting);
+      pEnd = TryRow(text, others);
+      if (!pEnd && !pRows) FillOrRefuse(text);
+    }
+    ePlace = Place::Row;
+    std::string strTold;
+    for (const Cell& cell : others) {
+      const bool bTold = columns[cell.nColumn].strName == "columns";
+      if (bTold) strTold = cell.strText;
+      if (!bTold && pRows) warnings.Add(kBeside);
+    }
+    columns = Columns();
+    vNames.clear();
+    vExpected.clear();
+    vSeen.clear();
+    if (pRows) {
+      TellColumns(strTold);
+      eState = State::Elements;
+      bInObject = true;
+      window.UseUpTo(pRows + 1);
+    } else if (others.empty()) {
+      eState = State::End;
+      window.UseUpTo(pEnd);
+    } else {
+      eState = State::Single;
+    }
+  }
+
+  void TellColumns(const std::string& strJson) {
+    JSON::Message message;
+    message.Parse(strJson.data(), static_cast<int>(strJson.size()));
+    if (message.eType != JSON::jtArray) return;
+    for (int i = 0; i < message.Size(); ++i) {
+      const JSON::JSONValue& entry = std::as_const(message)[i];
+      std::string strName;
+      AppendJsonText(TextIn(entry["name"]), false, strName);
+      Column& column = columns[FindColumn(std::string_view(strName).substr(1, strName.size() - 2))];
+      column.strType = TextIn(entry["type"]);
+      column.nKey = entry["key"].eType == JSON::jtInteger ? entry["key"].AsInt() : 0;
+      column.bNotNull = entry["notNull"].AsBoolean();
+    }
+    bColumnsTold = true;
+  }
+
+  static std::string_view TextIn(const JSON::JSONValue& value) {
+    return value.eType == JSON::jtString ? TextOf(value) : std::string_view();
+  }
+
+  // Moves to the next element; false at the bracket behind the last one.
+  bool FindElement() {
+    const char c = PeekToken();
+    if (c == ']') return false;
+    if (c == ',' && !bFirst) {
+      Take();
+      PeekToken();
+    } else if (!bFirst && !AtEnd()) {
+      Refuse("expected ',' or ']'");
+    }
+    if (AtEnd()) Refuse("the text ends inside an array");
+    bFirst = false;
+    return true;
+  }
+
+  // Behind the array of rows. With a brace in place of the comma, the members that follow are an
+  // object.
+  void EndRows() {
+    eState = State::End;
+    Take();
+    if (!bInObject) return;
+    const char c = PeekToken();
+    if (c == '}') return Take();
+    if (c != ',') Refuse(AtEnd() ? "the text ends inside an object" : "expected ',' or '}'");
+    *window.Begin() = '{';
+    ePlace = Place::Behind;
+    const Columns ofRows = columns;
+    Row others;
+    ReadRow(others);
+    columns = ofRows;
+    if (others.empty()) Refuse("a member has to follow the comma");
+    for (std::size_t i = 0; i < others.size(); ++i) {
+      warnings.Add(kBeside);
+    }
+  }
+
+  // ---- Rows ----
+
+  // Reads the object at the window's beginning; null when it is not all there, or malformed, or has
+  // the rows in it that are looked for.
+  const char* TryRow(JsonText& text, Row& row);
+
+  void ReadRow(Row& row) {
+    while (true) {
+      JsonText text(window.End(), JSON::kMaxNesting);
+      if (const char* const pNext = TryRow(text, row)) {
+        window.UseUpTo(pNext);
+        break;
+      }
+      FillOrRefuse(text);
+    }
+    if (ePlace != Place::Row) return;
+    for (const Loss& loss : vLosses) {
+      warnings.Add(loss.szReason, nRow, columns[loss.nColumn].strName);
+    }
+  }
+
+  // The column of a name as it stands in the text, which may be new.
+  std::size_t FindColumn(std::string_view strName) {
+    std::string strPlain;
+    if (!AppendUnescaped(strName, strPlain)) {
+      warnings.Add("half a pair of surrogates in a name became U+FFFD");
+    }
+    const std::size_t nOld = columns.Count();
+    const std::size_t nColumn = columns.FindOrAdd(strPlain);
+    if (nColumn == nOld) {
+      if (bColumnsTold && ePlace == Place::Row) {
+        throw InputError(window.Name() + ": row " + std::to_string(nRow) + ": '" + strPlain +
+                         "' is not among the columns that the text names");
+      }
+      vNames.emplace_back(strName);
+      vExpected.emplace_back(vNames.back().data(), vNames.back().size());
+      vSeen.push_back(0);
+    }
+    return nColumn;
+  }
+
+  Window window;
+  Warnings& warnings;
+  State eState = State::Lines;
+  Place ePlace = Place::Row;
+  const char* pRows = nullptr;  // the bracket of the array of rows, when it is found
+  bool bInObject = false;       // the array of rows is a member of an object
+  bool bFirst = true;           // no element was read so far
+  bool bColumnsTold = false;    // by the member "columns"
+  unsigned long long nRow = 0;
+
+  Columns columns;
+  std::deque<std::string> vNames;             // as the names of the columns stand in the text,
+  std::vector<JSON::ExpectedName> vExpected;  // and as they are looked for
+  std::vector<unsigned long long> vSeen;      // for each column, one more than the last row with it
+  std::deque<std::string> vTexts;             // texts of the current row that are not in the window
+  std::vector<Loss> vLosses;                  // of the current row
+};
 
 // The members of a row. Nearly always they have the names that the row before had, in that order.
-class RowReader {
+class JsonSource::RowReader {
  public:
   RowReader(JsonSource& rows, JsonText& jsonText, Row& rowToFill)
       : source(rows), text(jsonText), row(rowToFill) {}
@@ -76,20 +314,15 @@ class RowReader {
   }
   const char* NoValue(const char* p) { return text.Fail(p, JSON::Fault::kValue); }
   const char* Nested(const char* p) {
-    JsonWalk walk(text.pEnd);
-    const char* const pNext = walk.Read(p);
-    if (!pNext) return text.Fail(p, JSON::Fault::kUnknown);
-    Take(Kind::Nested, p, pNext);
-    if (!walk.IsTight(cell.strText.size())) {
-      std::string& strText = source.vTexts.emplace_back();
-      JsonWalk writer(text.pEnd);
-      writer.WriteTo(strText, JsonWalk::Style::Compact);
-      writer.Read(p);
-      cell.strText = strText;
-      if (!writer.IsWhole()) {
-        source.vLosses.push_back({kNotUtf8, nColumn});
-      }
+    if (source.ePlace == Place::Front && *p == '[' && source.columns[nColumn].strName == "rows") {
+      source.pRows = p;
+      return text.Fail(p, JSON::Fault::kUnknown);
     }
+    bool bWhole = true;
+    std::string& strText = source.vTexts.emplace_back();
+    const char* const pNext = AppendStrict(text, p, false, strText, &bWhole);
+    Take(Kind::Nested, strText.data(), strText.data() + strText.size());
+    if (!bWhole) source.vLosses.push_back({kNotUtf8, nColumn});
     return pNext;
   }
 
@@ -117,14 +350,14 @@ class RowReader {
   void AddCell() {
     cell.nColumn = static_cast<std::uint32_t>(nColumn);
     unsigned long long& nSeen = source.vSeen[nColumn];
-    if (nSeen == source.nRow) {
+    if (nSeen == source.nRow + 1) {
       source.vLosses.push_back({kRepeated, nColumn});
       for (Cell& earlier : row) {
         earlier = earlier.nColumn == cell.nColumn ? cell : earlier;
       }
       return;
     }
-    nSeen = source.nRow;
+    nSeen = source.nRow + 1;
     row.push_back(cell);
   }
 
@@ -137,302 +370,25 @@ class RowReader {
   std::uint32_t nIndent = 0;
 };
 
-// The members beside the rows, up to the array of rows if there is one.
-class OtherMembers {
- public:
-  explicit OtherMembers(JsonText& jsonText) : text(jsonText) {}
-
-  std::uint32_t& Indent() { return nIndent; }
-  static bool Expects(const char* /*pName*/) { return false; }
-  static const char* AcceptExpected(const char* pName) { return pName; }
-  void Complete() {}
-  const char* Name(const char* p) {
-    const char* const pNext = JsonWalk(text.pEnd).String(p);
-    if (!pNext) return text.Fail(p, JSON::Fault::kString);
-    strName = {p, static_cast<std::size_t>(pNext - p)};
-    return pNext;
+const char* JsonSource::TryRow(JsonText& text, Row& row) {
+  row.clear();
+  vTexts.clear();
+  vLosses.clear();
+  RowReader reader(*this, text, row);
+  const char* const pNext = JSON::ReadObject(text, window.Begin(), reader);
+  if (pNext && pNext[-1] == '}') return pNext;
+  // An object that ends with the text, without a brace, is accepted in places.
+  if (pNext) text.Fail(pNext, JSON::Fault::kInObject);
+  for (const Cell& cell : row) {
+    vSeen[cell.nColumn] = 0;
   }
-  const char* Value(const char* p, char c) {
-    if (strName == kRows && c == '[' && bRowsWanted) {
-      pRows = p;
-      return nullptr;
-    }
-    const char* const pNext = JsonWalk(text.pEnd).Read(p);
-    if (!pNext) return text.Fail(p, JSON::Fault::kUnknown);
-    if (strName == kColumns) {
-      strColumns = {p, static_cast<std::size_t>(pNext - p)};
-    } else {
-      ++nOthers;
-    }
-    return pNext;
-  }
-
-  bool bRowsWanted = true;
-  const char* pRows = nullptr;  // the bracket of the array of rows
-  std::string_view strColumns;  // the value of the member "columns"
-  unsigned nOthers = 0;
-
- private:
-  JsonText& text;
-  std::string_view strName;  // in quotes
-  std::uint32_t nIndent = 0;
-};
-
-JsonSource::JsonSource(Input& input, Form eForm, Warnings& lossesSeen)
-    : window(input), warnings(lossesSeen) {
-  window.Start();
-  if (eForm == Form::Lines) {
-    eState = State::Lines;
-    return;
-  }
-  switch (PeekToken()) {
-    case '[':
-      Take();
-      return;
-    case '{':
-      FindRows();
-      return;
-    default:
-      window.Refuse(window.Begin(),
-                    window.Begin() == window.End()
-                        ? "the text is empty; a record set without rows is {}"
-                        : "expected '{' or '['; the formats have names, see --from");
-  }
+  return nullptr;
 }
 
-// The next byte that is no white space; a NUL at the end.
-char JsonSource::PeekToken() {
-  while (true) {
-    char* p = window.Begin();
-    while (JSON::IsSpace(*p)) {
-      ++p;
-    }
-    window.UseUpTo(p);
-    if (p != window.End() || !window.Fill()) return *window.Begin();
-  }
-}
+}  // namespace
 
-void JsonSource::FillOrRefuse(const JsonWalk& walk) {
-  if (walk.MayGoOn() && window.Fill()) return;
-  // The text may have moved.
-  JsonWalk again(window.End());
-  again.Read(window.Begin());
-  window.Refuse(again.FailedAt(), again.Reason());
-}
-
-// ---- In front of the rows -----------------------------------------------------------------------
-
-void JsonSource::FindRows() {
-  while (true) {
-    switch (SearchRows()) {
-      case Search::Found:
-        bInObject = true;
-        return;
-      case Search::SingleRow:
-        eState = State::Single;
-        return;
-      case Search::Failed:
-        JsonWalk walk(window.End());
-        if (!walk.Read(window.Begin())) FillOrRefuse(walk);
-    }
-  }
-}
-
-// Looks for the array of rows among the members of the object at the window's beginning, and uses
-// the text up to its first element.
-JsonSource::Search JsonSource::SearchRows() {
-  JsonText text(window.End(), JSON::kMaxNesting);
-  OtherMembers members(text);
-  const char* const pNext = JSON::ReadObject(text, window.Begin(), members);
-  const bool bWhole = pNext && pNext[-1] == '}';
-  if (!members.pRows && !bWhole) return Search::Failed;
-  if (!members.pRows && members.nOthers + members.strColumns.size() != 0) return Search::SingleRow;
-  if (bWhole) {
-    window.UseUpTo(pNext - 1);
-    EndRows();
-    return Search::Found;
-  }
-  for (; members.nOthers != 0; --members.nOthers) {
-    warnings.Add(kBeside);
-  }
-  TellColumns(members.strColumns);
-  window.UseUpTo(members.pRows + 1);
-  return Search::Found;
-}
-
-void JsonSource::TellColumns(std::string_view strJson) {
-  JSON::Message message;
-  if (strJson.empty() || !message.Parse(strJson.data(), static_cast<int>(strJson.size())) ||
-      message.eType != JSON::jtArray) {
-    return;
-  }
-  const JSON::Message& told = message;
-  const auto TextOf = [](const JSON::JSONValue& value) {
-    return value.eType == JSON::jtString
-               ? std::string(value.pText, static_cast<std::size_t>(value.nLength))
-               : std::string();
-  };
-  for (int i = 0; i < told.Size(); ++i) {
-    const JSON::JSONValue& entry = told[i];
-    std::string strName;
-    AppendJsonText(TextOf(entry["name"]), false, strName);
-    Column& column = columns[FindColumn(std::string_view(strName).substr(1, strName.size() - 2))];
-    column.strType = TextOf(entry["type"]);
-    column.nKey = entry["key"].eType == JSON::jtInteger ? entry["key"].AsInt() : 0;
-    column.bNotNull = entry["notNull"].AsBoolean();
-  }
-  bColumnsTold = true;
-}
-
-// ---- Rows ---------------------------------------------------------------------------------------
-
-bool JsonSource::Next(Row& row) {
-  switch (eState) {
-    case State::Single:
-      nRow = 1;
-      ReadRow(row);
-      eState = State::End;
-      return true;
-    case State::Rows:
-      return NextElement(row);
-    case State::Lines:
-      return NextLine(row);
-    default:
-      ExpectEnd();
-      return false;
-  }
-}
-
-bool JsonSource::NextElement(Row& row) {
-  char c = '\0';
-  if (!FindElement(&c)) {
-    EndRows();
-    return false;
-  }
-  ++nRow;
-  if (c != '{') window.Refuse(window.Begin(), "row " + std::to_string(nRow) + " is no object");
-  ReadRow(row);
-  return true;
-}
-
-// Moves to the next element, or to the bracket behind the last one.
-bool JsonSource::FindElement(char* pcFirst) {
-  *pcFirst = PeekToken();
-  if (*pcFirst == ']') return false;
-  if (!bFirst) {
-    if (*pcFirst == ',') {
-      Take();
-      *pcFirst = PeekToken();
-    } else if (window.Begin() != window.End()) {
-      window.Refuse(window.Begin(), "expected ',' or ']'");
-    }
-  }
-  if (window.Begin() == window.End()) {
-    window.Refuse(window.Begin(), "the text ends inside an array");
-  }
-  bFirst = false;
-  return true;
-}
-
-// Behind the array of rows: the members that follow it, and the end of the text.
-void JsonSource::EndRows() {
-  eState = State::End;
-  if (*window.Begin() == ']') {
-    Take();
-    if (!bInObject) return ExpectEnd();
-    if (PeekToken() == ',') {
-      Take();
-      return EndMembers();
-    }
-  }
-  if (PeekToken() != '}') {
-    window.Refuse(window.Begin(), window.Begin() == window.End() ? "the text ends inside an object"
-                                                                 : "expected ',' or '}'");
-  }
-  Take();
-  ExpectEnd();
-}
-
-void JsonSource::EndMembers() {
-  while (true) {
-    JsonText text(window.End(), JSON::kMaxNesting);
-    OtherMembers members(text);
-    members.bRowsWanted = false;
-    const char* const pNext = JSON::ReadMembers(text, window.Begin(), members);
-    if (pNext && pNext[-1] == '}') {
-      for (; members.nOthers != 0; --members.nOthers) {
-        warnings.Add(kBeside);
-      }
-      window.UseUpTo(pNext);
-      return ExpectEnd();
-    }
-    const auto nStop = (pNext ? pNext : text.pStop) - window.Begin();
-    if (!window.Fill()) window.Refuse(window.Begin() + nStop, "expected a member, ',' or '}'");
-  }
-}
-
-void JsonSource::ExpectEnd() {
-  PeekToken();
-  if (window.Begin() != window.End()) {
-    window.Refuse(window.Begin(),
-                  "text behind the document; --from jsonl reads a row on each line");
-  }
-}
-
-bool JsonSource::NextLine(Row& row) {
-  const char c = PeekToken();
-  if (c != '{') {
-    if (window.Begin() == window.End()) return false;
-    window.Refuse(window.Begin(), "expected an object");
-  }
-  ++nRow;
-  ReadRow(row);
-  return true;
-}
-
-void JsonSource::ReadRow(Row& row) {
-  while (true) {
-    row.clear();
-    vTexts.clear();
-    vLosses.clear();
-    JsonText text(window.End(), JSON::kMaxNesting);
-    RowReader reader(*this, text, row);
-    const char* const pNext = JSON::ReadObject(text, window.Begin(), reader);
-    // An object that ends with the text, without a brace, is accepted in places.
-    if (pNext && pNext[-1] == '}') {
-      window.UseUpTo(pNext);
-      for (const Loss& loss : vLosses) {
-        warnings.Add(loss.szReason, nRow, columns[loss.nColumn].strName);
-      }
-      return;
-    }
-    for (const Cell& cell : row) {
-      vSeen[cell.nColumn] = 0;
-    }
-    JsonWalk walk(window.End());
-    walk.Read(window.Begin());
-    FillOrRefuse(walk);
-  }
-}
-
-// The column of a name as it stands in the text, which may be new.
-std::size_t JsonSource::FindColumn(std::string_view strName) {
-  std::string strPlain;
-  if (!AppendUnescaped(strName, strPlain)) {
-    warnings.Add("half a pair of surrogates in a name became U+FFFD");
-  }
-  const std::size_t nOld = columns.Count();
-  const std::size_t nColumn = columns.FindOrAdd(strPlain);
-  if (nColumn == nOld) {
-    if (bColumnsTold) {
-      throw InputError(window.Name() + ": row " + std::to_string(nRow) + ": '" + strPlain +
-                       "' is not among the columns that the text names");
-    }
-    vNames.emplace_back(strName);
-    vExpected.emplace_back(vNames.back().data(), vNames.back().size());
-    vSeen.push_back(0);
-  }
-  return nColumn;
+std::unique_ptr<RowSource> OpenJsonRows(Input& input, JsonForm eForm, Warnings& warnings) {
+  return std::make_unique<JsonSource>(input, eForm, warnings);
 }
 
 }  // namespace qxrs

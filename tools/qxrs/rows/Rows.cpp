@@ -28,8 +28,10 @@ bool Columns::Add(Column column) {
   return bNew;
 }
 
-bool Columns::AnyKey() const {
-  return std::any_of(begin(), end(), [](const Column& column) { return column.nKey != 0; });
+const Cell* Find(const Row& row, std::size_t nColumn) {
+  const auto it = std::find_if(row.begin(), row.end(),
+                               [&](const Cell& cell) { return cell.nColumn == nColumn; });
+  return it == row.end() ? nullptr : &*it;
 }
 
 namespace {
@@ -73,14 +75,6 @@ void Copy(RowSource& source, RowSink& sink, bool bAtOnce) {
     CopyAll(rows, sink);
   }
   sink.End();
-}
-
-std::optional<std::string> RepeatedName(const std::vector<std::string>& vNames) {
-  std::vector<std::string> vSorted = vNames;
-  std::sort(vSorted.begin(), vSorted.end());
-  const auto itRepeated = std::adjacent_find(vSorted.begin(), vSorted.end());
-  if (itRepeated == vSorted.end()) return std::nullopt;
-  return "the column name '" + *itRepeated + "' occurs more than once";
 }
 
 }  // namespace qxrs

@@ -34,6 +34,9 @@ struct Cell {
 // without a cell is not there.
 using Row = std::vector<Cell>;
 
+// The cell of a column, or null.
+const Cell* Find(const Row& row, std::size_t nColumn);
+
 // What is known about a column.
 struct Column {
   std::string strName;
@@ -62,8 +65,6 @@ class Columns {
 
   // Adds a column whose name is new; false when it is not.
   bool Add(Column column);
-
-  bool AnyKey() const;
 
  private:
   std::vector<Column> vColumns;
@@ -112,8 +113,10 @@ class RowSink {
 // the sink needs are kept in a temporary file until it is known.
 void Copy(RowSource& source, RowSink& sink, bool bAtOnce);
 
-// Why names cannot be the columns of one table, or nothing.
-std::optional<std::string> RepeatedName(const std::vector<std::string>& vNames);
+// Why two columns cannot have that name.
+inline std::string RepeatedName(const std::string& strName) {
+  return "the column name '" + strName + "' occurs more than once";
+}
 
 }  // namespace qxrs
 

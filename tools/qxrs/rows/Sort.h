@@ -7,10 +7,11 @@
 #ifndef QXRECORDSET_TOOLS_ROWS_SORT_H
 #define QXRECORDSET_TOOLS_ROWS_SORT_H
 
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "tools/qxrs/rows/Sqlite.h"
+#include "tools/qxrs/rows/Sql.h"
 
 namespace qxrs {
 
@@ -23,21 +24,24 @@ class SortedRows : public RowSource {
 
   const Columns& GetColumns() const override { return columns; }
   bool AllColumnsKnown() const override { return true; }
-  bool Next(Row& row) override;
+  bool Next(Row& row) override { return Unpack(*pSelect, row); }
 
   // Gives the first row that has the values of `row` in the key, and removes it. `columnsOfRow` are
   // those of that row. REQUIRES: Next() was not called.
   bool Take(const Row& row, const Columns& columnsOfRow, Row& rowFound);
 
  private:
-  void BindKey(sqlite3_stmt& statement, const Row& row, const Columns& columnsOfRow);
+  void SetKey(const Row& row, const Columns& columnsOfRow);
+  bool Unpack(Statement& statement, Row& row);
 
   const std::vector<std::string> vKeys;
-  std::vector<std::string> vBuffers;  // for each part of the key, a text without its escapes
+  std::vector<Value> vValues;         // the values of a key
+  std::vector<std::string> vBuffers;  // and for each part a text without its escapes
   Columns columns;
-  Database database;
-  Database::Statement pSelect;
-  Database::Statement pTake;
+  Row rowPacked;  // one cell that holds a packed row
+  const std::shared_ptr<Database> pDatabase;
+  std::unique_ptr<Statement> pSelect;
+  std::unique_ptr<Statement> pTake;
 };
 
 }  // namespace qxrs

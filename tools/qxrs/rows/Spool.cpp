@@ -43,11 +43,6 @@ std::uint32_t WordAt(const char* p) {
 }  // namespace
 
 void PackRow(const Row& row, std::string& strBytes) {
-  std::size_t nLength = 0;
-  for (const Cell& cell : row) {
-    nLength += 2 * sizeof(std::uint32_t) + cell.strText.size();
-  }
-  AppendWord(strBytes, nLength);
   for (const Cell& cell : row) {
     AppendWord(strBytes, cell.nColumn << kKindBits | static_cast<std::uint32_t>(cell.eKind) << 1 |
                              static_cast<std::uint32_t>(cell.bEscaped));
@@ -82,36 +77,33 @@ SpooledRows::SpooledRows(RowSource& source, Kinds eWanted)
   if (!pFile) Fail("open");
   std::setvbuf(pFile.get(), nullptr, _IOFBF, kPiece);
   const Columns& known = source.GetColumns();
-  std::vector<std::optional<Kind>> vKinds;   // of all cells
-  std::vector<std::optional<Kind>> vReadAs;  // what the texts can be read as
+  std::vector<Kept> vKept;
   for (Row row; source.Next(row);) {
-    vKinds.resize(known.Count());
-    vReadAs.resize(known.Count());
-    for (const Cell& cell : row) {
-      if (cell.eKind == Kind::Null) continue;
-      std::optional<Kind>& eKind = vKinds[cell.nColumn];
-      eKind = CommonKind(eKind, HoldableKind(cell));
-      std::optional<Kind>& eReadAs = vReadAs[cell.nColumn];
-      if (eKinds == Kinds::Inferred && eReadAs != Kind::Text) {
-        eReadAs = CommonKind(eReadAs, ReadAs(cell));
-      }
-    }
-    Keep(row);
+    vKept.resize(known.Count());
+    Keep(row, vKept);
   }
   columns = known;
-  vKinds.resize(known.Count());
-  vReadAs.resize(known.Count());
-  vInferred.resize(known.Count());
+  vKept.resize(known.Count());
   for (std::size_t i = 0; i < columns.Count(); ++i) {
-    vInferred[i] = vReadAs[i] && *vReadAs[i] != Kind::Text;
-    columns[i].eKind = vInferred[i] ? vReadAs[i] : vKinds[i];
+    vInferred.push_back(vKept[i].eReadAs && vKept[i].eReadAs != Kind::Text);
+    columns[i].eKind = vInferred[i] ? vKept[i].eReadAs : vKept[i].eKind;
   }
   Rewind();
 }
 
-void SpooledRows::Keep(const Row& row) {
-  strBytes.clear();
+void SpooledRows::Keep(const Row& row, std::vector<Kept>& vKept) {
+  for (const Cell& cell : row) {
+    Kept& kept = vKept[cell.nColumn];
+    if (cell.eKind == Kind::Null) continue;
+    kept.eKind = CommonKind(kept.eKind, HoldableKind(cell));
+    if (eKinds == Kinds::Inferred && kept.eReadAs != Kind::Text) {
+      kept.eReadAs = CommonKind(kept.eReadAs, ReadAs(cell));
+    }
+  }
+  strBytes.assign(sizeof(std::uint32_t), '\0');
   PackRow(row, strBytes);
+  const auto nLength = static_cast<std::uint32_t>(strBytes.size() - sizeof(std::uint32_t));
+  std::memcpy(strBytes.data(), &nLength, sizeof nLength);
   ++nRows;
   if (std::fwrite(strBytes.data(), 1, strBytes.size(), pFile.get()) != strBytes.size()) {
     Fail("write");
@@ -126,26 +118,24 @@ void SpooledRows::Rewind() {
   if (std::fseek(pFile.get(), 0, SEEK_SET) != 0) Fail("write");
 }
 
-bool SpooledRows::Read(std::size_t nBytes) {
-  strBytes.resize(nBytes);
-  return std::fread(strBytes.data(), 1, nBytes, pFile.get()) == nBytes;
+bool SpooledRows::Read(char* pBytes, std::size_t nBytes) {
+  return std::fread(pBytes, 1, nBytes, pFile.get()) == nBytes;
 }
 
 bool SpooledRows::Next(Row& row) {
-  if (!Read(sizeof(std::uint32_t))) {
+  std::uint32_t nLength = 0;
+  if (!Read(reinterpret_cast<char*>(&nLength), sizeof nLength)) {
     if (std::ferror(pFile.get()) != 0) Fail("read");
     return false;
   }
-  if (!Read(WordAt(strBytes.data()))) Fail("read");
+  strBytes.resize(nLength);
+  if (!Read(strBytes.data(), nLength)) Fail("read");
   UnpackRow(strBytes, row);
-  if (eKinds == Kinds::Inferred) Retype(row);
-  return true;
-}
-
-void SpooledRows::Retype(Row& row) const {
+  if (eKinds == Kinds::AsTheyAre) return true;
   for (Cell& cell : row) {
     if (cell.eKind == Kind::Text && vInferred[cell.nColumn]) cell.eKind = ReadAs(cell);
   }
+  return true;
 }
 
 }  // namespace qxrs

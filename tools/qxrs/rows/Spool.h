@@ -3,10 +3,8 @@
 // Rows that are read before the first of them can be used: because a later row may bring a column
 // or decide its kind, or because they are needed twice. They lie in a temporary file.
 //
-// One row as bytes, of native order:
-//
-//   bytes of all that follows (32 bits)
-//   for each cell: column and kind (32), length of the text (32), the text
+// One row as bytes, of native order: for each cell column and kind (32 bits), length of the text
+// (32), the text.
 
 #ifndef QXRECORDSET_TOOLS_ROWS_SPOOL_H
 #define QXRECORDSET_TOOLS_ROWS_SPOOL_H
@@ -21,7 +19,7 @@
 
 namespace qxrs {
 
-// Appends the bytes of a row, and makes the row of what stands behind the length.
+// Appends the bytes of a row, and makes a row of all of them.
 void PackRow(const Row& row, std::string& strBytes);
 void UnpackRow(std::string_view strBytes, Row& row);
 
@@ -44,10 +42,15 @@ class SpooledRows : public RowSource {
   unsigned long long Count() const { return nRows; }
 
  private:
-  void Keep(const Row& row);
-  bool Read(std::size_t nBytes);
+  // What is known of the cells of a column: their kind, and what the texts can be read as.
+  struct Kept {
+    std::optional<Kind> eKind;
+    std::optional<Kind> eReadAs;
+  };
+
+  void Keep(const Row& row, std::vector<Kept>& vKept);
+  bool Read(char* pBytes, std::size_t nBytes);
   [[noreturn]] static void Fail(const char* szWhat);
-  void Retype(Row& row) const;
 
   const Kinds eKinds;
   Columns columns;

@@ -6,14 +6,13 @@
 
 #include <algorithm>
 #include <charconv>
-#include <climits>
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 #include <cwchar>
 
 #include "text/Bytes.h"
 #include "text/Scan.h"
+#include "text/Utf8.h"
 
 namespace qxrs {
 
@@ -21,28 +20,21 @@ namespace qxrs {
 
 namespace {
 
+// Behind the digits at `p`, or null when there are none.
 const char* SkipDigits(const char* p, const char* pEnd) {
+  const char* const pBegin = p;
   while (p != pEnd && JSON::IsDigit(*p)) {
     ++p;
   }
-  return p;
+  return p == pBegin ? nullptr : p;
 }
 
 // Behind the fraction and the exponent of a number, or null when one of them is malformed.
 const char* SkipRealPart(const char* p, const char* pEnd) {
-  if (p != pEnd && *p == '.') {
-    const char* const pDigits = p + 1;
-    p = SkipDigits(pDigits, pEnd);
-    if (p == pDigits) return nullptr;
-  }
-  if (p != pEnd && (*p == 'e' || *p == 'E')) {
-    ++p;
-    p += p != pEnd && (*p == '+' || *p == '-') ? 1 : 0;
-    const char* const pDigits = p;
-    p = SkipDigits(pDigits, pEnd);
-    if (p == pDigits) return nullptr;
-  }
-  return p;
+  if (p != pEnd && *p == '.') p = SkipDigits(p + 1, pEnd);
+  if (!p || p == pEnd || (*p != 'e' && *p != 'E')) return p;
+  ++p;
+  return SkipDigits(p + (p != pEnd && (*p == '+' || *p == '-') ? 1 : 0), pEnd);
 }
 
 }  // namespace
@@ -51,10 +43,9 @@ Kind NumberKind(std::string_view strText) {
   const char* p = strText.data();
   const char* const pEnd = p + strText.size();
   const bool bNegative = p != pEnd && *p == '-';
-  p += bNegative ? 1 : 0;
-  const char* const pDigits = p;
-  p = SkipDigits(p, pEnd);
-  if (p == pDigits || (*pDigits == '0' && p - pDigits > 1)) return Kind::Text;
+  const char* const pDigits = p + (bNegative ? 1 : 0);
+  p = SkipDigits(pDigits, pEnd);
+  if (!p || (*pDigits == '0' && p - pDigits > 1)) return Kind::Text;
   if (p == pEnd) return bNegative && *pDigits == '0' ? Kind::Text : Kind::Integer;
   return SkipRealPart(p, pEnd) == pEnd ? Kind::Real : Kind::Text;
 }
@@ -118,92 +109,85 @@ bool IsSurrogate(std::uint32_t nCode) { return nCode >= 0xD800 && nCode < 0xE000
 bool IsHighSurrogate(std::uint32_t nCode) { return nCode >= 0xD800 && nCode < 0xDC00; }
 
 void AppendUtf8(std::uint32_t nCode, std::string& strText) {
-  char aBytes[MB_LEN_MAX];
-  std::mbstate_t state{};
-  strText.append(aBytes, std::wcrtomb(aBytes, static_cast<wchar_t>(nCode), &state));
+  char aBytes[4];
+  strText.append(aBytes, JSON::WriteUtf8(nCode, aBytes));
 }
 
-// The number of the hexadecimal digits that `strText` begins with; they are up to four.
-std::uint32_t HexCode(std::string_view strText, std::size_t* pnDigits) {
+// The number of the hexadecimal digits at `nBegin`; they are up to four.
+std::uint32_t HexCode(std::string_view strText, std::size_t nBegin, std::size_t* pnDigits) {
   std::uint32_t nCode = 0;
-  std::size_t n = 0;
-  for (; n < std::min(kHexDigits, strText.size()) && JSON::HexValue(strText[n]) >= 0; ++n) {
+  std::size_t n = nBegin;
+  for (; n < std::min(nBegin + kHexDigits, strText.size()) && JSON::HexValue(strText[n]) >= 0;
+       ++n) {
     nCode = nCode * 16 + static_cast<std::uint32_t>(JSON::HexValue(strText[n]));
   }
-  *pnDigits = n;
+  *pnDigits = n - nBegin;
   return nCode;
 }
 
-// Takes an escape \uXXXX, behind its u, off the front; when it is the first half of a pair, the
-// other one, too.
-std::uint32_t TakeCode(std::string_view& strRest) {
-  std::size_t nDigits = 0;
-  const std::uint32_t nCode = HexCode(strRest, &nDigits);
-  strRest.remove_prefix(std::min(kHexDigits, strRest.size()));
-  if (!IsHighSurrogate(nCode) || strRest.substr(0, 2) != "\\u") return nCode;
-  const std::uint32_t nOther = HexCode(strRest.substr(2), &nDigits);
-  if (!IsSurrogate(nOther) || IsHighSurrogate(nOther)) return nCode;
-  strRest.remove_prefix(2 + kHexDigits);
-  return 0x10000 + ((nCode - 0xD800) << 10) + (nOther - 0xDC00);
-}
+struct Escape {
+  static constexpr std::uint32_t kNothing = 0xFFFFFFFF;
 
-// What a letter behind a backslash stands for.
-char Unescaped(char c) {
-  constexpr std::string_view kLetters = "bfnrt";
-  constexpr std::string_view kBytes = "\b\f\n\r\t";
-  const std::size_t n = kLetters.find(c);
-  return n == std::string_view::npos ? c : kBytes[n];
+  std::size_t nBytes;   // of the escape
+  std::uint32_t nCode;  // the character that it stands for
+  bool bStrict;         // it is one of strict JSON
+};
+
+// The escape that `strRest` begins with; a pair of surrogates is one. In front of a letter that
+// means nothing a backslash is nothing, too.
+Escape EscapeAt(std::string_view strRest) {
+  constexpr std::string_view kLetters = "\"\\/bfnrt";
+  constexpr std::string_view kBytes = "\"\\/\b\f\n\r\t";
+  constexpr std::size_t kLength = 2 + kHexDigits;
+  if (strRest.substr(1, 1) != "u") {
+    const std::size_t n = strRest.size() > 1 ? kLetters.find(strRest[1]) : std::string_view::npos;
+    if (n == std::string_view::npos) return {1, Escape::kNothing, false};
+    return {2, static_cast<unsigned char>(kBytes[n]), true};
+  }
+  std::size_t nDigits = 0;
+  const std::uint32_t nCode = HexCode(strRest, 2, &nDigits);
+  if (IsHighSurrogate(nCode) && strRest.substr(kLength, 2) == "\\u") {
+    const std::uint32_t nOther = HexCode(strRest, kLength + 2, &nDigits);
+    if (IsSurrogate(nOther) && !IsHighSurrogate(nOther)) {
+      return {2 * kLength, 0x10000 + ((nCode - 0xD800) << 10) + (nOther - 0xDC00), true};
+    }
+    nDigits = kHexDigits;
+  }
+  return {std::min(kLength, strRest.size()), nCode, nDigits == kHexDigits};
 }
 
 }  // namespace
 
-bool AppendUnescaped(std::string_view strContent, std::string& strText) {
+bool AppendUnescaped(std::string_view strContent, std::string& strText, bool bPairsOnly) {
   bool bWhole = true;
   while (true) {
     const std::size_t nPlain = std::min(strContent.find('\\'), strContent.size());
     strText += strContent.substr(0, nPlain);
     strContent.remove_prefix(nPlain);
-    if (strContent.size() < 2) return bWhole;
-    const char c = strContent[1];
-    strContent.remove_prefix(2);
-    if (c != 'u') {
-      strText += Unescaped(c);
-      continue;
+    if (strContent.empty()) return bWhole;
+    const Escape escape = EscapeAt(strContent);
+    const bool bHalf = IsSurrogate(escape.nCode);
+    if (bPairsOnly && escape.nCode < 0x10000) {
+      strText += strContent.substr(0, escape.nBytes);
+    } else if (escape.nCode != Escape::kNothing) {
+      AppendUtf8(bHalf ? kReplacement : escape.nCode, strText);
+      bWhole = bWhole && !bHalf;
     }
-    const std::uint32_t nCode = TakeCode(strContent);
-    bWhole = bWhole && !IsSurrogate(nCode);
-    AppendUtf8(IsSurrogate(nCode) ? kReplacement : nCode, strText);
+    strContent.remove_prefix(escape.nBytes);
   }
-}
-
-std::string PairsAsUtf8(std::string_view strContent) {
-  std::string strResult;
-  while (!strContent.empty()) {
-    const std::string_view strBefore = strContent;
-    const bool bEscape = strContent.front() == '\\' && strContent.size() > 1;
-    strContent.remove_prefix(bEscape ? 2 : 1);
-    const std::uint32_t nCode = bEscape && strBefore[1] == 'u' ? TakeCode(strContent) : 0;
-    if (nCode >= 0x10000) {
-      AppendUtf8(nCode, strResult);
-    } else {
-      strResult += strBefore.substr(0, strBefore.size() - strContent.size());
-    }
-  }
-  return strResult;
 }
 
 bool IsStrictContent(std::string_view strContent, bool bSurrogates) {
-  for (std::size_t i = 0; i < strContent.size(); ++i) {
+  for (std::size_t i = 0; i < strContent.size();) {
     if (static_cast<unsigned char>(strContent[i]) < ' ') return false;
-    if (strContent[i] != '\\') continue;
-    ++i;
-    if (i == strContent.size() || !std::strchr("\"\\/bfnrtu", strContent[i])) return false;
-    std::size_t nDigits = kHexDigits;
-    if (strContent[i] == 'u' &&
-        (IsSurrogate(HexCode(strContent.substr(i + 1), &nDigits)) && !bSurrogates)) {
-      return false;
+    if (strContent[i] != '\\') {
+      ++i;
+      continue;
     }
-    if (nDigits != kHexDigits) return false;
+    const Escape escape = EscapeAt(strContent.substr(i));
+    const bool bSurrogate = IsSurrogate(escape.nCode) || escape.nCode >= 0x10000;
+    if (!escape.bStrict || (bSurrogate && !bSurrogates)) return false;
+    i += escape.nBytes;
   }
   return true;
 }

@@ -35,12 +35,9 @@ std::string RealText(double fValue);
 bool FitsDouble(std::string_view strText);
 
 // Appends the content of a JSON string without its escapes. A pair of surrogates becomes one
-// character; false when half a pair stood alone, for which U+FFFD is written.
-bool AppendUnescaped(std::string_view strContent, std::string& strText);
-
-// The content of a JSON string with UTF-8 in place of the pairs of surrogates that are escaped in
-// it; a host makes two characters of a pair.
-std::string PairsAsUtf8(std::string_view strContent);
+// character; false when half a pair stood alone, for which U+FFFD is written. With bPairsOnly all
+// other escapes stay.
+bool AppendUnescaped(std::string_view strContent, std::string& strText, bool bPairsOnly = false);
 
 // Whether every escape in the content of a JSON string is one of strict JSON, no byte is a control
 // character, and, unless bSurrogates, no escape is a surrogate.

@@ -1,32 +1,33 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Reading a whole JSON document, with a reason when it is refused.
+// Whole JSON documents, as the library reads them.
 
 #ifndef QXRECORDSET_TOOLS_SUPPORT_DOCUMENT_H
 #define QXRECORDSET_TOOLS_SUPPORT_DOCUMENT_H
 
-#include <optional>
 #include <string>
+#include <string_view>
 
 #include "json/JSONMessage.h"
 #include "recordset/QXRecordSet.h"
+#include "tools/qxrs/support/Warnings.h"
 
 namespace qxrs {
 
-// Why the library refuses a text.
-struct Refusal {
-  std::size_t nOffset;    // the byte at fault; the text's length when it ends too soon
-  std::string strReason;  // one line
-};
+// What the library's parser takes for white space.
+constexpr std::string_view kWhiteSpace = " \t\n\r\f";
 
-// Parses `strText` into `message`, a copying one; nothing when it is accepted.
-std::optional<Refusal> Parse(JSON::Message& message, const std::string& strText);
+// The text of a string or a number.
+std::string_view TextOf(const JSON::JSONValue& value);
 
-// The same, but a refusal is an InputError. `strName` names the text in it.
+// Parses `strText` into `message`, a copying one; a refusal is an InputError. `strName` names the
+// text in it.
 void ParseOrThrow(JSON::Message& message, const std::string& strText, const std::string& strName);
 
 // The record set that a host has after loading `strText`; a text that holds none is an InputError.
-CQXRecordSet LoadRecordSet(const std::string& strText, const std::string& strName);
+// What it does not keep of the text is counted where `pLosses` is not null.
+CQXRecordSet LoadRecordSet(const std::string& strText, const std::string& strName,
+                           Warnings* pLosses);
 
 }  // namespace qxrs
 

@@ -1,11 +1,15 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The two ways a command of qxrs ends early. The message is one line without the program's name.
+// The two ways a command of qxrs ends early, and how a message names a place in a text. A message
+// is one line without the program's name.
 
 #ifndef QXRECORDSET_TOOLS_SUPPORT_ERRORS_H
 #define QXRECORDSET_TOOLS_SUPPORT_ERRORS_H
 
+#include <algorithm>
 #include <stdexcept>
+#include <string>
+#include <string_view>
 
 namespace qxrs {
 
@@ -25,6 +29,26 @@ class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
+
+// A place in a text as people count: lines and columns from 1, columns in bytes.
+struct TextPosition {
+  std::size_t nLine = 1;
+  std::size_t nColumn = 1;
+
+  // Moves behind `strText`. Lines end with a line feed.
+  void Advance(std::string_view strText) {
+    const std::size_t nBreak = strText.rfind('\n');
+    nColumn = nBreak == std::string_view::npos ? nColumn + strText.size() : strText.size() - nBreak;
+    nLine += static_cast<std::size_t>(std::count(strText.begin(), strText.end(), '\n'));
+  }
+};
+
+// "planets.csv: line 3, column 5: reason", the form of every complaint about a place in a text.
+inline InputError Complaint(const std::string& strName, const TextPosition& position,
+                            const std::string& strReason) {
+  return InputError(strName + ": line " + std::to_string(position.nLine) + ", column " +
+                    std::to_string(position.nColumn) + ": " + strReason);
+}
 
 }  // namespace qxrs
 

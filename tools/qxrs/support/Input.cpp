@@ -4,6 +4,7 @@
 
 #include "tools/qxrs/support/Input.h"
 
+#include <archive_entry.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,7 +25,7 @@ constexpr std::size_t kFirstBytes = 4;  // tell what the text is compressed with
 }  // namespace
 
 Input::Input(const std::string& strPath, Progress& progressBar)
-    : nFile(STDIN_FILENO), strName("standard input"), progress(progressBar) {
+    : nFile(STDIN_FILENO), strName("standard input"), progress(progressBar), bBegun(false) {
   if (strPath != "-") {
     strName = strPath;
     nFile = open(strPath.c_str(), O_RDONLY | O_CLOEXEC);
@@ -40,41 +41,75 @@ Input::~Input() {
   if (nFile > STDIN_FILENO) close(nFile);
 }
 
-// The bytes of the file: the first ones are known already.
-std::size_t Input::ReadRaw(char* pBytes, std::size_t nSize) {
+// The bytes of the file: the first ones are known already. -1, and errno tells why, for a failure.
+ssize_t Input::ReadRaw(char* pBytes, std::size_t nSize) {
   if (nFirstUsed < strFirst.size()) {
     const std::size_t nCopied = strFirst.copy(pBytes, nSize, nFirstUsed);
     nFirstUsed += nCopied;
-    return nCopied;
+    return static_cast<ssize_t>(nCopied);
   }
   if (nFile < 0) return 0;
   ssize_t nRead = 0;
   do {
     nRead = read(nFile, pBytes, nSize);
   } while (nRead < 0 && errno == EINTR);
-  if (nRead < 0) throw InputError("cannot read " + strName + ": " + std::strerror(errno));
-  progress.Add(static_cast<unsigned long long>(nRead));
-  return static_cast<std::size_t>(nRead);
+  progress.Add(static_cast<unsigned long long>(std::max<ssize_t>(nRead, 0)));
+  return nRead;
 }
 
 void Input::Begin() {
   bBegun = true;
   std::string strBytes(kPiece, '\0');
   std::size_t nSize = 0;
-  for (std::size_t nRead = 1; nRead != 0 && nSize < kFirstBytes; nSize += nRead) {
-    nRead = ReadRaw(&strBytes[nSize], kPiece - nSize);
+  for (ssize_t nRead = 1; nRead > 0 && nSize < kFirstBytes;) {
+    nRead = ReadRaw(&strBytes[nSize], kPiece - nSize);  // another call will tell of a failure
+    nSize += static_cast<std::size_t>(std::max<ssize_t>(nRead, 0));
   }
   strBytes.resize(nSize);
   strFirst = std::move(strBytes);
-  if (IsCompressed(strFirst)) {
-    pDecompressor.emplace(
-        strName, [this](char* pBytes, std::size_t nMost) { return ReadRaw(pBytes, nMost); });
+  if (strFirst.compare(0, 2, "\x1f\x8b") == 0 || strFirst.compare(0, 4, "\x28\xb5\x2f\xfd") == 0) {
+    Unpack();
   }
+}
+
+// libarchive takes a compressed text for an archive of one file, in the format "raw".
+void Input::Unpack() {
+  pArchive.reset(archive_read_new());
+  archive_read_support_filter_gzip(pArchive.get());
+  archive_read_support_filter_zstd(pArchive.get());
+  archive_read_support_format_raw(pArchive.get());
+  vPacked.resize(kPiece);
+  archive_entry* pEntry = nullptr;
+  int nResult = archive_read_open(pArchive.get(), this, nullptr, ReadPacked, nullptr);
+  if (nResult == ARCHIVE_OK) nResult = archive_read_next_header(pArchive.get(), &pEntry);
+  if (nResult == ARCHIVE_EOF) {
+    pArchive.reset();  // the text is empty, and all of the file was read
+  } else if (nResult != ARCHIVE_OK) {
+    RefusePacked();
+  }
+}
+
+la_ssize_t Input::ReadPacked(archive* p, void* pInput, const void** ppBytes) {
+  Input& input = *static_cast<Input*>(pInput);
+  *ppBytes = input.vPacked.data();
+  const ssize_t nRead = input.ReadRaw(input.vPacked.data(), input.vPacked.size());
+  if (nRead < 0) archive_set_error(p, errno, "%s", std::strerror(errno));
+  return nRead;
+}
+
+void Input::RefusePacked() const {
+  const char* const szReason = archive_error_string(pArchive.get());
+  throw InputError(strName + ": the compressed data are damaged or end too soon" +
+                   (szReason ? ": " + std::string(szReason) : ""));
 }
 
 std::size_t Input::Read(char* pBytes, std::size_t nSize) {
   if (!bBegun) Begin();
-  return pDecompressor ? pDecompressor->Read(pBytes, nSize) : ReadRaw(pBytes, nSize);
+  const auto nRead =
+      pArchive ? archive_read_data(pArchive.get(), pBytes, nSize) : ReadRaw(pBytes, nSize);
+  if (nRead < 0 && pArchive) RefusePacked();
+  if (nRead < 0) throw InputError("cannot read " + strName + ": " + std::strerror(errno));
+  return static_cast<std::size_t>(nRead);
 }
 
 std::string Input::ReadAll() {

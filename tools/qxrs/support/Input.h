@@ -1,16 +1,18 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// A file or standard input, read front to back; gzip and Zstandard are decompressed. Failures to
-// open or read are InputErrors.
+// A file or standard input, read front to back. gzip and Zstandard, recognised by the first bytes,
+// are decompressed by libarchive. Failures to open or read are InputErrors.
 
 #ifndef QXRECORDSET_TOOLS_SUPPORT_INPUT_H
 #define QXRECORDSET_TOOLS_SUPPORT_INPUT_H
 
-#include <optional>
+#include <archive.h>
+
+#include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
-#include "tools/qxrs/support/Compression.h"
 #include "tools/qxrs/support/Progress.h"
 
 namespace qxrs {
@@ -23,11 +25,7 @@ class Input {
 
   // A text that is in memory.
   Input(std::string strText, std::string strTextName, Progress& progressBar)
-      : nFile(-1),
-        strName(std::move(strTextName)),
-        progress(progressBar),
-        strFirst(std::move(strText)),
-        bBegun(true) {}
+      : strName(std::move(strTextName)), progress(progressBar), strFirst(std::move(strText)) {}
 
   Input(const Input&) = delete;
   Input& operator=(const Input&) = delete;
@@ -43,16 +41,24 @@ class Input {
   std::string ReadAll();
 
  private:
-  std::size_t ReadRaw(char* pBytes, std::size_t nSize);
-  void Begin();
+  struct Free {
+    void operator()(archive* p) const { archive_read_free(p); }
+  };
 
-  int nFile;
+  static la_ssize_t ReadPacked(archive* p, void* pInput, const void** ppBytes);
+  ssize_t ReadRaw(char* pBytes, std::size_t nSize);
+  void Begin();
+  void Unpack();
+  [[noreturn]] void RefusePacked() const;
+
+  int nFile = -1;
   std::string strName;
   Progress& progress;
   std::string strFirst;  // the first bytes, read to see what the text is
   std::size_t nFirstUsed = 0;
-  bool bBegun = false;
-  std::optional<Decompressor> pDecompressor;
+  bool bBegun = true;
+  std::vector<char> vPacked;  // compressed bytes
+  std::unique_ptr<archive, Free> pArchive;
 };
 
 }  // namespace qxrs

@@ -4,6 +4,7 @@
 
 #include "tools/qxrs/support/Output.h"
 
+#include <archive_entry.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -40,12 +41,14 @@ int OpenOutput(const std::string& strPath, std::optional<TemporaryFile>& file) {
 
 }  // namespace
 
-void WriteAll(int nFile, std::string_view strText, const std::string& strName) {
-  while (!strText.empty()) {
-    const ssize_t nWritten = write(nFile, strText.data(), strText.size());
-    if (nWritten < 0 && errno != EINTR) Fail(strName);
-    strText.remove_prefix(nWritten < 0 ? 0 : static_cast<std::size_t>(nWritten));
+std::string_view CompressionSuffix(std::string_view strName) {
+  for (const std::string_view strEnding : {".gz", ".zst"}) {
+    if (strName.size() > strEnding.size() &&
+        strName.substr(strName.size() - strEnding.size()) == strEnding) {
+      return strEnding;
+    }
   }
+  return {};
 }
 
 Output::Output(const std::string& strPath, Progress& progressBar)
@@ -57,23 +60,49 @@ Output::Output(const std::string& strPath, Progress& progressBar)
       progress(progressBar),
       bTerminal(qxrs::IsTerminal(nFile)) {
   const std::string_view strSuffix = CompressionSuffix(strPath);
-  if (!strSuffix.empty()) {
-    compressor.emplace(strSuffix, [this](std::string_view str) { WriteAll(nFile, str, strName); });
-  }
+  if (!strSuffix.empty()) Pack(strSuffix == ".gz");
 }
 
 Output::~Output() {
   if (nFile != STDOUT_FILENO && !file) close(nFile);
 }
 
+// libarchive takes a text for an archive of one file, in the format "raw".
+void Output::Pack(bool bGzip) {
+  pArchive.reset(archive_write_new());
+  archive* const p = pArchive.get();
+  archive_write_set_format_raw(p);
+  bGzip ? archive_write_add_filter_gzip(p) : archive_write_add_filter_zstd(p);
+  archive_entry* const pEntry = archive_entry_new();
+  archive_entry_set_filetype(pEntry, AE_IFREG);
+  const bool bDone = archive_write_open_fd(p, nFile) == ARCHIVE_OK &&
+                     archive_write_header(p, pEntry) == ARCHIVE_OK;
+  archive_entry_free(pEntry);
+  CheckPacked(bDone);
+}
+
+void Output::CheckPacked(bool bDone) const {
+  if (bDone) return;
+  errno = archive_errno(pArchive.get());
+  Fail(strName);
+}
+
+void Output::WriteAll(std::string_view strText) {
+  while (!strText.empty()) {
+    const ssize_t nWritten = write(nFile, strText.data(), strText.size());
+    if (nWritten < 0 && errno != EINTR) Fail(strName);
+    strText.remove_prefix(nWritten < 0 ? 0 : static_cast<std::size_t>(nWritten));
+  }
+}
+
 void Output::Flush() {
   if (bTerminal) progress.Stop();
   const std::string_view strText(vBuffer.data(), static_cast<std::size_t>(pWrite - vBuffer.data()));
   pWrite = vBuffer.data();
-  if (compressor) {
-    compressor->Write(strText);
+  if (pArchive) {
+    CheckPacked(archive_write_data(pArchive.get(), strText.data(), strText.size()) >= 0);
   } else {
-    WriteAll(nFile, strText, strName);
+    WriteAll(strText);
   }
 }
 
@@ -89,7 +118,7 @@ char* Output::MakeRoom(std::size_t nBytes) {
 
 void Output::Commit() {
   Flush();
-  if (compressor) compressor->End();
+  if (pArchive) CheckPacked(archive_write_close(pArchive.get()) == ARCHIVE_OK);
   if (file) file->Commit();
 }
 

@@ -2,26 +2,28 @@
 //
 // Standard output, or the file of the option -o. A file is written under a temporary name and put
 // in place by Commit(), so that it may be the input, too, and a command that fails leaves the old
-// one alone. A file whose name ends in .gz or .zst is compressed. Failures to write are
-// InputErrors.
+// one alone. A file whose name ends in .gz or .zst is compressed by libarchive. Failures to write
+// are InputErrors.
 
 #ifndef QXRECORDSET_TOOLS_SUPPORT_OUTPUT_H
 #define QXRECORDSET_TOOLS_SUPPORT_OUTPUT_H
 
+#include <archive.h>
+
 #include <cstring>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "tools/qxrs/support/Compression.h"
 #include "tools/qxrs/support/Progress.h"
 #include "tools/qxrs/support/TemporaryFile.h"
 
 namespace qxrs {
 
-// Writes all of `strText`. Throws InputError, which names `strName`.
-void WriteAll(int nFile, std::string_view strText, const std::string& strName);
+// The ending .gz or .zst of a file's name, or nothing.
+std::string_view CompressionSuffix(std::string_view strName);
 
 class Output {
  public:
@@ -55,12 +57,19 @@ class Output {
   bool IsTerminal() const { return bTerminal; }
 
  private:
+  struct Free {
+    void operator()(archive* p) const { archive_write_free(p); }
+  };
+
   char* MakeRoom(std::size_t nBytes);
+  void WriteAll(std::string_view strText);
+  void Pack(bool bGzip);
+  void CheckPacked(bool bDone) const;
 
   std::string strName;                // for messages
   std::optional<TemporaryFile> file;  // none: written directly
   int nFile;
-  std::optional<Compressor> compressor;
+  std::unique_ptr<archive, Free> pArchive;  // what is written is compressed
   std::vector<char> vBuffer;
   char* pWrite;  // behind what was written to the buffer
   char* pLimit;  // its end

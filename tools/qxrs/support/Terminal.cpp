@@ -13,7 +13,7 @@ namespace qxrs {
 
 namespace {
 
-constexpr int kUsualWidth = 80;  // columns, when the terminal does not tell
+constexpr unsigned kUsualWidth = 80;  // columns, when the terminal does not tell
 
 bool IsSet(const char* szVariable, std::string_view strValue) {
   const char* szText = std::getenv(szVariable);
@@ -36,7 +36,7 @@ const char* Code(Style eStyle) {
 
 bool IsTerminal(int nFile) { return isatty(nFile) == 1; }
 
-int TerminalWidth(int nFile) {
+unsigned TerminalWidth(int nFile) {
   winsize size{};
   if (ioctl(nFile, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualWidth;
   return size.ws_col;

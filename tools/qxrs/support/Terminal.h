@@ -16,7 +16,7 @@ enum class When { Auto, Always, Never };
 bool IsTerminal(int nFile);
 
 // Columns of the terminal behind `nFile`; 80 when it does not tell.
-int TerminalWidth(int nFile);
+unsigned TerminalWidth(int nFile);
 
 // Whether to colour what goes to `nFile`. Auto colours a terminal, unless the environment variable
 // NO_COLOR is set and not empty or TERM is "dumb".

@@ -23,21 +23,24 @@ std::string Place(unsigned long long nRow, std::string_view strColumn) {
 
 }  // namespace
 
-void Warnings::Add(const char* szReason, unsigned long long nRow, std::string_view strColumn) {
+void Warnings::Add(std::string_view strReason, unsigned long long nRow, std::string_view strColumn,
+                   unsigned long long nCount) {
   const auto it = std::find_if(vLosses.begin(), vLosses.end(),
-                               [&](const Loss& loss) { return loss.szReason == szReason; });
+                               [&](const Loss& loss) { return loss.strReason == strReason; });
   if (it != vLosses.end()) {
-    ++it->nCount;
+    it->nCount += nCount;
     return;
   }
   std::string strPlace = Place(nRow, strColumn);
-  if (bStrict) throw InputError((strPlace.empty() ? "" : strPlace + ": ") + szReason);
-  vLosses.push_back({szReason, std::move(strPlace), 1});
+  if (bStrict) {
+    throw InputError((strPlace.empty() ? "" : strPlace + ": ") + std::string(strReason));
+  }
+  vLosses.push_back({std::string(strReason), std::move(strPlace), nCount});
 }
 
 void Warnings::Report() const {
   for (const Loss& loss : vLosses) {
-    std::cerr << "qxrs: warning: " << loss.szReason;
+    std::cerr << "qxrs: warning: " << loss.strReason;
     if (!loss.strFirst.empty()) {
       std::cerr << (loss.nCount == 1 ? " ("
                                      : " (" + std::to_string(loss.nCount) + " times, first: ")

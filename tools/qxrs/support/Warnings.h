@@ -16,19 +16,17 @@ class Warnings {
  public:
   explicit Warnings(bool bStrictly) : bStrict(bStrictly) {}
 
-  // Counts a loss in row `nRow`, from 1. `szReason` is a constant text; an empty column is none.
-  // Throws InputError when losses are errors.
-  void Add(const char* szReason, unsigned long long nRow, std::string_view strColumn);
-
-  // A loss that has no row.
-  void Add(const char* szReason) { Add(szReason, 0, {}); }
+  // Counts a loss, or several, of which the first is in row `nRow`, from 1; 0 is none, and so is an
+  // empty column. Throws InputError when losses are errors.
+  void Add(std::string_view strReason, unsigned long long nRow = 0, std::string_view strColumn = {},
+           unsigned long long nCount = 1);
 
   // Writes the lines.
   void Report() const;
 
  private:
   struct Loss {
-    const char* szReason;
+    std::string strReason;
     std::string strFirst;  // the first place
     unsigned long long nCount;
   };

@@ -7,8 +7,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "tools/qxrs/support/Errors.h"
-
 namespace qxrs {
 
 namespace {
@@ -44,7 +42,7 @@ void Window::Start() {
 void Window::Refuse(const char* p, const std::string& strReason) {
   TextPosition place = position;
   place.Advance({vBytes.data(), static_cast<std::size_t>(p - vBytes.data())});
-  throw InputError(Complaint(input.Name(), place, strReason));
+  throw Complaint(input.Name(), place, strReason);
 }
 
 }  // namespace qxrs

@@ -12,8 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/qxrs/support/Errors.h"
 #include "tools/qxrs/support/Input.h"
-#include "tools/qxrs/support/TextPosition.h"
 
 namespace qxrs {
 
