@@ -1,22 +1,130 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// qxrs check: whether the library accepts JSON text, and if not, where and why not.
+// qxrs check, normalize and dump: whether the library accepts JSON text, and if not, where and why
+// not; and what a record set that loads it has of it.
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <iostream>
+#include <set>
+#include <utility>
 
+#include "recordset/QXRecordSet.h"
 #include "tools/qxrs/Command.h"
-#include "tools/qxrs/support/DisplayText.h"
-#include "tools/qxrs/support/Document.h"
-#include "tools/qxrs/support/Errors.h"
+#include "tools/qxrs/rows/Values.h"
 
 namespace qxrs {
 
 namespace {
 
-struct Options {
+// ---- Losses -------------------------------------------------------------------------------------
+
+using JSON::JSONValue;
+
+// What a record set changes of a text, beside what the library counts; or null.
+const char* LossOfText(std::string_view strText) {
+  if (!IsUtf8(strText)) {
+    return "a text is not UTF-8, or escapes a character as two surrogates, which a host keeps "
+           "apart";
+  }
+  const std::size_t nFirst = strText.find_first_not_of(' ');
+  const bool bLikeObject = nFirst != std::string_view::npos && strText[nFirst] == '{' &&
+                           strText[strText.find_last_not_of(' ')] == '}';
+  return bLikeObject ? "a record set writes a text that reads like an object as one, or not at all"
+                     : nullptr;
+}
+
+void CountRow(const JSONValue& row, unsigned long long nRow, Warnings& warnings) {
+  const auto& members = static_cast<const JSON::ObjectValue&>(*row.pComposite);
+  std::set<std::string_view> setNames;
+  for (int i = 0; i < members.Size(); ++i) {
+    const char* const szName = members.NameAt(i);
+    if (!setNames.insert(szName).second) {
+      warnings.Add("a name occurs more than once in a row; its last value counts", nRow, szName);
+    }
+    const JSONValue& value = row[i];
+    const char* const szLoss = value.eType == JSON::jtString ? LossOfText(TextOf(value)) : nullptr;
+    if (szLoss) warnings.Add(szLoss, nRow, szName);
+  }
+}
+
+// The elements of the array of rows.
+void CountRows(const JSONValue& rows, Warnings& warnings) {
+  for (int i = 0; i < rows.Size(); ++i) {
+    const auto nRow = static_cast<unsigned long long>(i) + 1;
+    if (rows[i].eType == JSON::jtObject) {
+      CountRow(rows[i], nRow, warnings);
+    } else if (rows[i].eType != JSON::jtNull) {
+      warnings.Add("an element of the rows that is no object is ignored", nRow, {});
+    } else {
+      if (i + 1 == rows.Size()) return;
+      return warnings.Add("a null ends the rows; what follows is ignored", nRow, {});
+    }
+  }
+}
+
+// What the library counted, as one loss.
+void CountCells(CQXRecordSet& records, const LoadResult& result, Warnings& warnings) {
+  if (result.nLossyCells == 0) return;
+  const std::pair<const char*, std::size_t> aKinds[] = {
+      {"real numbers", result.nReals},
+      {"arrays", result.nArrays},
+      {"texts behind a NUL", result.nCut},
+      {"integers beyond its long", result.nLimited}};
+  std::string strReason = "a record set does not keep";
+  const std::size_t nPlain = strReason.size();
+  for (const auto& [szWhat, nCount] : aKinds) {
+    if (nCount == 0) continue;
+    strReason += (strReason.size() == nPlain ? " " : ", ") + std::string(szWhat);
+    strReason += " (" + std::to_string(nCount) + ")";
+  }
+  std::string strColumn;
+  for (long i = 0; i < records.GetColumnCount() && strColumn.empty(); ++i) {
+    const char* const szName = records.GetColumnName(i);
+    if (records.GetColumnIndex(szName) == result.lFirstColumn) strColumn = szName;
+  }
+  warnings.Add(strReason, static_cast<unsigned long long>(result.lFirstRow), strColumn,
+               result.nLossyCells);
+}
+
+// REQUIRES: the library loaded `strText`.
+void CountLosses(const std::string& strText, Warnings& warnings) {
+  JSON::Message message;
+  message.Parse(strText.data(), static_cast<int>(strText.size()));
+  const auto nRead = static_cast<std::size_t>(message.pCursor - message.pStart);
+  if (strText.find_first_not_of(kWhiteSpace, nRead) != std::string::npos) {
+    warnings.Add("the text behind the document is ignored");
+  }
+  const JSONValue& rows = std::as_const(message)["rows"];
+  if (rows.eType != JSON::jtArray) return CountRow(message, 1, warnings);
+  if (message.Size() > 1) warnings.Add("the members beside the rows are ignored");
+  CountRows(rows, warnings);
+}
+
+// The record set that a host has after loading `strText`; a text that holds none is an InputError.
+// What it does not keep of the text is counted where `pLosses` is not null.
+CQXRecordSet LoadRecordSet(const std::string& strText, const std::string& strName,
+                           Warnings* pLosses) {
+  CQXRecordSet records;
+  // The text of a record set that was never written to is empty.
+  if (strText.find_first_not_of(kWhiteSpace) == std::string::npos) return records;
+  const LoadResult result = records.Load(strText);
+  if (!result.bLoaded) {
+    const JSON::ParseError& error = result.error;
+    throw Complaint(strName, {error.nLine, error.nColumn}, error.szReason);
+  }
+  if (pLosses) {
+    CountCells(records, result, *pLosses);
+    CountLosses(strText, *pLosses);
+  }
+  return records;
+}
+
+// ---- Actions
+// -------------------------------------------------------------------------------------
+
+struct CheckOptions {
   std::vector<std::string> vInputs{"-"};
   bool bQuiet = false;
   bool bStrict = false;
@@ -61,7 +169,7 @@ std::string Caret(std::string_view strText, std::size_t nOffset, bool bColor) {
          Styled("^", Style::Red, bColor) + "\n";
 }
 
-bool Check(const std::string& strPath, const Options& options) {
+bool Check(const std::string& strPath, const CheckOptions& options) {
   Progress progress(When::Never);
   Input input(strPath, progress);
   const std::string strText = input.ReadAll();
@@ -82,7 +190,7 @@ bool Check(const std::string& strPath, const Options& options) {
   return true;
 }
 
-int Run(const Options& options) {
+int RunCheck(const CheckOptions& options) {
   bool bAccepted = true;
   for (const std::string& strPath : options.vInputs) {
     bAccepted = Check(strPath, options) && bAccepted;
@@ -90,6 +198,31 @@ int Run(const Options& options) {
   std::cout.flush();
   if (!std::cout) throw InputError("cannot write standard output");
   return bAccepted ? kExitDone : kExitFailed;
+}
+
+struct NormalizeOptions {
+  FileOptions files;
+  bool bStrict = false;
+};
+
+int RunNormalize(const NormalizeOptions& options) {
+  Files files(options.files);
+  Warnings warnings(options.bStrict);
+  CQXRecordSet records = LoadRecordSet(files.input.ReadAll(), files.input.Name(), &warnings);
+  files.output.Write(records.GetString());
+  files.output.Write("\n");
+  files.output.Commit();
+  warnings.Report();
+  return 0;
+}
+
+int RunDump(const FileOptions& options) {
+  Files files(options);
+  const std::string strDump =
+      LoadRecordSet(files.input.ReadAll(), files.input.Name(), nullptr).Dump();
+  files.output.Write(files.output.IsTerminal() ? PrintableLines(strDump) : strDump);
+  files.output.Commit();
+  return 0;
 }
 
 }  // namespace
@@ -104,11 +237,35 @@ void AddCheck(CLI::App& app, Action& action) {
        "strict JSON: docs/json-accepted.md lists it. Warnings tell what a record set that loads\n"
        "the text does not keep.",
        "0 accepted, 1 refused or a file that fails, 2 wrong usage"},
-      Run);
+      RunCheck);
   AddValue(command, "FILE", options.vInputs, "", "the JSON texts; - is standard input");
   command.add_flag("-q,--quiet", options.bQuiet, "say nothing about a text that is accepted");
   AddStrict(command, options.bStrict);
   AddColor(command, options.eColor);
+}
+
+void AddNormalize(CLI::App& app, Action& action) {
+  const auto [command, options] = AddCommand(
+      app, action,
+      {"normalize", "Load record set text and write it as the library does.",
+       "  qxrs normalize hand-written.rs\n"
+       "  qxrs from-sql world.db \"SELECT * FROM c\" | qxrs normalize -o c.rs",
+       "The result is what a host has after loading and writing: no white space, members\n"
+       "sorted by name, reals and arrays gone, a text that is an object's text an object.\n"
+       "What is lost is counted in warnings."},
+      RunNormalize);
+  AddFileOptions(command, options.files, "the record set text");
+  AddStrict(command, options.bStrict);
+}
+
+void AddDump(CLI::App& app, Action& action) {
+  const auto [command, options] =
+      AddCommand(app, action,
+                 {"dump", "Write record set text field by field, as a host's log has it.",
+                  "  qxrs dump planets.rs\n"
+                  "  qxrs from-csv planets.csv | qxrs dump | less"},
+                 RunDump);
+  AddFileOptions(command, options, "the record set text");
 }
 
 }  // namespace qxrs

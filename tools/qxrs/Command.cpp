@@ -6,8 +6,6 @@
 
 #include <algorithm>
 
-#include "tools/qxrs/support/Errors.h"
-
 namespace qxrs {
 
 namespace {

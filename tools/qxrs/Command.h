@@ -7,16 +7,8 @@
 #define QXRECORDSET_TOOLS_COMMAND_H
 
 #include <CLI/CLI.hpp>
-#include <functional>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "tools/qxrs/Formats.h"
-#include "tools/qxrs/support/Input.h"
-#include "tools/qxrs/support/Output.h"
-#include "tools/qxrs/support/Progress.h"
-#include "tools/qxrs/support/Terminal.h"
 
 namespace qxrs {
 

@@ -3,7 +3,6 @@
 // qxrs convert, and the commands for which one of the two formats is fixed: from-csv to to-sql.
 
 #include "tools/qxrs/Command.h"
-#include "tools/qxrs/support/Errors.h"
 
 namespace qxrs {
 
@@ -13,83 +12,81 @@ constexpr const char* kInfer =
     "The first line names the columns. A field of which nothing is there, not even quotes, is\n"
     "null. With --infer all rows are read before the first is written; otherwise rows stream.";
 
+constexpr const char* kTabs =
+    "Fields stand between tabs, without quotes; \\t, \\n, \\r and \\\\ in a field are a tab, line\n"
+    "breaks and a backslash.";
+
+constexpr const char* kAsWritten =
+    "Values stay as they are written. A host that loads the text has no place for reals and\n"
+    "arrays: see --texts.";
+
 constexpr const char* kLate =
     "Columns stand in the order in which they come. Where a later row may bring new ones, rows\n"
     "are kept in a temporary file until the last is read; not so with --columns.";
 
+constexpr const char* kObjects =
+    "Each row is an object with the cells it has, null included. Rows stream.";
+
 struct Conversion {
+  Format eFrom;
+  Format eTo;
   CommandText text;
-  Format eFrom{};
-  Format eTo{};
-  const char* szInput = "";
 };
 
 const Conversion kConversions[] = {
-    {{"from-csv", "Make record set text from CSV.",
+    {Format::Csv,
+     Format::RecordSet,
+     {"from-csv", "Make record set text from CSV.",
       "  qxrs from-csv planets.csv\n"
       "  qxrs from-csv --infer --delimiter ';' export.csv -o export.rs",
-      kInfer},
-     Format::Csv,
+      kInfer}},
+    {Format::Tsv,
      Format::RecordSet,
-     "the CSV text"},
-    {{"from-tsv", "Make record set text from TSV.",
+     {"from-tsv", "Make record set text from TSV.",
       "  qxrs from-tsv planets.tsv\n"
       "  qxrs from-tsv --infer --null '\\N' < dump.tsv | qxrs table",
-      "Fields stand between tabs, without quotes; \\t, \\n, \\r and \\\\ in a field are a tab, "
-      "line\n"
-      "breaks and a backslash."},
-     Format::Tsv,
+      kTabs}},
+    {Format::Json,
      Format::RecordSet,
-     "the TSV text"},
-    {{"from-json", "Make record set text from a JSON array of objects.",
+     {"from-json", "Make record set text from a JSON array of objects.",
       "  qxrs from-json planets.json\n"
       "  qxrs from-json < planets.json | qxrs to-csv -o planets.csv",
-      "Values stay as they are written. A host that loads the text has no place for reals and\n"
-      "arrays: see --texts."},
-     Format::Json,
+      kAsWritten}},
+    {Format::Jsonl,
      Format::RecordSet,
-     "the JSON text"},
-    {{"from-jsonl", "Make record set text from JSON Lines.",
+     {"from-jsonl", "Make record set text from JSON Lines, an object on each.",
       "  qxrs from-jsonl events.jsonl\n"
       "  tail -n 100 events.jsonl | qxrs from-jsonl | qxrs table",
-      "Values stay as they are written. A host that loads the text has no place for reals and\n"
-      "arrays: see --texts."},
-     Format::Jsonl,
-     Format::RecordSet,
-     "the JSON Lines, one object on each"},
-    {{"to-csv", "Make CSV from rows.",
+      kAsWritten}},
+    {Format::RecordSet,
+     Format::Csv,
+     {"to-csv", "Make CSV from rows.",
       "  qxrs to-csv planets.rs\n"
       "  qxrs from-sql world.db \"SELECT * FROM c\" | qxrs to-csv -o c.csv",
-      kLate},
-     Format::RecordSet,
-     Format::Csv,
-     "the rows"},
-    {{"to-tsv", "Make TSV from rows.",
+      kLate}},
+    {Format::RecordSet,
+     Format::Tsv,
+     {"to-tsv", "Make TSV from rows.",
       "  qxrs to-tsv planets.rs\n"
       "  qxrs to-tsv --null '\\N' --columns name,rings planets.rs | sort",
-      kLate},
-     Format::RecordSet,
-     Format::Tsv,
-     "the rows"},
-    {{"to-json", "Make a JSON array of objects from rows.",
+      kLate}},
+    {Format::RecordSet,
+     Format::Json,
+     {"to-json", "Make a JSON array of objects from rows.",
       "  qxrs to-json countries.rs\n"
       "  qxrs to-json --columns name,capital countries.rs -o countries.json",
-      "Each row is an object with the cells it has, null included. Rows stream."},
-     Format::RecordSet,
-     Format::Json,
-     "the rows"},
-    {{"to-jsonl", "Make JSON Lines from rows.",
+      kObjects}},
+    {Format::RecordSet,
+     Format::Jsonl,
+     {"to-jsonl", "Make JSON Lines from rows.",
       "  qxrs to-jsonl countries.rs\n"
       "  qxrs to-jsonl countries.rs | grep '\"eu\":true'",
-      "Each row is an object with the cells it has, null included. Rows stream."},
-     Format::RecordSet,
-     Format::Jsonl,
-     "the rows"},
+      kObjects}},
 };
 
 void AddConversion(CLI::App& app, Action& action, const Conversion& conversion) {
   const auto [command, rows] = AddCommand<RowOptions>(app, action, conversion.text, Convert);
-  AddInput(command, rows.read.strInput, conversion.szInput);
+  AddInput(command, rows.read.strInput, "the text");
   // What is read from a file of another format is told by the file's name.
   if (conversion.eTo == Format::RecordSet) rows.read.eFrom = conversion.eFrom;
   rows.write.eTo = conversion.eTo;

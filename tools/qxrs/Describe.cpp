@@ -7,7 +7,6 @@
 #include <sstream>
 
 #include "tools/qxrs/Command.h"
-#include "tools/qxrs/support/Errors.h"
 
 namespace qxrs {
 

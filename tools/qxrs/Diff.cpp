@@ -4,8 +4,6 @@
 
 #include "tools/qxrs/Command.h"
 #include "tools/qxrs/rows/Sort.h"
-#include "tools/qxrs/support/DisplayText.h"
-#include "tools/qxrs/support/Errors.h"
 
 namespace qxrs {
 

@@ -7,8 +7,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "tools/qxrs/TableLayout.h"
-#include "tools/qxrs/rows/Select.h"
+#include "tools/qxrs/rows/Rows.h"
 #include "tools/qxrs/rows/Spool.h"
 #include "tools/qxrs/support/Errors.h"
 

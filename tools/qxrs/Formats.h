@@ -13,13 +13,7 @@
 
 #include "tools/qxrs/rows/Csv.h"
 #include "tools/qxrs/rows/Json.h"
-#include "tools/qxrs/rows/Rows.h"
 #include "tools/qxrs/rows/Sql.h"
-#include "tools/qxrs/support/Input.h"
-#include "tools/qxrs/support/Output.h"
-#include "tools/qxrs/support/Progress.h"
-#include "tools/qxrs/support/Terminal.h"
-#include "tools/qxrs/support/Warnings.h"
 
 namespace qxrs {
 
@@ -76,6 +70,11 @@ OpenedRows OpenRows(const ReadOptions& options, Progress& progress, Warnings& wa
 using Pick = std::function<std::unique_ptr<RowSource>(RowSource&)>;
 int Convert(const RowOptions& options);
 int Convert(const RowOptions& options, const Pick& pick);
+
+// Writes all rows as a table of aligned columns for people, in lines of `nWidth` columns, or as
+// long as they are when that is 0: texts are cut, and columns for which that is not enough are left
+// out.
+void WriteTable(RowSource& source, std::size_t nWidth, bool bColor, Output& output);
 
 // Writes rows as the options say, and reports the losses.
 void WriteRows(RowSource& rows, const WriteOptions& options, Progress& progress,

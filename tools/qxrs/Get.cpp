@@ -1,18 +1,16 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// qxrs get: values of a JSON document.
+// qxrs get and pretty: values of a JSON document, and all of it broken into lines.
 
+#include "json/JSON.h"
 #include "tools/qxrs/Command.h"
 #include "tools/qxrs/rows/Values.h"
-#include "tools/qxrs/support/DisplayText.h"
-#include "tools/qxrs/support/Document.h"
-#include "tools/qxrs/support/Errors.h"
 
 namespace qxrs {
 
 namespace {
 
-struct Options {
+struct GetOptions {
   FileOptions files;
   std::string strPath;
   bool bJson = false;
@@ -85,7 +83,7 @@ std::string ResultText(const JSON::JSONValue& value, bool bJson) {
   return strText;
 }
 
-int Run(const Options& options) {
+int RunGet(const GetOptions& options) {
   Files files(options.files);
   JSON::Message message;
   ParseOrThrow(message, files.input.ReadAll(), files.input.Name());
@@ -95,6 +93,33 @@ int Run(const Options& options) {
     files.output.Write(files.output.IsTerminal() ? PrintableLines(strText) : strText);
     files.output.Write("\n");
   });
+  files.output.Commit();
+  return kExitDone;
+}
+
+struct PrettyOptions {
+  FileOptions files;
+  bool bCompact = false;
+  bool bHost = false;
+};
+
+std::string HostText(const std::string& strText, const std::string& strName) {
+  if (strText.find('\0') != std::string::npos) {
+    throw InputError(strName + ": a NUL byte, where a host's text would end");
+  }
+  std::string strPretty;
+  return JSON_PrettyPrint(strText.c_str(), strPretty);
+}
+
+int RunPretty(const PrettyOptions& options) {
+  Files files(options.files);
+  const std::string strText = files.input.ReadAll();
+  const std::string& strName = files.input.Name();
+  JSON::Message message;
+  ParseOrThrow(message, strText, strName);
+  files.output.Write(options.bHost ? HostText(strText, strName)
+                                   : StrictJson(strText, !options.bCompact, strName));
+  files.output.Write("\n");
   files.output.Commit();
   return kExitDone;
 }
@@ -110,9 +135,27 @@ void AddGet(CLI::App& app, Action& action) {
        "A path is a JSON pointer, /rows/2/name, in which ~1 is a slash and ~0 a tilde, or\n"
        "names joined by dots. Elements of arrays have ordinals from 0; * is every element or\n"
        "member, each on a line of its own; . is the whole document."},
-      Run);
+      RunGet);
   AddRequired(command, "PATH", options.strPath, "where the value is");
   command.add_flag("-j,--json", options.bJson, "write a text in quotes and escaped, not as it is");
+  AddFileOptions(command, options.files, "the JSON text");
+}
+
+void AddPretty(CLI::App& app, Action& action) {
+  const auto [command, options] =
+      AddCommand(app, action,
+                 {"pretty", "Write JSON text in indented lines.",
+                  "  qxrs pretty planets.rs\n"
+                  "  qxrs from-csv planets.csv | qxrs pretty | less",
+                  "The result is strict JSON, whatever leniency of the parser the text uses."},
+                 RunPretty);
+  CLI::Option* pCompact =
+      command.add_flag("--compact", options.bCompact, "on one line, without white space");
+  command
+      .add_flag("--host", options.bHost,
+                "by the library's printer, as a host's log has it: it knows no strings, so that "
+                "brackets and commas inside texts break the line, too")
+      ->excludes(pCompact);
   AddFileOptions(command, options.files, "the JSON text");
 }
 

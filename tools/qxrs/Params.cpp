@@ -12,8 +12,6 @@
 
 #include "params/CParamsX.h"
 #include "tools/qxrs/Command.h"
-#include "tools/qxrs/support/DisplayText.h"
-#include "tools/qxrs/support/Errors.h"
 
 namespace qxrs {
 

@@ -3,9 +3,7 @@
 // qxrs table, head, tail and sort: rows of any format, some of them or in another order.
 
 #include "tools/qxrs/Command.h"
-#include "tools/qxrs/rows/Select.h"
 #include "tools/qxrs/rows/Sort.h"
-#include "tools/qxrs/support/Errors.h"
 
 namespace qxrs {
 

@@ -3,7 +3,6 @@
 // qxrs sql: questions in SQL about any inputs.
 
 #include "tools/qxrs/Command.h"
-#include "tools/qxrs/support/Errors.h"
 
 namespace qxrs {
 

@@ -11,7 +11,6 @@
 #include "tools/qxrs/Command.h"
 #include "tools/qxrs/rows/Spool.h"
 #include "tools/qxrs/rows/Values.h"
-#include "tools/qxrs/support/Errors.h"
 
 namespace qxrs {
 

@@ -1,14 +1,13 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Laying out tables.
-
-#include "tools/qxrs/TableLayout.h"
+// Laying out tables for people: numbers to the right, everything else to the left, shortened to the
+// width there is.
 
 #include <algorithm>
 
+#include "tools/qxrs/Formats.h"
 #include "tools/qxrs/rows/Spool.h"
 #include "tools/qxrs/rows/Values.h"
-#include "tools/qxrs/support/DisplayText.h"
 #include "tools/qxrs/support/Terminal.h"
 
 namespace qxrs {

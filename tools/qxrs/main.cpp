@@ -10,8 +10,6 @@
 #include <utility>
 
 #include "tools/qxrs/Command.h"
-#include "tools/qxrs/support/DisplayText.h"
-#include "tools/qxrs/support/Errors.h"
 
 namespace qxrs {
 

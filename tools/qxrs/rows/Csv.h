@@ -14,9 +14,9 @@
 #include <vector>
 
 #include "tools/qxrs/rows/Rows.h"
+#include "tools/qxrs/support/Errors.h"
 #include "tools/qxrs/support/Input.h"
 #include "tools/qxrs/support/Output.h"
-#include "tools/qxrs/support/Warnings.h"
 
 namespace qxrs {
 

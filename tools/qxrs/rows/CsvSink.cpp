@@ -7,7 +7,7 @@
 #include "text/Scan.h"
 #include "tools/qxrs/rows/Csv.h"
 #include "tools/qxrs/rows/Values.h"
-#include "tools/qxrs/support/Window.h"
+#include "tools/qxrs/support/Input.h"
 
 namespace qxrs {
 

@@ -10,7 +10,7 @@
 
 #include "text/Block.h"
 #include "tools/qxrs/rows/Csv.h"
-#include "tools/qxrs/support/Window.h"
+#include "tools/qxrs/support/Input.h"
 
 namespace qxrs {
 

@@ -9,11 +9,12 @@
 #include <string>
 #include <string_view>
 
+#include "json/JSONMessage.h"
 #include "text/Grammar.h"
 #include "tools/qxrs/rows/Rows.h"
+#include "tools/qxrs/support/Errors.h"
+#include "tools/qxrs/support/Input.h"
 #include "tools/qxrs/support/Output.h"
-#include "tools/qxrs/support/Warnings.h"
-#include "tools/qxrs/support/Window.h"
 
 namespace qxrs {
 
@@ -50,6 +51,16 @@ std::string StrictNumber(std::string_view strNumber);
 std::string JsonValueText(const Cell& cell);
 
 // ---- Documents ----------------------------------------------------------------------------------
+
+// What the library's parser takes for white space.
+constexpr std::string_view kWhiteSpace = " \t\n\r\f";
+
+// The text of a string or a number.
+std::string_view TextOf(const JSON::JSONValue& value);
+
+// Parses `strText` into `message`, a copying one; a refusal is an InputError. `strName` names the
+// text in it.
+void ParseOrThrow(JSON::Message& message, const std::string& strText, const std::string& strName);
 
 // A text that is read by the library's grammar. A NUL stands at its end.
 using JsonText = JSON::Text<const char, true>;

@@ -7,12 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "json/JSONMessage.h"
 #include "text/ExpectedName.h"
 #include "tools/qxrs/rows/Json.h"
 #include "tools/qxrs/rows/Values.h"
-#include "tools/qxrs/support/Document.h"
-#include "tools/qxrs/support/Errors.h"
 
 namespace qxrs {
 

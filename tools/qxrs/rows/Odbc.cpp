@@ -7,7 +7,6 @@
 #include <sqlext.h>
 
 #include <algorithm>
-#include <cstring>
 #include <optional>
 
 #include "tools/qxrs/rows/Sql.h"
@@ -19,9 +18,10 @@ namespace qxrs {
 namespace {
 
 constexpr std::string_view kPrefix = "odbc:";
+constexpr std::size_t kNameSize = 256;  // bytes of the longest name, and its NUL
 
-constexpr std::size_t kBatchRows = 500;       // rows that are sent at a time, at most,
-constexpr std::size_t kBatchBytes = 1 << 20;  // of no more bytes than this, or alone
+constexpr std::size_t kBatchCells = 2000;  // that are sent at a time,
+constexpr std::size_t kLongText = 1000;    // a row with a text of more bytes alone
 
 SQLCHAR* Sql(const std::string& strText) {
   return reinterpret_cast<SQLCHAR*>(const_cast<char*>(strText.c_str()));
@@ -94,82 +94,15 @@ OdbcType TypeNumbered(SQLSMALLINT eType) {
   }
 }
 
-// The parameters of rows that wait for being sent. A driver wants the values of a column behind
-// each other, in pieces of one size.
-class Batch {
- public:
-  bool IsFull() const { return nRows == kBatchRows || nBytes >= kBatchBytes; }
-  std::size_t Rows() const { return nRows; }
-
-  void Add(const std::vector<Value>& vValues) {
-    vColumns.resize(vValues.size());
-    for (std::size_t i = 0; i < vValues.size(); ++i) {
-      InColumn& column = vColumns[i];
-      const bool bNull = vValues[i].eKind == Kind::Null;
-      const std::string_view strText = bNull ? std::string_view() : vValues[i].strText;
-      column.strTexts += strText;
-      column.nWidest = std::max(column.nWidest, strText.size());
-      column.vLengths.push_back(bNull ? SQL_NULL_DATA : static_cast<SQLLEN>(strText.size()));
-      nBytes += strText.size();
-    }
-    ++nRows;
-  }
-
-  // Makes all rows the parameters of a statement.
-  void Bind(const Handle& statement) {
-    SQLUSMALLINT nParameter = 0;
-    for (InColumn& column : vColumns) {
-      column.Spread();
-      statement.Check(SQLBindParameter(
-          statement.Get(), ++nParameter, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_VARCHAR, column.nWidest,
-          0, column.vBytes.data(), static_cast<SQLLEN>(column.nWidest), column.vLengths.data()));
-    }
-  }
-
-  void Clear() {
-    for (InColumn& column : vColumns) {
-      column.strTexts.clear();
-      column.vLengths.clear();
-      column.nWidest = 1;
-    }
-    nRows = nBytes = 0;
-  }
-
- private:
-  struct InColumn {
-    std::string strTexts;  // one behind the other
-    std::vector<SQLLEN> vLengths;
-    std::size_t nWidest = 1;
-    std::vector<char> vBytes;  // in pieces of that size
-
-    void Spread() {
-      vBytes.resize(vLengths.size() * nWidest);
-      const char* pText = strTexts.data();
-      char* pPiece = vBytes.data();
-      for (const SQLLEN nLength : vLengths) {
-        const auto nText = static_cast<std::size_t>(std::max<SQLLEN>(nLength, 0));
-        std::memcpy(pPiece, pText, nText);
-        pText += nText;
-        pPiece += nWidest;
-      }
-    }
-  };
-
-  std::vector<InColumn> vColumns;
-  std::size_t nRows = 0;
-  std::size_t nBytes = 0;
-};
-
 class OdbcStatement : public Statement {
  public:
-  explicit OdbcStatement(const Handle& connection) : handle(SQL_HANDLE_STMT, connection.Get()) {}
-
-  const Handle& GetHandle() const { return handle; }
-
-  // The types of the columns of the answer.
-  std::vector<OdbcType> Types() {
-    Columns columns = GetColumns();
-    return vTypes;
+  // Many rows of parameters are sent at a time, where the driver takes them.
+  OdbcStatement(const Handle& connection, const std::string& strSql)
+      : handle(SQL_HANDLE_STMT, connection.Get()) {
+    handle.Check(SQLPrepare(handle.Get(), Sql(strSql), SQL_NTS));
+    bArrays = SQLSetStmtAttr(handle.Get(), SQL_ATTR_PARAMSET_SIZE, Pointer(std::size_t{2}), 0) ==
+              SQL_SUCCESS;
+    SQLSetStmtAttr(handle.Get(), SQL_ATTR_PARAMSET_SIZE, Pointer(std::size_t{1}), 0);
   }
 
   Columns GetColumns() override {
@@ -178,7 +111,7 @@ class OdbcStatement : public Statement {
     SQLSMALLINT nColumns = 0;
     SQLNumResultCols(handle.Get(), &nColumns);
     for (SQLSMALLINT i = 1; i <= nColumns; ++i) {
-      SQLCHAR szName[256] = {};
+      SQLCHAR szName[kNameSize] = {};
       SQLSMALLINT eType = 0;
       SQLSMALLINT eNullable = 0;
       handle.Check(SQLDescribeCol(handle.Get(), static_cast<SQLUSMALLINT>(i), szName, sizeof szName,
@@ -197,6 +130,9 @@ class OdbcStatement : public Statement {
     return columns;
   }
 
+  // Of the columns of the answer.
+  const std::vector<OdbcType>& Types() const { return vTypes; }
+
   bool Next(Row& row) override {
     const SQLRETURN nResult = SQLFetch(handle.Get());
     handle.Check(nResult);
@@ -209,91 +145,111 @@ class OdbcStatement : public Statement {
     return true;
   }
 
-  // The text of a column of the current row, counted from 0; false for a null.
+  void Bind(const std::vector<Value>& vValues) override {
+    nParameters = vValues.size();
+    for (const Value& value : vValues) {
+      auto& strPending = vPending.emplace_back();
+      if (value.eKind != Kind::Null) strPending = value.strText;
+    }
+  }
+
+  void Run(const std::vector<Value>& vValues) override {
+    const bool bLong = std::any_of(vValues.begin(), vValues.end(), [](const Value& value) {
+      return value.eKind != Kind::Null && value.strText.size() > kLongText;
+    });
+    if (bLong) Flush();
+    Bind(vValues);
+    if (bLong || !bArrays || vPending.size() + nParameters > kBatchCells) Flush();
+  }
+
+  void Flush() override {
+    if (vPending.empty()) return;
+    const std::size_t nRows = vPending.size() / nParameters;
+    SQLULEN nDone = nRows;
+    std::vector<SQLUSMALLINT> vStates(nRows, SQL_PARAM_SUCCESS);
+    std::vector<Parameter> vParameters(nParameters);
+    for (std::size_t i = 0; i < nParameters; ++i) {
+      Spread(i, nRows, vParameters[i]);
+    }
+    if (bArrays) {
+      SQLSetStmtAttr(handle.Get(), SQL_ATTR_PARAM_STATUS_PTR, vStates.data(), 0);
+      SQLSetStmtAttr(handle.Get(), SQL_ATTR_PARAMS_PROCESSED_PTR, &nDone, 0);
+      handle.Check(SQLSetStmtAttr(handle.Get(), SQL_ATTR_PARAMSET_SIZE, Pointer(nRows), 0));
+    }
+    handle.Check(SQLExecute(handle.Get()));
+    const auto itFailed = std::find(vStates.begin(), vStates.end(), SQL_PARAM_ERROR);
+    if (itFailed != vStates.end() || nDone != nRows) handle.Fail();
+    vPending.clear();
+  }
+
+ private:
+  // The values of all rows that one parameter has.
+  struct Parameter {
+    std::vector<char> vBytes;  // in pieces of one size
+    std::vector<SQLLEN> vLengths;
+  };
+
+  void Spread(std::size_t nParameter, std::size_t nRows, Parameter& parameter) {
+    std::size_t nWidest = 1;
+    for (std::size_t i = nParameter; i < vPending.size(); i += nParameters) {
+      const auto& strText = vPending[i];
+      nWidest = std::max(nWidest, strText ? strText->size() : 0);
+      parameter.vLengths.push_back(strText ? static_cast<SQLLEN>(strText->size()) : SQL_NULL_DATA);
+    }
+    parameter.vBytes.resize(nRows * nWidest);
+    for (std::size_t i = 0; i < nRows; ++i) {
+      const auto& strText = vPending[i * nParameters + nParameter];
+      if (strText) strText->copy(&parameter.vBytes[i * nWidest], nWidest);
+    }
+    handle.Check(SQLBindParameter(handle.Get(), static_cast<SQLUSMALLINT>(nParameter + 1),
+                                  SQL_PARAM_INPUT, SQL_C_CHAR, SQL_VARCHAR, nWidest, 0,
+                                  parameter.vBytes.data(), static_cast<SQLLEN>(nWidest),
+                                  parameter.vLengths.data()));
+  }
+
+  // The text of a column of the current row; false for a null.
   bool GetText(std::size_t nColumn, std::string& strText) {
-    constexpr std::size_t kPiece = 4096;
     strText.clear();
     while (true) {
-      char aPiece[kPiece];
+      char aPiece[4096];
       SQLLEN nLength = 0;
       const SQLRETURN nResult = SQLGetData(handle.Get(), static_cast<SQLUSMALLINT>(nColumn + 1),
                                            SQL_C_CHAR, aPiece, sizeof aPiece, &nLength);
       handle.Check(nResult);
-      if (nResult == SQL_NO_DATA) return true;
       if (nLength == SQL_NULL_DATA) return false;
+      if (nResult == SQL_NO_DATA) return true;
       const bool bCut = nLength == SQL_NO_TOTAL || nLength >= static_cast<SQLLEN>(sizeof aPiece);
       strText.append(aPiece, bCut ? sizeof aPiece - 1 : static_cast<std::size_t>(nLength));
       if (!bCut) return true;
     }
   }
 
-  void Bind(const std::vector<Value>& vValues) override { batch.Add(vValues); }
-
-  void Run(const std::vector<Value>& vValues) override {
-    Bind(vValues);
-    if (batch.IsFull() || !bArrays) Flush();
-  }
-
-  void Flush() override {
-    if (batch.Rows() == 0) return;
-    SQLULEN nDone = 0;
-    std::vector<SQLUSMALLINT> vStates(batch.Rows(), SQL_PARAM_SUCCESS);
-    if (bArrays) {
-      SQLSetStmtAttr(handle.Get(), SQL_ATTR_PARAM_STATUS_PTR, vStates.data(), 0);
-      SQLSetStmtAttr(handle.Get(), SQL_ATTR_PARAMS_PROCESSED_PTR, &nDone, 0);
-      handle.Check(SQLSetStmtAttr(handle.Get(), SQL_ATTR_PARAMSET_SIZE, Pointer(batch.Rows()), 0));
-    }
-    batch.Bind(handle);
-    handle.Check(SQLExecute(handle.Get()));
-    const bool bFailed =
-        std::find(vStates.begin(), vStates.end(), SQL_PARAM_ERROR) != vStates.end();
-    if (bFailed || (bArrays && nDone != batch.Rows())) handle.Fail();
-    batch.Clear();
-  }
-
-  // Prepares a statement, and finds out whether it takes many rows at a time.
-  void Prepare(const std::string& strSql) {
-    handle.Check(SQLPrepare(handle.Get(), Sql(strSql), SQL_NTS));
-    SQLULEN nRows = 0;
-    bArrays =
-        SQL_SUCCEEDED(
-            SQLSetStmtAttr(handle.Get(), SQL_ATTR_PARAMSET_SIZE, Pointer(kBatchRows), 0)) &&
-        SQL_SUCCEEDED(SQLGetStmtAttr(handle.Get(), SQL_ATTR_PARAMSET_SIZE, &nRows, 0, nullptr)) &&
-        nRows == kBatchRows;
-    SQLSetStmtAttr(handle.Get(), SQL_ATTR_PARAMSET_SIZE, Pointer(std::size_t{1}), 0);
-  }
-
- private:
   void FillCell(Cell& cell) {
     std::string& strText = vTexts[cell.nColumn];
     const std::optional<Kind> eKind = vTypes[cell.nColumn].eKind;
     const bool bNull = !GetText(cell.nColumn, strText);
-    if (bNull) {
-      cell.eKind = Kind::Null;
-      cell.strText = {};
-      return;
-    }
+    cell.strText = strText;
+    cell.eKind = bNull ? Kind::Null : eKind.value_or(Kind::Null);
+    if (bNull) return;
     if (!eKind) throw InputError("column '" + vNames[cell.nColumn] + "': a blob is no text");
-    cell.eKind = *eKind;
     if (eKind == Kind::Boolean) {
       cell.strText = strText == "1" || strText == "t" || strText == "true" ? "true" : "false";
-      return;
-    }
-    if (eKind != Kind::Text) {
+    } else if (eKind != Kind::Text) {
       // Some drivers leave out the zero in front of a point.
       const std::size_t nPoint = strText.substr(0, 1) == "-" ? 1 : 0;
       if (strText.compare(nPoint, 1, ".") == 0) strText.insert(nPoint, "0");
+      cell.strText = strText;
       cell.eKind = NumberKind(strText);
     }
-    cell.strText = strText;
   }
 
   const Handle handle;
-  std::vector<OdbcType> vTypes;
-  std::vector<std::string> vNames;
-  std::vector<std::string> vTexts;  // the values of the current row
-  Batch batch;
   bool bArrays = false;
+  std::vector<OdbcType> vTypes;  // of the columns of the answer,
+  std::vector<std::string> vNames;
+  std::vector<std::string> vTexts;                   // and the values of the current row
+  std::vector<std::optional<std::string>> vPending;  // parameters of rows, one behind the other
+  std::size_t nParameters = 0;                       // of one row
 };
 
 class OdbcDatabase : public Database {
@@ -323,20 +279,19 @@ class OdbcDatabase : public Database {
   }
 
   std::unique_ptr<Statement> Prepare(const std::string& strSql) override {
-    auto pStatement = std::make_unique<OdbcStatement>(*connection);
-    pStatement->Prepare(strSql);
-    return pStatement;
+    return std::make_unique<OdbcStatement>(*connection, strSql);
   }
 
   std::vector<std::string> Tables() override {
-    constexpr std::size_t kName = 2;  // the third column of the answer
+    const Handle statement(SQL_HANDLE_STMT, connection->Get());
     SQLCHAR szType[] = "TABLE";
-    OdbcStatement statement(*connection);
-    const Handle& handle = statement.GetHandle();
-    handle.Check(SQLTables(handle.Get(), nullptr, 0, nullptr, 0, nullptr, 0, szType, SQL_NTS));
+    SQLCHAR szName[kNameSize] = {};
+    statement.Check(
+        SQLTables(statement.Get(), nullptr, 0, nullptr, 0, nullptr, 0, szType, SQL_NTS));
+    SQLBindCol(statement.Get(), 3, SQL_C_CHAR, szName, sizeof szName, nullptr);
     std::vector<std::string> vNames;
-    while (SQL_SUCCEEDED(SQLFetch(handle.Get()))) {
-      statement.GetText(kName, vNames.emplace_back());
+    while (SQL_SUCCEEDED(SQLFetch(statement.Get()))) {
+      vNames.emplace_back(reinterpret_cast<const char*>(szName));
     }
     return vNames;
   }
@@ -346,8 +301,9 @@ class OdbcDatabase : public Database {
     for (const Column& column : columns) {
       vNames.push_back(column.strName);
     }
-    OdbcStatement question(*connection);
-    question.Prepare("SELECT " + Quoted(vNames) + " FROM " + Quoted(strTable) + " WHERE 0 = 1");
+    OdbcStatement question(
+        *connection, "SELECT " + Quoted(vNames) + " FROM " + Quoted(strTable) + " WHERE 0 = 1");
+    question.GetColumns();
     std::vector<Hold> vHolds;
     for (const OdbcType& type : question.Types()) {
       vHolds.push_back(type.eHold);
@@ -359,14 +315,18 @@ class OdbcDatabase : public Database {
   std::string TypeOf(const Column& column, bool bInKey) const override {
     const std::string& strType = column.strType;
     if (!strType.empty() && strType != "INTEGER" && strType != "REAL") return strType;
-    const Kind eKind = strType == "INTEGER" ? Kind::Integer
-                       : strType == "REAL"  ? Kind::Real
-                                            : column.eKind.value_or(Kind::Text);
-    return eKind == Kind::Integer   ? "BIGINT"
-           : eKind == Kind::Real    ? "DOUBLE PRECISION"
-           : eKind == Kind::Boolean ? "BOOLEAN"
-           : bInKey                 ? "VARCHAR(255)"
-                                    : "TEXT";
+    switch (strType == "INTEGER" ? Kind::Integer
+            : strType == "REAL"  ? Kind::Real
+                                 : column.eKind.value_or(Kind::Text)) {
+      case Kind::Integer:
+        return "BIGINT";
+      case Kind::Real:
+        return "DOUBLE PRECISION";
+      case Kind::Boolean:
+        return "BOOLEAN";
+      default:
+        return bInKey ? "VARCHAR(255)" : "TEXT";
+    }
   }
 
   void Begin() override {

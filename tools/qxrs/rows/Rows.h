@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -107,6 +108,17 @@ class RowSink {
   // Hands over the rows that were written, where somebody waits for them.
   virtual void Flush() {}
 };
+
+// Some columns, in a new order. Throws InputError, from Next() at the end when not before, when one
+// of them never occurred in any row.
+std::unique_ptr<RowSource> SelectColumns(std::unique_ptr<RowSource> pRows,
+                                         const std::vector<std::string>& vNames);
+
+// The first rows. What follows is not read.
+std::unique_ptr<RowSource> FirstRows(std::unique_ptr<RowSource> pRows, unsigned long long nRows);
+
+// The last rows; the source is read at once.
+std::unique_ptr<RowSource> LastRows(RowSource& source, unsigned long long nRows);
 
 // Passes all rows on; with bAtOnce each is handed over before the next is read, and a sink that
 // needs the columns gets those of the first row. Otherwise rows of a source that does not know what

@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "tools/qxrs/rows/Rows.h"
+#include "tools/qxrs/support/Errors.h"
 #include "tools/qxrs/support/Progress.h"
-#include "tools/qxrs/support/Warnings.h"
 
 namespace qxrs {
 

@@ -1,7 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// The two ways a command of qxrs ends early, and how a message names a place in a text. A message
-// is one line without the program's name.
+// What goes wrong: the two ways a command of qxrs ends early, how a message names a place in a
+// text, and losses, which are counted. A message is one line without the program's name.
 
 #ifndef QXRECORDSET_TOOLS_SUPPORT_ERRORS_H
 #define QXRECORDSET_TOOLS_SUPPORT_ERRORS_H
@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace qxrs {
 
@@ -49,6 +50,31 @@ inline InputError Complaint(const std::string& strName, const TextPosition& posi
   return InputError(strName + ": line " + std::to_string(position.nLine) + ", column " +
                     std::to_string(position.nColumn) + ": " + strReason);
 }
+
+// What a target cannot hold, or would change. Each kind of loss is one line on standard error in
+// the end, with a count and the first place; with --strict the first one is an error.
+class Warnings {
+ public:
+  explicit Warnings(bool bStrictly) : bStrict(bStrictly) {}
+
+  // Counts a loss, or several, of which the first is in row `nRow`, from 1; 0 is none, and so is an
+  // empty column. Throws InputError when losses are errors.
+  void Add(std::string_view strReason, unsigned long long nRow = 0, std::string_view strColumn = {},
+           unsigned long long nCount = 1);
+
+  // Writes the lines.
+  void Report() const;
+
+ private:
+  struct Loss {
+    std::string strReason;
+    std::string strFirst;  // the first place
+    unsigned long long nCount;
+  };
+
+  const bool bStrict;
+  std::vector<Loss> vLosses;
+};
 
 }  // namespace qxrs
 

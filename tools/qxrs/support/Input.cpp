@@ -13,14 +13,13 @@
 #include <cerrno>
 #include <cstring>
 
-#include "tools/qxrs/support/Errors.h"
-
 namespace qxrs {
 
 namespace {
 
-constexpr std::size_t kPiece = 65536;   // bytes asked for at a time: what a pipe holds
-constexpr std::size_t kFirstBytes = 4;  // tell what the text is compressed with
+constexpr std::size_t kPiece = 65536;         // bytes asked for at a time: what a pipe holds
+constexpr std::size_t kWindowPiece = 131072;  // the same for a window
+constexpr std::size_t kFirstBytes = 4;        // tell what the text is compressed with
 
 }  // namespace
 
@@ -123,6 +122,39 @@ std::string Input::ReadAll() {
   } while (nRead != 0);
   strText.resize(nOld);
   return strText;
+}
+
+// ---- Windows
+// -------------------------------------------------------------------------------------
+
+bool Window::Fill() {
+  position.Advance({vBytes.data(), nBegin});
+  nEnd -= nBegin;
+  std::memmove(vBytes.data(), vBytes.data() + nBegin, nEnd);
+  nBegin = 0;
+  const std::size_t nMore = std::max(kWindowPiece, nEnd);
+  if (vBytes.size() < nEnd + nMore + kSlack) vBytes.resize(nEnd + nMore + kSlack);
+  const std::size_t nRead = input.Read(End(), nMore);
+  nEnd += nRead;
+  std::memset(End(), 0, kSlack);
+  return nRead != 0;
+}
+
+void Window::Start() {
+  while (nEnd - nBegin < kByteOrderMark.size() && Fill()) {
+  }
+  const std::string_view strText = Text();
+  const std::string_view strTwo = strText.substr(0, 2);
+  if (strTwo == "\xFF\xFE" || strTwo == "\xFE\xFF") {
+    throw InputError(Name() + ": the text is UTF-16; iconv -f UTF-16 -t UTF-8 makes it readable");
+  }
+  if (strText.substr(0, kByteOrderMark.size()) == kByteOrderMark) nBegin += kByteOrderMark.size();
+}
+
+void Window::Refuse(const char* p, const std::string& strReason) {
+  TextPosition place = position;
+  place.Advance({vBytes.data(), static_cast<std::size_t>(p - vBytes.data())});
+  throw Complaint(input.Name(), place, strReason);
 }
 
 }  // namespace qxrs

@@ -1,7 +1,8 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// A file or standard input, read front to back. gzip and Zstandard, recognised by the first bytes,
-// are decompressed by libarchive. Failures to open or read are InputErrors.
+// A file or standard input, read front to back, and the part of it that is in memory. gzip and
+// Zstandard, recognised by the first bytes, are decompressed by libarchive. Failures to open or
+// read are InputErrors.
 
 #ifndef QXRECORDSET_TOOLS_SUPPORT_INPUT_H
 #define QXRECORDSET_TOOLS_SUPPORT_INPUT_H
@@ -10,9 +11,11 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
+#include "tools/qxrs/support/Errors.h"
 #include "tools/qxrs/support/Progress.h"
 
 namespace qxrs {
@@ -59,6 +62,49 @@ class Input {
   bool bBegun = true;
   std::vector<char> vPacked;  // compressed bytes
   std::unique_ptr<archive, Free> pArchive;
+};
+
+// Some programs put it in front of UTF-8 text.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+// The part of an input that is in memory: what a reader has not used yet. It is as long as one row
+// and a piece of the input.
+//
+//   used up, dropped | Begin() ... unread text ... End() | kSlack zero bytes
+class Window {
+ public:
+  static constexpr std::size_t kSlack = 32;  // readable behind End(), all zero
+
+  explicit Window(Input& inputText) : input(inputText) {}
+  Window(const Window&) = delete;
+  Window& operator=(const Window&) = delete;
+
+  char* Begin() { return vBytes.data() + nBegin; }
+  char* End() { return vBytes.data() + nEnd; }
+  const char* End() const { return vBytes.data() + nEnd; }
+  std::string_view Text() { return {Begin(), nEnd - nBegin}; }
+
+  // Begin() becomes `p`. The text in front of it stays readable until the next Fill().
+  void UseUpTo(const char* p) { nBegin = static_cast<std::size_t>(p - vBytes.data()); }
+
+  // Reads more behind what is there, as much as is there already or a piece; false at the end of
+  // the input. Pointers into the window become invalid.
+  bool Fill();
+
+  // Reads the first piece and passes over a byte order mark. A text in UTF-16 is an InputError.
+  void Start();
+
+  // Throws InputError: what is wrong, and at which line and column `p` stands.
+  [[noreturn]] void Refuse(const char* p, const std::string& strReason);
+
+  const std::string& Name() const { return input.Name(); }
+
+ private:
+  Input& input;
+  std::vector<char> vBytes = std::vector<char>(kSlack);
+  std::size_t nBegin = 0;
+  std::size_t nEnd = 0;
+  TextPosition position;  // of the first byte in vBytes
 };
 
 }  // namespace qxrs

@@ -1,13 +1,15 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Asking the terminal.
+// Asking the terminal; measuring and cutting texts for it.
 
 #include "tools/qxrs/support/Terminal.h"
 
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
+#include <cwchar>
 
 namespace qxrs {
 
@@ -51,6 +53,98 @@ bool UseColor(When eColor, int nFile) {
 std::string Styled(std::string_view strText, Style eStyle, bool bColor) {
   if (!bColor) return std::string(strText);
   return Code(eStyle) + std::string(strText) + "\x1b[0m";
+}
+
+// ---- Texts
+// ---------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr std::string_view kEllipsis = "\u2026";
+
+// One character of a text: its bytes, and its columns or -1 when it cannot be shown.
+struct Character {
+  std::size_t nBytes;
+  int nWidth;
+};
+
+// The characters that turn the direction of what follows: a cell could reorder its whole line.
+bool IsDirection(wchar_t wide) {
+  return wide == 0x061C || wide == 0x200E || wide == 0x200F || (wide >= 0x202A && wide <= 0x202E) ||
+         (wide >= 0x2066 && wide <= 0x2069);
+}
+
+Character NextCharacter(std::string_view strText) {
+  const char c = strText.front();
+  if (c >= 0x20 && c < 0x7f) {
+    return {1, 1};
+  }
+  wchar_t wide = 0;
+  std::mbstate_t state{};
+  const std::size_t nBytes = std::mbrtowc(&wide, strText.data(), strText.size(), &state);
+  // 0 is a NUL; above the text's length come the two codes for broken and cut-off sequences.
+  if (nBytes == 0 || nBytes > strText.size()) {
+    return {1, -1};
+  }
+  return {nBytes, IsDirection(wide) ? -1 : wcwidth(wide)};
+}
+
+std::string Escaped(std::string_view strBytes) {
+  std::string strResult;
+  for (const char c : strBytes) {
+    char szText[8];
+    std::snprintf(szText, sizeof szText, "\\x%02x", static_cast<unsigned char>(c));
+    strResult += c == '\t' ? "\\t" : c == '\n' ? "\\n" : c == '\r' ? "\\r" : szText;
+  }
+  return strResult;
+}
+
+}  // namespace
+
+DisplayText MakeDisplayText(std::string_view strText) {
+  DisplayText result;
+  while (!strText.empty()) {
+    const Character character = NextCharacter(strText);
+    const std::string_view strBytes = strText.substr(0, character.nBytes);
+    if (character.nWidth >= 0) {
+      result.strText += strBytes;
+      result.nWidth += static_cast<std::size_t>(character.nWidth);
+    } else {
+      const std::string strEscaped = Escaped(strBytes);
+      result.strText += strEscaped;
+      result.nWidth += strEscaped.size();
+    }
+    strText.remove_prefix(character.nBytes);
+  }
+  return result;
+}
+
+std::string PrintableLines(std::string_view strText) {
+  std::string strResult;
+  while (true) {
+    const std::size_t nEnd = strText.find('\n');
+    strResult += MakeDisplayText(strText.substr(0, nEnd)).strText;
+    if (nEnd == std::string_view::npos) return strResult;
+    strResult += '\n';
+    strText.remove_prefix(nEnd + 1);
+  }
+}
+
+DisplayText Shortened(const DisplayText& text, std::size_t nWidth) {
+  if (text.nWidth <= nWidth || nWidth == 0) return text;
+  DisplayText result;
+  std::string_view strRest = text.strText;
+  while (!strRest.empty()) {
+    const Character character = NextCharacter(strRest);
+    const auto nColumns = static_cast<std::size_t>(character.nWidth);
+    if (result.nWidth + nColumns > nWidth - 1) break;
+    result.strText += strRest.substr(0, character.nBytes);
+    result.nWidth += nColumns;
+    strRest.remove_prefix(character.nBytes);
+  }
+  result.strText += kEllipsis;
+  ++result.nWidth;
+  return result;
 }
 
 }  // namespace qxrs

@@ -1,7 +1,8 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// What the tool needs to know about the terminal: whether there is one, how wide it is, and whether
-// to write colours.
+// The terminal: whether there is one, how wide it is, whether to write colours; and texts as it
+// shows them: how many columns they take, and how to show one that could move the cursor, hide
+// itself or is no UTF-8. Works in the character set of the process, which main() sets to UTF-8.
 
 #ifndef QXRECORDSET_TOOLS_SUPPORT_TERMINAL_H
 #define QXRECORDSET_TOOLS_SUPPORT_TERMINAL_H
@@ -25,6 +26,24 @@ bool UseColor(When eColor, int nFile);
 // `strText` between the escape sequences of a style, or as it is without colour.
 enum class Style { Bold, Red, Green };
 std::string Styled(std::string_view strText, Style eStyle, bool bColor);
+
+// ---- Texts
+// ---------------------------------------------------------------------------------------
+
+struct DisplayText {
+  std::string strText;
+  std::size_t nWidth = 0;  // columns
+};
+
+// `strText` on one line. Control characters and bytes that are no UTF-8 become \t, \n, \r or \x1b;
+// everything else, the backslash included, stands for itself.
+DisplayText MakeDisplayText(std::string_view strText);
+
+// `strText` made like that line by line; its line feeds stay.
+std::string PrintableLines(std::string_view strText);
+
+// `text` in at most `nWidth` columns: what does not fit is replaced by an ellipsis.
+DisplayText Shortened(const DisplayText& text, std::size_t nWidth);
 
 }  // namespace qxrs
 

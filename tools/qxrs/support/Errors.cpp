@@ -2,13 +2,12 @@
 //
 // Counting and reporting losses.
 
-#include "tools/qxrs/support/Warnings.h"
+#include "tools/qxrs/support/Errors.h"
 
 #include <algorithm>
 #include <iostream>
 
-#include "tools/qxrs/support/DisplayText.h"
-#include "tools/qxrs/support/Errors.h"
+#include "tools/qxrs/support/Terminal.h"
 
 namespace qxrs {
 

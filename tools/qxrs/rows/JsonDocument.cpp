@@ -1,16 +1,29 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Writing JSON values anew, in strict JSON.
+// Reading whole documents, and writing JSON values anew, in strict JSON.
 
+#include <limits>
 #include <utility>
 
-#include "json/JSONMessage.h"
 #include "text/Escape.h"
 #include "tools/qxrs/rows/Json.h"
 #include "tools/qxrs/rows/Values.h"
-#include "tools/qxrs/support/Document.h"
 
 namespace qxrs {
+
+std::string_view TextOf(const JSON::JSONValue& value) {
+  return {value.pText ? value.pText : "", static_cast<std::size_t>(value.nLength)};
+}
+
+void ParseOrThrow(JSON::Message& message, const std::string& strText, const std::string& strName) {
+  if (strText.size() > std::numeric_limits<int>::max()) {
+    throw InputError(strName + ": a document can have 2 GB at most");
+  }
+  if (!message.Parse(strText.data(), static_cast<int>(strText.size()))) {
+    const JSON::ParseError& error = message.Error();
+    throw Complaint(strName, {error.nLine, error.nColumn}, error.szReason);
+  }
+}
 
 namespace {
 
