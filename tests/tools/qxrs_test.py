@@ -364,6 +364,7 @@ def test_help():
         text, errors, status = run(name + " --help")
         expect(name + " help", (errors, status), ("", 0))
         expect(name + " width", [line for line in text.split("\n") if len(line) > 80], [])
+        expect(name + " texts", re.findall(r"^  \S+(?: [A-Z]+)? *\n(?! {9})", text, re.M), [])
         expect(name + " exit status", len(re.findall(r"^Exit status: 0 .*, 2 ", text, re.M)), 1)
         examples = re.search(r"Examples:\n((?:  .*\n)+)", text).group(1).splitlines()
         expect(name + " examples", len(examples), 2)

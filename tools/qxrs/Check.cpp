@@ -228,44 +228,18 @@ int RunDump(const FileOptions& options) {
 }  // namespace
 
 void AddCheck(CLI::App& app, Action& action) {
-  const auto [command, options] = AddCommand(
-      app, action,
-      {"check", "Tell whether the library accepts JSON text; show where and why not.",
-       "  qxrs check planets.json\n"
-       "  qxrs from-csv planets.csv | qxrs check --quiet && echo fine",
-       "Lines and columns count from 1, columns in bytes. The library accepts more than\n"
-       "strict JSON: docs/json-accepted.md lists it. Warnings tell what a record set that loads\n"
-       "the text does not keep.",
-       "0 accepted, 1 refused or a file that fails, 2 wrong usage"},
-      RunCheck);
-  AddValue(command, "FILE", options.vInputs, "", "the JSON texts; - is standard input");
-  command.add_flag("-q,--quiet", options.bQuiet, "say nothing about a text that is accepted");
-  AddStrict(command, options.bStrict);
-  AddColor(command, options.eColor);
-}
+  const auto check = AddCommand(app, action, "check", RunCheck);
+  check.command.add_option("FILE", check.options.vInputs);
+  check.command.add_flag("-q,--quiet", check.options.bQuiet);
+  check.command.add_flag("--strict", check.options.bStrict);
+  AddColor(check.command, check.options.eColor);
 
-void AddNormalize(CLI::App& app, Action& action) {
-  const auto [command, options] = AddCommand(
-      app, action,
-      {"normalize", "Load record set text and write it as the library does.",
-       "  qxrs normalize hand-written.rs\n"
-       "  qxrs from-sql world.db \"SELECT * FROM c\" | qxrs normalize -o c.rs",
-       "The result is what a host has after loading and writing: no white space, members\n"
-       "sorted by name, reals and arrays gone, a text that is an object's text an object.\n"
-       "What is lost is counted in warnings."},
-      RunNormalize);
-  AddFileOptions(command, options.files, "the record set text");
-  AddStrict(command, options.bStrict);
-}
+  const auto normalize = AddCommand(app, action, "normalize", RunNormalize);
+  AddFileOptions(normalize.command, normalize.options.files);
+  normalize.command.add_flag("--strict", normalize.options.bStrict);
 
-void AddDump(CLI::App& app, Action& action) {
-  const auto [command, options] =
-      AddCommand(app, action,
-                 {"dump", "Write record set text field by field, as a host's log has it.",
-                  "  qxrs dump planets.rs\n"
-                  "  qxrs from-csv planets.csv | qxrs dump | less"},
-                 RunDump);
-  AddFileOptions(command, options, "the record set text");
+  const auto dump = AddCommand(app, action, "dump", RunDump);
+  AddFileOptions(dump.command, dump.options);
 }
 
 }  // namespace qxrs

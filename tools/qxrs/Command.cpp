@@ -1,6 +1,6 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// What the subcommands share on the command line.
+// What the subcommands share on the command line, and what help says about them.
 
 #include "tools/qxrs/Command.h"
 
@@ -10,9 +10,13 @@ namespace qxrs {
 
 namespace {
 
+#include "qxrs_help.h"  // kHelp: help.txt
+
+constexpr const char* kExitStatus =
+    "\n\nExit status: 0 done, 1 bad input or a file that fails, 2 wrong usage";
+
 constexpr std::size_t kOptionWidth = 26;  // columns for the options' names in --help
 constexpr std::size_t kTextWidth = 52;    // columns for what is said about them
-constexpr std::size_t kFooterWidth = 72;  // columns for what follows; man indents it by seven
 
 // `strText` in lines of at most `nWidth` bytes.
 std::string Wrapped(std::string strText, std::size_t nWidth) {
@@ -49,69 +53,80 @@ class HelpFormatter : public CLI::Formatter {
   }
 };
 
+// What help.txt says behind the heading `strHeading`, from the line feed there on.
+std::string Section(const std::string& strHeading) {
+  const std::string strHead = "\n= " + strHeading + "\n";
+  const std::size_t nBegin = kHelp.find(strHead) + strHead.size() - 1;
+  return std::string(kHelp.substr(nBegin, kHelp.find("\n= ", nBegin) - nBegin)) + '\n';
+}
+
+// Gives an option its type and its text, when they stand in the section: "- --rows COUNT: text".
+bool DescribeOption(CLI::Option& option, const std::string& strSection) {
+  const auto& vLong = option.get_lnames();
+  const std::string strName = "\n- " + (vLong.empty() ? option.get_name() : "--" + vLong.front());
+  for (std::size_t n = 0; (n = strSection.find(strName, n)) != std::string::npos;) {
+    n += strName.size();
+    if (strSection[n] != ' ' && strSection[n] != ':') continue;
+    const std::size_t nText = strSection.find(": ", n);
+    option.type_name(strSection[n] == ' ' ? strSection.substr(n + 1, nText - n - 1) : "");
+    option.description(strSection.substr(nText + 2, strSection.find('\n', nText) - nText - 2));
+    return true;
+  }
+  return false;
+}
+
+void DescribeCommand(CLI::App& app, const std::string& strName) {
+  static const std::string strCommon = Section("*");
+  const std::string strSection = Section(strName);
+  app.formatter(std::make_shared<HelpFormatter>());
+  const std::size_t nOptions = strSection.find("\n- ");
+  const std::size_t nMore = strSection.find("\n\n") + 2;
+  app.description(strSection.substr(1, nMore - 3));
+  std::string strMore = strSection.substr(nMore, nOptions - nMore);
+  strMore.erase(strMore.find_last_not_of('\n') + 1);
+  app.footer(strMore + (strMore.find("Exit status:") == std::string::npos ? kExitStatus : ""));
+  for (CLI::Option* pOption : app.get_options()) {
+    if (!DescribeOption(*pOption, strSection)) DescribeOption(*pOption, strCommon);
+  }
+  const bool bNested = app.get_parent() != nullptr;
+  for (CLI::App* pCommand : app.get_subcommands([](const CLI::App*) { return true; })) {
+    DescribeCommand(*pCommand, (bNested ? strName + " " : "") + pCommand->get_name());
+  }
+}
+
 }  // namespace
 
-void SetHelpStyle(CLI::App& app) { app.formatter(std::make_shared<HelpFormatter>()); }
-
-CLI::App& AddCommand(CLI::App& app, const CommandText& text) {
-  CLI::App& command = *app.add_subcommand(text.szName, text.szPurpose);
-  std::string strFooter = Wrapped(text.szDetails, kFooterWidth);
-  strFooter += strFooter.empty() ? "" : "\n\n";
-  strFooter +=
-      std::string("Examples:\n") + text.szExamples + "\n\nExit status: " + text.szExitStatus;
-  command.footer(strFooter);
-  return command;
-}
+void Describe(CLI::App& app) { DescribeCommand(app, app.get_name()); }
 
 // ---- Single options -----------------------------------------------------------------------------
 
-void AddCount(CLI::App& command, const char* szNames, unsigned& nCount, const char* szType,
-              const char* szWhat) {
-  AddValue(command, szNames, nCount, szType, szWhat)->check([](const std::string& strText) {
+void AddCount(CLI::App& command, const char* szNames, unsigned& nCount) {
+  command.add_option(szNames, nCount)->check([](const std::string& strText) {
     const bool bDigits = strText.find_first_not_of("0123456789") == std::string::npos;
     const bool bZero = strText.find_first_not_of('0') == std::string::npos;
     return bDigits && !bZero ? "" : "'" + strText + "' is not a number above 0";
   });
 }
 
-void AddRequired(CLI::App& command, const char* szName, std::string& strText, const char* szWhat) {
-  AddValue(command, szName, strText, "", szWhat)->required();
-}
-
-void AddInput(CLI::App& command, std::string& strInput, const char* szWhat) {
-  AddValue(command, "FILE", strInput, "", std::string(szWhat) + "; - is standard input");
-}
-
 void AddOutput(CLI::App& command, std::string& strOutput) {
-  AddValue(command, "-o,--output", strOutput, "FILE",
-           "write to FILE instead of standard output; .gz and .zst are compressed");
+  command.add_option("-o,--output", strOutput);
 }
 
 void AddProgress(CLI::App& command, When& eProgress) {
-  AddChoice(command, "--progress", eProgress, When::Always,
-            "show progress on standard error, whatever that is and however short the work; the "
-            "default is for long work on a terminal");
-  AddChoice(command, "--no-progress", eProgress, When::Never, "show no progress");
+  AddChoice(command, "--progress", eProgress, When::Always);
+  AddChoice(command, "--no-progress", eProgress, When::Never);
 }
 
 void AddColor(CLI::App& command, When& eColor) {
   const auto Set = [&eColor](const std::string& strWhen) {
     eColor = strWhen == "auto" ? When::Auto : strWhen == "always" ? When::Always : When::Never;
   };
-  command
-      .add_option_function<std::string>(
-          "--color", Set,
-          "auto (the default: on a terminal, unless NO_COLOR is set), always or never")
-      ->type_name("WHEN")
+  command.add_option_function<std::string>("--color", Set)
       ->check(CLI::IsMember({"auto", "always", "never"}).description(""));
 }
 
-void AddStrict(CLI::App& command, bool& bStrict) {
-  command.add_flag("--strict", bStrict, "make an error of what would be a warning");
-}
-
-void AddFileOptions(CLI::App& command, FileOptions& options, const char* szWhat) {
-  AddInput(command, options.strInput, szWhat);
+void AddFileOptions(CLI::App& command, FileOptions& options) {
+  command.add_option("FILE", options.strInput);
   AddOutput(command, options.strOutput);
   AddProgress(command, options.eProgress);
 }
@@ -136,36 +151,29 @@ void AppendNames(const std::string& strLine, std::vector<std::string>& vNames) {
 
 }  // namespace
 
-CLI::Option* AddNames(CLI::App& command, const char* szOption, std::vector<std::string>& vNames,
-                      const std::string& strWhat) {
+CLI::Option* AddNames(CLI::App& command, const char* szOption, std::vector<std::string>& vNames) {
   const auto Append = [&vNames](const std::vector<std::string>& vLines) {
     for (const std::string& strLine : vLines) {
       AppendNames(strLine, vNames);
     }
   };
-  return command
-      .add_option_function<std::vector<std::string>>(
-          szOption, Append, strWhat + "; separated by commas, one with a comma in it in quotes")
-      ->allow_extra_args(false)
-      ->type_name("NAMES");
+  return command.add_option_function<std::vector<std::string>>(szOption, Append)
+      ->allow_extra_args(false);
 }
 
 // ---- Reading and writing rows -------------------------------------------------------------------
 
 namespace {
 
-void AddFormat(CLI::App& command, const char* szOption, std::optional<Format>& eFormat,
-               const char* szWhat) {
-  const auto Set = [&eFormat](const std::string& strName) {
+void AddFormat(CLI::App& command, const char* szOption, std::optional<Format>& eFormat) {
+  command.add_option_function<std::string>(szOption, [&eFormat](const std::string& strName) {
     eFormat = FormatNamed(strName);
     if (!eFormat) throw CLI::ValidationError("there is no format '" + strName + "'");
-  };
-  command.add_option_function<std::string>(szOption, Set, szWhat)->type_name("FORMAT");
+  });
 }
 
-CLI::Option* AddDelimiter(CLI::App& command, const char* szOption, char& chDelimiter,
-                          const char* szWhat) {
-  return AddValue(command, szOption, chDelimiter, "CHARACTER", szWhat)
+CLI::Option* AddDelimiter(CLI::App& command, const char* szOption, char& chDelimiter) {
+  return command.add_option(szOption, chDelimiter)
       ->transform([](const std::string& strText) { return strText == "\\t" ? "\t" : strText; })
       ->check([](const std::string& strText) {
         const bool bUsable =
@@ -182,49 +190,33 @@ bool Concerns(std::optional<Format> eFixed, std::initializer_list<Format> format
 void AddCsvWriting(CLI::App& command, WriteOptions& options, std::optional<Format> eFixed) {
   const bool bCsv = Concerns(eFixed, {Format::Csv});
   if (bCsv) {
-    AddDelimiter(command, eFixed ? "-d,--delimiter" : "--to-delimiter", options.csv.chDelimiter,
-                 "between the fields that are written; \\t is a tab")
+    AddDelimiter(command, eFixed ? "-d,--delimiter" : "--to-delimiter", options.csv.chDelimiter)
         ->each([&options](const std::string&) { options.bOwnDelimiter = true; });
   }
-  AddValue(command, eFixed ? "--null" : "--to-null", options.csv.strNull, "TEXT",
-           "write TEXT for null; the default is nothing");
-  command.add_flag("--crlf", options.csv.bCrLf, "end lines as other systems do");
-  command.add_flag("--bom", options.csv.bMark, "write a byte order mark in front");
-  if (bCsv) command.add_flag("--quote-all", options.csv.bQuoteAll, "put every field in quotes");
-}
-
-void AddTableWriting(CLI::App& command, SqlTarget& target) {
-  AddNames(command, "--key", target.vKey, "the primary key of a table that is made");
-  CLI::Option* pReplace = AddChoice(command, "--replace", target.eExisting,
-                                    SqlTarget::Existing::Replace, "replace a table of that name");
-  AddChoice(command, "--append", target.eExisting, SqlTarget::Existing::Append,
-            "add the rows to the table of that name")
-      ->excludes(pReplace);
+  command.add_option(eFixed ? "--null" : "--to-null", options.csv.strNull);
+  command.add_flag("--crlf", options.csv.bCrLf);
+  command.add_flag("--bom", options.csv.bMark);
+  if (bCsv) command.add_flag("--quote-all", options.csv.bQuoteAll);
 }
 
 void AddWriteOptions(CLI::App& command, WriteOptions& options, std::optional<Format> eFixed) {
-  if (!eFixed) {
-    AddFormat(command, "--to", options.eTo,
-              "the format of the output: rs, json, jsonl, csv, tsv, sql or table; the default is "
-              "what the file's name ends in, else rs");
-  }
+  if (!eFixed) AddFormat(command, "--to", options.eTo);
   if (Concerns(eFixed, {Format::Csv, Format::Tsv})) AddCsvWriting(command, options, eFixed);
   if (Concerns(eFixed, {Format::RecordSet})) {
-    AddChoice(command, "--texts", options.eTexts, HostTexts::Host64,
-              "make texts of what hosts lose: reals, arrays, integers that a long cannot hold");
-    AddChoice(command, "--32-bit", options.eTexts, HostTexts::Host32,
-              "the same for hosts of 32 bits");
+    AddChoice(command, "--texts", options.eTexts, HostTexts::Host64);
+    AddChoice(command, "--32-bit", options.eTexts, HostTexts::Host32);
   }
-  if (Concerns(eFixed, {Format::Sql})) AddTableWriting(command, options.sql);
+  if (Concerns(eFixed, {Format::Sql})) {
+    auto& eExisting = options.sql.eExisting;
+    AddNames(command, "--key", options.sql.vKey);
+    auto* pReplace = AddChoice(command, "--replace", eExisting, SqlTarget::Existing::Replace);
+    AddChoice(command, "--append", eExisting, SqlTarget::Existing::Append)->excludes(pReplace);
+  }
   if (eFixed != Format::Sql && eFixed != Format::Table) {
-    command.add_flag("--unbuffered", options.bUnbuffered,
-                     "write each row as soon as it is read; the columns of CSV and TSV are those "
-                     "of the first row");
+    command.add_flag("--unbuffered", options.bUnbuffered);
   }
   if (Concerns(eFixed, {Format::Table})) {
-    AddCount(command, "-w,--width", options.nWidth, "COLUMNS",
-             "cut a table to lines of COLUMNS; the default is the width of the terminal, if there "
-             "is one");
+    AddCount(command, "-w,--width", options.nWidth);
     AddColor(command, options.eColor);
   }
 }
@@ -232,40 +224,29 @@ void AddWriteOptions(CLI::App& command, WriteOptions& options, std::optional<For
 }  // namespace
 
 void AddReadOptions(CLI::App& command, ReadOptions& options, std::optional<Format> eFixed) {
-  if (Concerns(eFixed, {Format::RecordSet})) {
-    AddFormat(command, "--from", options.eFrom,
-              "the format of the input: rs (record set text), json, jsonl, csv, tsv or sql; the "
-              "default is what the file's name ends in, else rs or json");
-  }
+  if (Concerns(eFixed, {Format::RecordSet})) AddFormat(command, "--from", options.eFrom);
   if (Concerns(eFixed, {Format::Csv})) {
-    AddDelimiter(command, "-d,--delimiter", options.csv.chDelimiter,
-                 "between the fields of CSV; \\t is a tab; the default is what the first line "
-                 "has: a comma, a semicolon or a tab");
+    AddDelimiter(command, "-d,--delimiter", options.csv.chDelimiter);
   }
   if (Concerns(eFixed, {Format::RecordSet, Format::Csv, Format::Tsv})) {
-    command.add_flag("-i,--infer", options.bInfer,
-                     "make integers, reals and booleans of columns of texts that all read like "
-                     "that");
+    command.add_flag("-i,--infer", options.bInfer);
   }
   if (Concerns(eFixed, {Format::Csv, Format::Tsv})) {
-    AddValue(command, "--null", options.csv.strNull, "TEXT",
-             "a field that reads TEXT is null, too");
-    AddNames(command, "--names", options.csv.vNames,
-             "the names of the columns, when the first line is a row, too");
+    command.add_option("--null", options.csv.strNull);
+    AddNames(command, "--names", options.csv.vNames);
   }
   if (!eFixed) {
-    AddValue(command, "--query", options.strQuery, "SQL",
-             "the rows of a database: those of this query");
-    AddValue(command, "--table", options.strTable, "TABLE", "or those of this table");
+    command.add_option("--query", options.strQuery);
+    command.add_option("--table", options.strTable);
   }
-  AddNames(command, "-c,--columns", options.vColumns, "only these columns, in this order");
+  AddNames(command, "-c,--columns", options.vColumns);
 }
 
 void AddRowOptions(CLI::App& command, RowOptions& options, std::optional<Format> eReads,
                    std::optional<Format> eWrites) {
   AddReadOptions(command, options.read, eReads);
   AddWriteOptions(command, options.write, eWrites);
-  AddStrict(command, options.bStrict);
+  command.add_flag("--strict", options.bStrict);
   AddProgress(command, options.eProgress);
 }
 

@@ -15,20 +15,8 @@ namespace qxrs {
 // What a command does; the result is the exit status. InputError and UsageError leave it.
 using Action = std::function<int()>;
 
-// The text of --help beside the options.
-struct CommandText {
-  const char* szName;
-  const char* szPurpose;
-  const char* szExamples;      // two command lines
-  const char* szDetails = "";  // more to know, or nothing
-  const char* szExitStatus = "0 done, 1 bad input or a file that fails, 2 wrong usage";
-};
-
-// How --help is laid out, for `app` and the subcommands that are added later.
-void SetHelpStyle(CLI::App& app);
-
-// Adds a subcommand without options and without an action.
-CLI::App& AddCommand(CLI::App& app, const CommandText& text);
+// Gives `app` and its subcommands the texts of help.txt, and lays out --help.
+void Describe(CLI::App& app);
 
 // A subcommand, and what its options set; both live as long as the one it was added to.
 template <typename Options>
@@ -39,47 +27,31 @@ struct Command {
 
 // Adds a subcommand whose action is `pRun` with its options.
 template <typename Options>
-Command<Options> AddCommand(CLI::App& app, Action& action, const CommandText& text,
+Command<Options> AddCommand(CLI::App& app, Action& action, const char* szName,
                             int (*pRun)(const Options&)) {
   const auto pOptions = std::make_shared<Options>();
-  CLI::App& command = AddCommand(app, text);
+  CLI::App& command = *app.add_subcommand(szName);
   command.callback([=, &action] { action = [=] { return pRun(*pOptions); }; });
   return {command, *pOptions};
 }
 
 // ---- Single options -----------------------------------------------------------------------------
 
-// An option with a value, or an argument, of which help and manual show no type.
-template <typename Value>
-CLI::Option* AddValue(CLI::App& command, const char* szNames, Value& value, const char* szType,
-                      const std::string& strWhat) {
-  return command.add_option(szNames, value, strWhat)->type_name(szType);
-}
-
 // An option without a value, which makes `value` what `chosen` is.
 template <typename Value>
-CLI::Option* AddChoice(CLI::App& command, const char* szNames, Value& value, Value chosen,
-                       const std::string& strWhat) {
-  return command.add_flag_callback(
-      szNames, [&value, chosen] { value = chosen; }, strWhat);
+CLI::Option* AddChoice(CLI::App& command, const char* szNames, Value& value, Value chosen) {
+  return command.add_flag_callback(szNames, [&value, chosen] { value = chosen; });
 }
 
 // An option whose value is a number above 0.
-void AddCount(CLI::App& command, const char* szNames, unsigned& nCount, const char* szType,
-              const char* szWhat);
+void AddCount(CLI::App& command, const char* szNames, unsigned& nCount);
 
 // Names of columns, separated by commas, for an option that may be given several times.
-CLI::Option* AddNames(CLI::App& command, const char* szOption, std::vector<std::string>& vNames,
-                      const std::string& strWhat);
+CLI::Option* AddNames(CLI::App& command, const char* szOption, std::vector<std::string>& vNames);
 
-// An argument that has to be there.
-void AddRequired(CLI::App& command, const char* szName, std::string& strText, const char* szWhat);
-
-void AddInput(CLI::App& command, std::string& strInput, const char* szWhat);
 void AddOutput(CLI::App& command, std::string& strOutput);
 void AddProgress(CLI::App& command, When& eProgress);
 void AddColor(CLI::App& command, When& eColor);
-void AddStrict(CLI::App& command, bool& bStrict);
 
 // ---- What commands have in common ---------------------------------------------------------------
 
@@ -90,7 +62,7 @@ struct FileOptions {
   When eProgress = When::Auto;
 };
 
-void AddFileOptions(CLI::App& command, FileOptions& options, const char* szWhat);
+void AddFileOptions(CLI::App& command, FileOptions& options);
 
 // How rows are read or written: what concerns one format when that is fixed, else all of it, the
 // option that names the format included.
@@ -113,18 +85,12 @@ struct Files {
 };
 
 void AddConversions(CLI::App& app, Action& action);
-void AddTable(CLI::App& app, Action& action);
-void AddHead(CLI::App& app, Action& action);
-void AddTail(CLI::App& app, Action& action);
-void AddSort(CLI::App& app, Action& action);
+void AddParts(CLI::App& app, Action& action);  // table, head, tail and sort
 void AddSql(CLI::App& app, Action& action);
 void AddStats(CLI::App& app, Action& action);
 void AddDiff(CLI::App& app, Action& action);
-void AddNormalize(CLI::App& app, Action& action);
-void AddDump(CLI::App& app, Action& action);
-void AddPretty(CLI::App& app, Action& action);
-void AddGet(CLI::App& app, Action& action);
-void AddCheck(CLI::App& app, Action& action);
+void AddCheck(CLI::App& app, Action& action);  // normalize and dump, too
+void AddGet(CLI::App& app, Action& action);    // pretty, too
 void AddParams(CLI::App& app, Action& action);
 void AddDescriptions(CLI::App& app, Action& action);  // completion and manual
 

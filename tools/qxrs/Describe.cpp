@@ -163,19 +163,13 @@ std::string Manual(const CLI::App& app) {
 
 void AddDescriptions(CLI::App& app, Action& action) {
   const auto pWords = std::make_shared<std::vector<std::string>>();
-  CLI::App& completion =
-      AddCommand(app, {"completion", "Write the completion of qxrs for a shell.",
-                       "  source <(qxrs completion)\n"
-                       "  qxrs completion fish > ~/.config/fish/completions/qxrs.fish",
-                       "It asks the tool itself what may follow: words and the line so far."});
-  AddValue(completion, "SHELL", *pWords, "", "bash, zsh or fish");
+  CLI::App& completion = *app.add_subcommand("completion");
+  completion.add_option("SHELL", *pWords);
   completion.callback([&app, &action, pWords] {
     action = [&app, pWords] { return WriteCompletion(app, *pWords); };
   });
-  CLI::App& manual = AddCommand(app, {"manual", "Write the manual page of qxrs.",
-                                      "  qxrs manual > qxrs.1\n"
-                                      "  qxrs manual | man -l -"});
-  manual.callback([&app, &action] { action = [&app] { return WriteText(Manual(app)); }; });
+  app.add_subcommand("manual")->callback(
+      [&app, &action] { action = [&app] { return WriteText(Manual(app)); }; });
 }
 
 }  // namespace qxrs

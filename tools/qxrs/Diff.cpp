@@ -164,25 +164,16 @@ int Run(const Options& options) {
 }  // namespace
 
 void AddDiff(CLI::App& app, Action& action) {
-  const auto [command, options] = AddCommand(
-      app, action,
-      {"diff", "Compare two tables cell by cell.",
-       "  qxrs diff --key id old.rs new.rs\n"
-       "  qxrs from-sql world.db \"SELECT * FROM c\" | qxrs diff -q old.rs -",
-       "Rows are compared by their number, or by a key. Cells are equal when they have the same\n"
-       "kind and the same text: the number 1, the text \"1\" and true differ, and so do 1.0 and\n"
-       "1.00, null and no cell. The order of columns does not matter.",
-       "0 equal, 1 different, 2 bad input or wrong usage"},
-      Run);
+  const auto [command, options] = AddCommand(app, action, "diff", Run);
   RowOptions& rows = options.rows;
-  AddRequired(command, "A", rows.read.strInput, "one table; - is standard input");
-  AddRequired(command, "B", options.strOther, "the other one");
-  AddNames(command, "-k,--key", options.vKey, "the columns by which rows belong together");
-  command.add_flag("-q,--quiet", options.bQuiet, "write nothing; the exit status tells");
+  command.add_option("A", rows.read.strInput)->required();
+  command.add_option("B", options.strOther)->required();
+  AddNames(command, "-k,--key", options.vKey);
+  command.add_flag("-q,--quiet", options.bQuiet);
   AddReadOptions(command, rows.read, std::nullopt);
   AddColor(command, rows.write.eColor);
   AddOutput(command, rows.write.strOutput);
-  AddStrict(command, rows.bStrict);
+  command.add_flag("--strict", rows.bStrict);
   AddProgress(command, rows.eProgress);
 }
 

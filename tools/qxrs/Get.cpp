@@ -127,36 +127,15 @@ int RunPretty(const PrettyOptions& options) {
 }  // namespace
 
 void AddGet(CLI::App& app, Action& action) {
-  const auto [command, options] = AddCommand(
-      app, action,
-      {"get", "Write values of a JSON document.",
-       "  qxrs get rows.2.name planets.rs\n"
-       "  qxrs get '/rows/*/name' < planets.rs",
-       "A path is a JSON pointer, /rows/2/name, in which ~1 is a slash and ~0 a tilde, or\n"
-       "names joined by dots. Elements of arrays have ordinals from 0; * is every element or\n"
-       "member, each on a line of its own; . is the whole document."},
-      RunGet);
-  AddRequired(command, "PATH", options.strPath, "where the value is");
-  command.add_flag("-j,--json", options.bJson, "write a text in quotes and escaped, not as it is");
-  AddFileOptions(command, options.files, "the JSON text");
-}
+  const auto get = AddCommand(app, action, "get", RunGet);
+  get.command.add_option("PATH", get.options.strPath)->required();
+  get.command.add_flag("-j,--json", get.options.bJson);
+  AddFileOptions(get.command, get.options.files);
 
-void AddPretty(CLI::App& app, Action& action) {
-  const auto [command, options] =
-      AddCommand(app, action,
-                 {"pretty", "Write JSON text in indented lines.",
-                  "  qxrs pretty planets.rs\n"
-                  "  qxrs from-csv planets.csv | qxrs pretty | less",
-                  "The result is strict JSON, whatever leniency of the parser the text uses."},
-                 RunPretty);
-  CLI::Option* pCompact =
-      command.add_flag("--compact", options.bCompact, "on one line, without white space");
-  command
-      .add_flag("--host", options.bHost,
-                "by the library's printer, as a host's log has it: it knows no strings, so that "
-                "brackets and commas inside texts break the line, too")
-      ->excludes(pCompact);
-  AddFileOptions(command, options.files, "the JSON text");
+  const auto pretty = AddCommand(app, action, "pretty", RunPretty);
+  CLI::Option* pCompact = pretty.command.add_flag("--compact", pretty.options.bCompact);
+  pretty.command.add_flag("--host", pretty.options.bHost)->excludes(pCompact);
+  AddFileOptions(pretty.command, pretty.options.files);
 }
 
 }  // namespace qxrs

@@ -176,51 +176,26 @@ int Read(const ReadOptions& options) {
   return kExitDone;
 }
 
-void AddBuild(CLI::App& params, Action& action) {
-  const auto [command, options] =
-      AddCommand(params, action,
-                 {"build", "Build a parameter string.",
-                  "  qxrs params build --header CMD --result 0 abc 42\n"
-                  "  qxrs params build --header CMD --lines names.txt -o params.txt",
-                  "The parameters are the result code, the TEXTs, then the lines. A line feed is\n"
-                  "written behind the text; readers pass over it."},
-                 Build);
-  AddValue(command, "TEXT", options.vTexts, "", "parameters");
-  AddValue(command, "--header", options.strHeader, "TEXT", "put TEXT in front");
-  AddValue(command, "--result", options.nResult, "CODE",
-           "make the result code CODE, of 32 bits, parameter 0");
-  AddValue(command, "--lines", options.strLines, "FILE",
-           "add each line of FILE as a parameter; - is standard input");
-  AddOutput(command, options.files.strOutput);
-}
-
-void AddRead(CLI::App& params, Action& action) {
-  const auto [command, options] =
-      AddCommand(params, action,
-                 {"read", "Read a parameter string.",
-                  "  qxrs params read params.txt\n"
-                  "  qxrs params build --header CMD abc | qxrs params read --at 0",
-                  "Without an option the header and all parameters are listed, one on each line."},
-                 Read);
-  AddFileOptions(command, options.files, "the parameter string");
-  auto* pAt =
-      AddValue(command, "--at", options.nIndex, "INDEX", "write parameter INDEX, from 0, as it is")
-          ->check(CheckIndex);
-  auto* pHeader = command.add_flag("--header", options.bHeader, "write the header");
-  auto* pResult = command.add_flag("--result", options.bResult, "write the result code");
-  pAt->excludes(pHeader)->excludes(pResult);
-  pHeader->excludes(pResult);
-}
-
 }  // namespace
 
 void AddParams(CLI::App& app, Action& action) {
-  CLI::App& params = AddCommand(app, {"params", "Build and read parameter strings.",
-                                      "  qxrs params build --header CMD --result 0 abc 42\n"
-                                      "  qxrs params read params.txt"});
+  CLI::App& params = *app.add_subcommand("params");
   params.require_subcommand(1);
-  AddBuild(params, action);
-  AddRead(params, action);
+
+  const auto build = AddCommand(params, action, "build", Build);
+  build.command.add_option("TEXT", build.options.vTexts);
+  build.command.add_option("--header", build.options.strHeader);
+  build.command.add_option("--result", build.options.nResult);
+  build.command.add_option("--lines", build.options.strLines);
+  AddOutput(build.command, build.options.files.strOutput);
+
+  const auto read = AddCommand(params, action, "read", Read);
+  AddFileOptions(read.command, read.options.files);
+  auto* pAt = read.command.add_option("--at", read.options.nIndex)->check(CheckIndex);
+  auto* pHeader = read.command.add_flag("--header", read.options.bHeader);
+  auto* pResult = read.command.add_flag("--result", read.options.bResult);
+  pAt->excludes(pHeader)->excludes(pResult);
+  pHeader->excludes(pResult);
 }
 
 }  // namespace qxrs

@@ -9,12 +9,16 @@ namespace qxrs {
 
 namespace {
 
+constexpr unsigned kUsualCount = 10;  // of head and tail
+
 struct Options {
   RowOptions rows;
-  unsigned nCount = 10;  // of tail
+  unsigned nCount = kUsualCount;  // of tail
   std::vector<std::string> vKeys;
   bool bDescending = false;
 };
+
+int RunFirst(const Options& options) { return Convert(options.rows); }
 
 int RunLast(const Options& options) {
   return Convert(options.rows, [&](RowSource& rows) { return LastRows(rows, options.nCount); });
@@ -28,67 +32,33 @@ int RunSort(const Options& options) {
   });
 }
 
-void AddRows(CLI::App& command, RowOptions& rows, std::optional<Format> eWrites = {}) {
+Command<Options> Add(CLI::App& app, Action& action, const char* szName, int (*pRun)(const Options&),
+                     std::optional<Format> eWrites = {}) {
+  const auto added = AddCommand(app, action, szName, pRun);
+  RowOptions& rows = added.options.rows;
   rows.write.eTo = eWrites;
-  AddInput(command, rows.read.strInput, "the rows");
-  AddRowOptions(command, rows, std::nullopt, eWrites);
-  AddOutput(command, rows.write.strOutput);
+  added.command.add_option("FILE", rows.read.strInput);
+  AddRowOptions(added.command, rows, std::nullopt, eWrites);
+  AddOutput(added.command, rows.write.strOutput);
+  return added;
 }
-
-constexpr const char* kHowMany = "how many rows; the default is 10";
 
 }  // namespace
 
-void AddTable(CLI::App& app, Action& action) {
-  const auto [command, rows] = AddCommand<RowOptions>(
-      app, action,
-      {"table", "Show rows as an aligned table.",
-       "  qxrs table planets.rs\n"
-       "  qxrs table --columns name,capital --max-rows 10 countries.csv",
-       "Columns stand in the order in which the rows bring them. On a terminal long texts are\n"
-       "shortened so that the lines fit, and columns that still have no room are left out at\n"
-       "the end. Nulls, and cells that a row does not have, are blank."},
-      Convert);
-  AddRows(command, rows, Format::Table);
-  AddCount(command, "-n,--max-rows", rows.read.nMost, "COUNT",
-           "show the first COUNT rows only, and read no more");
-}
+void AddParts(CLI::App& app, Action& action) {
+  const auto table = Add(app, action, "table", RunFirst, Format::Table);
+  AddCount(table.command, "-n,--max-rows", table.options.rows.read.nMost);
 
-void AddHead(CLI::App& app, Action& action) {
-  const auto [command, rows] = AddCommand<RowOptions>(app, action,
-                                                      {"head", "Write the first rows.",
-                                                       "  qxrs head planets.rs\n"
-                                                       "  qxrs head -n 3 --to csv countries.csv.gz",
-                                                       "No more is read than these rows need."},
-                                                      Convert);
-  rows.read.nMost = 10;
-  AddRows(command, rows);
-  AddCount(command, "-n,--rows", rows.read.nMost, "COUNT", kHowMany);
-}
+  const auto head = Add(app, action, "head", RunFirst);
+  head.options.rows.read.nMost = kUsualCount;
+  AddCount(head.command, "-n,--rows", head.options.rows.read.nMost);
 
-void AddTail(CLI::App& app, Action& action) {
-  const auto [command, options] = AddCommand(app, action,
-                                             {"tail", "Write the last rows.",
-                                              "  qxrs tail planets.rs\n"
-                                              "  qxrs tail -n 3 --to table events.jsonl"},
-                                             RunLast);
-  AddRows(command, options.rows);
-  AddCount(command, "-n,--rows", options.nCount, "COUNT", kHowMany);
-}
+  const auto tail = Add(app, action, "tail", RunLast);
+  AddCount(tail.command, "-n,--rows", tail.options.nCount);
 
-void AddSort(CLI::App& app, Action& action) {
-  const auto [command, options] = AddCommand(
-      app, action,
-      {"sort", "Sort rows by the values of columns.",
-       "  qxrs sort --by population countries.rs\n"
-       "  qxrs sort --infer --by continent,name --to csv countries.csv",
-       "Nulls and missing cells come first, then numbers by value, booleans, texts byte by byte.\n"
-       "Rows with equal values keep their order. Many rows are sorted in a temporary file."},
-      RunSort);
-  AddRows(command, options.rows);
-  AddNames(command, "--by", options.vKeys, "the columns to sort by, the most important first")
-      ->required();
-  command.add_flag("-r,--reverse", options.bDescending, "largest values first");
+  const auto sort = Add(app, action, "sort", RunSort);
+  AddNames(sort.command, "--by", sort.options.vKeys)->required();
+  sort.command.add_flag("-r,--reverse", sort.options.bDescending);
 }
 
 }  // namespace qxrs

@@ -43,17 +43,9 @@ int Run(const Options& options) {
 }  // namespace
 
 void AddSql(CLI::App& app, Action& action) {
-  const auto [command, options] = AddCommand(
-      app, action,
-      {"sql", "Ask a question in SQL about files of any format.",
-       "  qxrs sql \"SELECT eu, count(*) AS n FROM c GROUP BY 1\" c=countries.csv\n"
-       "  qxrs sql -i \"SELECT * FROM a JOIN b USING (id)\" a=a.json b=b.csv",
-       "Each input is a table in a database that lies in memory and, when it grows, in a\n"
-       "temporary file. The dialect is SQLite's. Arrays and objects are JSON text, which\n"
-       "its JSON functions take apart."},
-      Run);
-  AddRequired(command, "SQL", options.rows.read.strQuery, "one statement that gives rows");
-  AddValue(command, "NAME=FILE", options.vInputs, "", "a table's name and its rows");
+  const auto [command, options] = AddCommand(app, action, "sql", Run);
+  command.add_option("SQL", options.rows.read.strQuery)->required();
+  command.add_option("NAME=FILE", options.vInputs);
   AddRowOptions(command, options.rows, Format::Csv, std::nullopt);
   command.remove_option(command.get_option("--columns"));  // the question names them
   AddOutput(command, options.rows.write.strOutput);

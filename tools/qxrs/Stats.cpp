@@ -188,17 +188,9 @@ int Run(const RowOptions& options) {
 }  // namespace
 
 void AddStats(CLI::App& app, Action& action) {
-  const auto [command, rows] = AddCommand(
-      app, action,
-      {"stats", "Show kinds, extremes, means and numbers of values by column.",
-       "  qxrs stats planets.rs\n"
-       "  qxrs stats --infer countries.csv --to json",
-       "Columns of numbers have a minimum, a maximum and a mean by value, others by text.\n"
-       "Numbers of different values beyond 8,000 are estimates to about one per cent, marked\n"
-       "with ~. Lengths are bytes. Rows stream: memory does not grow with the input."},
-      Run);
+  const auto [command, rows] = AddCommand(app, action, "stats", Run);
   rows.write.eTo = Format::Table;
-  AddInput(command, rows.read.strInput, "the rows");
+  command.add_option("FILE", rows.read.strInput);
   AddRowOptions(command, rows, std::nullopt, std::nullopt);
   AddOutput(command, rows.write.strOutput);
 }

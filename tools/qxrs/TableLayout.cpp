@@ -102,41 +102,24 @@ class TableLayout {
     return vColumns.size();
   }
 
-  std::size_t Total() const {
+  // Cuts the widest columns, one column of the terminal at a time, until the lines fit; none to
+  // less than `nLeast`.
+  void Shrink(std::size_t nLeast, bool bNumbersToo) {
+    const auto Room = [&](const ShownColumn& column) {
+      const bool bMay = column.nWidth > nLeast && (bNumbersToo || !column.bNumbers);
+      return bMay ? column.nWidth : 0;
+    };
     std::size_t nTotal = kGap * (vColumns.size() - 1);
-    for (const ShownColumn& column : vColumns) {
+    for (ShownColumn& column : vColumns) {
+      if (Room(column) > nWidth) column.nWidth = std::max(nWidth, nLeast);
       nTotal += column.nWidth;
     }
-    return nTotal;
-  }
-
-  // Cuts the widest columns down to one width, a few of them to one more, so that the lines just
-  // fit; none to less than `nLeast`.
-  void Shrink(std::size_t nLeast, bool bNumbersToo) {
-    const std::size_t nTotal = Total();
-    if (nTotal <= nWidth) return;
-    const auto Cut = [&](const ShownColumn& column, std::size_t nLevel) {
-      const bool bMay = column.nWidth > nLevel && (bNumbersToo || !column.bNumbers);
-      return bMay ? column.nWidth - nLevel : 0;
-    };
-    const auto TotalAt = [&](std::size_t nLevel) {
-      std::size_t nCut = 0;
-      for (const ShownColumn& column : vColumns) {
-        nCut += Cut(column, nLevel);
-      }
-      return nTotal - nCut;
-    };
-    std::size_t nLevel = nLeast;
-    for (std::size_t nTooWide = nTotal; nTooWide - nLevel > 1;) {
-      const std::size_t nMiddle = nLevel + (nTooWide - nLevel) / 2;
-      (TotalAt(nMiddle) <= nWidth ? nLevel : nTooWide) = nMiddle;
-    }
-    std::size_t nSpare = nWidth - std::min(TotalAt(nLevel), nWidth);
-    for (auto it = vColumns.rbegin(); it != vColumns.rend(); ++it) {
-      const std::size_t nCut = Cut(*it, nLevel);
-      const std::size_t nBack = nCut > 0 && nSpare > 0 ? 1 : 0;
-      it->nWidth -= nCut - nBack;
-      nSpare -= nBack;
+    for (; nTotal > nWidth; --nTotal) {
+      const auto it = std::max_element(
+          vColumns.begin(), vColumns.end(),
+          [&](const ShownColumn& a, const ShownColumn& b) { return Room(a) < Room(b); });
+      if (Room(*it) == 0) return;
+      --it->nWidth;
     }
   }
 

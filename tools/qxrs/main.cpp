@@ -15,17 +15,9 @@ namespace qxrs {
 
 namespace {
 
-constexpr const char* kFooter =
-    "Every command reads a file or standard input and writes standard output.\n"
-    "qxrs COMMAND --help tells more and shows examples.\n\n"
-    "Examples:\n"
-    "  qxrs table --infer planets.csv\n"
-    "  qxrs convert world.db countries.csv --table countries\n\n"
-    "Exit status: 0 done, 1 bad input or a file that fails, 2 wrong usage";
-
-constexpr void (*kCommands[])(CLI::App&, Action&) = {
-    AddConversions, AddTable,     AddHead, AddTail,   AddSort, AddSql,    AddDiff,        AddStats,
-    AddCheck,       AddNormalize, AddDump, AddPretty, AddGet,  AddParams, AddDescriptions};
+constexpr void (*kCommands[])(CLI::App&, Action&) = {AddConversions, AddParts,  AddSql,
+                                                     AddDiff,        AddStats,  AddCheck,
+                                                     AddGet,         AddParams, AddDescriptions};
 
 // What a file or a database is called may move the cursor of a terminal.
 int Complain(const std::string& strMessage, int nStatus) {
@@ -75,7 +67,7 @@ std::string UsageMessage(const CLI::App& app, const CLI::Error& error) {
 }
 
 // --help and --version, which CLI11 writes to std::cout.
-int Describe(const CLI::App& app, const CLI::Success& request) {
+int Answer(const CLI::App& app, const CLI::Success& request) {
   const int nStatus = app.exit(request);
   std::cout.flush();
   return std::cout ? nStatus : Complain("cannot write standard output", kExitFailed);
@@ -94,19 +86,18 @@ int Run(const Action& action) {
 }
 
 int Main(int nArguments, char** pszArguments) {
-  CLI::App app("Tables on the command line: converted, shown, compared and asked in SQL.", "qxrs");
-  SetHelpStyle(app);
+  CLI::App app("", "qxrs");
   app.set_version_flag("--version", "qxrs " QXRS_VERSION, "write the version and exit");
   app.require_subcommand(1);
-  app.footer(kFooter);
   Action action;
   for (const auto pAdd : kCommands) {
     pAdd(app, action);
   }
+  Describe(app);
   try {
     app.parse(nArguments, pszArguments);
   } catch (const CLI::Success& request) {
-    return Describe(app, request);
+    return Answer(app, request);
   } catch (const CLI::ParseError& error) {
     if (app.get_subcommands().empty() && nArguments > 1 && pszArguments[1][0] != '-') {
       return Complain(UnknownCommand(app, pszArguments[1]), kExitUsage);
