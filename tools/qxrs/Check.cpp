@@ -110,10 +110,7 @@ CQXRecordSet LoadRecordSet(const std::string& strText, const std::string& strNam
   // The text of a record set that was never written to is empty.
   if (strText.find_first_not_of(kWhiteSpace) == std::string::npos) return records;
   const LoadResult result = records.Load(strText);
-  if (!result.bLoaded) {
-    const JSON::ParseError& error = result.error;
-    throw Complaint(strName, {error.nLine, error.nColumn}, error.szReason);
-  }
+  if (!result.bLoaded) throw Complaint(strName, result.error);
   if (pLosses) {
     CountCells(records, result, *pLosses);
     CountLosses(strText, *pLosses);

@@ -53,13 +53,6 @@ class HelpFormatter : public CLI::Formatter {
   }
 };
 
-// What help.txt says behind the heading `strHeading`, from the line feed there on.
-std::string Section(const std::string& strHeading) {
-  const std::string strHead = "\n= " + strHeading + "\n";
-  const std::size_t nBegin = kHelp.find(strHead) + strHead.size() - 1;
-  return std::string(kHelp.substr(nBegin, kHelp.find("\n= ", nBegin) - nBegin)) + '\n';
-}
-
 // Gives an option its type and its text, when they stand in the section: "- --rows COUNT: text".
 bool DescribeOption(CLI::Option& option, const std::string& strSection) {
   const auto& vLong = option.get_lnames();
@@ -76,8 +69,8 @@ bool DescribeOption(CLI::Option& option, const std::string& strSection) {
 }
 
 void DescribeCommand(CLI::App& app, const std::string& strName) {
-  static const std::string strCommon = Section("*");
-  const std::string strSection = Section(strName);
+  static const std::string strCommon = HelpSection("*");
+  const std::string strSection = HelpSection(strName);
   app.formatter(std::make_shared<HelpFormatter>());
   const std::size_t nOptions = strSection.find("\n- ");
   const std::size_t nMore = strSection.find("\n\n") + 2;
@@ -95,6 +88,14 @@ void DescribeCommand(CLI::App& app, const std::string& strName) {
 }
 
 }  // namespace
+
+std::string HelpSection(const std::string& strHeading) {
+  const std::string strHead = "\n= " + strHeading + "\n";
+  const std::size_t nHead = kHelp.find(strHead);
+  if (nHead == std::string_view::npos) return {};
+  const std::size_t nBegin = nHead + strHead.size() - 1;
+  return std::string(kHelp.substr(nBegin, kHelp.find("\n= ", nBegin) - nBegin)) + '\n';
+}
 
 void Describe(CLI::App& app) { DescribeCommand(app, app.get_name()); }
 

@@ -15,6 +15,10 @@ namespace qxrs {
 // What a command does; the result is the exit status. InputError and UsageError leave it.
 using Action = std::function<int()>;
 
+// What help.txt says behind a heading, from the line feed there on; nothing when there is no such
+// heading.
+std::string HelpSection(const std::string& strHeading);
+
 // Gives `app` and its subcommands the texts of help.txt, and lays out --help.
 void Describe(CLI::App& app);
 

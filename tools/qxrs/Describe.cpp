@@ -51,46 +51,12 @@ std::string Candidates(const CLI::App& app, const std::string& strLine) {
   return strResult;
 }
 
-// The shells ask the tool itself what may follow.
-constexpr const char* kBash = R"(# Completion of qxrs for bash, made by: qxrs completion bash
-_qxrs() {
-  local current=${COMP_WORDS[COMP_CWORD]} words
-  words=$(qxrs completion words "${COMP_WORDS[*]:0:COMP_CWORD+1}")
-  if [[ $words ]]; then
-    mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
-  else
-    mapfile -t COMPREPLY < <(compgen -f -- "$current")
-  fi
-}
-complete -o filenames -F _qxrs qxrs
-)";
-
-constexpr const char* kZsh = R"zsh(#compdef qxrs
-# Completion of qxrs for zsh, made by: qxrs completion zsh
-_qxrs() {
-  local -a candidates
-  candidates=(${(f)"$(qxrs completion words "$words[1,CURRENT]")"})
-  if (( $#candidates )); then compadd -- $candidates; else _files; fi
-}
-compdef _qxrs qxrs
-)zsh";
-
-constexpr const char* kFish = R"fish(# Completion of qxrs for fish, made by: qxrs completion fish
-function __qxrs_words
-  qxrs completion words (commandline -cp)
-end
-complete -c qxrs -a '(__qxrs_words)'
-)fish";
-
 int WriteCompletion(const CLI::App& app, const std::vector<std::string>& vWords) {
   const std::string strShell = vWords.empty() ? "bash" : vWords.front();
   if (strShell == "words") return WriteText(Candidates(app, vWords.back()));
-  const char* const szScript = strShell == "bash"   ? kBash
-                               : strShell == "zsh"  ? kZsh
-                               : strShell == "fish" ? kFish
-                                                    : nullptr;
-  if (!szScript) throw UsageError("there is no completion for '" + strShell + "'");
-  return WriteText(szScript);
+  const std::string strScript = HelpSection("script for " + strShell);
+  if (strScript.empty()) throw UsageError("there is no completion for '" + strShell + "'");
+  return WriteText(strScript.substr(1));
 }
 
 // ---- Manual -------------------------------------------------------------------------------------

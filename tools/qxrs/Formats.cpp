@@ -15,27 +15,12 @@ namespace qxrs {
 
 namespace {
 
-using FormatName = std::pair<const char*, Format>;
-
-constexpr FormatName kFormatNames[] = {{"rs", Format::RecordSet}, {"json", Format::Json},
-                                       {"jsonl", Format::Jsonl},  {"csv", Format::Csv},
-                                       {"tsv", Format::Tsv},      {"sql", Format::Sql},
-                                       {"table", Format::Table}};
-
-// Other endings of files.
-constexpr FormatName kOtherEndings[] = {{"ndjson", Format::Jsonl},
-                                        {"tab", Format::Tsv},
-                                        {"db", Format::Sql},
-                                        {"sqlite", Format::Sql},
-                                        {"sqlite3", Format::Sql}};
-
-template <std::size_t nNames>
-std::optional<Format> Find(const FormatName (&aNames)[nNames], const std::string& strName) {
-  const auto* const it =
-      std::find_if(std::begin(aNames), std::end(aNames),
-                   [&](const FormatName& name) { return strName == name.first; });
-  return it == std::end(aNames) ? std::nullopt : std::optional(it->second);
-}
+// Names of formats, and endings of files.
+constexpr std::pair<const char*, Format> kFormats[] = {
+    {"rs", Format::RecordSet}, {"json", Format::Json},   {"jsonl", Format::Jsonl},
+    {"ndjson", Format::Jsonl}, {"csv", Format::Csv},     {"tsv", Format::Tsv},
+    {"tab", Format::Tsv},      {"sql", Format::Sql},     {"db", Format::Sql},
+    {"sqlite", Format::Sql},   {"sqlite3", Format::Sql}, {"table", Format::Table}};
 
 // The table of a database that is read when none is named: the only one there is.
 std::string OnlyTable(Database& database, const std::string& strPath) {
@@ -77,7 +62,10 @@ std::unique_ptr<RowSource> OpenText(Format eFormat, const ReadOptions& options, 
 }  // namespace
 
 std::optional<Format> FormatNamed(const std::string& strName) {
-  return Find(kFormatNames, strName);
+  for (const auto& [szName, eFormat] : kFormats) {
+    if (strName == szName) return eFormat;
+  }
+  return std::nullopt;
 }
 
 std::optional<Format> FormatOfFile(const std::string& strPath) {
@@ -85,9 +73,7 @@ std::optional<Format> FormatOfFile(const std::string& strPath) {
   const std::string strName = strPath.substr(0, strPath.size() - CompressionSuffix(strPath).size());
   const std::size_t nDot = strName.find_last_of("./");
   if (nDot == std::string::npos || strName[nDot] != '.') return std::nullopt;
-  const std::string strEnding = strName.substr(nDot + 1);
-  const auto eFormat = Find(kFormatNames, strEnding);
-  return eFormat ? eFormat : Find(kOtherEndings, strEnding);
+  return FormatNamed(strName.substr(nDot + 1));
 }
 
 OpenedRows OpenRows(const ReadOptions& options, Progress& progress, Warnings& warnings) {

@@ -20,7 +20,7 @@ namespace qxrs {
 // RecordSet and Json are read alike; they differ in what is written.
 enum class Format { RecordSet, Json, Jsonl, Csv, Tsv, Sql, Table };
 
-// By name: rs, json, jsonl, csv, tsv, sql, table.
+// By name: rs, json, jsonl, csv, tsv, sql, table; or what files of the format end in.
 std::optional<Format> FormatNamed(const std::string& strName);
 
 // By the end of a file's name, .gz and .zst aside, or by the prefix odbc: of a database.

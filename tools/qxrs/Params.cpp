@@ -2,13 +2,13 @@
 //
 // qxrs params: building and reading parameter strings.
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <iostream>
 #include <limits>
 #include <optional>
+#include <sstream>
 
 #include "params/CParamsX.h"
 #include "tools/qxrs/Command.h"
@@ -48,11 +48,9 @@ void CheckUsage(const BuildOptions& options) {
 void AddLines(const std::string& strPath, CParamsRS& params) {
   Progress progress(When::Never);
   Input input(strPath, progress);
-  const std::string strText = input.ReadAll();
-  for (std::size_t nBegin = 0; nBegin < strText.size();) {
-    const std::size_t nEnd = std::min(strText.find('\n', nBegin), strText.size());
-    params.addParam(strText.substr(nBegin, nEnd - nBegin));
-    nBegin = nEnd + 1;
+  std::istringstream lines(input.ReadAll());
+  for (std::string strLine; std::getline(lines, strLine);) {
+    params.addParam(strLine);
   }
 }
 

@@ -105,20 +105,9 @@ struct ColumnStats {
 };
 
 const char* KindName(const ColumnStats& stats) {
-  switch (stats.eKind.value_or(Kind::Null)) {
-    case Kind::Null:
-      return "null";
-    case Kind::Boolean:
-      return "boolean";
-    case Kind::Integer:
-      return "integer";
-    case Kind::Real:
-      return "real";
-    case Kind::Nested:
-      return "nested";
-    default:
-      return stats.nNumbers != 0 ? "mixed" : "text";
-  }
+  constexpr const char* kNames[] = {"null", "boolean", "integer", "real", "text", "nested"};
+  const Kind eKind = stats.eKind.value_or(Kind::Null);
+  return eKind == Kind::Text && stats.nNumbers != 0 ? "mixed" : kNames[static_cast<int>(eKind)];
 }
 
 // The figures of all columns, as rows.

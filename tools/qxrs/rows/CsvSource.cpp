@@ -125,14 +125,15 @@ class CsvSource : public RowSource {
     while (window.Text().find('\n') == std::string_view::npos && window.Fill()) {
     }
     bool bQuoted = false;
-    char chFound = '\0';
+    std::string strOthers;
     for (const char c : window.Text()) {
       if (c == '"') bQuoted = !bQuoted;
       if (bQuoted) continue;
-      if (c == ',' || c == '\n') return c == ',' || chFound == '\0' ? ',' : chFound;
-      if (chFound == '\0' && (c == ';' || c == '\t')) chFound = c;
+      if (c == ',') return c;
+      if (c == '\n') break;
+      if (c == ';' || c == '\t') strOthers += c;
     }
-    return chFound == '\0' ? ',' : chFound;
+    return strOthers.empty() ? ',' : strOthers.front();
   }
 
   // The fields of the next record; false when there is none. A blank line is a record only where it

@@ -58,6 +58,11 @@ constexpr std::string_view kWhiteSpace = " \t\n\r\f";
 // The text of a string or a number.
 std::string_view TextOf(const JSON::JSONValue& value);
 
+// The complaint about a refused text. `strName` names the text.
+inline InputError Complaint(const std::string& strName, const JSON::ParseError& error) {
+  return Complaint(strName, {error.nLine, error.nColumn}, error.szReason);
+}
+
 // Parses `strText` into `message`, a copying one; a refusal is an InputError. `strName` names the
 // text in it.
 void ParseOrThrow(JSON::Message& message, const std::string& strText, const std::string& strName);

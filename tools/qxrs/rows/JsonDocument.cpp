@@ -20,8 +20,7 @@ void ParseOrThrow(JSON::Message& message, const std::string& strText, const std:
     throw InputError(strName + ": a document can have 2 GB at most");
   }
   if (!message.Parse(strText.data(), static_cast<int>(strText.size()))) {
-    const JSON::ParseError& error = message.Error();
-    throw Complaint(strName, {error.nLine, error.nColumn}, error.szReason);
+    throw Complaint(strName, message.Error());
   }
 }
 

@@ -254,7 +254,9 @@ class OdbcStatement : public Statement {
 
 class OdbcDatabase : public Database {
  public:
-  explicit OdbcDatabase(const std::string& strPath) {
+  // Servers know integers and reals that are as large as ours by other names.
+  explicit OdbcDatabase(const std::string& strPath)
+      : Database({"BIGINT", "DOUBLE PRECISION", "TEXT", "VARCHAR(255)"}) {
     SQLSetEnvAttr(environment.Get(), SQL_ATTR_ODBC_VERSION, Pointer(std::size_t{SQL_OV_ODBC3}), 0);
     connection.emplace(SQL_HANDLE_DBC, environment.Get());
     const std::string strConnection = strPath.substr(kPrefix.size());
@@ -309,24 +311,6 @@ class OdbcDatabase : public Database {
       vHolds.push_back(type.eHold);
     }
     return vHolds;
-  }
-
-  // Servers know integers and reals that are as large as ours by other names.
-  std::string TypeOf(const Column& column, bool bInKey) const override {
-    const std::string& strType = column.strType;
-    if (!strType.empty() && strType != "INTEGER" && strType != "REAL") return strType;
-    switch (strType == "INTEGER" ? Kind::Integer
-            : strType == "REAL"  ? Kind::Real
-                                 : column.eKind.value_or(Kind::Text)) {
-      case Kind::Integer:
-        return "BIGINT";
-      case Kind::Real:
-        return "DOUBLE PRECISION";
-      case Kind::Boolean:
-        return "BOOLEAN";
-      default:
-        return bInKey ? "VARCHAR(255)" : "TEXT";
-    }
   }
 
   void Begin() override {

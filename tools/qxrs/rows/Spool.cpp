@@ -19,12 +19,11 @@ constexpr std::size_t kPiece = 131072;  // bytes written and read at a time
 
 constexpr unsigned kKindBits = 4;  // of the word that tells column and kind
 
-void AppendWord(std::string& strBytes, std::size_t nWord) {
-  const auto nBits = static_cast<std::uint32_t>(nWord);
-  char aBytes[sizeof nBits];
-  std::memcpy(aBytes, &nBits, sizeof nBits);
-  strBytes.append(aBytes, sizeof aBytes);
-}
+// What stands in front of the text of a cell.
+struct Head {
+  std::uint32_t nWhat;
+  std::uint32_t nLength;
+};
 
 // An integer that no database holds as one is a text to it.
 Kind HoldableKind(const Cell& cell) {
@@ -34,20 +33,14 @@ Kind HoldableKind(const Cell& cell) {
   return bTooLong ? Kind::Text : cell.eKind;
 }
 
-std::uint32_t WordAt(const char* p) {
-  std::uint32_t nWord = 0;
-  std::memcpy(&nWord, p, sizeof nWord);
-  return nWord;
-}
-
 }  // namespace
 
 void PackRow(const Row& row, std::string& strBytes) {
   for (const Cell& cell : row) {
-    AppendWord(strBytes, cell.nColumn << kKindBits | static_cast<std::uint32_t>(cell.eKind) << 1 |
-                             static_cast<std::uint32_t>(cell.bEscaped));
-    AppendWord(strBytes, cell.strText.size());
-    strBytes += cell.strText;
+    const Head head{cell.nColumn << kKindBits | static_cast<std::uint32_t>(cell.eKind) << 1 |
+                        static_cast<std::uint32_t>(cell.bEscaped),
+                    static_cast<std::uint32_t>(cell.strText.size())};
+    strBytes.append(reinterpret_cast<const char*>(&head), sizeof head).append(cell.strText);
   }
 }
 
@@ -55,14 +48,14 @@ void UnpackRow(std::string_view strBytes, Row& row) {
   row.clear();
   const char* const pEnd = strBytes.data() + strBytes.size();
   for (const char* p = strBytes.data(); p != pEnd;) {
-    const std::uint32_t nWhat = WordAt(p);
-    const std::uint32_t nLength = WordAt(p + sizeof nWhat);
-    p += 2 * sizeof nWhat;
-    row.push_back({{p, nLength},
-                   nWhat >> kKindBits,
-                   static_cast<Kind>(nWhat >> 1 & ((1u << (kKindBits - 1)) - 1)),
-                   (nWhat & 1) != 0});
-    p += nLength;
+    Head head{};
+    std::memcpy(&head, p, sizeof head);
+    p += sizeof head;
+    row.push_back({{p, head.nLength},
+                   head.nWhat >> kKindBits,
+                   static_cast<Kind>(head.nWhat >> 1 & ((1u << (kKindBits - 1)) - 1)),
+                   (head.nWhat & 1) != 0});
+    p += head.nLength;
   }
 }
 

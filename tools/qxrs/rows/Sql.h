@@ -63,7 +63,6 @@ class Statement {
 // An open database. Without Commit() what was begun is undone in the end.
 class Database {
  public:
-  Database() = default;
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
   virtual ~Database() = default;
@@ -78,19 +77,32 @@ class Database {
   // What the columns of a table hold.
   virtual std::vector<Hold> Holds(const std::string& strTable, const Columns& columns) = 0;
 
-  // How a column of a new table is declared, one of the primary key or another.
-  virtual std::string TypeOf(const Column& column, bool bInKey) const = 0;
-
   virtual void Begin() = 0;
   virtual void Create(const std::string& strTable, const std::string& strDefinitions) = 0;
   virtual void Commit() = 0;
+
+  // How a column of a new table is declared, one of the primary key or another.
+  std::string TypeOf(const Column& column, bool bInKey) const;
 
   // A name as an identifier of SQL, and several of them, separated by commas.
   std::string Quoted(const std::string& strName) const;
   std::string Quoted(const std::vector<std::string>& vNames) const;
 
  protected:
+  // What the database calls types that can hold all our values.
+  struct Types {
+    const char* szInteger;
+    const char* szReal;
+    const char* szText;
+    const char* szKey;  // a text in a key
+  };
+
+  explicit Database(const Types& typesKnown) : types(typesKnown) {}
+
   char chQuote = '"';
+
+ private:
+  const Types types;
 };
 
 // Read needs an existing database. Write makes a missing file, which appears when it is committed;

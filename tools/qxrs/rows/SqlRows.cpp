@@ -28,6 +28,19 @@ std::string Database::Quoted(const std::vector<std::string>& vNames) const {
   return strList;
 }
 
+std::string Database::TypeOf(const Column& column, bool bInKey) const {
+  const std::string& strType = column.strType;
+  if (!strType.empty() && strType != "INTEGER" && strType != "REAL") return strType;
+  const Kind eKind = strType == "INTEGER" ? Kind::Integer
+                     : strType == "REAL"  ? Kind::Real
+                                          : column.eKind.value_or(Kind::Text);
+  return eKind == Kind::Integer   ? types.szInteger
+         : eKind == Kind::Real    ? types.szReal
+         : eKind == Kind::Boolean ? "BOOLEAN"
+         : bInKey                 ? types.szKey
+                                  : types.szText;
+}
+
 namespace {
 
 constexpr const char* kLate = "a column that the first row does not have was left out";

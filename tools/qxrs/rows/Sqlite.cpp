@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <map>
 #include <new>
 #include <optional>
 #include <set>
@@ -31,6 +32,16 @@ bool IsLike(const std::string& strType, std::initializer_list<const char*> patte
     return sqlite3_strlike(szPattern, strType.c_str(), 0) == 0;
   });
 }
+
+struct NoCase {
+  bool operator()(const std::string& strOne, const std::string& strOther) const {
+    return sqlite3_stricmp(strOne.c_str(), strOther.c_str()) < 0;
+  }
+};
+using TableColumns = std::map<std::string, Column, NoCase>;
+
+// What the columns of a table are declared as.
+TableColumns TableInfo(sqlite3* pDatabase, const std::string& strTable);
 
 class SqliteStatement : public Statement {
  public:
@@ -58,8 +69,9 @@ class SqliteStatement : public Statement {
     int nKeys = 0;
     for (int i = 0; i < sqlite3_column_count(p); ++i) {
       Column column;
+      const char* const szTable = sqlite3_column_table_name(p, i);
+      if (szTable) column = TableInfo(pDatabase, szTable)[sqlite3_column_origin_name(p, i)];
       column.strName = sqlite3_column_name(p, i);
-      Describe(i, column);
       nKeys += column.nKey != 0 ? 1 : 0;
       vBoolean.push_back(IsLike(column.strType, {"BOOLEAN", "BOOL"}));
       if (!columns.Add(column)) {
@@ -68,9 +80,11 @@ class SqliteStatement : public Statement {
     }
     // The rows of a table have its keys; those of a join may repeat them, and have nulls.
     const bool bTable = setTables.size() == 1;
-    const bool bWholeKey = bTable && nKeys == KeyParts(*setTables.begin());
+    const auto mapTable = bTable ? TableInfo(pDatabase, *setTables.begin()) : TableColumns();
+    const auto nKeyParts = std::count_if(mapTable.begin(), mapTable.end(),
+                                         [](const auto& entry) { return entry.second.nKey != 0; });
     for (std::size_t i = 0; i < columns.Count(); ++i) {
-      columns[i].nKey = bWholeKey ? columns[i].nKey : 0;
+      columns[i].nKey = bTable && nKeys == nKeyParts ? columns[i].nKey : 0;
       columns[i].bNotNull = columns[i].bNotNull && bTable;
     }
     return columns;
@@ -106,40 +120,6 @@ class SqliteStatement : public Statement {
       static_cast<std::set<std::string>*>(pTables)->insert(szTable);
     }
     return SQLITE_OK;
-  }
-
-  // Tells what a column of the answer is declared as, when it is one of a table.
-  void Describe(int nColumn, Column& column) {
-    const char* const szTable = sqlite3_column_table_name(p, nColumn);
-    const char* szType = nullptr;
-    int bNotNull = 0;
-    int bKey = 0;
-    if (!szTable ||
-        sqlite3_table_column_metadata(pDatabase, sqlite3_column_database_name(p, nColumn), szTable,
-                                      sqlite3_column_origin_name(p, nColumn), &szType, nullptr,
-                                      &bNotNull, &bKey, nullptr) != SQLITE_OK) {
-      return;
-    }
-    column.strType = szType ? szType : "";
-    column.bNotNull = bNotNull != 0;
-    if (bKey != 0) {
-      column.nKey = Number("SELECT pk FROM pragma_table_info(?) WHERE name = ? COLLATE NOCASE",
-                           szTable, sqlite3_column_origin_name(p, nColumn));
-    }
-  }
-
-  int KeyParts(const std::string& strTable) {
-    return Number("SELECT sum(pk > 0) FROM pragma_table_info(?)", strTable.c_str(), "");
-  }
-
-  // The one number that a question gives.
-  int Number(const char* szSql, const char* szFirst, const char* szSecond) {
-    const char* szEnd = nullptr;
-    const SqliteStatement question(pDatabase, strName, szSql, &szEnd);
-    sqlite3_bind_text(question.p, 1, szFirst, -1, SQLITE_STATIC);
-    sqlite3_bind_text(question.p, 2, szSecond, -1, SQLITE_STATIC);
-    sqlite3_step(question.p);
-    return sqlite3_column_int(question.p, 0);
   }
 
   int BindValue(int nParameter, const Value& value) {
@@ -204,10 +184,26 @@ class SqliteStatement : public Statement {
   unsigned long long nRow = 0;
 };
 
+TableColumns TableInfo(sqlite3* pDatabase, const std::string& strTable) {
+  const char* szEnd = nullptr;
+  SqliteStatement question(pDatabase, "SQL",
+                           "SELECT name, type, \"notnull\", pk FROM pragma_table_info(?)", &szEnd);
+  question.Bind({{Kind::Text, 0, 0, strTable}});
+  TableColumns mapColumns;
+  for (Row row; question.Next(row);) {
+    Column& column = mapColumns[std::string(row[0].strText)];
+    column.strType = row[1].strText;
+    column.bNotNull = row[2].strText != "0";
+    column.nKey = static_cast<int>(ToInt64(row[3].strText).value_or(0));
+  }
+  return mapColumns;
+}
+
 class SqliteDatabase : public Database {
  public:
   SqliteDatabase(const std::string& strPath, DatabaseMode eMode)
-      : strName(eMode == DatabaseMode::Scratch ? "SQL" : strPath) {
+      : Database({"INTEGER", "REAL", "TEXT", "TEXT"}),
+        strName(eMode == DatabaseMode::Scratch ? "SQL" : strPath) {
     const bool bNew = eMode == DatabaseMode::Write && access(strPath.c_str(), F_OK) != 0;
     if (bNew) file.emplace(strPath);
     const std::string& strOpened = bNew ? file->Path() : strPath;
@@ -263,12 +259,9 @@ class SqliteDatabase : public Database {
 
   std::vector<Hold> Holds(const std::string& strTable, const Columns& columns) override {
     std::vector<Hold> vHolds;
+    TableColumns mapTable = TableInfo(pHandle.get(), strTable);
     for (const Column& column : columns) {
-      const char* szType = nullptr;
-      sqlite3_table_column_metadata(pHandle.get(), nullptr, strTable.c_str(),
-                                    column.strName.c_str(), &szType, nullptr, nullptr, nullptr,
-                                    nullptr);
-      const std::string strType = szType ? szType : "";
+      const std::string& strType = mapTable[column.strName].strType;
       vHolds.push_back(IsLike(strType, {"%BOOL%"})                       ? Hold::Booleans
                        : IsLike(strType, {"%INT%"})                      ? Hold::Values
                        : IsLike(strType, {"%CHAR%", "%CLOB%", "%TEXT%"}) ? Hold::Texts
@@ -276,20 +269,6 @@ class SqliteDatabase : public Database {
                                                                          : Hold::Values);
     }
     return vHolds;
-  }
-
-  std::string TypeOf(const Column& column, bool) const override {
-    if (!column.strType.empty()) return column.strType;
-    switch (column.eKind.value_or(Kind::Text)) {
-      case Kind::Integer:
-        return "INTEGER";
-      case Kind::Real:
-        return "REAL";
-      case Kind::Boolean:
-        return "BOOLEAN";
-      default:
-        return "TEXT";
-    }
   }
 
   void Begin() override { Execute("BEGIN IMMEDIATE"); }

@@ -22,18 +22,6 @@ bool IsSet(const char* szVariable, std::string_view strValue) {
   return szText && strValue == szText;
 }
 
-const char* Code(Style eStyle) {
-  switch (eStyle) {
-    case Style::Bold:
-      return "\x1b[1m";
-    case Style::Red:
-      return "\x1b[31m";
-    case Style::Green:
-      return "\x1b[32m";
-  }
-  return "";
-}
-
 }  // namespace
 
 bool IsTerminal(int nFile) { return isatty(nFile) == 1; }
@@ -52,7 +40,8 @@ bool UseColor(When eColor, int nFile) {
 
 std::string Styled(std::string_view strText, Style eStyle, bool bColor) {
   if (!bColor) return std::string(strText);
-  return Code(eStyle) + std::string(strText) + "\x1b[0m";
+  constexpr const char* kCodes[] = {"\x1b[1m", "\x1b[31m", "\x1b[32m"};
+  return kCodes[static_cast<int>(eStyle)] + std::string(strText) + "\x1b[0m";
 }
 
 // ---- Texts
