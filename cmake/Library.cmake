@@ -46,6 +46,10 @@ foreach(sTarget IN ITEMS qxrecordset qxrecordset_static)
   qxrecordset_harden(${sTarget})
 endforeach()
 target_compile_definitions(qxrecordset_static PUBLIC QXRECORDSET_STATIC_DEFINE)
+# GCC makes static objects of templates unique in the process, and the loader never unloads what defines
+# such a symbol: a plug-in that our archive is linked into could not be unloaded.
+target_compile_options(qxrecordset_static
+                       PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
 
 # The version script keeps instantiated standard templates out of the exported list; the linker
 # refuses a library with unresolved symbols.

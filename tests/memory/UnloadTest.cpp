@@ -1,6 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// A host that loads the library, uses it and unloads it: what the library kept goes with it.
+// A host that loads the library, or a plug-in that was linked with it, uses it and unloads it: what
+// the library kept goes with it.
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -41,6 +42,21 @@ TEST(KeptBlocks, GoWhenTheLibraryIsUnloaded) {
   LoadUseAndUnload(text);
   EXPECT_GT(CountedMemory::Allocations(), nAllocations) << "its memory is counted";
   EXPECT_EQ(CountedMemory::Live(), nLive);
+}
+
+// Static objects in templates of the standard library once kept such a plug-in in memory for ever:
+// the compiler makes them unique in the process, and the loader keeps whatever defines such a
+// symbol.
+TEST(StaticLibrary, LeavesWithThePluginThatItIsLinkedInto) {
+  void* const pPlugin = dlopen(QXRECORDSET_STATIC_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(pPlugin, nullptr) << dlerror();
+  const auto use = Find<bool(long)>(pPlugin, "UseTheLibrary");
+  ASSERT_NE(use, nullptr);
+  EXPECT_TRUE(use(1815));
+  EXPECT_NE(dlopen(QXRECORDSET_STATIC_PLUGIN, RTLD_NOW | RTLD_NOLOAD), nullptr);
+  EXPECT_EQ(dlclose(pPlugin), 0);  // once for each dlopen
+  EXPECT_EQ(dlclose(pPlugin), 0);
+  EXPECT_EQ(dlopen(QXRECORDSET_STATIC_PLUGIN, RTLD_NOW | RTLD_NOLOAD), nullptr);
 }
 
 }  // namespace
