@@ -3,9 +3,9 @@
 // Sixteen bytes of text at a time: the one place that knows the processor. Block16 compares all its
 // bytes at once and gives the result as a bit mask, bit i for byte i. It is a vector of the
 // compiler, so its operations are a few instructions where the processor has vectors, and loops
-// on other processors. Three functions have no such form: with SSE2, which every x86 build of the
-// library may use, they are written for it; without (or with QXRECORDSET_NO_SIMD defined) they are
-// plain loops.
+// on other processors. Three functions have no such form: they are written for SSE2, which every
+// x86 build of the library may use, and for NEON, which 64-bit ARM has always and 32-bit ARM where
+// the build allows it; otherwise (or with QXRECORDSET_NO_SIMD defined) they are plain loops.
 //
 // Load() reads and Store() writes exactly 16 bytes: callers prove that they are there. For shorter
 // texts there are halves and quarters, which may overlap: a text of 8 to 16 bytes is its first and
@@ -21,9 +21,14 @@
 
 #include "text/ShortBytes.h"
 
+// The order of bytes counts: the vector versions take the first byte of a word for its lowest.
 #if defined(__SSE2__) && !defined(QXRECORDSET_NO_SIMD)
 #define QXRECORDSET_SSE2 1
 #include <emmintrin.h>
+#elif defined(__ARM_NEON) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ && \
+    !defined(QXRECORDSET_NO_SIMD)
+#define QXRECORDSET_NEON 1
+#include <arm_neon.h>
 #endif
 
 // For the few functions whose call would cost more than their work, where the compiler sees only
@@ -111,6 +116,15 @@ class Block16 {
     const __m128i low1 = _mm_sub_epi16(twos, _mm_mullo_epi16(high1, _mm_set1_epi16(10)));
     const __m128i ones = _mm_or_si128(high1, _mm_slli_epi16(low1, 8));
     return Block16(reinterpret_cast<Bytes>(_mm_add_epi8(ones, _mm_set1_epi8('0'))));
+#elif defined(QXRECORDSET_NEON)
+    // The same with the vectors of half a block, whose products have room in the lanes themselves:
+    // multiplication by 2^20 / 100 and 2^10 / 10, rounded up.
+    const HalfOf32 fours{value / 10000, value % 10000};
+    const HalfOf32 high2 = fours * 10486 >> 20;
+    const auto twos = reinterpret_cast<HalfOf16>(high2 | (fours - high2 * 100) << 16);
+    const HalfOf16 high1 = twos * 103 >> 10;
+    const auto ones = reinterpret_cast<std::uint64_t>(high1 | (twos - high1 * 10) << 8);
+    return Block16(reinterpret_cast<Bytes>(Halves{ones, 0}) + All('0'));
 #else
     Bytes digits{};
     for (int i = 7; i >= 0; --i, value /= 10) {
@@ -124,7 +138,7 @@ class Block16 {
   // is less than 8.
   void StoreHalfFrom(unsigned nSkip, char* p) const {
     assert(nSkip < kBytes / 2);
-#ifdef QXRECORDSET_SSE2
+#if defined(QXRECORDSET_SSE2) || defined(QXRECORDSET_NEON)
     WriteWord(p, (reinterpret_cast<Halves>(v_) >> (8 * nSkip))[0]);
 #else
     std::memset(p, 0, kBytes / 2);
@@ -138,6 +152,10 @@ class Block16 {
   using Quarters = std::uint32_t __attribute__((vector_size(kBytes)));
   using Halves = std::uint64_t __attribute__((vector_size(kBytes)));
   using Marks = signed char __attribute__((vector_size(kBytes)));  // -1 for yes, 0 for no
+#ifdef QXRECORDSET_NEON
+  using HalfOf32 = std::uint32_t __attribute__((vector_size(kBytes / 2)));
+  using HalfOf16 = std::uint16_t __attribute__((vector_size(kBytes / 2)));
+#endif
 
   explicit Block16(Bytes v) : v_(v) {}
 
@@ -147,6 +165,15 @@ class Block16 {
   static std::uint32_t Mask(Marks marks) {
 #ifdef QXRECORDSET_SSE2
     return static_cast<std::uint32_t>(_mm_movemask_epi8(reinterpret_cast<__m128i>(marks)));
+#elif defined(QXRECORDSET_NEON)
+    // Each byte keeps the bit of its place among eight; adding neighbours three times makes one
+    // byte of each eight.
+    constexpr Bytes kBits = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
+    const Bytes bits = reinterpret_cast<Bytes>(marks) & kBits;
+    uint8x8_t sums = vpadd_u8(vget_low_u8(bits), vget_high_u8(bits));
+    sums = vpadd_u8(sums, sums);
+    sums = vpadd_u8(sums, sums);
+    return vget_lane_u16(vreinterpret_u16_u8(sums), 0);
 #else
     std::uint32_t mask = 0;
     for (int i = 0; i < kBytes; ++i) {

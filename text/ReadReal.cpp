@@ -5,7 +5,8 @@
 //
 //   1. Up to 18 digits and a power of ten up to 27, which nearly all numbers are. Digits and power
 //      are exact, so the result of one multiplication or division is the correctly rounded one.
-//   2. std::from_chars: any plain number, where the rounding mode is the usual one.
+//   2. std::from_chars: any plain number, where the rounding mode is the usual one and the standard
+//      library has it for double (libc++ had not for long).
 //   3. strtod: signs, spaces, hexadecimal digits, "nan", what is too large or too small.
 //
 // The first two know a point only, so a locale with another one goes to strtod at once.
@@ -156,6 +157,7 @@ QXRECORDSET_HOT bool ReadShort(const char* pText, double& value) {
 // ---- Any number ---------------------------------------------------------------------------------
 
 // A number that is out of range, or has an 'x' behind its first digit, is left to strtod.
+#ifdef __cpp_lib_to_chars
 bool ReadPlain(const char* pText, double& value) {
   const char* pEnd = pText;
   while (IsRealByte(*pEnd)) {
@@ -164,6 +166,9 @@ bool ReadPlain(const char* pText, double& value) {
   return *pEnd != 'x' && *pEnd != 'X' && RoundsToNearest() &&
          std::from_chars(pText, pEnd, value).ec == std::errc{};
 }
+#else
+bool ReadPlain(const char* /*pText*/, double& /*value*/) { return false; }
+#endif
 
 }  // namespace
 

@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
+#include <vector>
 
 #include "tests/support/GuardedBuffer.h"
 #include "tests/support/Random.h"
@@ -32,22 +34,49 @@ const struct Mask {
      [](char c) { return c < '0' || c > '9'; }},
 };
 
+// Every byte at every place, among random others.
 TEST(Block16, MarksEachByteOfItsKind) {
   Support::Random random(1);
   for (const Mask& mask : kMasks) {
     SCOPED_TRACE(mask.szName);
-    for (int c = 0; c < 256; ++c) {
-      std::string strBlock(Block16::kBytes, static_cast<char>(c));
+    for (unsigned nCase = 0; nCase < 256 * 16; ++nCase) {
+      const unsigned nPlace = nCase % 16;
+      const char c = static_cast<char>(nCase / 16);
+      std::string strBlock(Block16::kBytes, c);
       std::uint32_t nExpected = 0;
       for (unsigned i = 0; i < strBlock.size(); ++i) {
-        if (random.OneIn(2)) strBlock[i] = static_cast<char>(random.Below(256));
+        if (i != nPlace && random.OneIn(2)) strBlock[i] = static_cast<char>(random.Below(256));
         nExpected |= static_cast<std::uint32_t>(mask.isIn(strBlock[i])) << i;
       }
-      ASSERT_EQ(mask.mask(Block16::Load(strBlock.data())), nExpected) << c;
+      const Block16 block = Block16::Load(strBlock.data());
+      ASSERT_EQ(mask.mask(block), nExpected) << nCase;
+      if (nExpected != 0) {
+        ASSERT_EQ(1u << JSON::LowestBit(nExpected), nExpected & (~nExpected + 1));
+      }
       std::string strOther = strBlock;
-      strOther[static_cast<std::size_t>(c % 16)] ^= 1;
-      ASSERT_EQ(Block16::Load(strBlock.data()).Equals(Block16::Load(strOther.data())),
-                0xFFFFu & ~(1u << c % 16));
+      strOther[nPlace] = static_cast<char>(c ^ (1 << random.Below(8)));
+      ASSERT_EQ(block.Equals(Block16::Load(strOther.data())), 0xFFFFu & ~(1u << nPlace)) << nCase;
+      ASSERT_EQ(block.Equals(c) >> nPlace & 1, 1u) << nCase;
+    }
+  }
+}
+
+// The digits as the C library writes them, and each tail of them with zeros behind it.
+TEST(Block16, WritesTheDigitsOfNumbersBelowTenToTheEighth) {
+  Support::Random random(2);
+  std::vector<std::uint32_t> values = {0, 99999999, 12345678, 10000, 9999, 99990000, 90909090};
+  for (std::uint32_t n = 0; n < 10000; ++n)
+    values.push_back(n * 10000 + (9999 - n));
+  for (int i = 0; i < 20000; ++i)
+    values.push_back(random.Below(100000000));
+  Support::GuardedBuffer to(8);
+  for (const std::uint32_t value : values) {
+    char szDigits[16];
+    std::snprintf(szDigits, sizeof szDigits, "%08u", static_cast<unsigned>(value));
+    const Block16 digits = Block16::DecimalDigits(value);
+    for (unsigned nSkip = 0; nSkip < 8; ++nSkip) {
+      digits.StoreHalfFrom(nSkip, to.Place("--------"));
+      ASSERT_EQ(to.view(), szDigits + nSkip + std::string(nSkip, '\0')) << value;
     }
   }
 }
