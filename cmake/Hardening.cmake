@@ -2,6 +2,9 @@
 #
 # Instrumented builds (sanitizers, coverage) leave them out: _FORTIFY_SOURCE replaces functions the
 # sanitizers want to watch, and it needs an optimising build in the first place.
+include(CheckCXXCompilerFlag)
+check_cxx_compiler_flag(-fcf-protection=full QXRECORDSET_HAS_CF_PROTECTION) # x86 from i686 on
+
 function(qxrecordset_harden target)
   if(QXRECORDSET_SANITIZE OR NOT CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
     return()
@@ -11,7 +14,7 @@ function(qxrecordset_harden target)
   target_compile_options(${target} PRIVATE -fstack-protector-strong
                                            $<${sOptimised}:-U_FORTIFY_SOURCE>
                                            $<${sOptimised}:-D_FORTIFY_SOURCE=2>)
-  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|amd64|AMD64|i[3-6]86)$")
+  if(QXRECORDSET_HAS_CF_PROTECTION)
     target_compile_options(${target} PRIVATE -fcf-protection=full)
   endif()
 

@@ -4,6 +4,9 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <system_error>
 
@@ -23,6 +26,24 @@ long long ToLong64(double value) {
   return static_cast<long long>(value);
 }
 
+// The double nearest to digits.
+double OfDigits(const char* pDigits, const char* pEnd) {
+#ifdef __cpp_lib_to_chars
+  double value = 0.0;
+  const bool bFits = std::from_chars(pDigits, pEnd, value).ec != std::errc::result_out_of_range;
+  return bFits ? value : HUGE_VAL;
+#else
+  while (pDigits != pEnd && *pDigits == '0') {
+    ++pDigits;
+  }
+  char szDigits[std::numeric_limits<double>::max_exponent10 + 2] = {};
+  const auto nDigits = static_cast<std::size_t>(pEnd - pDigits);
+  if (nDigits >= sizeof szDigits) return HUGE_VAL;
+  std::memcpy(szDigits, pDigits, nDigits);
+  return std::strtod(szDigits, nullptr);
+#endif
+}
+
 // The double nearest to an integer. The text is read up to the first byte that does not belong to
 // it, as all readers do.
 double ToReal(const char* pText) {
@@ -33,10 +54,7 @@ double ToReal(const char* pText) {
   while (IsDigit(*pEnd)) {
     ++pEnd;
   }
-  double value = 0.0;
-  if (std::from_chars(pDigits, pEnd, value).ec == std::errc::result_out_of_range) {
-    value = HUGE_VAL;
-  }
+  const double value = OfDigits(pDigits, pEnd);
   return bNegative ? -value : value;
 }
 

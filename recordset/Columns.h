@@ -21,6 +21,7 @@
 #define QXRECORDSET_RECORDSET_COLUMNS_H
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -95,12 +96,11 @@ class Columns {
 
   // When the text at p is the name, a closing quote and a colon of the column that was removed and
   // would be the next to be added, it is there again; else null. REQUIRES: 16 bytes at p.
-  const Column* AddAgain(const char* p, const char* pEnd) {
+  const Column* AddAgain(const char* p, [[maybe_unused]] const char* pEnd) {
+    assert(pEnd - p >= JSON::Block16::kBytes);
     if (nCount_ == nRemembered_) return nullptr;
     Column& column = *NextPlace();
-    const bool bSame =
-        column.name.Length() < JSON::ExpectedName::kShortName && column.name.MatchesMember(p, pEnd);
-    return bSame ? &Restore(column, p) : nullptr;
+    return column.name.MatchesShortMember(p) ? &Restore(column, p) : nullptr;
   }
 
   // The same for a text that ends soon behind the name.

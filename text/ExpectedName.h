@@ -69,8 +69,14 @@ class ExpectedName {
     return nLength_ < Block16::kBytes || MatchesRest(p, pEnd);
   }
 
-  // Whether the text at p is the name, a closing quote and a colon. REQUIRES: 16 bytes at p. Of a
-  // name that is not short the text has to have as many bytes behind the colon.
+  // Whether the name is short, and the text at p is the name, a closing quote and a colon.
+  // REQUIRES: 16 bytes at p.
+  bool MatchesShortMember(const char* p) const {
+    return (Block16::Load(p).Equals(Block16::Load(aStart_)) & nMemberMask_) == nMemberMask_;
+  }
+
+  // The same for names of any length. Of a name that is not short the text has to have as many
+  // bytes behind the colon.
   bool MatchesMember(const char* p, const char* pEnd) const {
     assert(pEnd - p >= Block16::kBytes);
     const std::uint32_t nEqual = Block16::Load(p).Equals(Block16::Load(aStart_));

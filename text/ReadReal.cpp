@@ -137,10 +137,13 @@ QXRECORDSET_HOT bool ConvertInDouble(const Decimal& decimal, double& value) {
 QXRECORDSET_HOT bool ConvertInLongDouble(const Decimal& decimal, double& value) {
   using Long = std::numeric_limits<long double>;
   constexpr int kMost = static_cast<int>(std::size(kLongTens)) - 1;
-  if (Long::digits != 64 || decimal.nExponent < -kMost || decimal.nExponent > kMost) return false;
+  constexpr int kMantissa = 64;  // bits
+  if (Long::digits != kMantissa || decimal.nExponent < -kMost || decimal.nExponent > kMost) {
+    return false;
+  }
   const long double result = Scaled(decimal, kLongTens);
   constexpr std::uint64_t kHalf = std::uint64_t{1}
-                                  << (Long::digits - std::numeric_limits<double>::digits - 1);
+                                  << (kMantissa - std::numeric_limits<double>::digits - 1);
   std::uint64_t nMantissa = 0;
   std::memcpy(&nMantissa, &result, sizeof nMantissa);
   if ((nMantissa & (kHalf - 1)) == 0) return false;

@@ -5,7 +5,7 @@
 #
 # The environment says with what (see CMakeLists.txt): CMAKE, SOURCE, BUILD, SCRATCH, TOOLCHAIN, CC,
 # CXX, CFLAGS, CXXFLAGS, and PREFIX and MULTIARCH where unpacked packages are used instead of an
-# installation made here.
+# installation made here, and EMULATOR where the programs are another processor's.
 set -euo pipefail
 
 prefix=${PREFIX:-$SCRATCH/installed}
@@ -17,7 +17,7 @@ expected='Ada was born in 1815'
 # run COMMAND...: it succeeds and says what it should.
 run() {
   local said status=0
-  said=$("$@") || status=$?
+  said=$(${EMULATOR:-} "$@") || status=$?
   if [[ $status != 0 || $said != "$expected" ]]; then
     echo "$*: status $status, said '$said' instead of '$expected'" >&2
     exit 1
@@ -69,7 +69,8 @@ STATEMENTS
   echo "what must not compile does not"
 }
 
-# Every installed header compiles on its own, and exactly the public ones are installed.
+# Every installed header compiles on its own, all of them in newer C++, and exactly the public ones are
+# installed.
 use_headers() {
   cd "$prefix/include/qxrecordset"
   diff <(find . -name '*.h' | LC_ALL=C sort) - << 'LIST'
@@ -93,6 +94,12 @@ LIST
     # shellcheck disable=SC2086  # the flags are words
     "$CXX" $CXXFLAGS -std=c++17 "${warnings[@]}" -I. -fsyntax-only -x c++ - <<< "#include \"$header\""
   done < <(find . -name '*.h')
+  local standard
+  for standard in c++20 c++23; do
+    # shellcheck disable=SC2086  # the flags are words
+    find . -name '*.h' -printf '#include "%P"\n' \
+      | "$CXX" $CXXFLAGS -std=$standard "${warnings[@]}" -I. -fsyntax-only -x c++ -
+  done
   for header in json/JSON.h recordset/RS.h; do
     # shellcheck disable=SC2086  # the flags are words
     "$CC" $CFLAGS -std=c99 "${warnings[@]}" -I. -fsyntax-only -x c - <<< "#include \"$header\""
