@@ -11,6 +11,11 @@
 namespace recordset {
 
 const std::vector<const Column*>& ColumnOrder::Of(const Columns& columns) {
+  if (bRemoved_ && (vSorted_.size() != columns.Count() || nAdded_ != columns.Added())) {
+    vSorted_.clear();
+  }
+  bRemoved_ = false;
+  nAdded_ = columns.Added();
   const std::size_t nSorted = vSorted_.size();
   assert(nSorted <= columns.Count());
   if (nSorted == columns.Count()) return vSorted_;

@@ -84,6 +84,7 @@ const Column& Columns::Add(std::string_view name, JSON::Block16 start, bool bBey
   }
   new (pPlace) Column({pName, name.size()}, start, nCount_, bBeyond, pFirst_, pBehind);
   nRemembered_ = nCount_ + 1;
+  ++nAdded_;
   return Enlist(*pPlace);
 }
 

@@ -81,6 +81,10 @@ class Columns {
   const Column* First() const { return pFirst_; }
   bool Has(const Column& column) const { return column.nPosition < nCount_; }
 
+  // How many columns were ever added, those that were there again not counted: while it stays, the
+  // first n columns are the same ones whenever there are so many.
+  std::uint64_t Added() const { return nAdded_; }
+
   // Whether the columns are in the byte-wise order of their names.
   bool Ascend() const { return pLast_ == nullptr || pLast_->bBeyond != 0; }
 
@@ -138,6 +142,7 @@ class Columns {
   Column* pLast_ = nullptr;        // of those that are there
   std::uint32_t nCount_ = 0;       // columns that are there
   std::uint32_t nRemembered_ = 0;  // and those that are remembered
+  std::uint64_t nAdded_ = 0;
   std::optional<JSON::NameHash> hash_;
   std::vector<const Column*> vSlots_;  // the hash table, at most half full
 };
