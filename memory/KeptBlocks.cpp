@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "memory/Checkers.h"
+#include "memory/HugePages.h"
 #include "memory/KeptObjects.h"
 
 namespace memory {
@@ -136,6 +137,18 @@ std::string* ExchangeText(std::string* pText) noexcept {
   return std::exchange(content.pText, pText);
 }
 
+// A new buffer of a large text. Without memory for it there is none, as if there were none kept.
+void MakeHuge(std::string& text, std::size_t nBytes) noexcept {
+  try {
+    std::string made;
+    made.reserve(nBytes);
+    PreferHugePages(made);
+    text.swap(made);
+  } catch (...) {
+    return;
+  }
+}
+
 }  // namespace
 
 std::size_t KeptBlocks::SizeFor(std::size_t nBytes) noexcept {
@@ -166,10 +179,12 @@ void KeptBlocks::Give(void* pBlock, std::size_t nBytes) noexcept {
 void KeptBlocks::TakeText(std::string& text, std::size_t nBytes) noexcept {
   if (nBytes < kSmallest) return;
   std::string* const pKept = ExchangeText(nullptr);
-  if (pKept == nullptr) return;
-  const std::size_t nRoom = pKept->capacity();
-  if (nRoom >= nBytes && nRoom / kMostRoom <= nBytes) text.swap(*pKept);
-  delete pKept;
+  if (pKept != nullptr) {
+    const std::size_t nRoom = pKept->capacity();
+    if (nRoom >= nBytes && nRoom / kMostRoom <= nBytes) text.swap(*pKept);
+    delete pKept;
+  }
+  if (nBytes >= kFewestHugeBytes && text.capacity() < nBytes) MakeHuge(text, nBytes);
 }
 
 void KeptBlocks::GiveText(std::string& text) noexcept {

@@ -44,7 +44,8 @@ class KeptBlocks {
   static void Give(void* pBlock, std::size_t nBytes) noexcept;
 
   // Gives a text a buffer for nBytes or more, up to four times as many, when one is kept, with what
-  // it held before. A kept buffer that does not suit is released.
+  // it held before. A kept buffer that does not suit is released. A large text (HugePages.h) gets a
+  // new buffer then, unless memory runs out.
   static void TakeText(std::string& text, std::size_t nBytes) noexcept;
 
   // Takes the buffer of a text that is not needed any more. One is kept, the latest.

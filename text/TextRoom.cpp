@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <new>
 
+#include "memory/HugePages.h"
 #include "memory/Spare.h"
 #include "text/Escape.h"
 
@@ -40,6 +41,7 @@ void MakeCapacity(std::string& buffer, std::size_t nText, std::size_t nBytes) {
   memory::WithSpare(nNeeded, std::max(nGrown, nNeeded) - nNeeded, [&](std::size_t nRoom) {
     std::string grown;
     grown.reserve(nRoom);
+    memory::PreferHugePages(grown);
     grown.assign(buffer, 0, nText);
     buffer.swap(grown);
   });

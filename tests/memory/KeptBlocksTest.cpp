@@ -6,13 +6,20 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstdint>
+#include <fstream>
+#include <functional>
 #include <new>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "memory/Checkers.h"
+#include "memory/HugePages.h"
 #include "recordset/QXRecordSet.h"
 #include "tests/support/CountedMemory.h"
+#include "text/TextRoom.h"
 
 namespace {
 
@@ -110,6 +117,40 @@ TEST_F(Kept, TextIsGivenOnToOneThatIsNotMuchShorter) {
   KeptBlocks::GiveText(first);
   KeptBlocks::GiveText(second);
   EXPECT_EQ(CountedMemory::Live(), nLive) << "Live() releases all that is kept";
+}
+
+// Whether the memory map says "hg", of the piece of memory that holds p.
+bool AsksForHugePages(const void* p) {
+  std::ifstream map("/proc/self/smaps");
+  const auto nAddress = reinterpret_cast<std::uintptr_t>(p);
+  bool bInside = false;
+  for (std::string line; std::getline(map, line);) {
+    std::uintptr_t nFirst = 0, nEnd = 0;
+    char cDash = 0;
+    std::istringstream numbers(line);
+    if (numbers >> std::hex >> nFirst >> cDash >> nEnd && cDash == '-') {
+      bInside = nAddress >= nFirst && nAddress < nEnd;
+    }
+    if (bInside && line.rfind("VmFlags:", 0) == 0) return line.find(" hg") != std::string::npos;
+  }
+  return false;
+}
+
+TEST(HugePages, AreAskedForByLargeTexts) {
+  if (!std::ifstream("/sys/kernel/mm/transparent_hugepage/enabled")) GTEST_SKIP();
+  constexpr std::size_t kHuge = memory::kFewestHugeBytes;
+  std::string taken, grown, small(kHuge / 2, 'x');
+  KeptBlocks::Release();
+  errno = EDOM;
+  KeptBlocks::TakeText(taken, kHuge);
+  JSON::MakeCapacity(grown, 0, kHuge);
+  memory::PreferHugePages(small);
+  EXPECT_EQ(errno, EDOM);
+  for (const std::string& text : {std::cref(taken), std::cref(grown)}) {
+    ASSERT_GE(text.capacity(), kHuge);
+    EXPECT_TRUE(AsksForHugePages(text.data() + kHuge / 2));
+  }
+  EXPECT_FALSE(AsksForHugePages(small.data() + kHuge / 4));
 }
 
 TEST_F(Kept, TablesMakeSmallRecordSetsWithoutAnAllocation) {
