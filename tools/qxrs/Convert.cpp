@@ -1,8 +1,10 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// qxrs convert, and the commands for which one of the two formats is fixed: from-csv to to-sql.
+// The commands that pass rows on: convert, and those for which one of the two formats is fixed,
+// from-csv to to-sql; table, head, tail and sort; and sql, questions in SQL about any inputs.
 
 #include "tools/qxrs/Command.h"
+#include "tools/qxrs/rows/Spool.h"
 
 namespace qxrs {
 
@@ -98,6 +100,77 @@ void AddConvert(CLI::App& app, Action& action) {
   command.add_option("--to-table", rows.write.sql.strTable);
 }
 
+// ---- Some of the rows, or in another order ------------------------------------------------------
+
+constexpr unsigned kUsualCount = 10;  // of head and tail
+
+struct PartOptions {
+  RowOptions rows;
+  unsigned nCount = kUsualCount;  // of tail
+  std::vector<std::string> vKeys;
+  bool bDescending = false;
+};
+
+int RunFirst(const PartOptions& options) { return Convert(options.rows); }
+
+int RunLast(const PartOptions& options) {
+  return Convert(options.rows, [&](RowSource& rows) { return LastRows(rows, options.nCount); });
+}
+
+int RunSort(const PartOptions& options) {
+  return Convert(options.rows, [&](RowSource& rows) -> std::unique_ptr<RowSource> {
+    return std::make_unique<SortedRows>(
+        rows, options.vKeys,
+        options.bDescending ? SortedRows::Order::Descending : SortedRows::Order::Ascending);
+  });
+}
+
+Command<PartOptions> AddPart(CLI::App& app, Action& action, const char* szName,
+                             int (*pRun)(const PartOptions&), std::optional<Format> eWrites = {}) {
+  const auto added = AddCommand(app, action, szName, pRun);
+  RowOptions& rows = added.options.rows;
+  rows.write.eTo = eWrites;
+  added.command.add_option("FILE", rows.read.strInput);
+  AddRowOptions(added.command, rows, std::nullopt, eWrites);
+  AddOutput(added.command, rows.write.strOutput);
+  return added;
+}
+
+// ---- Questions in SQL
+// ----------------------------------------------------------------------------
+
+struct SqlOptions {
+  RowOptions rows;
+  std::vector<std::string> vInputs;  // NAME=FILE
+};
+
+void LoadInput(const std::string& strInput, const ReadOptions& howToRead,
+               const std::shared_ptr<Database>& pDatabase, Progress& progress, Warnings& warnings) {
+  const std::size_t nEquals = strInput.find('=');
+  if (nEquals == std::string::npos || nEquals == 0) {
+    throw UsageError("'" + strInput + "' is not NAME=FILE");
+  }
+  ReadOptions read = howToRead;
+  read.strQuery.clear();
+  read.strInput = strInput.substr(nEquals + 1);
+  const OpenedRows rows = OpenRows(read, progress, warnings);
+  SqlTarget target;
+  target.strTable = strInput.substr(0, nEquals);
+  Copy(*rows.pRows, *OpenTable(pDatabase, target, warnings), false);
+}
+
+int RunSql(const SqlOptions& options) {
+  Progress progress(options.rows.eProgress);
+  Warnings warnings(options.rows.bStrict);
+  const std::shared_ptr<Database> pDatabase = OpenDatabase("", DatabaseMode::Scratch);
+  for (const std::string& strInput : options.vInputs) {
+    LoadInput(strInput, options.rows.read, pDatabase, progress, warnings);
+  }
+  const auto pAnswer = OpenQuery(pDatabase, options.rows.read.strQuery, progress);
+  WriteRows(*pAnswer, options.rows.write, progress, warnings);
+  return kExitDone;
+}
+
 }  // namespace
 
 void AddConversions(CLI::App& app, Action& action) {
@@ -107,6 +180,31 @@ void AddConversions(CLI::App& app, Action& action) {
     if (conversion.eFrom == Format::Jsonl) AddFromSql(app, action);
   }
   AddToSql(app, action);
+}
+
+void AddParts(CLI::App& app, Action& action) {
+  const auto table = AddPart(app, action, "table", RunFirst, Format::Table);
+  AddCount(table.command, "-n,--max-rows", table.options.rows.read.nMost);
+
+  const auto head = AddPart(app, action, "head", RunFirst);
+  head.options.rows.read.nMost = kUsualCount;
+  AddCount(head.command, "-n,--rows", head.options.rows.read.nMost);
+
+  const auto tail = AddPart(app, action, "tail", RunLast);
+  AddCount(tail.command, "-n,--rows", tail.options.nCount);
+
+  const auto sort = AddPart(app, action, "sort", RunSort);
+  AddNames(sort.command, "--by", sort.options.vKeys)->required();
+  sort.command.add_flag("-r,--reverse", sort.options.bDescending);
+}
+
+void AddSql(CLI::App& app, Action& action) {
+  const auto [command, options] = AddCommand(app, action, "sql", RunSql);
+  command.add_option("SQL", options.rows.read.strQuery)->required();
+  command.add_option("NAME=FILE", options.vInputs);
+  AddRowOptions(command, options.rows, Format::Csv, std::nullopt);
+  command.remove_option(command.get_option("--columns"));  // the question names them
+  AddOutput(command, options.rows.write.strOutput);
 }
 
 }  // namespace qxrs

@@ -3,7 +3,6 @@
 // qxrs completion and qxrs manual: the tool describes itself to the shell and to man. Both texts
 // are made from the options as they are parsed, so that they cannot fall behind.
 
-#include <cctype>
 #include <sstream>
 
 #include "tools/qxrs/Command.h"
@@ -76,13 +75,6 @@ std::string Troff(const std::string& strText) {
   return strResult;
 }
 
-std::string Upper(std::string strText) {
-  for (char& c : strText) {
-    c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-  }
-  return strText;
-}
-
 std::string ManualOption(const CLI::Option& option) {
   const bool bPositional = option.get_positional();
   std::string strNames = option.get_name(bPositional, !bPositional);
@@ -108,21 +100,13 @@ std::string ManualSection(const CLI::App& app, const std::string& strPath) {
 }
 
 std::string Manual(const CLI::App& app) {
-  std::string strText = ".TH " + Upper(app.get_name()) +
-                        " 1 \"\" \"qxrs " QXRS_VERSION
-                        "\" \"User Commands\"\n"
-                        ".SH NAME\nqxrs \\- tables on the command line\n"
-                        ".SH SYNOPSIS\n\\fBqxrs\\fR \\fICOMMAND\\fR [\\fIOPTIONS\\fR] "
-                        "[\\fIARGUMENTS\\fR]\n"
-                        ".SH DESCRIPTION\n" +
-                        Troff(app.get_description()) + "\n.PP\n.nf\n" + Troff(app.get_footer()) +
-                        "\n.fi\n.SH COMMANDS\n";
+  std::string strText = ".TH QXRS 1 \"\" \"qxrs " QXRS_VERSION "\" \"User Commands\"" +
+                        HelpSection("head of the manual") + Troff(app.get_description()) +
+                        "\n.PP\n.nf\n" + Troff(app.get_footer()) + "\n.fi\n.SH COMMANDS\n";
   for (const CLI::App* pCommand : Commands(app)) {
     strText += ManualSection(*pCommand, pCommand->get_name());
   }
-  return strText +
-         ".SH ENVIRONMENT\n.TP\n.B NO_COLOR\nWhen set and not empty, terminals get no colours "
-         "unless \\fB\\-\\-color\\fR asks for them.\n";
+  return strText + HelpSection("end of the manual").substr(1);
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 // qxrs diff: two tables, cell by cell.
 
 #include "tools/qxrs/Command.h"
-#include "tools/qxrs/rows/Sort.h"
+#include "tools/qxrs/rows/Spool.h"
 
 namespace qxrs {
 

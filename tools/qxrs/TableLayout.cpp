@@ -23,11 +23,6 @@ constexpr std::size_t kLeast = 3;
 // A column that cannot have this width, or all that it needs, is rather left out.
 constexpr std::size_t kLeastShown = 6;
 
-std::string WithoutBlanksAtEnd(std::string strLine) {
-  strLine.erase(strLine.find_last_not_of(' ') + 1);
-  return strLine;
-}
-
 class TableLayout {
  public:
   // Measures the rows.
@@ -131,7 +126,7 @@ class TableLayout {
       strLine += i == 0 ? "" : std::string(kGap, ' ');
       strLine += vColumns[i].bNumbers ? strBlanks + text.strText : text.strText + strBlanks;
     }
-    return WithoutBlanksAtEnd(std::move(strLine));
+    return strLine.erase(strLine.find_last_not_of(' ') + 1);
   }
 
   SpooledRows& rows;

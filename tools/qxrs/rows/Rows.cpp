@@ -44,7 +44,7 @@ namespace {
 class SelectedColumns : public RowSource {
  public:
   SelectedColumns(std::unique_ptr<RowSource> pRows, const std::vector<std::string>& vNames)
-      : pSource(std::move(pRows)), vSeen(vNames.size()) {
+      : pSource(std::move(pRows)) {
     const Columns& all = pSource->GetColumns();
     for (const std::string& strName : vNames) {
       const std::size_t nColumn = all.Find(strName);
@@ -85,21 +85,20 @@ class SelectedColumns : public RowSource {
     const Columns& all = pSource->GetColumns();
     for (std::size_t i = vPlaces.size(); i < all.Count(); ++i) {
       vPlaces.push_back(columns.Find(all[i].strName));
-      if (vPlaces[i] != Columns::kNone) vSeen[vPlaces[i]] = true;
     }
   }
 
   void RefuseUnseen() const {
-    const auto it = std::find(vSeen.begin(), vSeen.end(), false);
-    if (it == vSeen.end()) return;
-    throw InputError("there is no column '" +
-                     columns[static_cast<std::size_t>(it - vSeen.begin())].strName + "'");
+    for (std::size_t i = 0; i < columns.Count(); ++i) {
+      if (std::find(vPlaces.begin(), vPlaces.end(), i) == vPlaces.end()) {
+        throw InputError("there is no column '" + columns[i].strName + "'");
+      }
+    }
   }
 
   const std::unique_ptr<RowSource> pSource;
   Columns columns;
   std::vector<std::size_t> vPlaces;  // for each column of the source, where it goes
-  std::vector<bool> vSeen;           // for each column, whether it occurred
   Row rowAll;                        // the source's row
   std::vector<const Cell*> vCells;   // its cells in the order of the columns
 };
@@ -176,33 +175,25 @@ bool Knows(const RowSource& source, RowSink::Needs eNeeds) {
           }));
 }
 
-void CopyAll(RowSource& source, RowSink& sink) {
-  sink.Begin(source.GetColumns(), source.AllColumnsKnown());
-  for (Row row; source.Next(row);) {
-    sink.Write(row);
-  }
-}
-
-void CopyAtOnce(RowSource& source, RowSink& sink) {
+// The first row is read before the sink begins: it may bring columns.
+void CopyAll(RowSource& source, RowSink& sink, bool bAtOnce) {
   Row row;
   bool bMore = source.Next(row);
   sink.Begin(source.GetColumns(), source.AllColumnsKnown());
   for (; bMore; bMore = source.Next(row)) {
     sink.Write(row);
-    sink.Flush();
+    if (bAtOnce) sink.Flush();
   }
 }
 
 }  // namespace
 
 void Copy(RowSource& source, RowSink& sink, bool bAtOnce) {
-  if (bAtOnce) {
-    CopyAtOnce(source, sink);
-  } else if (Knows(source, sink.GetNeeds())) {
-    CopyAll(source, sink);
+  if (bAtOnce || Knows(source, sink.GetNeeds())) {
+    CopyAll(source, sink, bAtOnce);
   } else {
     SpooledRows rows(source, SpooledRows::Kinds::AsTheyAre);
-    CopyAll(rows, sink);
+    CopyAll(rows, sink, false);
   }
   sink.End();
 }

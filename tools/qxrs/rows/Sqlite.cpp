@@ -15,7 +15,7 @@
 #include "tools/qxrs/rows/Sql.h"
 #include "tools/qxrs/rows/Values.h"
 #include "tools/qxrs/support/Errors.h"
-#include "tools/qxrs/support/TemporaryFile.h"
+#include "tools/qxrs/support/Output.h"
 
 namespace qxrs {
 

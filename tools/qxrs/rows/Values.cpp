@@ -215,29 +215,30 @@ std::size_t AsciiLength(std::string_view strText) {
   return n;
 }
 
-}  // namespace
-
-bool IsUtf8(std::string_view strText) {
-  for (std::size_t n = AsciiLength(strText); n < strText.size();) {
+// How many bytes of UTF-8 `strText` begins with.
+std::size_t ValidLength(std::string_view strText) {
+  std::size_t n = AsciiLength(strText);
+  while (n < strText.size()) {
     const std::size_t nLength = CharacterLength(strText.substr(n));
-    if (nLength == 0) return false;
+    if (nLength == 0) break;
     n += nLength;
   }
-  return true;
+  return n;
 }
+
+}  // namespace
+
+bool IsUtf8(std::string_view strText) { return ValidLength(strText) == strText.size(); }
 
 std::string RepairedUtf8(std::string_view strText) {
   std::string strResult;
-  while (!strText.empty()) {
-    const std::size_t nLength = CharacterLength(strText);
-    if (nLength == 0) {
-      AppendUtf8(kReplacement, strResult);
-    } else {
-      strResult += strText.substr(0, nLength);
-    }
-    strText.remove_prefix(std::max<std::size_t>(nLength, 1));
+  while (true) {
+    const std::size_t nValid = ValidLength(strText);
+    strResult += strText.substr(0, nValid);
+    if (nValid == strText.size()) return strResult;
+    AppendUtf8(kReplacement, strResult);
+    strText.remove_prefix(nValid + 1);
   }
-  return strResult;
 }
 
 std::string_view ShownText(const Cell& cell, std::string& strBuffer, bool* pbWhole) {

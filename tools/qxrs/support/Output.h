@@ -1,9 +1,9 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Standard output, or the file of the option -o. A file is written under a temporary name and put
-// in place by Commit(), so that it may be the input, too, and a command that fails leaves the old
-// one alone. A file whose name ends in .gz or .zst is compressed by libarchive. Failures to write
-// are InputErrors.
+// Standard output, or the file of the option -o, and temporary files. A file is written under a
+// temporary name and put in place by Commit(), so that it may be the input, too, and a command that
+// fails leaves the old one alone. A file whose name ends in .gz or .zst is compressed by
+// libarchive. Failures to write are InputErrors.
 
 #ifndef QXRECORDSET_TOOLS_SUPPORT_OUTPUT_H
 #define QXRECORDSET_TOOLS_SUPPORT_OUTPUT_H
@@ -18,9 +18,36 @@
 #include <vector>
 
 #include "tools/qxrs/support/Progress.h"
-#include "tools/qxrs/support/TemporaryFile.h"
 
 namespace qxrs {
+
+// A file that is written under a temporary name beside its target and put in place when it is
+// complete. A command that fails, or is interrupted by a signal, leaves neither.
+class TemporaryFile {
+ public:
+  // Makes the temporary file; it gets the permissions of the file at `strPath`, or those of a new
+  // one. A symbolic link stays, and the file behind it is the target. Throws InputError. There can
+  // be one at a time.
+  explicit TemporaryFile(const std::string& strPath);
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  ~TemporaryFile();
+
+  int File() const { return nFile; }
+  const std::string& Path() const { return strTemporary; }
+
+  // Puts it in place. Throws InputError.
+  void Commit();
+
+ private:
+  const std::string strName;  // for messages
+  const std::string strTarget;
+  std::string strTemporary;  // empty: it is in place
+  int nFile = -1;
+};
+
+// A file without a name in the folder for temporary files: it is gone when it is closed.
+int OpenNamelessFile();
 
 // The ending .gz or .zst of a file's name, or nothing.
 std::string_view CompressionSuffix(std::string_view strName);

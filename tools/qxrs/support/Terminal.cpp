@@ -17,11 +17,6 @@ namespace {
 
 constexpr unsigned kUsualWidth = 80;  // columns, when the terminal does not tell
 
-bool IsSet(const char* szVariable, std::string_view strValue) {
-  const char* szText = std::getenv(szVariable);
-  return szText && strValue == szText;
-}
-
 }  // namespace
 
 bool IsTerminal(int nFile) { return isatty(nFile) == 1; }
@@ -34,8 +29,11 @@ unsigned TerminalWidth(int nFile) {
 
 bool UseColor(When eColor, int nFile) {
   if (eColor != When::Auto) return eColor == When::Always;
-  const char* szNoColor = std::getenv("NO_COLOR");
-  return !(szNoColor && *szNoColor) && !IsSet("TERM", "dumb") && IsTerminal(nFile);
+  const auto Variable = [](const char* szName) {
+    const char* const szText = std::getenv(szName);
+    return std::string_view(szText ? szText : "");
+  };
+  return Variable("NO_COLOR").empty() && Variable("TERM") != "dumb" && IsTerminal(nFile);
 }
 
 std::string Styled(std::string_view strText, Style eStyle, bool bColor) {
