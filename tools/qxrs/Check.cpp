@@ -118,8 +118,7 @@ CQXRecordSet LoadRecordSet(const std::string& strText, const std::string& strNam
   return records;
 }
 
-// ---- Actions
-// -------------------------------------------------------------------------------------
+// ---- Actions ------------------------------------------------------------------------------------
 
 struct CheckOptions {
   std::vector<std::string> vInputs{"-"};

@@ -15,6 +15,10 @@ namespace qxrs {
 // What a command does; the result is the exit status. InputError and UsageError leave it.
 using Action = std::function<int()>;
 
+inline std::vector<const CLI::App*> Commands(const CLI::App& app) {
+  return app.get_subcommands([](const CLI::App*) { return true; });
+}
+
 // What help.txt says behind a heading, from the line feed there on; nothing when there is no such
 // heading.
 std::string HelpSection(const std::string& strHeading);

@@ -136,8 +136,7 @@ Command<PartOptions> AddPart(CLI::App& app, Action& action, const char* szName,
   return added;
 }
 
-// ---- Questions in SQL
-// ----------------------------------------------------------------------------
+// ---- Questions in SQL ---------------------------------------------------------------------------
 
 struct SqlOptions {
   RowOptions rows;

@@ -11,10 +11,6 @@ namespace qxrs {
 
 namespace {
 
-std::vector<const CLI::App*> Commands(const CLI::App& app) {
-  return app.get_subcommands([](const CLI::App*) { return true; });
-}
-
 int WriteText(const std::string& strText) {
   Progress progress(When::Never);
   Output output("-", progress);

@@ -23,8 +23,6 @@ std::string Shown(const Cell* pCell) {
   return pCell ? MakeDisplayText(JsonValueText(*pCell)).strText : "(no cell)";
 }
 
-std::string NameText(const std::string& strName) { return MakeDisplayText(strName).strText; }
-
 bool Equal(const Cell* pA, const Cell* pB) {
   return pA && pB && pA->eKind == pB->eKind &&
          ((pA->strText == pB->strText && pA->bEscaped == pB->bEscaped) ||
@@ -82,8 +80,8 @@ class Comparison {
   std::string Place(const Side& side) const {
     std::string strPlace = vKey.empty() ? "row " + std::to_string(nRow) : "";
     for (const std::string& strName : vKey) {
-      strPlace +=
-          (strPlace.empty() ? "" : ", ") + NameText(strName) + " " + Shown(side.Find(strName));
+      strPlace += (strPlace.empty() ? "" : ", ") + MakeDisplayText(strName).strText + " " +
+                  Shown(side.Find(strName));
     }
     return strPlace;
   }
@@ -112,7 +110,7 @@ class Comparison {
     const Cell* const pB = b.Find(strName);
     if (Equal(pA, pB) || (!pA && !pB)) return true;
     if (!bQuiet) {
-      output.Write(Place(a) + ", " + NameText(strName) + ": " +
+      output.Write(Place(a) + ", " + MakeDisplayText(strName).strText + ": " +
                    Styled(Shown(pA), Style::Red, bColor) + " -> " +
                    Styled(Shown(pB), Style::Green, bColor) + "\n");
     }

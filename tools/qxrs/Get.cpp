@@ -2,6 +2,8 @@
 //
 // qxrs get and pretty: values of a JSON document, and all of it broken into lines.
 
+#include <sstream>
+
 #include "json/JSON.h"
 #include "tools/qxrs/Command.h"
 #include "tools/qxrs/rows/Values.h"
@@ -21,19 +23,14 @@ std::vector<std::string> Segments(const std::string& strPath) {
   std::vector<std::string> vSegments;
   if (strPath.empty() || strPath == ".") return vSegments;
   const bool bPointer = strPath.front() == '/';
-  std::string strSegment;
-  for (std::size_t i = bPointer ? 1 : 0; i < strPath.size(); ++i) {
-    const char c = strPath[i];
-    if (c == (bPointer ? '/' : '.')) {
-      vSegments.push_back(std::move(strSegment));
-      strSegment.clear();
-    } else if (bPointer && c == '~' && i + 1 < strPath.size()) {
-      strSegment += strPath[++i] == '1' ? '/' : '~';
-    } else {
-      strSegment += c;
+  const char chEnd = bPointer ? '/' : '.';
+  std::istringstream stream(strPath.substr(bPointer ? 1 : 0) + chEnd);
+  for (std::string strSegment; std::getline(stream, strSegment, chEnd);) {
+    for (std::size_t n = 0; bPointer && (n = strSegment.find('~', n)) != std::string::npos; ++n) {
+      strSegment.replace(n, 2, strSegment.compare(n, 2, "~1") == 0 ? "/" : "~");
     }
+    vSegments.push_back(strSegment);
   }
-  vSegments.push_back(std::move(strSegment));
   return vSegments;
 }
 

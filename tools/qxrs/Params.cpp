@@ -17,12 +17,6 @@ namespace qxrs {
 
 namespace {
 
-std::string ResultText(long lCode) {
-  char szText[16];
-  std::snprintf(szText, sizeof szText, "0x%08X", static_cast<unsigned>(lCode));
-  return szText;
-}
-
 // ---- Building -----------------------------------------------------------------------------------
 
 struct BuildOptions {
@@ -150,7 +144,9 @@ std::string Result(const CParamsRS& params, const std::string& strName) {
   if (lCode == -1 && CLI::detail::to_lower(strFirst) != "0xffffffff") {
     throw InputError(strName + ": parameter 0 is no result code");
   }
-  return ResultText(lCode);
+  char szText[16];
+  std::snprintf(szText, sizeof szText, "0x%08X", static_cast<unsigned>(lCode));
+  return szText;
 }
 
 std::string Wanted(const ReadOptions& options, const CParamsRS& params,

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <clocale>
 #include <iostream>
+#include <map>
 #include <new>
 #include <numeric>
 #include <utility>
@@ -43,18 +44,13 @@ std::size_t Distance(const std::string& strOne, const std::string& strOther) {
 // What to say about a word that is no command.
 std::string UnknownCommand(const CLI::App& app, const std::string& strWord) {
   constexpr std::size_t kAlike = 3;  // words that differ by more are not suggested
-  std::size_t nBest = kAlike + 1;
-  std::string strBest;
-  for (const CLI::App* pCommand : app.get_subcommands([](const CLI::App*) { return true; })) {
-    const std::size_t nDistance = Distance(strWord, pCommand->get_name());
-    if (nDistance < nBest) {
-      nBest = nDistance;
-      strBest = pCommand->get_name();
-    }
+  std::map<std::size_t, std::string> mapNames;
+  for (const CLI::App* pCommand : Commands(app)) {
+    mapNames.emplace(Distance(strWord, pCommand->get_name()), pCommand->get_name());
   }
+  const auto& [nDistance, strBest] = *mapNames.begin();
   return "there is no command '" + strWord + "'" +
-         (strBest.empty() ? "" : "; did you mean " + strBest + "?") + " (see " + app.get_name() +
-         " --help)";
+         (nDistance > kAlike ? "" : "; did you mean " + strBest + "?") + " (see qxrs --help)";
 }
 
 std::string UsageMessage(const CLI::App& app, const CLI::Error& error) {

@@ -67,11 +67,6 @@ class JsonSource : public RowSource {
   // Where an object stands: it is a row, or holds the members in front of or behind the rows.
   enum class Place { Row, Front, Behind };
 
-  struct Loss {
-    const char* szReason;
-    std::size_t nColumn;
-  };
-
   [[noreturn]] void Refuse(const std::string& strReason) {
     window.Refuse(window.Begin(), strReason);
   }
@@ -215,8 +210,8 @@ class JsonSource : public RowSource {
       FillOrRefuse(text);
     }
     if (ePlace != Place::Row) return;
-    for (const Loss& loss : vLosses) {
-      warnings.Add(loss.szReason, nRow, columns[loss.nColumn].strName);
+    for (const auto& [szReason, nColumn] : vLosses) {
+      warnings.Add(szReason, nRow, columns[nColumn].strName);
     }
   }
 
@@ -255,7 +250,8 @@ class JsonSource : public RowSource {
   std::vector<JSON::ExpectedName> vExpected;  // and as they are looked for
   std::vector<unsigned long long> vSeen;      // for each column, one more than the last row with it
   std::deque<std::string> vTexts;             // texts of the current row that are not in the window
-  std::vector<Loss> vLosses;                  // of the current row
+  std::vector<std::pair<const char*, std::size_t>>
+      vLosses;  // of the current row: reasons and columns
 };
 
 // The members of a row. Nearly always they have the names that the row before had, in that order.
@@ -319,7 +315,7 @@ class JsonSource::RowReader {
     std::string& strText = source.vTexts.emplace_back();
     const char* const pNext = AppendStrict(text, p, false, strText, &bWhole);
     Take(Kind::Nested, strText.data(), strText.data() + strText.size());
-    if (!bWhole) source.vLosses.push_back({kNotUtf8, nColumn});
+    if (!bWhole) source.vLosses.emplace_back(kNotUtf8, nColumn);
     return pNext;
   }
 
@@ -337,7 +333,7 @@ class JsonSource::RowReader {
     }
     const std::string strNumber = StrictNumber(cell.strText);
     if (strNumber.front() == '"') {
-      source.vLosses.push_back({kNoNumber, nColumn});
+      source.vLosses.emplace_back(kNoNumber, nColumn);
       return;
     }
     cell.strText = source.vTexts.emplace_back(strNumber);
@@ -348,7 +344,7 @@ class JsonSource::RowReader {
     cell.nColumn = static_cast<std::uint32_t>(nColumn);
     unsigned long long& nSeen = source.vSeen[nColumn];
     if (nSeen == source.nRow + 1) {
-      source.vLosses.push_back({kRepeated, nColumn});
+      source.vLosses.emplace_back(kRepeated, nColumn);
       for (Cell& earlier : row) {
         earlier = earlier.nColumn == cell.nColumn ? cell : earlier;
       }

@@ -36,8 +36,7 @@ const Cell* Find(const Row& row, std::size_t nColumn) {
   return it == row.end() ? nullptr : &*it;
 }
 
-// ---- Some of the rows
-// ----------------------------------------------------------------------------
+// ---- Some of the rows ---------------------------------------------------------------------------
 
 namespace {
 
@@ -160,8 +159,7 @@ std::unique_ptr<RowSource> LastRows(RowSource& source, unsigned long long nRows)
   return std::make_unique<LastOfRows>(source, nRows);
 }
 
-// ---- Passing rows on
-// -----------------------------------------------------------------------------
+// ---- Passing rows on ----------------------------------------------------------------------------
 
 namespace {
 

@@ -16,7 +16,7 @@
 
 #include "tools/qxrs/rows/Rows.h"
 #include "tools/qxrs/support/Errors.h"
-#include "tools/qxrs/support/Progress.h"
+#include "tools/qxrs/support/Terminal.h"
 
 namespace qxrs {
 

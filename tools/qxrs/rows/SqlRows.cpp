@@ -179,7 +179,10 @@ class SqlSink : public RowSink {
   void SetNumber(const Cell& cell, Hold eHold, Value& value) {
     const auto nValue = cell.eKind == Kind::Integer ? ToInt64(cell.strText) : std::nullopt;
     const bool bRounds = eHold == Hold::Reals || (eHold != Hold::Texts && !nValue);
-    if (bRounds && eHold != Hold::Exact && !Fits(cell, eHold)) Warn(kRounded, cell);
+    const bool bReal = cell.eKind == Kind::Real || eHold == Hold::Reals;
+    if (bRounds && eHold != Hold::Exact && !(bReal && FitsDouble(cell.strText))) {
+      Warn(kRounded, cell);
+    }
     if (nValue) {
       value.nInteger = *nValue;
     } else if (cell.eKind == Kind::Real && eHold != Hold::Texts) {
@@ -187,11 +190,6 @@ class SqlSink : public RowSink {
     } else {
       value.eKind = Kind::Text;
     }
-  }
-
-  // Whether a real of the table, or an integer that becomes one, is the number.
-  static bool Fits(const Cell& cell, Hold eHold) {
-    return (cell.eKind == Kind::Real || eHold == Hold::Reals) && FitsDouble(cell.strText);
   }
 
   void SetText(const Cell& cell, Value& value) {

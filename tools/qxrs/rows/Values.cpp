@@ -82,7 +82,6 @@ std::string RealText(double fValue) {
 }
 
 bool FitsDouble(std::string_view strText) {
-  constexpr std::size_t kSafeDigits = 15;
   // Zeros at either end do not count, nor does the exponent.
   const auto Digits = [](std::string_view strNumber) {
     std::string strDigits;
@@ -93,9 +92,8 @@ bool FitsDouble(std::string_view strText) {
   };
   const double fValue = ToDouble(strText);
   if (std::isinf(fValue)) return false;
-  if (strText.size() <= kSafeDigits) return true;
-  const std::string strDigits = Digits(strText);
-  return strDigits.size() <= kSafeDigits || strDigits == Digits(RealText(fValue));
+  constexpr std::size_t kSafeLength = 15;
+  return strText.size() <= kSafeLength || Digits(strText) == Digits(RealText(fValue));
 }
 
 // ---- Escapes ------------------------------------------------------------------------------------

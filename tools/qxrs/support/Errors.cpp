@@ -11,17 +11,6 @@
 
 namespace qxrs {
 
-namespace {
-
-std::string Place(unsigned long long nRow, std::string_view strColumn) {
-  if (nRow == 0) return "";
-  const std::string strRow = "row " + std::to_string(nRow);
-  return strColumn.empty() ? strRow
-                           : strRow + ", column '" + MakeDisplayText(strColumn).strText + "'";
-}
-
-}  // namespace
-
 void Warnings::Add(std::string_view strReason, unsigned long long nRow, std::string_view strColumn,
                    unsigned long long nCount) {
   const auto it = std::find_if(vLosses.begin(), vLosses.end(),
@@ -30,7 +19,8 @@ void Warnings::Add(std::string_view strReason, unsigned long long nRow, std::str
     it->nCount += nCount;
     return;
   }
-  std::string strPlace = Place(nRow, strColumn);
+  std::string strPlace = nRow == 0 ? "" : "row " + std::to_string(nRow);
+  if (!strColumn.empty()) strPlace += ", column '" + MakeDisplayText(strColumn).strText + "'";
   if (bStrict) {
     throw InputError((strPlace.empty() ? "" : strPlace + ": ") + std::string(strReason));
   }

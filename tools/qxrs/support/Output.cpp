@@ -120,8 +120,7 @@ int OpenNamelessFile() {
   return nFile;
 }
 
-// ---- Output
-// --------------------------------------------------------------------------------------
+// ---- Output -------------------------------------------------------------------------------------
 
 std::string_view CompressionSuffix(std::string_view strName) {
   for (const std::string_view strEnding : {".gz", ".zst"}) {

@@ -17,7 +17,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/qxrs/support/Progress.h"
+#include "tools/qxrs/support/Terminal.h"
 
 namespace qxrs {
 

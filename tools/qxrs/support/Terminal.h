@@ -7,6 +7,7 @@
 #ifndef QXRECORDSET_TOOLS_SUPPORT_TERMINAL_H
 #define QXRECORDSET_TOOLS_SUPPORT_TERMINAL_H
 
+#include <chrono>
 #include <string>
 #include <string_view>
 
@@ -27,8 +28,7 @@ bool UseColor(When eColor, int nFile);
 enum class Style { Bold, Red, Green };
 std::string Styled(std::string_view strText, Style eStyle, bool bColor);
 
-// ---- Texts
-// ---------------------------------------------------------------------------------------
+// ---- Texts --------------------------------------------------------------------------------------
 
 struct DisplayText {
   std::string strText;
@@ -44,6 +44,43 @@ std::string PrintableLines(std::string_view strText);
 
 // `text` in at most `nWidth` columns: what does not fit is replaced by an ellipsis.
 DisplayText Shortened(const DisplayText& text, std::size_t nWidth);
+
+// ---- Progress -----------------------------------------------------------------------------------
+
+// The progress bar on standard error. It shows up only when the work takes noticeably long and
+// standard error is a terminal, and it wipes itself away.
+class Progress {
+ public:
+  enum class Unit { Bytes, Rows };
+
+  // Always shows the bar from the first step on, terminal or not.
+  explicit Progress(When eShow, Unit eCounted = Unit::Bytes);
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+  ~Progress();
+
+  // How much there will be; 0, the default: unknown.
+  void SetTotal(unsigned long long nAmount);
+
+  // `nAmount` more is done.
+  void Add(unsigned long long nAmount);
+
+  // Wipes the bar and shows none any more, so that a result can be written to the terminal.
+  void Stop();
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  void Draw();
+
+  bool bShow;
+  bool bDrawn = false;
+  Unit eUnit;
+  unsigned long long nTotal = 0;
+  unsigned long long nDone = 0;
+  unsigned nSteps = 0;  // calls of Add
+  Clock::time_point timeNext;
+};
 
 }  // namespace qxrs
 
