@@ -77,6 +77,8 @@ struct Built {
     params.addHeader(content.strHeader = "H");
   }
 
+  // One call: a header, a text, a number, a result code, all parameters once more, an assignment
+  // there and back, or the beginning of another string.
   void Step(Support::Random& random) {
     std::string text(random.OneIn(9) ? random.Below(1300) : random.Below(12), ' ');
     for (char& c : text)

@@ -1,10 +1,9 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // Support::LifePlayer plays whole lives: documents, containers and record sets are made, go through
-// any steps
-// that a host can take, from one size to a very different one, exchange what they hold, and die.
-// After each step the object is compared with its model, and in the end all memory has to be back.
-// Choices come from a seed or from a fuzzer.
+// any steps that a host can take, from one size to a very different one, exchange what they hold,
+// and die. After each step the object is compared with its model, and in the end all memory has to
+// be back. Choices come from a seed or from a fuzzer.
 
 #ifndef QXRECORDSET_TESTS_SUPPORT_LIVES_LIFEPLAYER_H
 #define QXRECORDSET_TESTS_SUPPORT_LIVES_LIFEPLAYER_H
