@@ -67,6 +67,7 @@ inline std::string Difference(const Params& expected, const CParamsRS& params) {
 struct Built {
   CParamsRS params;
   Params content{};
+  std::string strFault{};  // of what was assigned
 
   Built() { Clear(); }
 
@@ -107,7 +108,9 @@ struct Built {
           other.addHeader("another header");
           other.addResult(1);
           other = params;
+          strFault += Plain::Difference(content, other);
           params = std::move(other);
+          strFault += Plain::Difference(Params(), other);  // NOLINT: moved-from
         },
         [&] {
           if (random.OneIn(4)) Clear();
@@ -118,7 +121,7 @@ struct Built {
 
   std::string Difference() const {
     const CParamsRS received(params.paramListRef());
-    const std::string strDifference = Plain::Difference(content, params);
+    const std::string strDifference = strFault + Plain::Difference(content, params);
     const bool bAgree =
         received.getHRESULT() == CParamsRS::getHRESULT(params.paramListRef()) ||
         (!content.vTexts.empty() && content.vTexts[0].find('\0') != std::string::npos);
