@@ -37,27 +37,36 @@ class Growing {
     vNames.push_back("new" + std::to_string(vNames.size()));
     object.UpdateByName(vNames.back().c_str(), "2", JSON::jtInteger);
   }
-  void Add() {
-    texts.push_back(Name());
+  void Add(const std::string& strName) {
+    texts.push_back(strName);
     UnsafeJSONValue name = Support::ValueOf(texts.back());
     object.AddName(name);
     object.AddValue(name);
-    vNames.push_back(texts.back());
+    vNames.push_back(strName);
   }
   // Lookups come only after one of the three.
   void AddByHand() {
     for (std::uint32_t n = random.OneIn(4) ? 20 : 1; n > 0; --n)
-      Add();
+      Add(Name());
     const std::uint32_t nHow = random.Below(3);
     if (nHow == 0) object.bSorted = false;
     if (nHow == 1) object.Sort();
     if (nHow == 2) SetNew();
   }
-  // More than a few are sorted by their bytes, when many are new.
-  void AddMany() {
-    for (std::uint32_t n = random.Below(1500); n > 0; --n)
-      Add();
+  // More than a few are sorted by their bytes, when many are new, behind what all have in common.
+  void FillWithMany() {
+    Clear();
+    const std::string& strCommon = random.Of(kBegins);
+    for (std::uint32_t n = random.Below(1500); n > 0; --n) {
+      std::string name(random.Below(20), 'a');
+      for (int i = 0; i < 4 && !name.empty(); ++i)
+        name[random.Below(name.size())] = "\xE4z"[random.Below(3)];
+      Add(strCommon + name);
+    }
     object.Sort();
+    for (std::size_t i = random.Below(40); i < vNames.size(); i += 40)
+      ASSERT_EQ(object.OrdinalOf(vNames[i].data(), static_cast<int>(vNames[i].size())),
+                First(vNames[i]));
   }
   void Sort() { object.Sort(); }
   void LoseOrder() { object.bSorted = false; }
@@ -122,9 +131,9 @@ class Growing {
 
  private:
   static constexpr std::size_t kFew = 12;  // names that a lookup sorts
+  inline static const std::string kBegins[] = {"", "n", "a_long_beginning_", {"c\0", 2}};
 
   std::string Name() {
-    static const std::string kBegins[] = {"", "n", "a_long_beginning_", {"c\0", 2}};
     std::string name = random.Of(kBegins) + std::to_string(random.Below(60));
     if (random.OneIn(4)) name[random.Below(name.size())] = "\xE4z"[random.Below(3)];
     if (random.OneIn(6)) name.append(1 + random.Below(2), '\0').append(random.OneIn(2) ? "x" : "y");
@@ -151,9 +160,9 @@ class Growing {
 TEST(NameFinder, FindsNamesWhileTheyAreAddedAndChanged) {
   using Step = void (Growing::*)();
   static constexpr Step kMostly[] = {&Growing::Set, &Growing::Set, &Growing::AddByHand};
-  static constexpr Step kNowAndThen[] = {&Growing::Sort,      &Growing::LoseOrder, &Growing::Rename,
-                                         &Growing::Rename,    &Growing::Clear,     &Growing::Refill,
-                                         &Growing::Overwrite, &Growing::AddMany};
+  static constexpr Step kNowAndThen[] = {
+      &Growing::Sort,  &Growing::LoseOrder, &Growing::Rename,    &Growing::Rename,
+      &Growing::Clear, &Growing::Refill,    &Growing::Overwrite, &Growing::FillWithMany};
   for (std::uint64_t nSeed = 1; nSeed <= 60; ++nSeed) {
     SCOPED_TRACE("seed " + std::to_string(nSeed));
     Growing growing(nSeed);
