@@ -16,18 +16,23 @@ SECONDS ?= 60
 FUZZ ?=
 # ON takes the tool and its tests into `make asan`, which doubles its time.
 ASAN_TOOLS ?= OFF
+# What packages are made for. The cross compiler is there once `make check-arm64` was called.
+PACKAGES ?= x86 x64 $(if $(wildcard build/cross/arm64/toolchain.cmake),arm64)
+
+# What `make check-clang` runs: the quick tests of the library. The presets can do more.
+CLANG_TESTS := json memory params portable recordset text threads
 
 # What `make memcheck` runs: the tests of the library that take no programs of their own. The option
 # leaves it to the tests to count allocations, and to let them fail.
 MEMCHECK_TESTS := json lives memory params portable recordset text
 MEMCHECK := valgrind --quiet --error-exitcode=1 --soname-synonyms=somalloc=nouserintercepts
-
-.PHONY: help build demo demo-cluster check check-databases bench bench-hosts bench-tool bench-report asan \
+.PHONY: help build demo demo-cluster check check-arm64 check-armhf check-s390x \
+  check-riscv64 check-clang check-databases bench bench-hosts bench-tool bench-report asan \
   tsan memcheck fuzz fuzz-prove fmt fmt-check tidy \
   tidy-changed cppcheck symbols coverage docs packages packages-check
 
 help: ## list these commands
-	@sed -nE 's/^([a-z-]+):.*## (.*)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 20
+	@sed -nE 's/^([a-z0-9-]+)( [^:]*)?:.*## (.*)/  make \1\t\3/p' $(MAKEFILE_LIST) | expand -t 20
 
 # $(call configure,PRESET), $(call build,PRESET), $(call test,PRESET)
 configure = cmake --preset $(1)
@@ -57,6 +62,18 @@ check: ## build and test both architectures
 	$(call build,x64)
 	$(call test,x86)
 	$(call test,x64)
+
+check-arm64 check-armhf check-s390x check-riscv64: check-%: ## build for another processor, test under qemu (check-armhf, -s390x, -riscv64)
+	$(DEPS) build tests cross
+	scripts/cross-toolchain.sh $*
+	$(call build,$*)
+	$(call test,$*)
+
+check-clang: ## build the library and its tests with Clang and both standard libraries
+	$(DEPS) build tests clang
+	$(foreach preset,clang clang-libcxx,$(call configure,$(preset)) && cmake --build --preset $(preset) \
+	  --parallel $(JOBS) --target $(CLANG_TESTS:%=test_%) && printf '%s\n' $(CLANG_TESTS) \
+	  | xargs -P $(JOBS) -I{} build/$(preset)/tests/test_{} --gtest_brief=1 &&) true
 
 bench: ## measure beside other JSON libraries (BENCH=--quick: a minute, rough figures)
 	$(DEPS) build tests tools bench
@@ -174,12 +191,13 @@ docs: ## build the reference with all pages: build/docs/index.html
 	  printf 'IMAGE_PATH = %s\n' $(wildcard docs/plots); } | doxygen -
 
 packages: export SOURCE_DATE_EPOCH ?= $(or $(shell git log -1 --format=%ct 2>/dev/null),$(shell date +%s))
-packages: ## make the Debian packages, amd64 and i386, in build/package-*/packages/
+packages: ## make the Debian packages in build/package-*/packages/: amd64, i386, arm64 with its compiler
 	$(DEPS) build tests tools packages
-	rm -rf build/package-x86/packages build/package-x64/packages
-	$(foreach arch,x86 x64,$(call build,package-$(arch)) \
+	$(if $(filter arm64,$(PACKAGES)),$(DEPS) cross && scripts/cross-toolchain.sh arm64)
+	rm -rf $(PACKAGES:%=build/package-%/packages)
+	$(foreach arch,$(PACKAGES),$(call build,package-$(arch)) \
 	  && cpack --config build/package-$(arch)/CPackConfig.cmake &&) true
 
 packages-check: packages ## make the Debian packages, check them and build programs against them
 	$(DEPS) tests
-	packaging/check.sh build/package-x86 build/package-x64
+	packaging/check.sh $(PACKAGES:%=build/package-%)

@@ -1,11 +1,12 @@
 # Provides GTest::gtest and GTest::gtest_main.
 #
 # The system's GoogleTest serves the plain build for the system's own architecture. Any other build
-# (32-bit, sanitizers) compiles Debian's source package with its own flags, so that no package of a
-# second architecture is needed and the sanitizers see all of the code.
+# (32-bit, another processor, libc++, sanitizers) compiles Debian's source package with its own flags,
+# so that no package of a second architecture is needed and the sanitizers see all of the code.
 include(GoogleTest)
 
-if(CMAKE_SIZEOF_VOID_P EQUAL 8 AND NOT QXRECORDSET_SANITIZE)
+if(CMAKE_SIZEOF_VOID_P EQUAL 8 AND NOT CMAKE_CROSSCOMPILING AND NOT QXRECORDSET_SANITIZE
+   AND NOT CMAKE_CXX_FLAGS MATCHES "-stdlib=libc\\+\\+")
   find_package(GTest QUIET)
 endif()
 if(NOT TARGET GTest::gtest)

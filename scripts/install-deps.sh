@@ -28,6 +28,9 @@ packages_of() {
     memcheck) echo valgrind ;;
     docs) echo doxygen doxygen-awesome-css python3 ;;
     packages) echo dpkg-dev file gzip lintian man-db pkg-config ;;
+    clang) echo clang-14 libc++-14-dev libc++abi-14-dev ;;
+    # What runs programs of other processors; their compilers are unpacked by cross-toolchain.sh.
+    cross) echo qemu-user-static apt dpkg ;;
     cluster) echo python3-distributed python3-pandas sqlite3 ;;
     # The compiler, and its fuzzer and sanitizers for both architectures.
     fuzz) echo clang-14 libclang-rt-14-dev python3 ;;

@@ -11,7 +11,7 @@ export LC_ALL=C # one order everywhere
 # The exported names as C++ writes them, one a line; variants of one constructor or destructor have
 # the same, and what comes with a vtable is not listed. The names of symbol versions, of which the library has none, would be those of type A.
 exported_names() {
-  nm -D --defined-only -P "$1" | awk '$2 != "A" && !/^_ZT[IS]/ { print $1 }' | c++filt |
+  "${NM:-nm}" -D --defined-only -P "$1" | awk '$2 != "A" && !/^_ZT[IS]/ { print $1 }' | c++filt |
     sed -E 's/std::__cxx11::basic_string<(w?)char(_t)?, [^>]*> *, [^>]*> *>/std::\1string/g' | sort -u
 }
 

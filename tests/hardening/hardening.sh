@@ -2,6 +2,8 @@
 # Proves from the file itself that a built library or program carries its defences.
 #
 #   hardening.sh FILE
+#
+# The environment names the tools for the file's processor: READELF, OBJDUMP, NM.
 set -euo pipefail
 
 file=$1
@@ -12,7 +14,7 @@ claim() {
   local text=$1 pattern=$2
   shift 2
   # Not grep -q: readelf has to be read to its end, or its early death counts.
-  if readelf --wide "$@" "$file" | grep -E -- "$pattern" > /dev/null; then
+  if "$READELF" --wide "$@" "$file" | grep -E -- "$pattern" > /dev/null; then
     echo "yes  $text"
   else
     echo "NO   $text"
@@ -29,10 +31,13 @@ claim "checked variants of the C functions (FORTIFY)" '__[a-z]+_chk(@|$)' --symb
 
 # Control flow protection shows in the code: every function that can be reached from outside begins
 # with ENDBR. (The note that would say so is dropped by the linker, because the system's start-up
-# objects do not carry it.)
-unprotected=$(objdump --disassemble --no-show-raw-insn "$file" | awk -v file="$file" '
+# objects do not carry it.) Other processors than x86 have no such instruction.
+if ! "$READELF" --file-header "$file" | grep -E 'Machine: .*(X86-64|80386)' > /dev/null; then
+  exit $((failures != 0))
+fi
+unprotected=$("$OBJDUMP" --disassemble --no-show-raw-insn "$file" | awk -v file="$file" -v nm="$NM" '
   BEGIN {
-    command = "nm --defined-only --extern-only -P " file
+    command = nm " --defined-only --extern-only -P " file
     while ((command | getline) > 0) if ($2 ~ /[TW]/ && $1 !~ /^_(init|fini|start)/) reachable[$1]
   }
   /^[0-9a-f]+ <.*>:$/ { name = substr($2, 2, length($2) - 3); begins = name in reachable; next }

@@ -39,7 +39,7 @@ std::vector<std::uint64_t> Magnitudes() {
   for (std::uint64_t n = 1; n <= UINT64_MAX / 10; n *= 10)
     add(n);
   Support::Random random(1);
-  for (int i = 0; i < 4000; ++i) {
+  for (int i = 0; i < 4000; i += Support::kStride) {
     const std::uint64_t n = std::uint64_t{random.Below(UINT_MAX)} << 32 | random.Below(UINT_MAX);
     add(n >> random.Below(64));
   }

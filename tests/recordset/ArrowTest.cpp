@@ -156,11 +156,11 @@ TEST(Arrow, TakesWhatAHostDescribes) {
   numbers.schema.format = "l";
   EXPECT_EQ(numbers.Imported(1), "the data is no struct");
 
-  std::string strMark;
-  for (const std::string& part :
-       {std::string("\2"), std::string("\1"), std::string("k"), std::string(), std::string("\x10"),
-        std::string("qxrecordset.type"), std::string("\x9"), std::string("recordset")})
-    strMark += part.size() > 1 || part == "k" ? part : part + std::string(4 - part.size(), '\0');
+  const auto count = [](std::int32_t n) {  // in the byte order of the processor
+    return std::string(reinterpret_cast<const char*>(&n), sizeof n);
+  };
+  const std::string strMark = count(2) + count(1) + "k" + count(0) + count(16) +
+                              "qxrecordset.type" + count(9) + "recordset";
   std::string strOther = strMark;
   strOther.back() = 'T';
   const std::vector<std::int32_t> vShort = {0, 1, 1, 4};
