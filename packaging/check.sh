@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
-# Checks the Debian packages of both architectures: packaging/check.sh BUILD_FOLDER...
+# Checks the Debian packages of all architectures: packaging/check.sh BUILD_FOLDER...
 #
 # Each folder is the build of a package preset. lintian finds no error; dpkg accepts the packages of
 # all architectures beside each other in one scratch system; programs in C++ and C are built against
-# what lies there, in the ways the README names, and run; so is one in Python, with the package and with
-# a wheel; gdb shows what programs hold; the tool runs.
+# what lies there, in the ways the README names, and run, under qemu where the processor is another
+# one; where it is not, so is one in Python, with the package and with a wheel, and gdb shows what
+# programs hold; the tool runs.
 #
 # Needs no root: the scratch system is a folder with a package database of its own.
 set -euo pipefail
@@ -32,6 +33,7 @@ echo "lintian: ${#packages[@]} packages"
 lintian --fail-on error --suppress-tags initial-upload-closes-no-bugs "${packages[@]}"
 
 in_root --add-architecture i386
+in_root --add-architecture arm64
 in_root --unpack "${packages[@]}" > "$scratch/unpack.log" 2>&1 || { cat "$scratch/unpack.log"; exit 1; }
 beside=$(dpkg-query --admindir="$root/var/lib/dpkg" --show | wc -l)
 if ((beside != ${#packages[@]})); then
@@ -44,34 +46,49 @@ for build in "$@"; do
   build=$(realpath "$build")
   toolchain=
   flags=
-  multiarch=x86_64-linux-gnu
-  if [[ -n $(find "$build/packages" -name '*_i386.deb') ]]; then
-    toolchain=$source/cmake/x86-toolchain.cmake
-    flags=-m32
-    multiarch=i386-linux-gnu
-  fi
+  cross=
+  prefix=
+  emulator=
+  case $(dpkg-deb --field "$build"/packages/libqxrecordset1_*.deb Architecture) in
+    amd64) multiarch=x86_64-linux-gnu ;;
+    i386)
+      toolchain=$source/cmake/x86-toolchain.cmake
+      flags=-m32
+      multiarch=i386-linux-gnu
+      ;;
+    arm64)
+      cross=$source/build/cross/arm64
+      toolchain=$cross/toolchain.cmake
+      multiarch=aarch64-linux-gnu
+      prefix=$cross/bin/$multiarch-
+      emulator="qemu-aarch64-static -L $cross/usr/$multiarch"
+      ;;
+  esac
   ways=(refused find_package pkg_config)
-  [[ $flags ]] || ways+=(wheel) # for the Python of this machine
+  [[ $multiarch != x86_64-linux-gnu ]] || ways+=(wheel) # for the Python of this machine
   for way in "${ways[@]}"; do
     mkdir -p "$scratch/$multiarch"
     env CMAKE=cmake SOURCE="$source" SCRATCH="$scratch/$multiarch" PREFIX="$root/usr" \
-      MULTIARCH=$multiarch TOOLCHAIN="$toolchain" CC=cc CXX=c++ CFLAGS=$flags CXXFLAGS=$flags \
+      MULTIARCH=$multiarch TOOLCHAIN="$toolchain" CC="${prefix}gcc" CXX="${prefix}g++" \
+      CFLAGS=$flags CXXFLAGS=$flags EMULATOR="$emulator" \
       tests/consumer/consumer.sh "$way" > "$scratch/consumer.log" 2>&1 \
       || { cat "$scratch/consumer.log"; exit 1; }
     echo "$multiarch, $way: fine, $(grep -c "was born in" "$scratch/consumer.log") programs run"
   done
 
-  # gdb finds the pretty printers and the debugging symbols. It looks for the printers by the path of
-  # the library, which here is the scratch system's.
-  mkdir -p "$scratch/auto-load$scratch"
-  ln -sfn "$root/usr/share/gdb/auto-load" "$scratch/auto-load$root"
-  library=$root/usr/lib/$multiarch
-  # shellcheck disable=SC2086  # the flags are words
-  c++ $flags -std=c++17 -g -I"$root/usr/include/qxrecordset" tests/gdb/Program.cpp \
-    -o "$scratch/$multiarch/program" -L"$library" -lQXRecordSet -Wl,-rpath,"$library"
-  env PROGRAM="$scratch/$multiarch/program" AUTO_LOAD="$scratch/auto-load" \
-    DEBUG_FILES="$root/usr/lib/debug" python3 -B tests/gdb/gdb_test.py
-  echo "$multiarch: gdb shows what the program holds"
+  if [[ -z $cross ]]; then
+    # gdb finds the pretty printers and the debugging symbols. It looks for the printers by the path of
+    # the library, which here is the scratch system's.
+    mkdir -p "$scratch/auto-load$scratch"
+    ln -sfn "$root/usr/share/gdb/auto-load" "$scratch/auto-load$root"
+    library=$root/usr/lib/$multiarch
+    # shellcheck disable=SC2086  # the flags are words
+    c++ $flags -std=c++17 -g -I"$root/usr/include/qxrecordset" tests/gdb/Program.cpp \
+      -o "$scratch/$multiarch/program" -L"$library" -lQXRecordSet -Wl,-rpath,"$library"
+    env PROGRAM="$scratch/$multiarch/program" AUTO_LOAD="$scratch/auto-load" \
+      DEBUG_FILES="$root/usr/lib/debug" python3 -B tests/gdb/gdb_test.py
+    echo "$multiarch: gdb shows what the program holds"
+  fi
 
   # A package that such a program goes into depends on ours, by the names that the program uses.
   (
@@ -79,7 +96,7 @@ for build in "$@"; do
     cd "$scratch/host"
     printf 'Source: host\n\nPackage: host\nArchitecture: any\n' > debian/control
     dpkg-deb --raw-extract "$build"/packages/libqxrecordset1_*.deb "$multiarch"
-    "$source/packaging/shlibdeps.sh" --ignore-missing-info -O -S"$multiarch" \
+    CROSS=$cross "$source/packaging/shlibdeps.sh" --ignore-missing-info -O -S"$multiarch" \
       -l"$multiarch/usr/lib/$multiarch" "$scratch/$multiarch/pkg_config/cpp_shared" \
       > depends 2> /dev/null
   )
