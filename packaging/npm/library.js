@@ -1,0 +1,762 @@
+// Part of libQXRecordSet. MIT licence, see LICENSE.
+//
+// The classes on the functions of recordset/RS.h and native/Module.cpp. index.d.ts says what they do.
+
+// Kinds of cells (recordset/RS.h), and the types of documents from -1 on (json/JSON.h).
+const NONE = -1, NULL = 0, LONG = 1, BOOL = 2, TEXT = 3, RECORDSET = 5;
+const KINDS = ["null", "integer", "boolean", "text", "text", "recordset"];
+const TYPES = ["missing", "missing", "null", "boolean", "integer", "real", "string", "array", "object"];
+
+const PAGE = 65536;
+const INITIAL_PAGES = 32; // INITIAL_MEMORY of CMakeLists.txt
+const NO_MEMORY = -2;
+const SHORT = 24; // bytes of text that are faster read one by one
+
+export class ParseError extends SyntaxError {
+  name = "ParseError";
+  constructor({ reason, offset, line, column }) {
+    super(`line ${line}, column ${column}: ${reason}`);
+    Object.assign(this, { reason, offset, line, column });
+  }
+}
+
+export class MemoryError extends RangeError {
+  name = "MemoryError";
+  constructor() {
+    super("memory is exhausted");
+  }
+}
+
+// ---- Text ---------------------------------------------------------------------------------------
+
+const encoder = new TextEncoder();
+const decoder = new TextDecoder("utf-8", { ignoreBOM: true });
+
+const isWellFormed = (text) => text.isWellFormed?.() ?? !/\p{Surrogate}/u.test(text);
+
+// UTF-8 in which a surrogate without its other half has three bytes of its own, like any character.
+function encodeUnits(text, bytes) {
+  let at = 0;
+  for (let i = 0; i < text.length; ++i) {
+    const code = text.codePointAt(i);
+    if (code < 0x80) {
+      bytes[at++] = code;
+    } else {
+      if (code < 0x800) {
+        bytes[at++] = 0xc0 | (code >> 6);
+      } else {
+        if (code < 0x10000) {
+          bytes[at++] = 0xe0 | (code >> 12);
+        } else {
+          bytes[at++] = 0xf0 | (code >> 18);
+          bytes[at++] = 0x80 | ((code >> 12) & 63);
+          ++i;
+        }
+        bytes[at++] = 0x80 | ((code >> 6) & 63);
+      }
+      bytes[at++] = 0x80 | (code & 63);
+    }
+  }
+  return at;
+}
+
+// The reverse. A byte that belongs to no character becomes U+FFFD.
+function decodeUnits(bytes) {
+  const units = new Uint16Array(bytes.length);
+  let length = 0;
+  for (let i = 0; i < bytes.length;) {
+    const first = bytes[i++];
+    const more = first < 0xc2 ? 0 : first < 0xe0 ? 1 : first < 0xf0 ? 2 : first < 0xf5 ? 3 : 0;
+    let code = more ? first & (0x3f >> more) : first < 0x80 ? first : 0xfffd;
+    let j = 0;
+    while (j < more && (bytes[i + j] & 0xc0) === 0x80) code = (code << 6) | (bytes[i + j++] & 63);
+    if (j < more || (more === 2 && code < 0x800) || (more === 3 && (code < 0x10000 || code > 0x10ffff))) {
+      code = 0xfffd;
+    } else {
+      i += more;
+    }
+    if (code < 0x10000) {
+      units[length++] = code;
+    } else {
+      units[length++] = 0xd7c0 + (code >> 10);
+      units[length++] = 0xdc00 | (code & 0x3ff);
+    }
+  }
+  let text = "";
+  for (let i = 0; i < length; i += 8192) {
+    text += String.fromCharCode.apply(null, units.subarray(i, Math.min(i + 8192, length)));
+  }
+  return text;
+}
+
+// Text of the library's: UTF-8, or with halves of surrogate pairs as above, which `decoder` does not
+// know and marks.
+function decode(bytes) {
+  const text = decoder.decode(bytes);
+  return text.includes("\ufffd") ? decodeUnits(bytes) : text;
+}
+
+// ---- The module and its memory ------------------------------------------------------------------
+
+class Memory {
+  constructor(maximum) {
+    const pages = Math.min(32768, Math.max(INITIAL_PAGES, Math.floor(maximum / PAGE)));
+    this.object = new WebAssembly.Memory({ initial: INITIAL_PAGES, maximum: pages });
+    this.renew();
+  }
+
+  // Growing makes new buffers of the memory.
+  renew() {
+    const { buffer } = this.object;
+    this.bytes = new Uint8Array(buffer);
+    this.words = new Int32Array(buffer);
+  }
+
+  get imports() {
+    return {
+      env: {
+        memory: this.object,
+        emscripten_notify_memory_growth: () => this.renew(),
+        readReal: (text, length) => parseFloat(this.text(text, length)),
+      },
+      wasi_snapshot_preview1: { proc_exit: () => {} },
+    };
+  }
+
+  use(exports) {
+    this.exports = exports;
+    exports._initialize();
+    exports.QX_Seed(...crypto.getRandomValues(new Int32Array(2)));
+    this.results = this.allocate(64); // where functions write what they give besides their result
+  }
+
+  allocate(size) {
+    return (size < 2 ** 31 && this.exports.malloc(size)) || fail(new MemoryError());
+  }
+
+  text(at, length) {
+    const { bytes } = this;
+    if (length <= SHORT) {
+      let text = "";
+      for (let i = at; i < at + length; ++i) {
+        if (bytes[i] > 0x7f) return decode(bytes.subarray(at, at + length));
+        text += String.fromCharCode(bytes[i]);
+      }
+      return text;
+    }
+    return decode(bytes.subarray(at, at + length));
+  }
+
+  textToNul(at) {
+    return this.text(at, this.bytes.indexOf(0, at) - at);
+  }
+
+  // Calls use(address, length) with a copy of the text, which has a NUL behind it.
+  withText(text, use) {
+    const [at, length] = typeof text === "string" ? this.put(text) : this.putBytes(text);
+    try {
+      return use(at, length);
+    } finally {
+      this.exports.free(at);
+    }
+  }
+
+  // The same for a name or a cell, which a NUL would end.
+  withWord(text, use) {
+    if (text.includes("\0")) throw new RangeError("a NUL would end the text there");
+    return this.withText(text, use);
+  }
+
+  putBytes(bytes) {
+    const at = this.allocate(bytes.length + 1);
+    this.bytes.set(bytes, at);
+    this.bytes[at + bytes.length] = 0;
+    return [at, bytes.length];
+  }
+
+  // Most texts have a byte for each unit: others take a second step, or a third.
+  put(text) {
+    let room = text.length;
+    let at = this.allocate(room + 1);
+    let length = 0;
+    if (isWellFormed(text)) {
+      const { read, written } = encoder.encodeInto(text, this.bytes.subarray(at, at + room));
+      length = written;
+      if (read < text.length) {
+        room = written + 3 * (text.length - read);
+        at = this.grow(at, written, room + 1);
+        const rest = this.bytes.subarray(at + written, at + room);
+        length += encoder.encodeInto(text.slice(read), rest).written;
+      }
+    } else {
+      at = this.grow(at, 0, 3 * room + 1);
+      length = encodeUnits(text, this.bytes.subarray(at, at + 3 * room));
+    }
+    this.bytes[at + length] = 0;
+    return [at, length];
+  }
+
+  grow(from, length, size) {
+    const to = this.exports.malloc(size);
+    if (to) this.bytes.copyWithin(to, from, from + length);
+    this.exports.free(from);
+    return to || fail(new MemoryError());
+  }
+}
+
+function fail(error) {
+  throw error;
+}
+
+// Where an offset in UTF-8 is, in units of the string: `line` begins at byte `begin`.
+function inUnits(bytes, fault) {
+  const begin = fault.offset - (fault.column - 1);
+  const column = decode(bytes.subarray(begin, fault.offset)).length + 1;
+  return { ...fault, offset: decode(bytes.subarray(0, begin)).length + column - 1, column };
+}
+
+// ---- The classes --------------------------------------------------------------------------------
+
+const DISPOSE = Symbol.dispose ?? Symbol("Symbol.dispose");
+
+function classes(memory) {
+  const lib = memory.exports;
+  const freed = new FinalizationRegistry(({ free, handle }) => free(handle));
+
+  // What owns something in the memory.
+  class Owner {
+    #handle;
+    #free;
+    constructor(handle, free) {
+      this.#handle = handle || fail(new MemoryError());
+      this.#free = free;
+      freed.register(this, { free, handle }, this);
+    }
+
+    // Its address. (Classes outside of this file cannot ask for it.)
+    static of(owner) {
+      if (!(#handle in owner)) throw new TypeError("not an object of this library");
+      return owner.#handle || fail(new Error("used after free()"));
+    }
+
+    free() {
+      if (this.#handle === 0) return;
+      freed.unregister(this);
+      this.#free(this.#handle);
+      this.#handle = 0;
+    }
+
+    [DISPOSE]() {
+      this.free();
+    }
+  }
+
+  const of = Owner.of;
+
+  // ---- Record sets
+
+  const NO_LOSSES = Object.freeze({ cells: 0, firstRow: 0, firstColumn: undefined, reals: 0, arrays: 0, cut: 0,
+                                    limited: 0 });
+
+  class RecordSet extends Owner {
+    #indices = new Map(); // of columns by name
+    #losses = NO_LOSSES;
+
+    constructor(handle = lib.RS_Alloc()) {
+      super(handle, lib.RS_Free);
+    }
+
+    static parse(text) {
+      const set = new RecordSet();
+      const result = set.load(text);
+      if (result.ok) return set;
+      set.free();
+      throw new ParseError(result);
+    }
+
+    static fromRows(rows) {
+      const listed = Array.isArray(rows) ? rows : [...rows];
+      const { plain, nested } = plainRows(listed);
+      const set = RecordSet.parse(JSON.stringify({ rows: plain }));
+      try {
+        refuseLosses(set.losses);
+        for (const [row, name, value] of nested) set.set(row, name, value);
+      } catch (error) {
+        set.free();
+        throw error;
+      }
+      return set;
+    }
+
+    static fromColumns(columns) {
+      const set = new RecordSet();
+      try {
+        const pairs = Symbol.iterator in columns ? columns : Object.entries(columns);
+        for (const [name, values] of pairs) set.#writeColumn(name, values);
+      } catch (error) {
+        set.free();
+        throw error;
+      }
+      return set;
+    }
+
+    load(text) {
+      const handle = of(this);
+      return memory.withText(text, (at, length) => {
+        const { results } = memory;
+        memory.words[results / 4] = 48;
+        const loaded = lib.RS_Load(handle, at, length, results);
+        const [, offset, line, column, reason, cells, firstRow, first, reals, arrays, cut, limited] =
+          memory.words.subarray(results / 4, results / 4 + 12);
+        if (!loaded) {
+          if (!reason) throw new MemoryError();
+          const fault = { ok: false, reason: memory.textToNul(reason), offset, line, column };
+          return typeof text !== "string" ? fault : inUnits(memory.bytes.subarray(at, at + length), fault);
+        }
+        this.#losses = cells === 0 ? NO_LOSSES : Object.freeze(
+          { cells, firstRow, firstColumn: this.#name(first), reals, arrays, cut, limited });
+        return { ok: true, losses: this.#losses };
+      });
+    }
+
+    get losses() {
+      return this.#losses;
+    }
+
+    #textPlace() {
+      const at = lib.RS_Text(of(this), memory.results) || fail(new MemoryError());
+      return [at, memory.words[memory.results / 4]];
+    }
+
+    text() {
+      return memory.text(...this.#textPlace());
+    }
+
+    bytes() {
+      const [at, length] = this.#textPlace();
+      return memory.bytes.slice(at, at + length);
+    }
+
+    toJSON() {
+      const text = this.text();
+      return text === "" ? {} : JSON.parse(text);
+    }
+
+    copy() {
+      const made = new RecordSet();
+      try {
+        made.merge(this);
+      } catch (error) {
+        made.free();
+        throw error;
+      }
+      return made;
+    }
+
+    merge(other) {
+      this.#checked(lib.RS_Merge(of(this), of(other)));
+    }
+
+    clear() {
+      lib.RS_Clear(of(this));
+      this.#indices.clear();
+    }
+
+    // ---- Rows and columns
+
+    get rowCount() {
+      return lib.RS_RowsCount(of(this));
+    }
+
+    get columnNames() {
+      const count = lib.RS_ColumnsCount(of(this));
+      return Array.from({ length: count }, (_, i) => this.#name(i + 1));
+    }
+
+    #name(index) {
+      return memory.textToNul(this.#checked(lib.RS_ColumnName(of(this), index)));
+    }
+
+    // The index of a column, or -1. A column may be given as its index.
+    #index(column) {
+      const handle = of(this);
+      if (typeof column === "number") return column;
+      let index = this.#indices.get(column);
+      if (index === undefined) {
+        index = memory.withWord(column, (at) => lib.RS_ColumnIndex(handle, at));
+        if (index > 0) this.#indices.set(column, index);
+      }
+      return index;
+    }
+
+    addColumn(name) {
+      return this.#checked(memory.withWord(name, (at) => Math.max(0, lib.RS_AddColumn(of(this), at))));
+    }
+
+    // What a function gave that gives 0 when memory is exhausted, and only then.
+    #checked(result) {
+      return result || fail(new MemoryError());
+    }
+
+    // ---- Cells
+
+    type(row, column) {
+      const kind = lib.RS_GetIndexType(of(this), this.#index(column), row);
+      return kind === NONE ? undefined : KINDS[kind] ?? "text";
+    }
+
+    cellText(row, column) {
+      const at = lib.RS_GetIndexAsString(of(this), this.#index(column), row, memory.results);
+      return at ? memory.text(at, memory.words[memory.results / 4]) : undefined;
+    }
+
+    get(row, column) {
+      const index = this.#index(column);
+      const kind = lib.RS_GetIndexType(of(this), index, row);
+      return kind === NONE ? undefined : valueOf(kind, this.cellText(row, index));
+    }
+
+    nested(row, column) {
+      const handle = of(this);
+      const index = this.#index(column);
+      if (lib.RS_GetIndexType(handle, index, row) === NONE) return undefined;
+      const made = lib.RS_GetIndexAsRecordSet(handle, index, row);
+      if (made) return new RecordSet(made);
+      if (memory.textToNul(lib.RS_Error(handle)) === "memory is exhausted") throw new MemoryError();
+      return undefined;
+    }
+
+    set(row, column, value) {
+      const handle = of(this);
+      if (!Number.isInteger(row) || row !== (row | 0)) throw new RangeError("a row is a 32-bit integer");
+      const write = writerOf(value); // refuses before a column is added
+      if (typeof column === "number" && (column < 1 || column > lib.RS_ColumnsCount(handle))) {
+        throw new RangeError("there is no such column");
+      }
+      this.#checked(write(handle, typeof column === "number" ? column : this.addColumn(column), row));
+    }
+
+    // ---- Whole columns
+
+    // The kinds of the cells of a column in all rows, which are a copy, and what they are together.
+    #cells(index, count) {
+      const first = lib.RS_GetIndexType(of(this), index, 1);
+      return first === LONG || first === BOOL ? this.#integers(index, count) : this.#texts(index, count);
+    }
+
+    #integers(index, count) {
+      const at = memory.allocate(9 * count + 8);
+      try {
+        lib.RS_GetColumnAsLong64(of(this), index, 1, count, at, at + 8 * count);
+        const { words, bytes } = memory;
+        const kinds = new Int8Array(bytes.slice(at + 8 * count, at + 9 * count).buffer);
+        const { kind, nulls } = summary(kinds);
+        if (kind !== LONG && kind !== BOOL && kind !== NULL) return this.#texts(index, count);
+        const values = kind === BOOL ? new Uint8Array(count) : new Int32Array(count);
+        for (let i = 0, from = at / 4; i < count; ++i, from += 2) values[i] = words[from];
+        return { kinds, kind, nulls, values };
+      } finally {
+        lib.free(at);
+      }
+    }
+
+    #texts(index, count) {
+      const types = memory.allocate(count + 1);
+      try {
+        const at = this.#checked(
+          lib.RS_GetColumnAsStrings(of(this), index, 1, count, types, memory.results));
+        const kinds = new Int8Array(memory.bytes.slice(types, types + count).buffer);
+        const { kind, nulls } = summary(kinds);
+        if (kind === LONG || kind === BOOL) return this.#integers(index, count);
+        const length = memory.words[memory.results / 4];
+        const values = count === 0 ? [] : memory.text(at, length - 1).split("\0");
+        return { kinds, kind, nulls, values };
+      } finally {
+        lib.free(types);
+      }
+    }
+
+    column(column) {
+      const index = this.#index(column);
+      if (index < 1 || index > lib.RS_ColumnsCount(of(this))) return undefined;
+      const count = this.rowCount;
+      const { kinds, kind, nulls, values } = this.#cells(index, count);
+      const valid = nulls === 0 ? null : Uint8Array.from(kinds, (one) => (one > NULL ? 1 : 0));
+      if (valid && Array.isArray(values)) valid.forEach((yes, i) => yes || (values[i] = null));
+      return { name: this.#name(index), type: KINDS[kind] ?? "text", length: count, values, valid };
+    }
+
+    columns() {
+      return new Map(this.columnNames.map((name, i) => [name, this.column(i + 1)]));
+    }
+
+    rows() {
+      const count = this.rowCount;
+      const rows = Array.from({ length: count }, () => ({}));
+      this.columnNames.forEach((name, i) => {
+        const { kinds, kind, nulls, values } = this.#cells(i + 1, count);
+        if (name === "__proto__") {
+          kinds.forEach((one, row) => one === NONE || Object.defineProperty(rows[row], name, {
+            value: valueOf(one, String(values[row])), configurable: true, enumerable: true, writable: true }));
+        } else if (nulls === 0 && (kind === LONG || kind === TEXT) && !mixed(kinds)) {
+          for (let row = 0; row < count; ++row) rows[row][name] = values[row];
+        } else {
+          for (let row = 0; row < count; ++row) {
+            if (kinds[row] !== NONE) rows[row][name] = valueOf(kinds[row], values[row]);
+          }
+        }
+      });
+      return rows;
+    }
+
+    #writeColumn(name, given) {
+      const values = ArrayBuffer.isView(given) || Array.isArray(given) ? given : given.values ?? [...given];
+      const valid = values === given ? null : given.valid ?? null;
+      const index = this.addColumn(name);
+      const type = values === given ? undefined : given.type;
+      const isSmall = values instanceof Int32Array || values instanceof Int16Array || values instanceof Int8Array ||
+        values instanceof Uint16Array || values instanceof Uint8Array;
+      if (isSmall) {
+        this.#writeIntegers(index, values, valid, type === "boolean");
+      } else if (type !== "recordset" && values.length > 0 && isTexts(values)) {
+        this.#writeTexts(index, values, valid);
+      } else {
+        for (let i = 0; i < values.length; ++i) {
+          const value = valid && !valid[i] ? null : values[i];
+          if (value === undefined) continue;
+          this.set(i + 1, index, type === "recordset" && typeof value === "string" ? JSON.parse(value) : value);
+        }
+      }
+    }
+
+    #writeIntegers(index, values, valid, isBoolean) {
+      const count = values.length;
+      const at = memory.allocate(5 * count + 4);
+      try {
+        memory.words.set(values, at / 4);
+        if (valid) memory.bytes.set(valid, at + 4 * count);
+        this.#checked(lib.QX_SetIntegers(of(this), index, at, valid && at + 4 * count, count, isBoolean));
+      } finally {
+        lib.free(at);
+      }
+    }
+
+    #writeTexts(index, values, valid) {
+      const given = valid ?? (values.includes(null) ? Uint8Array.from(values, (one) => (one === null ? 0 : 1)) : null);
+      memory.withText(values.join("\0") + "\0", (at, length) => {
+        const marks = memory.allocate(values.length);
+        try {
+          if (given) memory.bytes.set(given, marks);
+          const done = lib.QX_SetTexts(of(this), index, at, length, given && marks, values.length);
+          if (done < 0) throw new RangeError("a NUL would end the text there");
+          this.#checked(done);
+        } finally {
+          lib.free(marks);
+        }
+      });
+    }
+  }
+
+  // A function that writes the value to a cell, given handle, index and row.
+  function writerOf(value) {
+    switch (typeof value) {
+      case "boolean":
+        return (handle, index, row) => lib.RS_SetIndexAsBool(handle, index, row, value);
+      case "number":
+        if (!Number.isSafeInteger(value)) refuse(value);
+        return (handle, index, row) => lib.RS_SetIndexAsLong64(handle, index, row, BigInt(value));
+      case "bigint":
+        if (BigInt.asIntN(64, value) !== value) throw new RangeError("the integer is out of range");
+        return (handle, index, row) => lib.RS_SetIndexAsLong64(handle, index, row, value);
+      case "string":
+        return (handle, index, row) =>
+          memory.withWord(value, (at) => lib.RS_SetIndexAsString(handle, index, row, at));
+      case "object":
+        break;
+      default:
+        refuse(value);
+    }
+    if (value === null) return lib.RS_SetIndexNull;
+    if (value instanceof RecordSet) {
+      return (handle, index, row) => lib.RS_SetIndexAsRecordSet(handle, index, row, of(value));
+    }
+    if (Array.isArray(value)) refuse(value);
+    return (handle, index, row) => {
+      const made = RecordSet.fromRows(Array.isArray(value.rows) ? value.rows : [value]);
+      try {
+        return lib.RS_SetIndexAsRecordSet(handle, index, row, of(made));
+      } finally {
+        made.free();
+      }
+    };
+  }
+
+  function plainRows(rows) {
+    const nested = [];
+    const plain = rows.map((row, i) => {
+      let changed = row;
+      for (const name in row) {
+        const value = row[name];
+        const kind = typeof value;
+        if (kind === "string" || kind === "boolean" || value === null || value === undefined) continue;
+        if (kind === "number" && value === (value | 0)) continue;
+        if (changed === row) changed = { ...row };
+        if (kind === "object" && !Array.isArray(value)) {
+          nested.push([i + 1, name, value]);
+          changed[name] = null; // the column keeps its place
+        } else if (Number.isSafeInteger(value) || kind === "bigint") {
+          changed[name] = String(value);
+        } else {
+          refuse(value, `row ${i + 1}, column ${JSON.stringify(name)}: `);
+        }
+      }
+      return changed;
+    });
+    return { plain, nested };
+  }
+
+  // ---- Documents
+
+  class Document extends Owner {
+    constructor() {
+      super(lib.QX_OpenDocument(), lib.QX_FreeDocument);
+    }
+
+    static parse(text) {
+      const made = new Document();
+      const result = made.load(text);
+      if (result.ok) return made;
+      made.free();
+      throw new ParseError(result);
+    }
+
+    load(text) {
+      const handle = of(this);
+      return memory.withText(text, (at, length) => {
+        const { results } = memory;
+        const parsed = lib.QX_ParseDocument(handle, at, results);
+        if (parsed === NO_MEMORY) throw new MemoryError();
+        if (parsed) return { ok: true };
+        const [offset, line, column, reason] = memory.words.subarray(results / 4, results / 4 + 4);
+        const fault = { ok: false, reason: memory.textToNul(reason), offset, line, column };
+        return typeof text !== "string" ? fault : inUnits(memory.bytes.subarray(at, at + length), fault);
+      });
+    }
+
+    // The type of a value, with what the type has in memory.results.
+    #read(path) {
+      const type = memory.withWord(path, (at) => lib.QX_ReadPath(of(this), at, memory.results));
+      return type === NO_MEMORY ? fail(new MemoryError()) : TYPES[type + 1];
+    }
+
+    type(path) {
+      return this.#read(path);
+    }
+
+    has(path) {
+      return this.#read(path) !== "missing";
+    }
+
+    get(path) {
+      const type = this.#read(path);
+      const view = new DataView(memory.object.buffer, memory.results, 24);
+      switch (type) {
+        case "null":
+          return null;
+        case "boolean":
+          return view.getFloat64(0, true) !== 0;
+        case "integer":
+        case "real":
+          return view.getFloat64(0, true);
+        case "string":
+          return memory.textToNul(view.getUint32(16, true));
+        default:
+          return undefined;
+      }
+    }
+
+    bigint(path) {
+      const type = this.#read(path);
+      if (type !== "integer" && type !== "real") return undefined;
+      return new DataView(memory.object.buffer).getBigInt64(memory.results + 8, true);
+    }
+
+    size(path) {
+      const type = this.#read(path);
+      return type === "array" || type === "object" ? memory.words[memory.results / 4 + 5] : 0;
+    }
+  }
+
+  return { RecordSet, Document };
+}
+
+// ---- Values -------------------------------------------------------------------------------------
+
+// What a cell is in JavaScript.
+function valueOf(kind, text) {
+  if (kind === TEXT) return text;
+  if (kind === LONG) return Number(text);
+  if (kind === BOOL) return Number(text) === 1;
+  if (kind === NULL) return null;
+  return kind === RECORDSET ? (text === "" ? {} : JSON.parse(text)) : text;
+}
+
+// What the cells are together: the kind that all have that are no nulls, or text; and how many are null
+// or missing.
+function summary(kinds) {
+  let seen = 0;
+  let nulls = 0;
+  for (let i = 0; i < kinds.length; ++i) {
+    if (kinds[i] > NULL) seen |= 1 << kinds[i];
+    else ++nulls;
+  }
+  const kind = seen === 0 ? NULL : 31 - Math.clz32(seen);
+  return { kind: seen === 1 << kind || seen === 0 ? kind : TEXT, nulls };
+}
+
+const mixed = (kinds) => kinds.some((kind) => kind !== kinds[0]);
+
+const isTexts = (values) => values.every((one) => typeof one === "string" || one === null);
+
+function refuse(value, where = "") {
+  const what = typeof value === "number" ? "numbers that are no safe integers"
+    : Array.isArray(value) ? "arrays" : `a ${typeof value}`;
+  throw new TypeError(`${where}there are no cells for ${what}`);
+}
+
+function refuseLosses(losses) {
+  if (losses.cells === 0) return;
+  const where = `row ${losses.firstRow}, column ${JSON.stringify(losses.firstColumn)}`;
+  if (losses.cut) throw new RangeError(`${where}: a NUL would end the text there`);
+  throw new TypeError(`${where}: there are no cells for real numbers and arrays`);
+}
+
+// ---- Opening ------------------------------------------------------------------------------------
+
+async function compile(source) {
+  const given = await source;
+  if (given instanceof WebAssembly.Module) return given;
+  if (typeof Response === "undefined" || !(given instanceof Response)) return WebAssembly.compile(given);
+  if (!given.ok) throw new Error(`${given.url}: ${given.status}`);
+  if (given.headers.get("content-type") === "application/wasm") return WebAssembly.compileStreaming(given);
+  return WebAssembly.compile(await given.arrayBuffer());
+}
+
+// openLibrary() of a platform: fetchModule gives the module's bytes, or a response with them.
+export function opener(fetchModule) {
+  let compiled;
+  let shared;
+  const open = async ({ wasm, maximumMemory = 2 ** 31 } = {}) => {
+    const module = await (wasm === undefined ? (compiled ??= compile(fetchModule())) : compile(wasm));
+    const memory = new Memory(maximumMemory);
+    const { exports } = await WebAssembly.instantiate(module, memory.imports);
+    memory.use(exports);
+    return Object.freeze({ ...classes(memory), memorySize: () => memory.object.buffer.byteLength });
+  };
+  return (options) => {
+    if (options !== undefined) return open(options);
+    shared ??= open();
+    shared.catch(() => { shared = compiled = undefined; }); // a failed request may be tried again
+    return shared;
+  };
+}
