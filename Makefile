@@ -29,7 +29,8 @@ MEMCHECK := valgrind --quiet --error-exitcode=1 --soname-synonyms=somalloc=nouse
 .PHONY: help build demo demo-cluster check check-arm64 check-armhf check-s390x \
   check-riscv64 check-clang check-databases bench bench-hosts bench-tool bench-report asan \
   tsan memcheck fuzz fuzz-prove fmt fmt-check tidy \
-  tidy-changed cppcheck symbols coverage docs packages packages-check
+  tidy-changed cppcheck symbols coverage docs packages packages-check \
+  wasm wasm-check wasm-bench browser-demo
 
 help: ## list these commands
 	@sed -nE 's/^([a-z0-9-]+)( [^:]*)?:.*## (.*)/  make \1\t\3/p' $(MAKEFILE_LIST) | expand -t 20
@@ -201,3 +202,18 @@ packages: ## make the Debian packages in build/package-*/packages/: amd64, i386,
 packages-check: packages ## make the Debian packages, check them and build programs against them
 	$(DEPS) tests
 	packaging/check.sh $(PACKAGES:%=build/package-%)
+
+wasm: ## build the npm package, with the library as WebAssembly, in build/wasm/package/
+	$(DEPS) wasm
+	emcmake cmake -S packaging/npm -B build/wasm -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
+	cmake --build build/wasm --parallel $(JOBS)
+
+wasm-check: wasm ## test the npm package in node and the page that shows it in Chromium
+	tests/npm/run.sh build/wasm
+	tests/browser/run.sh build/wasm
+
+wasm-bench: wasm ## measure the npm package beside JSON.parse and JSON.stringify
+	tests/npm/run.sh build/wasm bench
+
+browser-demo: wasm ## serve the page that shows record sets in a browser: http://localhost:8017/
+	node examples/browser/serve.mjs build/wasm/package 8017

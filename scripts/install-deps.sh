@@ -32,6 +32,10 @@ packages_of() {
     # What runs programs of other processors; their compilers are unpacked by cross-toolchain.sh.
     cross) echo qemu-user-static apt dpkg ;;
     cluster) echo python3-distributed python3-pandas sqlite3 ;;
+    # WebAssembly; node runs its tests, which need npm, too. Where node came with npm, it is no package.
+    wasm) echo emscripten cmake ninja-build nodejs ;;
+    npm) echo npm ;;
+    browser) echo chromium ;;
     # The compiler, and its fuzzer and sanitizers for both architectures.
     fuzz) echo clang-14 libclang-rt-14-dev python3 ;;
     *)

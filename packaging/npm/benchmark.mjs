@@ -1,7 +1,7 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
 // Tables of ten columns from text to JavaScript and back, beside JSON.parse and JSON.stringify in the
-// same run: `make wasm-bench`, or `npm run bench -- [ROWS...]`. Each time has everything in it: the
+// same run: `make wasm-bench`. Each time has everything in it: the
 // text into the module's memory, the work, the results out of it, and the release.
 //
 // Best of several, taking turns. "times as fast" is beside what JSON does for the same result.

@@ -10,6 +10,7 @@ const TYPES = ["missing", "missing", "null", "boolean", "integer", "real", "stri
 const PAGE = 65536;
 const INITIAL_PAGES = 32; // INITIAL_MEMORY of CMakeLists.txt
 const NO_MEMORY = -2;
+const ENTRY = 8; // words of a Dictionary::Entry
 const SHORT = 24; // bytes of text that are faster read one by one
 
 export class ParseError extends SyntaxError {
@@ -147,6 +148,11 @@ class Memory {
     return decode(bytes.subarray(at, at + length));
   }
 
+  // A copy of the types of cells.
+  kinds(at, count) {
+    return new Int8Array(this.object.buffer.slice(at, at + count));
+  }
+
   textToNul(at) {
     return this.text(at, this.bytes.indexOf(0, at) - at);
   }
@@ -167,6 +173,19 @@ class Memory {
     return this.withText(text, use);
   }
 
+  // What parse(address, length) gives for the text: undefined, or a fault with its position in bytes, which
+  // becomes one in the text.
+  read(text, parse) {
+    const positioned = (fault, at, length) => fault && (typeof text === "string"
+      ? inUnits(this.bytes.subarray(at, at + length), fault) : fault);
+    return this.withText(text, (at, length) => {
+      const joined = this.exports.QX_JoinPairs(at, length);
+      const fault = parse(at, joined);
+      if (!fault || joined === length) return positioned(fault, at, length);
+      return this.withText(text, (as, given) => positioned(parse(as, given), as, given));
+    });
+  }
+
   putBytes(bytes) {
     const at = this.allocate(bytes.length + 1);
     this.bytes.set(bytes, at);
@@ -174,9 +193,9 @@ class Memory {
     return [at, bytes.length];
   }
 
-  // Most texts have a byte for each unit: others take a second step, or a third.
+  // Most texts have hardly more bytes than units: others take a second step.
   put(text) {
-    let room = text.length;
+    let room = text.length + (text.length >> 4);
     let at = this.allocate(room + 1);
     let length = 0;
     if (isWellFormed(text)) {
@@ -189,8 +208,8 @@ class Memory {
         length += encoder.encodeInto(text.slice(read), rest).written;
       }
     } else {
-      at = this.grow(at, 0, 3 * room + 1);
-      length = encodeUnits(text, this.bytes.subarray(at, at + 3 * room));
+      at = this.grow(at, 0, 3 * text.length + 1);
+      length = encodeUnits(text, this.bytes.subarray(at));
     }
     this.bytes[at + length] = 0;
     return [at, length];
@@ -302,21 +321,19 @@ function classes(memory) {
 
     load(text) {
       const handle = of(this);
-      return memory.withText(text, (at, length) => {
-        const { results } = memory;
-        memory.words[results / 4] = 48;
-        const loaded = lib.RS_Load(handle, at, length, results);
-        const [, offset, line, column, reason, cells, firstRow, first, reals, arrays, cut, limited] =
-          memory.words.subarray(results / 4, results / 4 + 12);
-        if (!loaded) {
-          if (!reason) throw new MemoryError();
-          const fault = { ok: false, reason: memory.textToNul(reason), offset, line, column };
-          return typeof text !== "string" ? fault : inUnits(memory.bytes.subarray(at, at + length), fault);
-        }
-        this.#losses = cells === 0 ? NO_LOSSES : Object.freeze(
-          { cells, firstRow, firstColumn: this.#name(first), reals, arrays, cut, limited });
-        return { ok: true, losses: this.#losses };
+      const { results } = memory;
+      const told = () => memory.words.subarray(results / 4, results / 4 + 12);
+      const fault = memory.read(text, (at, length) => {
+        memory.words[results / 4] = 48; // bytes of struct RS_LoadResult
+        if (lib.RS_Load(handle, at, length, results)) return undefined;
+        const [, offset, line, column, reason] = told();
+        return { ok: false, reason: memory.textToNul(reason || fail(new MemoryError())), offset, line, column };
       });
+      if (fault) return fault;
+      const [, , , , , cells, firstRow, first, reals, arrays, cut, limited] = told();
+      this.#losses = cells === 0 ? NO_LOSSES : Object.freeze(
+        { cells, firstRow, firstColumn: this.#name(first), reals, arrays, cut, limited });
+      return { ok: true, losses: this.#losses };
     }
 
     get losses() {
@@ -438,51 +455,58 @@ function classes(memory) {
 
     // ---- Whole columns
 
-    // The kinds of the cells of a column in all rows, which are a copy, and what they are together.
+    // The cells of a column in all rows: what they are, each and together, how many rows have none or a
+    // null, and the values, which are anything there.
     #cells(index, count) {
-      const first = lib.RS_GetIndexType(of(this), index, 1);
-      return first === LONG || first === BOOL ? this.#integers(index, count) : this.#texts(index, count);
-    }
-
-    #integers(index, count) {
-      const at = memory.allocate(9 * count + 8);
+      const at = memory.allocate(5 * count + 8);
+      const types = at + 4 * count;
       try {
-        lib.RS_GetColumnAsLong64(of(this), index, 1, count, at, at + 8 * count);
-        const { words, bytes } = memory;
-        const kinds = new Int8Array(bytes.slice(at + 8 * count, at + 9 * count).buffer);
-        const { kind, nulls } = summary(kinds);
-        if (kind !== LONG && kind !== BOOL && kind !== NULL) return this.#texts(index, count);
-        const values = kind === BOOL ? new Uint8Array(count) : new Int32Array(count);
-        for (let i = 0, from = at / 4; i < count; ++i, from += 2) values[i] = words[from];
-        return { kinds, kind, nulls, values };
+        if (!lib.QX_ReadColumn(of(this), index, count, types, at, memory.results)) {
+          return this.#texts(index, count, types);
+        }
+        const { words, results } = memory;
+        const [kind, empty, different, texts] = words.subarray(results / 4, results / 4 + 4);
+        const numbers = words.subarray(at / 4, at / 4 + count);
+        const values = kind === LONG ? numbers.slice()
+          : kind === BOOL ? new Uint8Array(numbers)
+          : this.#fromDictionary(texts, different, numbers);
+        return { kinds: memory.kinds(types, count), kind, empty, values };
       } finally {
         lib.free(at);
       }
     }
 
-    #texts(index, count) {
-      const types = memory.allocate(count + 1);
-      try {
-        const at = this.#checked(
-          lib.RS_GetColumnAsStrings(of(this), index, 1, count, types, memory.results));
-        const kinds = new Int8Array(memory.bytes.slice(types, types + count).buffer);
-        const { kind, nulls } = summary(kinds);
-        if (kind === LONG || kind === BOOL) return this.#integers(index, count);
-        const length = memory.words[memory.results / 4];
-        const values = count === 0 ? [] : memory.text(at, length - 1).split("\0");
-        return { kinds, kind, nulls, values };
-      } finally {
-        lib.free(types);
-      }
+    #fromDictionary(entries, different, numbers) {
+      const strings = Array.from({ length: different }, (_, i) => {
+        const [at, length] = memory.words.subarray(entries / 4 + ENTRY * i);
+        return memory.text(at, length);
+      });
+      const values = new Array(numbers.length);
+      for (let i = 0; i < numbers.length; ++i) values[i] = strings[numbers[i]];
+      return values;
+    }
+
+    #texts(index, count, types) {
+      const at = this.#checked(lib.RS_GetColumnAsStrings(of(this), index, 1, count, types, memory.results));
+      const kinds = memory.kinds(types, count);
+      const values = memory.text(at, memory.words[memory.results / 4] - 1).split("\0");
+      return { kinds, ...summary(kinds), values };
     }
 
     column(column) {
       const index = this.#index(column);
       if (index < 1 || index > lib.RS_ColumnsCount(of(this))) return undefined;
       const count = this.rowCount;
-      const { kinds, kind, nulls, values } = this.#cells(index, count);
-      const valid = nulls === 0 ? null : Uint8Array.from(kinds, (one) => (one > NULL ? 1 : 0));
-      if (valid && Array.isArray(values)) valid.forEach((yes, i) => yes || (values[i] = null));
+      const { kinds, kind, empty, values } = this.#cells(index, count);
+      let valid = null;
+      if (empty > 0) {
+        valid = new Uint8Array(count);
+        const isArray = Array.isArray(values);
+        for (let i = 0; i < count; ++i) {
+          if (kinds[i] > NULL) valid[i] = 1;
+          else if (isArray) values[i] = null;
+        }
+      }
       return { name: this.#name(index), type: KINDS[kind] ?? "text", length: count, values, valid };
     }
 
@@ -494,11 +518,11 @@ function classes(memory) {
       const count = this.rowCount;
       const rows = Array.from({ length: count }, () => ({}));
       this.columnNames.forEach((name, i) => {
-        const { kinds, kind, nulls, values } = this.#cells(i + 1, count);
+        const { kinds, kind, empty, values } = this.#cells(i + 1, count);
         if (name === "__proto__") {
           kinds.forEach((one, row) => one === NONE || Object.defineProperty(rows[row], name, {
-            value: valueOf(one, String(values[row])), configurable: true, enumerable: true, writable: true }));
-        } else if (nulls === 0 && (kind === LONG || kind === TEXT) && !mixed(kinds)) {
+            value: valueOf(one, values[row]), configurable: true, enumerable: true, writable: true }));
+        } else if (empty === 0 && (kind === LONG || kind === TEXT) && !isMixed(kinds)) {
           for (let row = 0; row < count; ++row) rows[row][name] = values[row];
         } else {
           for (let row = 0; row < count; ++row) {
@@ -600,8 +624,10 @@ function classes(memory) {
         const kind = typeof value;
         if (kind === "string" || kind === "boolean" || value === null || value === undefined) continue;
         if (kind === "number" && value === (value | 0)) continue;
+        const isObject = kind === "object" && !Array.isArray(value);
+        if (isObject && !(value instanceof RecordSet || Array.isArray(value.rows))) continue;
         if (changed === row) changed = { ...row };
-        if (kind === "object" && !Array.isArray(value)) {
+        if (isObject) {
           nested.push([i + 1, name, value]);
           changed[name] = null; // the column keeps its place
         } else if (Number.isSafeInteger(value) || kind === "bigint") {
@@ -632,15 +658,14 @@ function classes(memory) {
 
     load(text) {
       const handle = of(this);
-      return memory.withText(text, (at, length) => {
-        const { results } = memory;
-        const parsed = lib.QX_ParseDocument(handle, at, results);
+      const fault = memory.read(text, (at) => {
+        const parsed = lib.QX_ParseDocument(handle, at, memory.results);
         if (parsed === NO_MEMORY) throw new MemoryError();
-        if (parsed) return { ok: true };
-        const [offset, line, column, reason] = memory.words.subarray(results / 4, results / 4 + 4);
-        const fault = { ok: false, reason: memory.textToNul(reason), offset, line, column };
-        return typeof text !== "string" ? fault : inUnits(memory.bytes.subarray(at, at + length), fault);
+        if (parsed) return undefined;
+        const [offset, line, column, reason] = memory.words.subarray(memory.results / 4);
+        return { ok: false, reason: memory.textToNul(reason), offset, line, column };
       });
+      return fault ?? { ok: true };
     }
 
     // The type of a value, with what the type has in memory.results.
@@ -701,20 +726,18 @@ function valueOf(kind, text) {
   return kind === RECORDSET ? (text === "" ? {} : JSON.parse(text)) : text;
 }
 
-// What the cells are together: the kind that all have that are no nulls, or text; and how many are null
-// or missing.
+// What cells of several kinds are together (text), or many texts; and how many there are not.
 function summary(kinds) {
-  let seen = 0;
-  let nulls = 0;
-  for (let i = 0; i < kinds.length; ++i) {
-    if (kinds[i] > NULL) seen |= 1 << kinds[i];
-    else ++nulls;
+  let kind = NULL;
+  let empty = 0;
+  for (const one of kinds) {
+    if (one > NULL) kind = kind === NULL || kind === one ? one : TEXT; // text stays text
+    else ++empty;
   }
-  const kind = seen === 0 ? NULL : 31 - Math.clz32(seen);
-  return { kind: seen === 1 << kind || seen === 0 ? kind : TEXT, nulls };
+  return { kind, empty };
 }
 
-const mixed = (kinds) => kinds.some((kind) => kind !== kinds[0]);
+const isMixed = (kinds) => kinds.some((kind) => kind !== kinds[0]);
 
 const isTexts = (values) => values.every((one) => typeof one === "string" || one === null);
 

@@ -7,6 +7,7 @@
 #                                            that follows directly (nothing, when none does)
 #   other ```cpp blocks                      are compiled, each as the body of a function
 #   ```python blocks                         are run like programs, with the built library
+#   ```js blocks                             are run by tests/npm, with the npm package
 #   ```cmake blocks                          configure a project that has a host.cpp
 #   ```sh blocks                             are run, in a folder with the program before them as
 #                                            host.cpp or host.c and the database shop.db; of make and
@@ -335,7 +336,7 @@ def faults_of_page(page):
     fragments = [b for b in blocks if b.language == "cpp" and not b.is_program()]
     commands = [b for b in blocks if b.language in ("sh", "cmake")]
     scripts = [b for b in blocks if b.language == "python"]
-    others = {b.language for b in blocks} - {"cpp", "c", "text", "sh", "cmake", "python", ""}
+    others = {b.language for b in blocks} - {"cpp", "c", "text", "sh", "cmake", "python", "js", ""}
     if others or any(b.language == "c" and not b.is_program() for b in blocks):
         failures += 1
         print(f"{page}: code that nothing checks: {others or 'a fragment of C'}")

@@ -1,7 +1,6 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// What the package calls beside the functions of RS.h: whole columns in, which would otherwise be a call
-// for each cell, and documents. No C++ exception may leave a function here: JavaScript could not put
+// What the package calls beside the functions of RS.h: whole columns in both directions, and documents. No C++ exception may leave a function here: JavaScript could not put
 // the stack back. Exhausted memory is a result.
 
 #include <algorithm>
@@ -10,7 +9,11 @@
 #include <cstring>
 
 #include "json/JSON.h"
+#include "recordset/FlatHandle.h"
 #include "recordset/RS.h"
+#include "text/Block.h"
+#include "text/NameHash.h"
+#include "text/ReadDecimal.h"
 
 namespace {
 
@@ -42,11 +45,206 @@ struct Fault {
   const char* reason;
 };
 
+const char* FindBackslash(const char* p, const char* pEnd) {
+  using JSON::Block16;
+  for (; pEnd - p >= Block16::kBytes; p += Block16::kBytes) {
+    const std::uint32_t mask = Block16::Load(p).Equals('\\');
+    if (mask != 0) return p + JSON::LowestBit(mask);
+  }
+  return std::find(p, pEnd, '\\');
+}
+
+constexpr int kEscape = 6;  // bytes of "\ud83d"
+
+int HexDigit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  const int nLetter = (c | 0x20) - 'a';
+  return nLetter >= 0 && nLetter < 6 ? 10 + nLetter : -1;
+}
+
+// The number in an escape; -1 when there is none.
+int UnitAt(const char* p) {
+  if (p[0] != '\\' || p[1] != 'u') return -1;
+  int nUnit = 0;
+  for (int i = 2; i < kEscape; ++i) {
+    const int nDigit = HexDigit(p[i]);
+    if (nDigit < 0) return -1;
+    nUnit = 16 * nUnit + nDigit;
+  }
+  return nUnit;
+}
+
+// The character of a pair of escapes; 0 when there is none.
+std::uint32_t PairAt(const char* p, const char* pEnd) {
+  if (pEnd - p < 2 * kEscape) return 0;
+  const int nHigh = UnitAt(p);
+  if (nHigh < 0xD800 || nHigh > 0xDBFF) return 0;
+  const int nLow = UnitAt(p + kEscape);
+  if (nLow < 0xDC00 || nLow > 0xDFFF) return 0;
+  return static_cast<std::uint32_t>(0x10000 + ((nHigh - 0xD800) << 10) + (nLow - 0xDC00));
+}
+
+// The different texts of a column, as long as there are few. Making a string is what texts cost most in
+// JavaScript, and the same text can be the same string.
+class Dictionary {
+ public:
+  static constexpr std::int32_t kFull = -1;
+
+  // JavaScript reads the first two members.
+  struct Entry {
+    const char* text;
+    std::uint32_t length;
+    std::uint32_t nHash;
+    std::uint64_t aBytes[2];  // all bytes of a text of up to 16, and zeros
+  };
+
+  // Begins anew, for no more than so many texts.
+  void Clear(long lTexts) {
+    hash_ = JSON::NameHash();
+    nCount_ = 0;
+    nSlots_ = 64;
+    while (nSlots_ < kSlots && nSlots_ / 4 < static_cast<std::size_t>(lTexts)) nSlots_ *= 2;
+    std::fill_n(aSlots_, nSlots_, std::int16_t{kFree});
+  }
+
+  // The number of a cell's text, from 0 in the order in which they came; kFull when it has none.
+  std::int32_t Find(const recordset::Cell& cell) {
+    const Entry entry = EntryOf(cell);
+    for (std::size_t nSlot = entry.nHash % nSlots_;; nSlot = (nSlot + 1) % nSlots_) {
+      const std::int32_t nCode = aSlots_[nSlot];
+      if (nCode == kFree) return Add(nSlot, entry);
+      if (IsSame(aEntries_[nCode], entry)) return nCode;
+    }
+  }
+
+  std::int32_t Count() const { return nCount_; }
+  const Entry* Entries() const { return aEntries_; }
+
+ private:
+  static constexpr std::int32_t kMost = 1024;
+  static constexpr std::size_t kSlots = 4096;
+  static constexpr std::int16_t kFree = -1;
+
+  static constexpr std::size_t kShort = 16;
+
+  // A short text is read in one block, which cells allow.
+  Entry EntryOf(const recordset::Cell& cell) const {
+    const std::size_t nLength = cell.Length();
+    Entry entry{cell.pText, static_cast<std::uint32_t>(nLength), 0, {0, 0}};
+    if (nLength > kShort) {
+      entry.nHash = hash_(cell.pText, nLength);
+    } else if (nLength != 0) {
+      std::memcpy(entry.aBytes, cell.pText, kShort);
+      const std::size_t nUnused = 8 * (kShort - nLength);  // bits
+      if (nLength <= 8) {
+        entry.aBytes[0] = entry.aBytes[0] << (nUnused - 64) >> (nUnused - 64);
+        entry.aBytes[1] = 0;
+      } else {
+        entry.aBytes[1] = entry.aBytes[1] << nUnused >> nUnused;
+      }
+      entry.nHash = hash_(reinterpret_cast<const char*>(entry.aBytes), kShort, nLength);
+    }
+    return entry;
+  }
+
+  static bool IsSame(const Entry& a, const Entry& b) {
+    if (a.length != b.length || a.nHash != b.nHash) return false;
+    if (a.length > kShort) return std::memcmp(a.text, b.text, a.length) == 0;
+    return a.aBytes[0] == b.aBytes[0] && a.aBytes[1] == b.aBytes[1];
+  }
+
+  std::int32_t Add(std::size_t nSlot, const Entry& entry) {
+    if (nCount_ == kMost) return kFull;
+    aEntries_[nCount_] = entry;
+    aSlots_[nSlot] = static_cast<std::int16_t>(nCount_);
+    return nCount_++;
+  }
+
+  JSON::NameHash hash_;
+  std::int32_t nCount_ = 0;
+  std::size_t nSlots_ = kSlots;
+  Entry aEntries_[kMost] = {};
+  std::int16_t aSlots_[kSlots] = {};
+};
+
+// What QX_ReadColumn() finds, for JavaScript.
+struct Found {
+  std::int32_t kind;   // of all cells that are no nulls: RS_NULL when there are none
+  std::int32_t empty;  // rows with a null or without a cell
+  std::int32_t count;  // different texts
+  const Dictionary::Entry* texts;
+};
+
+// False when the dictionary is full.
+bool ReadValue(const recordset::Cell& cell, Dictionary& dictionary, std::int32_t& value) {
+  if (cell.eType == RS_LONG || cell.eType == RS_BOOL) {
+    value = JSON::ReadDecimal<std::int32_t>(cell.pText);
+    return true;
+  }
+  value = dictionary.Find(cell);
+  return value != Dictionary::kFull;
+}
+
 }  // namespace
 
 extern "C" {
 
+// ---- Text ---------------------------------------------------------------------------------------
+
+// Writes pairs of escapes as in "\ud83d\ude00" as the character that they are, in place; the library reads
+// each as a character of its own, which would make two names of one. Gives the new length, behind which
+// it writes a NUL. REQUIRES: there is a NUL at the end.
+std::size_t QX_JoinPairs(char* text, std::size_t length) {
+  const char* const pEnd = text + length;
+  char* pTo = text;
+  const char* pFrom = text;
+  while (pFrom != pEnd) {
+    const char* const pEscape = FindBackslash(pFrom, pEnd);
+    if (pTo != pFrom) std::memmove(pTo, pFrom, static_cast<std::size_t>(pEscape - pFrom));
+    pTo += pEscape - pFrom;
+    pFrom = pEscape;
+    if (pFrom == pEnd) break;
+    const std::uint32_t nPoint = PairAt(pFrom, pEnd);
+    if (nPoint != 0) {
+      for (int nShift = 18; nShift >= 0; nShift -= 6) {
+        *pTo++ = static_cast<char>(nShift == 18 ? 0xF0 | nPoint >> 18 : 0x80 | (nPoint >> nShift & 0x3F));
+      }
+      pFrom += 2 * kEscape;
+    } else {  // with the byte behind it, which may be a backslash
+      *pTo++ = *pFrom++;
+      if (pFrom != pEnd) *pTo++ = *pFrom++;
+    }
+  }
+  *pTo = '\0';
+  return static_cast<std::size_t>(pTo - text);
+}
+
 // ---- Columns ------------------------------------------------------------------------------------
+
+// Reads the rows from 1 on of a column in one pass: their types, and their values: integers, booleans as
+// 0 and 1, and texts as numbers in found->texts. 1; or 0 when the column holds cells of several kinds,
+// or more different texts than there is room for. REQUIRES: there is such a column.
+int QX_ReadColumn(RS_HANDLE handle, long index, long rows, signed char* types, std::int32_t* values,
+                  Found* found) {
+  static Dictionary dictionary;
+  dictionary.Clear(rows);
+  *found = {RS_NULL, 0, 0, dictionary.Entries()};
+  const recordset::Rows& table = recordset::Access::TableOf(handle->set)->rows;
+  for (long i = 0; i < rows; ++i) {
+    const recordset::Cell* const pCell = table.FindCell(i + 1, static_cast<std::uint32_t>(index));
+    const int nKind = pCell != nullptr ? pCell->eType : RS_NONE;
+    types[i] = static_cast<signed char>(nKind);
+    values[i] = 0;
+    if (nKind <= RS_NULL) {
+      ++found->empty;
+      continue;
+    }
+    if (found->kind == RS_NULL) found->kind = nKind;
+    if (nKind != found->kind || !ReadValue(*pCell, dictionary, values[i])) return 0;
+  }
+  found->count = dictionary.Count();
+  return 1;
+}
 
 // Writes the rows from 1 on of a column. `valid`, unless it is null, has a byte for each row, 0 for a
 // null. 1, or 0 when memory is exhausted.
