@@ -18,8 +18,9 @@ const shown = () => levels.at(-1);
 
 // ---- Text in ------------------------------------------------------------------------------------
 
-function showText(text, name) {
+function showText(given, name) {
   const begin = performance.now();
+  const text = given.replace(/^\ufeff/, ""); // a byte order mark
   return opened.then(({ RecordSet }) => {
     const set = new RecordSet();
     const result = /^\s*[{[]/.test(text) ? set.load(text) : loadCsv(text, set);
@@ -41,8 +42,7 @@ function showText(text, name) {
 
 const numbered = (count, word) => `${count.toLocaleString("en")} ${word}${count === 1 ? "" : "s"}`;
 
-const nothingIn = (text) => (text.trim() === "" ? "there is no text yet"
-  : text.trimStart().startsWith("[") ? 'an array is no record set: {"rows": [...]} is one' : "there are no cells in it");
+const nothingIn = (text) => (text.trim() === "" ? "there is no text yet" : "there are no cells in it");
 
 // The fields of CSV with their places, by lines; or a fault.
 function readCsv(text) {
@@ -87,7 +87,7 @@ function readCsv(text) {
 }
 
 function loadCsv(text, set) {
-  const { lines, fault, reason } = readCsv(text.replace(/^\ufeff/, ""));
+  const { lines, fault, reason } = readCsv(text);
   if (lines === undefined) {
     const before = text.slice(0, fault);
     const column = fault - before.lastIndexOf("\n");

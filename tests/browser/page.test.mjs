@@ -65,11 +65,12 @@ onPage("a text is shown as a table with its types", async () => {
 // Text, message, and what stands above the caret.
 const FAULTY = [
   ['{"rows":[\n {"a":1},\n {"a":x}]}', /^Line 3, column 7: Expected a value\./, "x"],
-  ['{"漢字😀\t":oops}', /^Line 1, column 8: Expected a value/, "o"],
+  ['{"漢字😀\t":oops}', /^Line 1, column 10: Expected a value/, "o"],
   ['a,b\n1,2\n3,4,5\n', /^Line 3, column 5: There are 2 columns, this is one more/, "5"],
   ['a,b\n1,"x\n', /^Line 2, column 3: A quote that nothing ends/, '"'],
   ["", /^There is no text yet/, null],
-  ["[1]", /^An array is no record set/, null],
+  ["[1]", /^Line 1, column 1: .* an array is no record set/, "["],
+  ["{}", /^There are no cells in it/, null],
 ];
 
 onPage("a faulty text is refused with a caret under the fault", async () => {

@@ -1,7 +1,8 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// What the package calls beside the functions of RS.h: whole columns in both directions, and documents. No C++ exception may leave a function here: JavaScript could not put
-// the stack back. Exhausted memory is a result.
+// What the package calls beside the functions of RS.h: whole columns in both directions, and
+// documents. No C++ exception may leave a function here: JavaScript could not put the stack back.
+// Exhausted memory is a result.
 
 #include <algorithm>
 #include <cstddef>
@@ -84,8 +85,8 @@ std::uint32_t PairAt(const char* p, const char* pEnd) {
   return static_cast<std::uint32_t>(0x10000 + ((nHigh - 0xD800) << 10) + (nLow - 0xDC00));
 }
 
-// The different texts of a column, as long as there are few. Making a string is what texts cost most in
-// JavaScript, and the same text can be the same string.
+// The different texts of a column, as long as there are few. Making a string is what texts cost
+// most in JavaScript, and the same text can be the same string.
 class Dictionary {
  public:
   static constexpr std::int32_t kFull = -1;
@@ -103,7 +104,8 @@ class Dictionary {
     hash_ = JSON::NameHash();
     nCount_ = 0;
     nSlots_ = 64;
-    while (nSlots_ < kSlots && nSlots_ / 4 < static_cast<std::size_t>(lTexts)) nSlots_ *= 2;
+    while (nSlots_ < kSlots && nSlots_ / 4 < static_cast<std::size_t>(lTexts))
+      nSlots_ *= 2;
     std::fill_n(aSlots_, nSlots_, std::int16_t{kFree});
   }
 
@@ -191,9 +193,9 @@ extern "C" {
 
 // ---- Text ---------------------------------------------------------------------------------------
 
-// Writes pairs of escapes as in "\ud83d\ude00" as the character that they are, in place; the library reads
-// each as a character of its own, which would make two names of one. Gives the new length, behind which
-// it writes a NUL. REQUIRES: there is a NUL at the end.
+// Writes pairs of escapes as in "\ud83d\ude00" as the character that they are, in place; the
+// library reads each as a character of its own, which would make two names of one. Gives the new
+// length, behind which it writes a NUL. REQUIRES: there is a NUL at the end.
 std::size_t QX_JoinPairs(char* text, std::size_t length) {
   const char* const pEnd = text + length;
   char* pTo = text;
@@ -207,7 +209,8 @@ std::size_t QX_JoinPairs(char* text, std::size_t length) {
     const std::uint32_t nPoint = PairAt(pFrom, pEnd);
     if (nPoint != 0) {
       for (int nShift = 18; nShift >= 0; nShift -= 6) {
-        *pTo++ = static_cast<char>(nShift == 18 ? 0xF0 | nPoint >> 18 : 0x80 | (nPoint >> nShift & 0x3F));
+        *pTo++ = static_cast<char>(nShift == 18 ? 0xF0 | nPoint >> 18
+                                                : 0x80 | (nPoint >> nShift & 0x3F));
       }
       pFrom += 2 * kEscape;
     } else {  // with the byte behind it, which may be a backslash
@@ -221,9 +224,9 @@ std::size_t QX_JoinPairs(char* text, std::size_t length) {
 
 // ---- Columns ------------------------------------------------------------------------------------
 
-// Reads the rows from 1 on of a column in one pass: their types, and their values: integers, booleans as
-// 0 and 1, and texts as numbers in found->texts. 1; or 0 when the column holds cells of several kinds,
-// or more different texts than there is room for. REQUIRES: there is such a column.
+// Reads the rows from 1 on of a column in one pass: their types, and their values: integers,
+// booleans as 0 and 1, and texts as numbers in found->texts. 1; or 0 when the column holds cells of
+// several kinds, or more different texts than there is room for. REQUIRES: there is such a column.
 int QX_ReadColumn(RS_HANDLE handle, long index, long rows, signed char* types, std::int32_t* values,
                   Found* found) {
   static Dictionary dictionary;
@@ -246,8 +249,8 @@ int QX_ReadColumn(RS_HANDLE handle, long index, long rows, signed char* types, s
   return 1;
 }
 
-// Writes the rows from 1 on of a column. `valid`, unless it is null, has a byte for each row, 0 for a
-// null. 1, or 0 when memory is exhausted.
+// Writes the rows from 1 on of a column. `valid`, unless it is null, has a byte for each row, 0 for
+// a null. 1, or 0 when memory is exhausted.
 int QX_SetIntegers(RS_HANDLE handle, long index, const std::int32_t* values, const char* valid,
                    long rows, int bBool) {
   for (long i = 0; i < rows; ++i) {

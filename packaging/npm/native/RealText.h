@@ -1,8 +1,9 @@
 // Part of libQXRecordSet. MIT licence, see LICENSE.
 //
-// Included in front of every source of the WebAssembly module. The standard library there (libc++) has
-// std::from_chars for integers only, and its strtod computes with 128 bits in software. A text of a real
-// number is given to JavaScript, whose parser of numbers rounds correctly and is there already.
+// Included in front of every source of the WebAssembly module. The standard library there (libc++)
+// has std::from_chars for integers only, and its strtod computes with 128 bits in software. A text
+// of a real number is given to JavaScript, whose parser of numbers rounds correctly and is there
+// already.
 
 #ifndef QXRECORDSET_PACKAGING_NPM_NATIVE_REALTEXT_H
 #define QXRECORDSET_PACKAGING_NPM_NATIVE_REALTEXT_H
