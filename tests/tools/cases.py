@@ -33,6 +33,10 @@ KEYS = ('{"columns":[{"name":"id","type":"INTEGER","key":2},'
         '{"name":"name","type":"VARCHAR(9)","key":1,"notNull":true},{"name":"at","type":"TEXT"}],'
         '"rows":[{"id":7,"name":"x","at":null}]}')
 
+# ODBC in arguments: the driver for SQLite.
+ODBC = "odbc:Driver=SQLite3;Database=odbc.db"
+IDS = "".join(f'{{"id":{i}}}\n' for i in range(5000))
+
 USAGE = "(see qxrs {} --help)\n"
 
 LATE = ('{"rows":[{"b":2.5,"a":1},{"a":2,"c":[1, {"x" : null}],"big":12345678901234567890}]}')
@@ -73,12 +77,15 @@ CASES = [
      "than once\n", 1),
     ("from-csv", "a\n1\n".encode("utf-16"), "", "standard input: the text is UTF-16; iconv -f UTF-16 -t "
      "UTF-8 makes it readable\n", 1),
+    ("from-csv", b"\x1f\x8b", "", "standard input: the compressed data are damaged or end too soon\n", 1),
+    ("from-jsonl", b"\x28\xb5\x2f\xfd\x24\x00\x01\x00\x00\x99\xe9\xd8\x51", "{}\n"),
+    ("from-csv --names a,a", "1,2\n", "", "names: line 1, column 1: the column name 'a' occurs more than once "
+     + USAGE.format("from-csv"), 2),
     ("from-csv missing.csv", "", "", "cannot open missing.csv: No such file or directory\n", 1),
     ("from-csv .", "", "", "cannot read .: Is a directory\n", 1),
     # ---- from-tsv ----
     ("from-tsv -i --null '\\N'", "a\tb\tc\td\te\n\\N\tx\\ty\\\\\\q\t\t5\t\\\\N\r\n",
      '{"a":null,"b":"x\\ty\\\\\\\\q","c":"","d":5,"e":"\\\\N"}\n'),
-    ("from-tsv", "a\tb\n1\n", "", "standard input: line 2, column 1: 1 field instead of 2\n", 1),
     # ---- from-json, from-jsonl: values as they are written ----
     ("from-json", '\ufeff[{"r":1.50,"l":[1 , {"x":null}],"o":{"i":+1,"r":2.5},"n":null,"t":true,'
      '"s":"\\u00e9\\/","h":99999999999999999999,"z":1,"z":007,"q":1-2}]',
@@ -101,10 +108,8 @@ CASES = [
     ("from-json", '[{"a":1},5]', "", "standard input: line 1, column 10: row 2 is no object\n", 1),
     ("from-json", '[{"a":1},', "", "standard input: line 1, column 10: the text ends inside an array\n", 1),
     ("from-json", '[{"a":1}', "", "standard input: line 1, column 9: the text ends inside an array\n", 1),
-    ("from-json", '[{"a":1,', "", "standard input: line 1, column 9: the text ends inside an object\n", 1),
     ("from-jsonl", '{"a":1}\n\n {"a":2,"b":{}}', '{"rows":[{"a":1},{"a":2,"b":{}}]}\n'),
     ("from-jsonl", '{"a":1}\n{"a":}\n', "", "standard input: line 2, column 6: expected a value\n", 1),
-    ("from-jsonl", '{"a":1}\n{"a":1,', "", "standard input: line 2, column 8: the text ends inside an object\n", 1),
     ("to-csv", '{"rows":[{"a":1}],"x":1,', "", "standard input: line 1, column 25: the text ends inside an object\n", 1),
     ("from-jsonl", '{"a":1} x\n', "", "standard input: line 1, column 9: expected an object\n", 1),
     # ---- from-sql: types by declaration and by value ----
@@ -147,14 +152,12 @@ CASES = [
     ("table -w 20 -n 1", '{"rows":[{"a":"xxxxxxxx","b":1,"c":"yyyyyyyy","d":"z","e":2},{},{"a":1}]}',
      "a       b  c       d\n------  -  ------  -\nxxxxx…  1  yyyyy…  z\n... 1 more column\n"),
     ("table", '{"a":"x\u202ey"}', "a\n--------------\nx\\xe2\\x80\\xaey\n"),
-    ("table --color always one.json", "", "\x1b[1mname  born\x1b[0m\n----  ----\nAda   1815\n"),
     ("table", "{}", "(no rows)\n"),
     ("table empty", "", "", "empty: line 1, column 1: the text is empty; a record set without rows is "
      "{}\n", 1),
     ("table", '{"rows":[{},{"a":1},{}]}', "a\n-\n\n1\n\n"),
     ("table", '{"rows":5,"r":1.5,"l":[1],"n":+07,"o":{"x":1.5}}',
      "rows    r  l    n  o\n----  ---  ---  -  ---------\n   5  1.5  [1]  7  {\"x\":1.5}\n"),
-    ("table -c nope two.json", "", "", "there is no column 'nope'\n", 1),
     ("table", "a,b\n", "", "standard input: line 1, column 1: expected '{' or '['; the formats have names, "
      "see --from\n", 1),
     # ---- to-csv, to-tsv, to-json, to-jsonl ----
@@ -176,23 +179,22 @@ CASES = [
      "warning: there are no rows, and JSON has no place for the columns' names\n"),
     ("to-csv", '{"columns":[{"name":"b"}],"rows":[{"c":1}]}', "",
      "standard input: row 1: 'c' is not among the columns that the text names\n", 1),
+    ("to-csv", '{"columns":5,"rows":[{"a":1}]}', "a\n1\n", "warning: a member beside the rows was left out\n"),
+    ("to-csv", '{"rows":[{"a":1}],}', "", "standard input: line 1, column 20: a member has to follow the comma\n", 1),
     ("to-csv", '{"\ufeffa":1}', '"\ufeffa"\n1\n'),
     ("to-csv -c '\"a,\"\"b\",c' -c d", '{"d":4,"c":3,"a,\\"b":1}', '"a,""b",c,d\n1,3,4\n'),
     ("to-csv -c '\"a'", "{}", "", "names: line 1, column 1: the quoted field that begins here has no end " + USAGE.format("to-csv"), 2),
     ("to-csv -c '\"a\"b'", "{}", "", "names: line 1, column 4: text behind a closing quote " + USAGE.format("to-csv"), 2),
-    ("to-csv -c c,a two.json", "", "c,a\n,1\ntrue,2\n"),
     ("to-csv -c a -c a two.json", "", "", "the column name 'a' occurs more than once\n", 2),
     ("to-csv", '{"a":1}{"a":2}', "", "standard input: line 1, column 8: text behind the document; --from "
      "jsonl reads a row on each line\n", 1),
     ("to-csv", '{"x":0,"rows":[{"a":1}],"y":[1]}', "a\n1\n",
      "warning: a member beside the rows was left out\n"),
     ("to-csv", '{"rows":[{"a":1},null]}', "", "standard input: line 1, column 18: row 2 is no object\n", 1),
-    ("to-tsv", "{}", ""),
     ("to-tsv --null '\\N'", '{"a":"x\\ty\\\\","b":null,"c":false,"d":""}',
      "a\tb\tc\td\nx\\ty\\\\\t\\N\tfalse\t\n"),
     ("to-tsv", '{"a":"","b":null}', "a\tb\n\t\n",
      "warning: a text looks like a null in TSV; --null sets another mark (row 1, column 'a')\n"),
-    ("to-json two.json", "", '[{"a":1,"b":"x"},\n {"a":2,"b":null,"c":true}]\n'),
     ("to-jsonl -c b two.json", "", '{"b":"x"}\n{"b":null}\n'),
     # ---- convert, head, tail, sort, sql ----
     ("convert two.json - --to csv --to-null NA", "", "a,b,c\n1,x,NA\n2,NA,true\n"),
@@ -201,7 +203,6 @@ CASES = [
     ("convert --from xml - -", "", "", "there is no format 'xml' " + USAGE.format("convert"), 2),
     ("convert world.db - --to csv", "", "", "world.db has 4 tables; name one with --table: t, big, keys, plain\n", 1),
     ("convert world.db - --to csv --table keys", "", "id,name,at\n7,x,\n"),
-    ("head -n 1 --to jsonl two.json", "", '{"a":1,"b":"x"}\n'),
     ("tail -n 2 --from jsonl --to jsonl", '{"a":1}\n{"b":2}\n{"a":3}', '{"b":2}\n{"a":3}\n'),
     ("sort --by k,v --from jsonl --to jsonl", '{"k":"b"}\n{"k":10,"v":2}\n{"k":9.5}\n{"v":1}\n'
      '{"k":10,"v":1}\n{"k":null,"l":[1]}\n{"k":"a"}',
@@ -211,7 +212,6 @@ CASES = [
     ("sql -i 'SELECT x.a, y.b AS b, y.r FROM x JOIN y USING (a) ORDER BY a' x=two.json y=y.csv", "",
      '{"rows":[{"a":1,"b":true,"r":0.5},{"a":2,"b":false,"r":2.0}]}\n'),
     ("sql 'SELECT 1' x", "", "", "'x' is not NAME=FILE\n", 2),
-    ("sql 'SELECT a FROM x' x=two.json --to csv", "", "a\n1\n2\n"),
     # ---- diff ----
     ("diff two.json two.json", "", ""),
     ("diff two.json -", '{"rows":[{"b":"x","a":"1"},{"b":null,"c":1,"d":0},{}, {"a":1}]}',
@@ -247,7 +247,6 @@ CASES = [
      "(row 1, column 'c')\n"),
     ("normalize --strict", '{"a":"x\\u0000y"}', "",
      "row 1, column 'a': a record set does not keep texts behind a NUL (1)\n", 1),
-    ("normalize bad.json", "", "", "bad.json: line 3, column 7: expected ':' behind the name\n", 1),
     ("dump one.json", "", "Row 1\n\tField (born): 1815\n\tField (name): Ada\n"),
     ("dump array.json", "", "", "array.json: line 1, column 1: expected '{': an array is no "
      "record set\n", 1),
@@ -258,7 +257,6 @@ CASES = [
     ("pretty --compact", '{ "a" : [ 1.50 , "\\ud83d\\ude00" ] }', '{"a":[1.50,"\\ud83d\\ude00"]}\n'),
     ("pretty", "12", "", "standard input: line 1, column 1: expected '{' or '['\n", 1),
     ("get rows.1.c two.json", "", "true\n"),
-    ("get rows.0 two.json", "", '{"a":1,"b":"x"}\n'),
     ("get /rows/*/a two.json", "", "1\n2\n"),
     ("get . array.json", "", "[1]\n"),
     ("get /a.b/~1~0", '{"a.b":{"/~":[1.50]}}', "[1.50]\n"),
@@ -280,6 +278,8 @@ CASES = [
     ("to-sql --append out.db t --from csv", "i,b,r\n9,true,0.5\n", ""),
     ("to-sql --append out.db t", '{"r":1.00000000000000000001}', "",
      "warning: a number has more digits than the table's reals keep (row 1, column 'r')\n"),
+    ("to-sql out.db ir --from jsonl", '{"i":9007199254740993}\n{"i":0.5}', "",
+     "warning: a number has more digits than the table's reals keep (row 1, column 'i')\n"),
     ("to-sql --append out.db t", '{"rows":[{"i":10},{"no":1}]}', "",
      "out.db: table t has no column named no\n", 1),
     ("from-sql out.db 'SELECT i, b, r FROM t WHERE rowid > 3'", "",
@@ -292,6 +292,28 @@ CASES = [
     ("to-sql out.db u", "{}", "", "there are no columns to make a table of\n", 1),
     ("to-sql new.db u", '[{"a":1},{"a":}]', "", "standard input: line 1, column 15: expected a value\n", 1),
     ("from-sql new.db 'SELECT 1'", "", "", "cannot open new.db: unable to open database file\n", 1),
+    # ---- the same behind ODBC ----
+    ("convert world.db ODBC --query 'SELECT i, r, s FROM plain' --to-table plain", "", ""),
+    ("from-sql ODBC 'SELECT * FROM plain'", "", '{"rows":[{"i":1,"r":2.0,"s":"1"},{"i":null,"r":-1.0e+300,"s":""},'
+     '{"i":9223372036854775807,"r":0.1,"s":null}]}\n'),
+    ("to-sql --append ODBC plain", '{"s":"\\u00e9\\ud83d","r":0.10000000000000000001}', "", "warning: half a pair of "
+     "surrogates, which is no character, became U+FFFD (row 1, column 's')\nqxrs: warning: a number has more digits "
+     "than the table's reals keep (row 1, column 'r')\n"),
+    ("convert ODBC - --to csv -c s", "", 's\n1\n""\n\n\u00e9\ufffd\n'),
+    ("to-sql --strict ODBC t", '{"a":[{"r":1}],"b":0.10000000000000000001}', "", "row 1, column 'b': a number has more "
+     "digits than the table's reals keep\n", 1),
+    ("to-sql ODBC t", '[{"a":1},{"a":', "", "standard input: line 1, column 15: the text ends inside an object\n", 1),
+    ("to-sql --key id ODBC t --from jsonl", IDS + '{"id":4000}\n', "",
+     "ODBC: [SQLite]UNIQUE constraint failed: t.id (19)\n", 1),
+    ("to-sql --key id ODBC t --from jsonl", IDS, ""),
+    ("convert --append --unbuffered --from jsonl - ODBC --to-table t", '{"id":-1}\n{"b":0}\n', "", "warning: a column that the first "
+     "row does not have was left out (row 2, column 'b')\n"),
+    ("from-sql ODBC 'SELECT count(*) AS n, sum(id) AS s FROM t'", "", '{"n":5002,"s":12497499}\n'),
+    ("to-sql ODBC long --from csv", "t\nx\n" + "y" * 9000 + "\nz\n", ""),
+    ("from-sql ODBC 'SELECT group_concat(length(t)) AS l FROM long'", "", '{"l":"1,9000,1"}\n'),
+    ("convert ODBC - --to csv", "", "", ODBC + " has 3 tables; name one with --table: plain, t, long\n", 1),
+    ("from-sql odbc:Driver=none 'SELECT 1'", "", "", "ODBC: [unixODBC][Driver Manager]Can't open lib 'none' : file not "
+     "found\n", 1),
     # ---- check: what is accepted ----
     ("check", '{"a":1,"b":2}', "standard input: accepted: an object of 2 members\n"),
     ("check", " [1] tail", "standard input: accepted: an array of 1 element; the 5 bytes behind it are "
@@ -304,7 +326,6 @@ qxrs: warning: a name occurs more than once in a row; its last value counts (row
 qxrs: warning: a null ends the rows; what follows is ignored (row 3)
 """),
     ("check", "[" * 1024 + "]" * 1024, "standard input: accepted: an array of 1 element\n"),
-    ("check --quiet", "[]", ""),
     ("check one.json bad.json two.json", "",
      "one.json: accepted: an object of 2 members\ntwo.json: accepted: an object of 1 member\n",
      'bad.json: line 3, column 7: expected \':\' behind the name\n    "b" 2\n        ^\n', 1),
@@ -338,7 +359,6 @@ qxrs: warning: a null ends the rows; what follows is ignored (row 3)
     ("frobnicate", "", "", "there is no command 'frobnicate' (see qxrs --help)\n", 2),
     ("table 'a\x1b[2J'", "", "", "cannot open a\\x1b[2J: No such file or directory\n", 1),
     ("table --bar", "", "", "The following argument was not expected: --bar " + USAGE.format("table"), 2),
-    ("table a b", "", "", "The following argument was not expected: b " + USAGE.format("table"), 2),
     ("table -n 0", "", "", "--max-rows: '0' is not a number above 0 " + USAGE.format("table"), 2),
     ("table --color blue", "", "", "--color: blue not in {auto,always,never} " + USAGE.format("table"), 2),
     ("from-csv -d ;;", "", "", "--delimiter: not one character that can stand between fields "
@@ -361,17 +381,14 @@ REFUSED = [
     ('{"a":}', "line 1, column 6: expected a value", '{"a":}', 5),
     ('{"a":1 "b":2}', "line 1, column 8: expected ',' or '}'", '{"a":1 "b":2}', 7),
     ("[1 2]", "line 1, column 4: expected ',' or ']'", "[1 2]", 3),
-    ("[truex]", "line 1, column 6: expected ',' or ']'", "[truex]", 5),
     ("[nul]", "line 1, column 2: expected a value; the words are true, false and null", "[nul]", 1),
     ("[.5]", "line 1, column 2: expected a value; a number begins with a digit or a sign", "[.5]", 1),
     ("['x']", "line 1, column 2: expected a value; texts stand in double quotes", "['x']", 1),
     ('["a\\"b]', "line 1, column 2: the string that begins here has no end", '["a\\"b]', 1),
-    ('{"a', "line 1, column 2: the string that begins here has no end", '{"a', 1),
     ('["\\u12"]', "line 1, column 2: the string that begins here has no end", '["\\u12"]', 1),
     ('{"a":[1, ', "line 1, column 10: the text ends inside an array", '{"a":[1, ', 9),
     ('[12', "line 1, column 4: the text ends inside an array", "[12", 3),
     ('{"a":1', "line 1, column 7: the text ends inside an object", '{"a":1', 6),
-    ("{", "line 1, column 2: the text ends inside an object", "{", 1),
     ('[1,\n\t"日本",\n\t"é" x]', "line 3, column 7: expected ',' or ']'", '\\t"é" x]', 6),
     ("[1 \0]", "line 1, column 4: a NUL byte ends the text here", "[1 \\x00]", 3),
     ("\0[]", "line 1, column 1: a NUL byte ends the text here", "\\x00[]", 0),

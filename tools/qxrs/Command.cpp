@@ -109,10 +109,6 @@ void AddCount(CLI::App& command, const char* szNames, unsigned& nCount) {
   });
 }
 
-void AddOutput(CLI::App& command, std::string& strOutput) {
-  command.add_option("-o,--output", strOutput);
-}
-
 void AddProgress(CLI::App& command, When& eProgress) {
   AddChoice(command, "--progress", eProgress, When::Always);
   AddChoice(command, "--no-progress", eProgress, When::Never);
@@ -128,7 +124,7 @@ void AddColor(CLI::App& command, When& eColor) {
 
 void AddFileOptions(CLI::App& command, FileOptions& options) {
   command.add_option("FILE", options.strInput);
-  AddOutput(command, options.strOutput);
+  command.add_option("-o,--output", options.strOutput);
   AddProgress(command, options.eProgress);
 }
 

@@ -57,7 +57,6 @@ void AddCount(CLI::App& command, const char* szNames, unsigned& nCount);
 // Names of columns, separated by commas, for an option that may be given several times.
 CLI::Option* AddNames(CLI::App& command, const char* szOption, std::vector<std::string>& vNames);
 
-void AddOutput(CLI::App& command, std::string& strOutput);
 void AddProgress(CLI::App& command, When& eProgress);
 void AddColor(CLI::App& command, When& eColor);
 

@@ -32,7 +32,7 @@ void AddConversion(CLI::App& app, Action& action, const Conversion& conversion) 
   if (conversion.eTo == Format::RecordSet) rows.read.eFrom = conversion.eFrom;
   rows.write.eTo = conversion.eTo;
   AddRowOptions(command, rows, conversion.eFrom, conversion.eTo);
-  AddOutput(command, rows.write.strOutput);
+  command.add_option("-o,--output", rows.write.strOutput);
 }
 
 // ---- Databases ----------------------------------------------------------------------------------
@@ -57,7 +57,7 @@ void AddFromSql(CLI::App& app, Action& action) {
   command.add_option("SQL", rows.read.strQuery);
   rows.write.eTo = Format::RecordSet;
   AddRowOptions(command, rows, Format::Sql, Format::RecordSet);
-  AddOutput(command, rows.write.strOutput);
+  command.add_option("-o,--output", rows.write.strOutput);
 }
 
 void AddToSql(CLI::App& app, Action& action) {
@@ -132,7 +132,7 @@ Command<PartOptions> AddPart(CLI::App& app, Action& action, const char* szName,
   rows.write.eTo = eWrites;
   added.command.add_option("FILE", rows.read.strInput);
   AddRowOptions(added.command, rows, std::nullopt, eWrites);
-  AddOutput(added.command, rows.write.strOutput);
+  added.command.add_option("-o,--output", rows.write.strOutput);
   return added;
 }
 
@@ -203,7 +203,7 @@ void AddSql(CLI::App& app, Action& action) {
   command.add_option("NAME=FILE", options.vInputs);
   AddRowOptions(command, options.rows, Format::Csv, std::nullopt);
   command.remove_option(command.get_option("--columns"));  // the question names them
-  AddOutput(command, options.rows.write.strOutput);
+  command.add_option("-o,--output", options.rows.write.strOutput);
 }
 
 }  // namespace qxrs

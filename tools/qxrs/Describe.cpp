@@ -62,11 +62,7 @@ std::string Troff(const std::string& strText) {
   for (const char c : strText) {
     const bool bLineStart = strResult.empty() || strResult.back() == '\n';
     if (bLineStart && (c == '.' || c == '\'')) strResult += "\\&";
-    if (c == '\\') {
-      strResult += "\\e";
-    } else {
-      strResult += c == '-' ? "\\-" : std::string(1, c);
-    }
+    strResult += c == '\\' ? "\\e" : c == '-' ? "\\-" : std::string(1, c);
   }
   return strResult;
 }

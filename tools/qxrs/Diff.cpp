@@ -170,7 +170,7 @@ void AddDiff(CLI::App& app, Action& action) {
   command.add_flag("-q,--quiet", options.bQuiet);
   AddReadOptions(command, rows.read, std::nullopt);
   AddColor(command, rows.write.eColor);
-  AddOutput(command, rows.write.strOutput);
+  command.add_option("-o,--output", rows.write.strOutput);
   command.add_flag("--strict", rows.bStrict);
   AddProgress(command, rows.eProgress);
 }

@@ -181,7 +181,7 @@ void AddParams(CLI::App& app, Action& action) {
   build.command.add_option("--header", build.options.strHeader);
   build.command.add_option("--result", build.options.nResult);
   build.command.add_option("--lines", build.options.strLines);
-  AddOutput(build.command, build.options.files.strOutput);
+  build.command.add_option("-o,--output", build.options.files.strOutput);
 
   const auto read = AddCommand(params, action, "read", Read);
   AddFileOptions(read.command, read.options.files);

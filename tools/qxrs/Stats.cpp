@@ -181,7 +181,7 @@ void AddStats(CLI::App& app, Action& action) {
   rows.write.eTo = Format::Table;
   command.add_option("FILE", rows.read.strInput);
   AddRowOptions(command, rows, std::nullopt, std::nullopt);
-  AddOutput(command, rows.write.strOutput);
+  command.add_option("-o,--output", rows.write.strOutput);
 }
 
 }  // namespace qxrs

@@ -126,7 +126,7 @@ class JsonSource : public RowSource {
     vExpected.clear();
     vSeen.clear();
     if (pRows) {
-      TellColumns(strTold);
+      if (!TellColumns(strTold) && !strTold.empty()) warnings.Add(kBeside);
       eState = State::Elements;
       bInObject = true;
       window.UseUpTo(pRows + 1);
@@ -138,10 +138,10 @@ class JsonSource : public RowSource {
     }
   }
 
-  void TellColumns(const std::string& strJson) {
+  bool TellColumns(const std::string& strJson) {
     JSON::Message message;
     message.Parse(strJson.data(), static_cast<int>(strJson.size()));
-    if (message.eType != JSON::jtArray) return;
+    if (message.eType != JSON::jtArray) return false;
     for (int i = 0; i < message.Size(); ++i) {
       const JSON::JSONValue& entry = std::as_const(message)[i];
       std::string strName;
@@ -151,7 +151,7 @@ class JsonSource : public RowSource {
       column.nKey = entry["key"].eType == JSON::jtInteger ? entry["key"].AsInt() : 0;
       column.bNotNull = entry["notNull"].AsBoolean();
     }
-    bColumnsTold = true;
+    return bColumnsTold = true;
   }
 
   static std::string_view TextIn(const JSON::JSONValue& value) {

@@ -77,15 +77,14 @@ void Input::Unpack() {
   archive_read_support_filter_gzip(pArchive.get());
   archive_read_support_filter_zstd(pArchive.get());
   archive_read_support_format_raw(pArchive.get());
+  archive_read_support_format_empty(pArchive.get());
   vPacked.resize(kPiece);
   archive_entry* pEntry = nullptr;
   int nResult = archive_read_open(pArchive.get(), this, nullptr, ReadPacked, nullptr);
   if (nResult == ARCHIVE_OK) nResult = archive_read_next_header(pArchive.get(), &pEntry);
-  if (nResult == ARCHIVE_EOF) {
-    pArchive.reset();  // the text is empty, and all of the file was read
-  } else if (nResult != ARCHIVE_OK) {
-    RefusePacked();
-  }
+  // Without a filter for it, what is left of a cut file would be the text.
+  if (nResult < ARCHIVE_OK || archive_filter_count(pArchive.get()) < 2) RefusePacked();
+  if (nResult == ARCHIVE_EOF) pArchive.reset();  // the text is empty, and all of the file was read
 }
 
 la_ssize_t Input::ReadPacked(archive* p, void* pInput, const void** ppBytes) {
