@@ -126,7 +126,7 @@ class JsonSource : public RowSource {
     vExpected.clear();
     vSeen.clear();
     if (pRows) {
-      if (!TellColumns(strTold) && !strTold.empty()) warnings.Add(kBeside);
+      if (!TellColumns(strTold)) warnings.Add(kBeside);
       eState = State::Elements;
       bInObject = true;
       window.UseUpTo(pRows + 1);
@@ -139,6 +139,7 @@ class JsonSource : public RowSource {
   }
 
   bool TellColumns(const std::string& strJson) {
+    if (strJson.empty()) return true;
     JSON::Message message;
     message.Parse(strJson.data(), static_cast<int>(strJson.size()));
     if (message.eType != JSON::jtArray) return false;

@@ -30,7 +30,7 @@ SQLCHAR* Sql(const std::string& strText) {
 // A number, or an address, as an attribute.
 template <typename Attribute>
 SQLPOINTER Pointer(Attribute attribute) {
-  return reinterpret_cast<SQLPOINTER>(attribute);
+  return reinterpret_cast<SQLPOINTER>(attribute);  // NOLINT(performance-no-int-to-ptr): ODBC's way
 }
 
 // A handle of ODBC, of the environment, a connection or a statement.
@@ -252,7 +252,7 @@ class OdbcStatement : public Statement {
   std::size_t nParameters = 0;                       // of one row
 };
 
-class OdbcDatabase : public Database {
+class OdbcDatabase final : public Database {
  public:
   // Servers know integers and reals that are as large as ours by other names.
   explicit OdbcDatabase(const std::string& strPath)

@@ -199,7 +199,7 @@ TableColumns TableInfo(sqlite3* pDatabase, const std::string& strTable) {
   return mapColumns;
 }
 
-class SqliteDatabase : public Database {
+class SqliteDatabase final : public Database {
  public:
   SqliteDatabase(const std::string& strPath, DatabaseMode eMode)
       : Database({"INTEGER", "REAL", "TEXT", "TEXT"}),
