@@ -80,7 +80,7 @@ class TableLayout {
 
  private:
   struct ShownColumn {
-    DisplayText head;
+    DisplayText head;    // cppcheck-suppress unusedStructMember; it is copied to the first line
     std::size_t nWidth;  // of the widest, then as written
     bool bNumbers;       // nothing but numbers and nulls
   };

@@ -86,11 +86,11 @@ class CsvSink : public RowSink {
   bool IsPlain(std::string_view strText) const {
     const char* const pEnd = strText.data() + strText.size();
     const char chMark = bTsv ? '\\' : '"';
-    const auto Find = [&](JSON::Block16 block) {
+    const auto Marks = [&](JSON::Block16 block) {
       return block.Equals(how.chDelimiter) | block.Equals('\n') | block.Equals('\r') |
              block.Equals(chMark);
     };
-    return JSON::FindInBlocks(strText.data(), pEnd, Find) == pEnd;
+    return JSON::FindInBlocks(strText.data(), pEnd, Marks) == pEnd;
   }
 
   void WriteText(std::string_view strText) {

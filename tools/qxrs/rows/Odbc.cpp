@@ -148,8 +148,8 @@ class OdbcStatement : public Statement {
   void Bind(const std::vector<Value>& vValues) override {
     nParameters = vValues.size();
     for (const Value& value : vValues) {
-      auto& strPending = vPending.emplace_back();
-      if (value.eKind != Kind::Null) strPending = value.strText;
+      vPending.emplace_back();
+      if (value.eKind != Kind::Null) vPending.back() = value.strText;
     }
   }
 
