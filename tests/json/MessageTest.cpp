@@ -133,7 +133,11 @@ TEST(JsonMessage, TakesNoMoreMemoryTheLongerItIsUsed) {
          source.CopyTo(m);
        },
        sizeof(JSON::UnsafeJSONValue)},
-      {"texts", [](Message& m, int n) { m.Parse(("[]" + std::string(n * 40U, ' ')).c_str()); }, 40},
+      {"texts",
+       [](Message& m, int n) {
+         m.Parse(("[]" + std::string(static_cast<unsigned>(n) * 40, ' ')).c_str());
+       },
+       40},
       {"members that come and go",
        [](Message& m, int n) {
          m.Parse("{}");

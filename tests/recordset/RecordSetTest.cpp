@@ -135,7 +135,9 @@ TEST(RecordSetMemory, DoesNotGrowWithUse) {
   using Set = CQXRecordSet;
   static const std::pair<const char*, void (*)(Set & set, int n)> kUses[] = {
       {"texts that change",
-       [](Set& set, int n) { set.SetValue("a", std::string(n % 300U, 'x'), n % 50); }},
+       [](Set& set, int n) {
+         set.SetValue("a", std::string(static_cast<unsigned>(n % 300), 'x'), n % 50);
+       }},
       {"the text of all", [](Set& set, int n) { set.SetValue("b", n), set.GetString(); }},
       {"loads",
        [](Set& set, int) { set.Clear(), set.SetString(R"({"rows":[{"a":1},{"b":"x"}]})"); }},

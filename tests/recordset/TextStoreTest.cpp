@@ -37,7 +37,7 @@ TEST(TextStore, UsesReleasedPiecesForTextsOfTheirSize) {
   const auto stored = [&](std::size_t nLength) {
     return store.Store(Text(nLength, 'a').data(), nLength);
   };
-  for (const std::size_t nLength : {2u, 30u, 255u}) {
+  for (const std::size_t nLength : {2U, 30U, 255U}) {
     SCOPED_TRACE(nLength);
     const char* const pFirst = stored(nLength);
     const char* const pSecond = stored(nLength);
