@@ -74,7 +74,7 @@ check-clang: ## build the library and its tests with Clang and both standard lib
 	$(DEPS) build tests clang
 	$(foreach preset,clang clang-libcxx,$(call configure,$(preset)) && cmake --build --preset $(preset) \
 	  --parallel $(JOBS) --target $(CLANG_TESTS:%=test_%) && printf '%s\n' $(CLANG_TESTS) \
-	  | xargs -P $(JOBS) -I{} build/$(preset)/tests/test_{} --gtest_brief=1 &&) true
+	  | xargs -P $(JOBS) -I{} env build/$(preset)/tests/test_{} --gtest_brief=1 &&) true
 
 bench: ## measure beside other JSON libraries (BENCH=--quick: a minute, rough figures)
 	$(DEPS) build tests tools bench

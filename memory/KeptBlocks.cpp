@@ -46,7 +46,9 @@ struct Content {
 // Is constant to begin with and needs no destruction, so that objects of static storage may use it
 // before and after anything else.
 struct Store {
-  std::atomic<bool> bBusy{false};          // a thread works with the content
+  // 1 while a thread works with the content. A word: to exchange a byte, GCC for RISC-V calls a
+  // library of its own.
+  std::atomic<unsigned> nBusy{0};
   std::atomic<bool> bReleaseAsked{false};  // the content is to be released
   bool bClosed = false;                    // the library is being unloaded
   Content content;
@@ -65,13 +67,13 @@ void Delete(const Content& content) noexcept {
 }
 
 // Whoever asks for a release sets the flag and then tries to get the store; whoever leaves the
-// store clears bBusy and then looks at the flag. One of the two sees what the other did.
+// store clears nBusy and then looks at the flag. One of the two sees what the other did.
 void ReleaseIfAsked() noexcept {
   while (store.bReleaseAsked) {
-    if (store.bBusy.exchange(true)) return;  // the thread that is there comes by here
+    if (store.nBusy.exchange(1) != 0) return;  // the thread that is there comes by here
     store.bReleaseAsked = false;
     const Content content = std::exchange(store.content, Content());
-    store.bBusy = false;
+    store.nBusy = 0;
     Delete(content);
   }
 }
@@ -80,10 +82,10 @@ void ReleaseIfAsked() noexcept {
 // that was forked while a thread had it runs without what is kept.
 class Access {
  public:
-  Access() : bGranted_(!store.bBusy.exchange(true)) {}
+  Access() : bGranted_(store.nBusy.exchange(1) == 0) {}
   ~Access() {
     if (!bGranted_) return;
-    store.bBusy = false;
+    store.nBusy = 0;
     ReleaseIfAsked();
   }
   Access(const Access&) = delete;
