@@ -11,6 +11,8 @@ const PAGE = 65536;
 const INITIAL_PAGES = 32; // INITIAL_MEMORY of CMakeLists.txt
 const NO_MEMORY = -2;
 const ENTRY = 8; // words of a Dictionary::Entry
+const FOUND = 5; // and of a Found
+const COLUMNS = 8; // kColumns
 const SHORT = 24; // bytes of text that are faster read one by one
 
 export class ParseError extends SyntaxError {
@@ -128,7 +130,7 @@ class Memory {
     this.exports = exports;
     exports._initialize();
     exports.QX_Seed(...crypto.getRandomValues(new Int32Array(2)));
-    this.results = this.allocate(64); // where functions write what they give besides their result
+    this.results = this.allocate(4 * FOUND * COLUMNS); // where functions write what they give besides their result
   }
 
   allocate(size) {
@@ -455,25 +457,34 @@ function classes(memory) {
 
     // ---- Whole columns
 
-    // The cells of a column in all rows: what they are, each and together, how many rows have none or a
-    // null, and the values, which are anything there.
-    #cells(index, count) {
-      const at = memory.allocate(5 * count + 8);
-      const types = at + 4 * count;
-      try {
-        if (!lib.QX_ReadColumn(of(this), index, count, types, at, memory.results)) {
-          return this.#texts(index, count, types);
+    // Calls use(cells, i) for columns from index `first` on: what their cells are in all rows, each and
+    // together, how many rows have none or a null, and the values, which are anything there.
+    #read(first, columns, use) {
+      const count = this.rowCount;
+      for (let from = 0; from < columns; from += COLUMNS) {
+        const group = Math.min(COLUMNS, columns - from);
+        const size = Math.ceil((5 * count) / 4) * 4;
+        const at = memory.allocate(group * size + 8);
+        try {
+          lib.QX_ReadColumns(of(this), first + from, group, count, at, memory.results);
+          const found = memory.words.slice(memory.results / 4, memory.results / 4 + FOUND * group);
+          for (let i = 0; i < group; ++i) {
+            use(this.#cells(first + from + i, count, at + i * size, found.subarray(FOUND * i)), from + i);
+          }
+        } finally {
+          lib.free(at);
         }
-        const { words, results } = memory;
-        const [kind, empty, different, texts] = words.subarray(results / 4, results / 4 + 4);
-        const numbers = words.subarray(at / 4, at / 4 + count);
-        const values = kind === LONG ? numbers.slice()
-          : kind === BOOL ? new Uint8Array(numbers)
-          : this.#fromDictionary(texts, different, numbers);
-        return { kinds: memory.kinds(types, count), kind, empty, values };
-      } finally {
-        lib.free(at);
       }
+    }
+
+    #cells(index, count, at, [whole, kind, empty, different, texts]) {
+      const types = at + 4 * count;
+      if (!whole) return this.#texts(index, count, types);
+      const numbers = memory.words.subarray(at / 4, at / 4 + count);
+      const values = kind === LONG ? numbers.slice()
+        : kind === BOOL ? new Uint8Array(numbers)
+        : this.#fromDictionary(texts, different, numbers);
+      return { kinds: memory.kinds(types, count), kind, empty, values };
     }
 
     #fromDictionary(entries, different, numbers) {
@@ -496,40 +507,22 @@ function classes(memory) {
     column(column) {
       const index = this.#index(column);
       if (index < 1 || index > lib.RS_ColumnsCount(of(this))) return undefined;
-      const count = this.rowCount;
-      const { kinds, kind, empty, values } = this.#cells(index, count);
-      let valid = null;
-      if (empty > 0) {
-        valid = new Uint8Array(count);
-        const isArray = Array.isArray(values);
-        for (let i = 0; i < count; ++i) {
-          if (kinds[i] > NULL) valid[i] = 1;
-          else if (isArray) values[i] = null;
-        }
-      }
-      return { name: this.#name(index), type: KINDS[kind] ?? "text", length: count, values, valid };
+      let made;
+      this.#read(index, 1, (cells) => { made = columnOf(this.#name(index), cells); });
+      return made;
     }
 
     columns() {
-      return new Map(this.columnNames.map((name, i) => [name, this.column(i + 1)]));
+      const names = this.columnNames;
+      const made = new Map();
+      this.#read(1, names.length, (cells, i) => made.set(names[i], columnOf(names[i], cells)));
+      return made;
     }
 
     rows() {
-      const count = this.rowCount;
-      const rows = Array.from({ length: count }, () => ({}));
-      this.columnNames.forEach((name, i) => {
-        const { kinds, kind, empty, values } = this.#cells(i + 1, count);
-        if (name === "__proto__") {
-          kinds.forEach((one, row) => one === NONE || Object.defineProperty(rows[row], name, {
-            value: valueOf(one, values[row]), configurable: true, enumerable: true, writable: true }));
-        } else if (empty === 0 && (kind === LONG || kind === TEXT) && !isMixed(kinds)) {
-          for (let row = 0; row < count; ++row) rows[row][name] = values[row];
-        } else {
-          for (let row = 0; row < count; ++row) {
-            if (kinds[row] !== NONE) rows[row][name] = valueOf(kinds[row], values[row]);
-          }
-        }
-      });
+      const names = this.columnNames;
+      const rows = Array.from({ length: this.rowCount }, () => ({}));
+      this.#read(1, names.length, (cells, i) => addTo(rows, names[i], cells));
       return rows;
     }
 
@@ -724,6 +717,34 @@ function valueOf(kind, text) {
   if (kind === BOOL) return Number(text) === 1;
   if (kind === NULL) return null;
   return kind === RECORDSET ? (text === "" ? {} : JSON.parse(text)) : text;
+}
+
+// The column of cells.
+function columnOf(name, { kinds, kind, empty, values }) {
+  let valid = null;
+  if (empty > 0) {
+    valid = new Uint8Array(kinds.length);
+    const isArray = Array.isArray(values);
+    for (let i = 0; i < kinds.length; ++i) {
+      if (kinds[i] > NULL) valid[i] = 1;
+      else if (isArray) values[i] = null;
+    }
+  }
+  return { name, type: KINDS[kind] ?? "text", length: kinds.length, values, valid };
+}
+
+// Gives the rows their members of a column.
+function addTo(rows, name, { kinds, kind, empty, values }) {
+  if (name === "__proto__") {
+    kinds.forEach((one, row) => one === NONE || Object.defineProperty(rows[row], name, {
+      value: valueOf(one, values[row]), configurable: true, enumerable: true, writable: true }));
+  } else if (empty === 0 && (kind === LONG || kind === TEXT) && !isMixed(kinds)) {
+    for (let row = 0; row < rows.length; ++row) rows[row][name] = values[row];
+  } else {
+    for (let row = 0; row < rows.length; ++row) {
+      if (kinds[row] !== NONE) rows[row][name] = valueOf(kinds[row], values[row]);
+    }
+  }
 }
 
 // What cells of several kinds are together (text), or many texts; and how many there are not.

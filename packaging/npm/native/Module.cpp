@@ -99,12 +99,13 @@ class Dictionary {
     std::uint64_t aBytes[2];  // all bytes of a text of up to 16, and zeros
   };
 
-  // Begins anew, for no more than so many texts.
-  void Clear(long lTexts) {
+  // Begins anew, for a column of so many rows. It is worth its work where texts come again often.
+  void Clear(long lRows) {
     hash_ = JSON::NameHash();
     nCount_ = 0;
+    nMost_ = static_cast<std::int32_t>(std::min<long>(kMost, lRows / kRepeat));
     nSlots_ = 64;
-    while (nSlots_ < kSlots && nSlots_ / 4 < static_cast<std::size_t>(lTexts))
+    while (nSlots_ < 4 * static_cast<std::size_t>(nMost_))
       nSlots_ *= 2;
     std::fill_n(aSlots_, nSlots_, std::int16_t{kFree});
   }
@@ -124,6 +125,7 @@ class Dictionary {
 
  private:
   static constexpr std::int32_t kMost = 1024;
+  static constexpr long kRepeat = 8;
   static constexpr std::size_t kSlots = 4096;
   static constexpr std::int16_t kFree = -1;
 
@@ -156,7 +158,7 @@ class Dictionary {
   }
 
   std::int32_t Add(std::size_t nSlot, const Entry& entry) {
-    if (nCount_ == kMost) return kFull;
+    if (nCount_ == nMost_) return kFull;
     aEntries_[nCount_] = entry;
     aSlots_[nSlot] = static_cast<std::int16_t>(nCount_);
     return nCount_++;
@@ -164,18 +166,23 @@ class Dictionary {
 
   JSON::NameHash hash_;
   std::int32_t nCount_ = 0;
+  std::int32_t nMost_ = 0;
   std::size_t nSlots_ = kSlots;
   Entry aEntries_[kMost] = {};
   std::int16_t aSlots_[kSlots] = {};
 };
 
-// What QX_ReadColumn() finds, for JavaScript.
+// What QX_ReadColumns() finds, for JavaScript.
 struct Found {
+  std::int32_t whole;  // 0 where the column holds cells of several kinds, or too many texts
   std::int32_t kind;   // of all cells that are no nulls: RS_NULL when there are none
   std::int32_t empty;  // rows with a null or without a cell
   std::int32_t count;  // different texts
   const Dictionary::Entry* texts;
 };
+
+constexpr long kColumns = 8;      // that are read at a time
+constexpr long kBlockRows = 512;  // whose cells and texts stay in the processor's cache
 
 // False when the dictionary is full.
 bool ReadValue(const recordset::Cell& cell, Dictionary& dictionary, std::int32_t& value) {
@@ -186,6 +193,32 @@ bool ReadValue(const recordset::Cell& cell, Dictionary& dictionary, std::int32_t
   value = dictionary.Find(cell);
   return value != Dictionary::kFull;
 }
+
+// A column on its way to JavaScript.
+struct ColumnReader {
+  std::uint32_t nIndex;
+  std::int32_t* aValues;
+  signed char* aTypes;
+  Found& found;
+  Dictionary& dictionary;
+
+  // Reads the rows lFrom + 1 to lTo; false when it has to be read as texts.
+  bool Read(const recordset::Rows& rows, long lFrom, long lTo) const {
+    for (long i = lFrom; i < lTo; ++i) {
+      const recordset::Cell* const pCell = rows.FindCell(i + 1, nIndex);
+      const int nKind = pCell != nullptr ? pCell->eType : RS_NONE;
+      aTypes[i] = static_cast<signed char>(nKind);
+      aValues[i] = 0;
+      if (nKind <= RS_NULL) {
+        ++found.empty;
+        continue;
+      }
+      if (found.kind == RS_NULL) found.kind = nKind;
+      if (nKind != found.kind || !ReadValue(*pCell, dictionary, aValues[i])) return false;
+    }
+    return true;
+  }
+};
 
 }  // namespace
 
@@ -224,29 +257,32 @@ std::size_t QX_JoinPairs(char* text, std::size_t length) {
 
 // ---- Columns ------------------------------------------------------------------------------------
 
-// Reads the rows from 1 on of a column in one pass: their types, and their values: integers,
-// booleans as 0 and 1, and texts as numbers in found->texts. 1; or 0 when the column holds cells of
-// several kinds, or more different texts than there is room for. REQUIRES: there is such a column.
-int QX_ReadColumn(RS_HANDLE handle, long index, long rows, signed char* types, std::int32_t* values,
-                  Found* found) {
-  static Dictionary dictionary;
-  dictionary.Clear(rows);
-  *found = {RS_NULL, 0, 0, dictionary.Entries()};
+// Reads the rows from 1 on of up to kColumns columns: `room` has 5 * rows bytes, rounded up to 4,
+// for each, which receive the values (integers, booleans as 0 and 1, texts as numbers in
+// found->texts) and behind them the types. `found` has a place for each column. REQUIRES: there are
+// such columns.
+void QX_ReadColumns(RS_HANDLE handle, long index, long columns, long rows, char* room,
+                    Found* found) {
+  static Dictionary aDictionaries[kColumns];
   const recordset::Rows& table = recordset::Access::TableOf(handle->set)->rows;
-  for (long i = 0; i < rows; ++i) {
-    const recordset::Cell* const pCell = table.FindCell(i + 1, static_cast<std::uint32_t>(index));
-    const int nKind = pCell != nullptr ? pCell->eType : RS_NONE;
-    types[i] = static_cast<signed char>(nKind);
-    values[i] = 0;
-    if (nKind <= RS_NULL) {
-      ++found->empty;
-      continue;
-    }
-    if (found->kind == RS_NULL) found->kind = nKind;
-    if (nKind != found->kind || !ReadValue(*pCell, dictionary, values[i])) return 0;
+  const long lRoom = (5 * rows + 3) / 4 * 4;
+  for (long i = 0; i < columns; ++i) {
+    aDictionaries[i].Clear(rows);
+    found[i] = {1, RS_NULL, 0, 0, aDictionaries[i].Entries()};
   }
-  found->count = dictionary.Count();
-  return 1;
+  for (long lFrom = 0; lFrom < rows; lFrom += kBlockRows) {
+    const long lTo = lFrom + std::min(kBlockRows, rows - lFrom);
+    for (long i = 0; i < columns; ++i) {
+      char* const pRoom = room + i * lRoom;
+      const ColumnReader reader{
+          static_cast<std::uint32_t>(index + i), reinterpret_cast<std::int32_t*>(pRoom),
+          reinterpret_cast<signed char*>(pRoom + 4 * rows), found[i], aDictionaries[i]};
+      if (found[i].whole != 0 && !reader.Read(table, lFrom, lTo)) found[i].whole = 0;
+    }
+  }
+  for (long i = 0; i < columns; ++i) {
+    found[i].count = aDictionaries[i].Count();
+  }
 }
 
 // Writes the rows from 1 on of a column. `valid`, unless it is null, has a byte for each row, 0 for
