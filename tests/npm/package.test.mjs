@@ -259,6 +259,16 @@ test("memory that is exhausted is an error, and everything stays usable", async 
   using(library.RecordSet.parse('{"fine":"yes"}'), (set) => assert.equal(set.get(1, "fine"), "yes"));
 });
 
+test("memory that ends while a string is copied is an error", async () => {
+  const library = await openLibrary({ maximumMemory: 2 ** 22 });
+  const set = new library.RecordSet();
+  for (const string of ["\ud800", "é"]) { // the first step has room for them, the second has not
+    assert.throws(() => set.set(1, "a", string.repeat(2 ** 20)), MemoryError);
+    set.set(1, "a", string.repeat(1000));
+    assert.equal(set.get(1, "a"), string.repeat(1000));
+  }
+});
+
 // Lets the garbage collector release what was not freed.
 async function collected() {
   for (let i = 0; i < 5; ++i) {
