@@ -42,7 +42,7 @@ std::string_view NumberText(const JSONValue& value, bool bAsParsed) {
 // The places in a message's text where two blocks can be read, whatever stands there.
 class BlocksOfText {
  public:
-  static constexpr std::size_t kBytes = 2 * Block16::kBytes;
+  static constexpr std::size_t kBytes = std::size_t{2} * Block16::kBytes;
 
   BlocksOfText() = default;
   BlocksOfText(const char* pText, const char* pEnd)
@@ -78,7 +78,7 @@ class TreeWriter {
   bool Write(const Container& container) {
     Position at{};
     char* p = Enter(Continue(), at, LevelOf(container));
-    for (;;) {
+    while (at.pLevel != nullptr) {
       while (at.pNext != at.pEnd) {
         const UnsafeJSONValue& value = *at.pNext++;
         p = Room(p);
@@ -87,7 +87,6 @@ class TreeWriter {
                                         : Nested(p, at, value);
         if (p == nullptr) return false;
       }
-      if (levels_.IsEmpty()) break;
       p = Leave(Room(p), at);
     }
     Note(p - 1);  // no comma follows the root
@@ -168,7 +167,11 @@ class TreeWriter {
     p[-1] = at.pLevel->Close();
     *p++ = ',';
     levels_.Pop();
-    if (!levels_.IsEmpty()) Resume(at);
+    if (levels_.IsEmpty()) {
+      at.pLevel = nullptr;
+    } else {
+      Resume(at);
+    }
     return p;
   }
   QXRECORDSET_HOT void Resume(Position& at) {
