@@ -69,7 +69,7 @@ for build in "$@"; do
   for way in "${ways[@]}"; do
     mkdir -p "$scratch/$multiarch"
     env CMAKE=cmake SOURCE="$source" SCRATCH="$scratch/$multiarch" PREFIX="$root/usr" \
-      MULTIARCH=$multiarch TOOLCHAIN="$toolchain" CC="${prefix}gcc" CXX="${prefix}g++" \
+      MULTIARCH="$multiarch" TOOLCHAIN="$toolchain" CC="${prefix}gcc" CXX="${prefix}g++" \
       CFLAGS=$flags CXXFLAGS=$flags EMULATOR="$emulator" \
       tests/consumer/consumer.sh "$way" > "$scratch/consumer.log" 2>&1 \
       || { cat "$scratch/consumer.log"; exit 1; }
