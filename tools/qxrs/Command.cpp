@@ -6,11 +6,11 @@
 
 #include <algorithm>
 
+#include "qxrs_help.h"  // kHelp: help.txt
+
 namespace qxrs {
 
 namespace {
-
-#include "qxrs_help.h"  // kHelp: help.txt
 
 constexpr const char* kExitStatus =
     "\n\nExit status: 0 done, 1 bad input or a file that fails, 2 wrong usage";
